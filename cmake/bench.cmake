@@ -1,0 +1,22 @@
+# Benchmarks: one binary. With GnuCOBOL's run time at hand its packed decimals serve as a yardstick.
+
+find_package(benchmark REQUIRED)
+
+file(GLOB_RECURSE bench_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/bench/*.cpp")
+if(bench_sources)
+  add_executable(oxr_bench ${bench_sources})
+  oxr_settings(oxr_bench)
+  target_compile_definitions(oxr_bench PRIVATE OXR_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/tools/oxrrec/samples")
+  target_link_libraries(oxr_bench PRIVATE oxrbitstreamutilities oxrcore benchmark::benchmark_main)
+  if(TARGET oxrrec_parts)
+    target_link_libraries(oxr_bench PRIVATE oxrrec_parts)
+  endif()
+
+  find_library(LIBCOB_LIBRARY cob)
+  find_path(LIBCOB_INCLUDE_DIR libcob.h)
+  if(LIBCOB_LIBRARY AND LIBCOB_INCLUDE_DIR)
+    target_compile_definitions(oxr_bench PRIVATE OXR_HAVE_LIBCOB)
+    target_include_directories(oxr_bench SYSTEM PRIVATE ${LIBCOB_INCLUDE_DIR})
+    target_link_libraries(oxr_bench PRIVATE ${LIBCOB_LIBRARY})
+  endif()
+endif()

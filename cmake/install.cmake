@@ -1,0 +1,28 @@
+# Headers, libraries, the program, and what find_package and pkg-config need.
+
+include(CMakePackageConfigHelpers)
+
+install(DIRECTORY host/include/ usr/include/ DESTINATION "${header_destination}" FILES_MATCHING PATTERN "*.hpp")
+install(TARGETS kelhost oxrbitstreamutilities EXPORT oxrbitstreamutilitiesTargets
+        LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+if(TARGET oxrrec)
+  # The program finds its libraries from its own place, so that any prefix works.
+  file(RELATIVE_PATH lib_from_bin "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+  set_target_properties(oxrrec PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
+  install(TARGETS oxrrec RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+endif()
+set_target_properties(oxrbitstreamutilities kelhost PROPERTIES INSTALL_RPATH "$ORIGIN")
+
+set(package_destination "${CMAKE_INSTALL_LIBDIR}/cmake/oxrbitstreamutilities")
+configure_package_config_file(cmake/oxrbitstreamutilitiesConfig.cmake.in
+                              "${PROJECT_BINARY_DIR}/oxrbitstreamutilitiesConfig.cmake"
+                              INSTALL_DESTINATION "${package_destination}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/oxrbitstreamutilitiesConfigVersion.cmake"
+                                 COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/oxrbitstreamutilitiesConfig.cmake"
+              "${PROJECT_BINARY_DIR}/oxrbitstreamutilitiesConfigVersion.cmake"
+        DESTINATION "${package_destination}")
+install(EXPORT oxrbitstreamutilitiesTargets NAMESPACE oxrbitstreamutilities:: DESTINATION "${package_destination}")
+
+configure_file(cmake/oxrbitstreamutilities.pc.in "${PROJECT_BINARY_DIR}/oxrbitstreamutilities.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/oxrbitstreamutilities.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

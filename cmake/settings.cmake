@@ -1,0 +1,55 @@
+# What all targets share: build type, launcher, language level, warnings, sanitizers, hidden symbols.
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Release, RelWithDebInfo or Debug" FORCE)
+endif()
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+endif()
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+# Only what carries an export macro is seen outside its shared library.
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+if(OXR_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "OXR_FUZZ needs clang: set CMAKE_CXX_COMPILER=clang++ or use the preset fuzz")
+  endif()
+  add_compile_options(-fsanitize=address,undefined,fuzzer-no-link -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+elseif(OXR_SANITIZE)
+  add_compile_options(-fsanitize=${OXR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${OXR_SANITIZE})
+else()
+  # A shared library that leans on a symbol nobody gives it fails here, not at the user's. Sanitizers of clang
+  # leave their run time to the executable, hence not with them.
+  set(CMAKE_SHARED_LINKER_FLAGS "${CMAKE_SHARED_LINKER_FLAGS} -Wl,--no-undefined")
+endif()
+
+# Warnings for one of our own targets.
+function(oxr_settings target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast
+                                           $<$<BOOL:${OXR_WARNINGS_AS_ERRORS}>:-Werror>)
+endfunction()
+
+# A library of our own. A folder that has no source yet gives an empty library, so that all targets always exist.
+function(oxr_add_library target kind)
+  set(sources ${ARGN})
+  if(NOT sources)
+    set(sources "${PROJECT_BINARY_DIR}/empty.cpp")
+    file(WRITE "${sources}" "")
+  endif()
+  add_library(${target} ${kind} ${sources})
+  oxr_settings(${target})
+  if(kind STREQUAL "SHARED")
+    set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  endif()
+endfunction()
