@@ -1,0 +1,47 @@
+#pragma once
+
+#include "kelexport.hpp"
+#include "kellog.hpp"
+
+// Failures of data. Construct one on the stack, add its inserts with `<<`, call throwThis().
+//
+// A catcher asks messageNumber(), inserts() and where it was raised; toString() gives a text for people. A catch of
+// KelRecoverableException& catches all three of the classes that the library raises.
+class KELHOST_EXPORT KelException : public KelLog::ComplexItem {
+ public:
+  KelException(const char* file, int line, const char* function, const KelWstring& sourceName, int number, long handle)
+      : KelException(nullptr, file, line, function, sourceName, number, handle) {}
+  // `source` is asked for its names at once and not kept.
+  KelException(const KelLogSource* source, const char* file, int line, const char* function,
+               const KelWstring& sourceName, int number, long handle)
+      : ComplexItem(source, file, line, function, sourceName, number, handle) {}
+  KelException(const KelException&) = default;
+  ~KelException() override;
+
+  // Throws a copy of this object, of its own class.
+  [[noreturn]] virtual void throwThis() const;
+};
+
+// The broker goes on with the next message after any of these.
+class KELHOST_EXPORT KelRecoverableException : public KelException {
+ public:
+  using KelException::KelException;
+  ~KelRecoverableException() override;
+  [[noreturn]] void throwThis() const override;
+};
+
+// A value or a field cannot be converted.
+class KELHOST_EXPORT KelConversionException : public KelRecoverableException {
+ public:
+  using KelRecoverableException::KelRecoverableException;
+  ~KelConversionException() override;
+  [[noreturn]] void throwThis() const override;
+};
+
+// A message cannot be parsed or written as its model asks.
+class KELHOST_EXPORT KelParserException : public KelRecoverableException {
+ public:
+  using KelRecoverableException::KelRecoverableException;
+  ~KelParserException() override;
+  [[noreturn]] void throwThis() const override;
+};

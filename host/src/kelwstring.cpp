@@ -1,0 +1,152 @@
+#include "kelwstring.hpp"
+
+#include <algorithm>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+constexpr unsigned kFirstBlockCapacity = 37;
+constexpr std::uint64_t kMaxLength = 0xFFFFFFF0u;
+
+// The length of a string after a change, where it can still be counted.
+unsigned checkedLength(std::uint64_t length) {
+  if (length > kMaxLength) throw std::length_error("KelWstring");
+  return static_cast<unsigned>(length);
+}
+
+void copyUnits(unsigned short* target, const unsigned short* source, std::size_t count) {
+  if (count != 0) std::memmove(target, source, count * sizeof *target);
+}
+
+}  // namespace
+
+KelWstring::Block* KelWstring::allocateBlock(unsigned capacity) {
+  const std::size_t bytes = sizeof(Block) + (std::size_t{capacity} + 1) * sizeof(unsigned short);
+  return ::new (::operator new(bytes)) Block{1, capacity, 0};
+}
+
+// From 37 by half until the length fits; an empty string needs no more than its terminator.
+unsigned KelWstring::grownCapacity(unsigned length) {
+  if (length == 0) return 0;
+  std::uint64_t capacity = kFirstBlockCapacity;
+  while (capacity < length)
+    capacity += capacity >> 1;
+  return static_cast<unsigned>(std::min(capacity, kMaxLength));
+}
+
+bool KelWstring::canHold(unsigned length) const {
+  if (!isShared_) return length <= inlineCapacity_;
+  return block()->references.load(std::memory_order_acquire) == 1 && length <= block()->capacity;
+}
+
+void KelWstring::setEmpty() noexcept {
+  text_ = inlineCapacity_ != 0 ? inlineBuffer() : const_cast<unsigned short*>(&kTerminator);
+  if (inlineCapacity_ != 0) *text_ = 0;
+  length_ = 0;
+  isShared_ = false;
+}
+
+void KelWstring::adoptBlock(Block* block, unsigned length) noexcept {
+  if (isShared_) dropBlock();
+  text_ = block->units();
+  length_ = length;
+  isShared_ = true;
+}
+
+void KelWstring::dropBlock() noexcept {
+  Block* const dropped = block();
+  if (dropped->references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    dropped->~Block();
+    ::operator delete(dropped);
+  }
+  isShared_ = false;
+}
+
+void KelWstring::assign(const KelWstring& other) {
+  if (this == &other) return;
+  if (!other.isShared_ || other.length_ <= inlineCapacity_) {
+    assignInternal(other.text_, other.length_, 0);
+    return;
+  }
+  other.block()->references.fetch_add(1, std::memory_order_relaxed);
+  adoptBlock(other.block(), other.length_);
+}
+
+void KelWstring::take(KelWstring& other) {
+  if (!other.isShared_) {
+    assignInternal(other.text_, other.length_, 0);
+    return;
+  }
+  Block* const block = other.block();
+  const unsigned length = other.length_;
+  other.setEmpty();
+  adoptBlock(block, length);
+}
+
+void KelWstring::unshare() {
+  if (!isShared_ || block()->references.load(std::memory_order_acquire) == 1) return;
+  const unsigned short* const shared = text_;
+  Block* const old = block();
+  if (inlineCapacity_ != 0 && length_ <= inlineCapacity_) {
+    text_ = inlineBuffer();
+    isShared_ = false;
+  } else {
+    text_ = allocateBlock(grownCapacity(length_))->units();
+  }
+  copyUnits(text_, shared, std::size_t{length_} + 1);
+  if (old->references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    old->~Block();
+    ::operator delete(old);
+  }
+}
+
+void KelWstring::reserve(unsigned capacity) {
+  if (canHold(capacity)) return;
+  Block* const fresh = allocateBlock(checkedLength(std::max(capacity, length_)));
+  copyUnits(fresh->units(), text_, std::size_t{length_} + 1);
+  adoptBlock(fresh, length_);
+}
+
+unsigned short* KelWstring::resizeBlock(unsigned length) {
+  if (length <= inlineCapacity_) {
+    dropBlock();
+    setEmpty();
+  } else if (!canHold(length)) {
+    adoptBlock(allocateBlock(grownCapacity(checkedLength(length))), 0);
+  }
+  length_ = length;
+  if (isShared_ || inlineCapacity_ != 0) text_[length] = 0;
+  return text_;
+}
+
+void KelWstring::replaceInternal(unsigned position, unsigned length, const unsigned short* text, unsigned count, int) {
+  position = std::min(position, length_);
+  length = std::min(length, length_ - position);
+  if (length == 0 && count == 0) return;
+  if (count != 0 && std::less_equal<>{}(static_cast<const unsigned short*>(text_), text) &&
+      std::less_equal<>{}(text, static_cast<const unsigned short*>(text_ + length_))) {
+    const std::basic_string<unsigned short> copy(text, count);  // the text is a piece of this string
+    replaceInternal(position, length, copy.data(), count, 0);
+    return;
+  }
+  const unsigned tail = length_ - position - length;
+  const unsigned result = checkedLength(std::uint64_t{position} + count + tail);
+  if (!canHold(result)) {
+    Block* const fresh = allocateBlock(grownCapacity(result));
+    copyUnits(fresh->units(), text_, position);
+    copyUnits(fresh->units() + position + count, text_ + position + length, tail);
+    adoptBlock(fresh, result);
+  } else {
+    copyUnits(text_ + position + count, text_ + position + length, tail);
+    length_ = result;
+  }
+  copyUnits(text_ + position, text, count);
+  if (isShared_ || inlineCapacity_ != 0) text_[result] = 0;
+}
+
+KelWstring KelWstring::substr(unsigned position, unsigned count) const {
+  position = std::min(position, length_);
+  return KelWstring(text_ + position, std::min(count, length_ - position));
+}
