@@ -45,15 +45,16 @@ struct LogRecord {
   std::vector<std::string> inserts;  // each as UTF-8 text, in order
 };
 
-// Where records go. write() may be called on any thread, one call at a time.
+// Where records go. write() may be called on any thread, one call at a time; it must not log itself.
 class KELHOST_EXPORT LogSink {
  public:
   virtual ~LogSink();
   virtual void write(const LogRecord& record) = 0;
 };
 
-// Puts a sink in the place of the current one for as long as the object lives. For tests and tools: objects end in the
-// reverse order of their making.
+// Puts a sink in the place of the current one for as long as the object lives; null puts the host's own log there. No
+// record is on its way into the sink once the object is gone. For tests and tools: objects end in the reverse order of
+// their making.
 class KELHOST_EXPORT ScopedLogSink {
  public:
   explicit ScopedLogSink(std::shared_ptr<LogSink> sink);
@@ -268,6 +269,10 @@ class KELHOST_EXPORT KelLog::ComplexItem : public KelLog::Item {
   oxr::LogRecord record() const override;
 
  private:
+  // A copy for another item, the items nested in it one level deeper each.
+  std::shared_ptr<const ComplexItem> copyAtLevel(int level) const;
+  std::string text(bool withLocation) const;
+
   std::string file_, function_, sourceName_, objectType_, objectName_, objectLabel_;
   const char* identifier_ = "";  // of static storage
   int line_, number_;
@@ -280,6 +285,7 @@ class KELHOST_EXPORT KelLog::ComplexItem : public KelLog::Item {
 class KELHOST_EXPORT KelLog::EventLogItem : public KelLog::ComplexItem {
  public:
   using ComplexItem::ComplexItem;
+  EventLogItem(const EventLogItem&) = delete;  // a copy would be written a second time
   ~EventLogItem() override;
 };
 
@@ -298,8 +304,9 @@ class KELHOST_EXPORT KelLog::WarningItem : public KelLog::EventLogItem {
   ~WarningItem() override;
 };
 
-// Takes inserts by reference and copies nothing until `endOfInserts` closes the list; then the record stands, and the
-// destructor writes it. At most kMaxInserts inserts.
+// Takes inserts by reference and copies nothing until `endOfInserts` closes the list; then the record stands, the
+// facts that the log source adds last, and the destructor writes it. At most kMaxInserts inserts. A list that is never
+// closed is not written: what it refers to may be gone.
 class KELHOST_EXPORT KelLog::FastItem {
  public:
   static constexpr int kMaxInserts = 16;
@@ -338,6 +345,8 @@ class KELHOST_EXPORT KelLog::FastItem {
 
   std::array<Reference, kMaxInserts> references_;
   int count_ = 0;
+  bool closed_ = false;
+  const KelLogSource* source_;  // may be null
   oxr::LogRecord record_;
 };
 

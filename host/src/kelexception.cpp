@@ -1,0 +1,21 @@
+#include "kelexception.hpp"
+
+KelException::~KelException() = default;
+void KelException::throwThis() const {
+  throw *this;
+}
+
+KelRecoverableException::~KelRecoverableException() = default;
+void KelRecoverableException::throwThis() const {
+  throw *this;
+}
+
+KelConversionException::~KelConversionException() = default;
+void KelConversionException::throwThis() const {
+  throw *this;
+}
+
+KelParserException::~KelParserException() = default;
+void KelParserException::throwThis() const {
+  throw *this;
+}

@@ -1,0 +1,99 @@
+// The host's own log: records as lines of text, written through spdlog, which nothing outside this file sees.
+//
+//   2026-03-01 12:00:00.123456 [4711] trace PWFData::getInt32Value #12: LogicalType; 3
+//   2026-03-01 12:00:00.123470 [4711] event OXR5501E cpAssert (src/cpi/bsutils/cpassert:46) #12: CPAssertion failed;
+//   ...
+
+#include <spdlog/logger.h>
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/sinks/stdout_sinks.h>
+
+#include <array>
+#include <cstdlib>
+#include <string_view>
+
+#include "kelloginternal.hpp"
+
+namespace oxr {
+namespace {
+
+constexpr std::array<std::string_view, 4> kKindNames{"entry", "exit", "trace", "event"};
+
+// Inserts quote the data of messages; a line break or an escape sequence in it must not forge or garble lines.
+void appendPrintable(std::string& line, std::string_view text) {
+  constexpr std::string_view kHex = "0123456789abcdef";
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte >= 0x20 && byte != 0x7F) {
+      line += c;
+    } else {
+      line += "\\x";
+      line += kHex[byte >> 4];
+      line += kHex[byte & 15];
+    }
+  }
+}
+
+std::string lineOf(const LogRecord& record) {
+  std::string line = record.debug ? "debug " : "";
+  line += kKindNames[static_cast<std::size_t>(record.kind)];
+  if (record.messageNumber != 0) line += ' ' + messageName(record.messageNumber);
+  if (!record.function.empty()) line += ' ' + record.function;
+  if (!record.file.empty()) line += " (" + record.file + ':' + std::to_string(record.line) + ')';
+  if (!record.source.empty()) {
+    line += " of ";
+    appendPrintable(line, record.source);
+  }
+  if (record.handle != 0) line += " #" + std::to_string(record.handle);
+  const char* separator = ": ";
+  for (const std::string& insert : record.inserts) {
+    line += separator;
+    appendPrintable(line, insert);
+    separator = "; ";
+  }
+  return line;
+}
+
+// Flushes each record: what an abort leaves unwritten is what one would need most.
+class SpdlogSink : public LogSink {
+ public:
+  explicit SpdlogSink(spdlog::sink_ptr sink) : logger_("kelhost", std::move(sink)) {
+    logger_.set_pattern("%Y-%m-%d %H:%M:%S.%f [%t] %v");
+    logger_.flush_on(spdlog::level::trace);
+  }
+  void write(const LogRecord& record) override { logger_.log(spdlog::level::info, lineOf(record)); }
+
+ private:
+  spdlog::logger logger_;
+};
+
+class NoSink : public LogSink {
+ public:
+  void write(const LogRecord&) override {}
+};
+
+std::shared_ptr<LogSink> makeStderrSink() {
+  return std::make_shared<SpdlogSink>(std::make_shared<spdlog::sinks::stderr_sink_st>());
+}
+
+}  // namespace
+
+std::shared_ptr<LogSink> makeHostSink() {
+  const char* const setting = std::getenv("KELHOST_LOG");
+  const std::string_view name = setting != nullptr ? setting : "";
+  if (name.empty() || name == "stderr") return makeStderrSink();
+  if (name == "none") return std::make_shared<NoSink>();
+  try {
+    return std::make_shared<SpdlogSink>(std::make_shared<spdlog::sinks::basic_file_sink_st>(std::string(name)));
+  } catch (const spdlog::spdlog_ex& failure) {
+    LogRecord refusal;
+    refusal.kind = RecordKind::event;
+    refusal.function = "KelLog";
+    refusal.inserts = {"KELHOST_LOG names no file that can be written", failure.what()};
+    std::shared_ptr<LogSink> sink = makeStderrSink();
+    sink->write(refusal);
+    return sink;
+  }
+}
+
+}  // namespace oxr
