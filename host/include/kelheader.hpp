@@ -14,7 +14,7 @@ struct objectHeader {
   constexpr objectHeader(const char (&classTag)[5], std::uint32_t startOffset, std::uint32_t endOffset)
       : tag{classTag[0], classTag[1], classTag[2], classTag[3]}, start(startOffset), end(endOffset) {}
   constexpr objectHeader(const objectHeader&) = default;
-  constexpr objectHeader& operator=(const objectHeader&) = default;
+  objectHeader& operator=(const objectHeader&) = default;
 
   // Through a volatile pointer: the object ends here, and the compiler would drop an ordinary store.
   ~objectHeader() { *static_cast<volatile char*>(marker) = '0'; }

@@ -1,0 +1,293 @@
+#pragma once
+
+#include <unicode/unistr.h>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include "cpunicodeconverter.hpp"
+#include "kelheader.hpp"
+#include "kellogsource.hpp"
+#include "kelmutex.hpp"
+#include "oxrexport.hpp"
+#include "pwfdata.hpp"
+#include "pwftypes.hpp"
+
+namespace icu {
+class DecimalFormat;
+}
+
+// The enumerations of physical settings. Callers pass and store the numbers: they never change.
+
+enum EFloatFmt : std::int32_t {
+  eFloatIeeeBig = 1,
+  eFloatIeeeLittle = 2,
+  eFloatHexadecimal = 3,  // base-16 floats, most significant byte first
+};
+
+// Where a number's sign lies. A packed decimal tells eSignNone (unsigned) from all others (signed); a binary integer is
+// signed for eSignLeadingIncluded only, so that a caller passes 0 or 1 there.
+enum ESign : std::int32_t {
+  eSignNone = 0,
+  eSignLeadingIncluded = 1,   // carried by the first digit
+  eSignTrailingIncluded = 2,  // carried by the last digit
+  eSignLeadingSeparate = 3,   // a sign text before the digits
+  eSignTrailingSeparate = 4,  // a sign text behind the digits
+};
+
+enum EJustification : std::int32_t {
+  eJustifyNone = 0,
+  eJustifyLeft = 1,   // data on the left, padding on the right
+  eJustifyRight = 2,  // data on the right, padding on the left
+};
+
+enum ETrimType : std::int32_t {
+  eTrimNone = 0,
+  eTrimSpaceLeading = 1,   // white space in front
+  eTrimSpaceTrailing = 2,  // white space behind
+  eTrimSpaceBoth = 3,
+  eTrimPadding = 4,  // the pad character: behind for eJustifyLeft, in front for eJustifyRight, else nothing
+};
+
+enum LengthUnitType : std::int32_t {
+  eLengthBytes = 0,            // bytes of the code page
+  eLengthChars = 1,            // code units
+  eLengthBytesIfVariable = 2,  // bytes in a variable-width code page, code units in any other
+};
+
+enum EMessageStandard : std::int32_t {
+  eMessageStandardDefault = 0,
+  eMessageStandardLooseDecimal = 3,  // "." is let pass beside a decimal point of the message's own
+};
+
+// Turns the physical bytes of message fields into logical values and back.
+//
+// A worker makes one for a message: it holds what the message's physical form is, and every conversion reads those
+// settings. Decimals become text and stay text (see PWFData), so a field keeps every digit, however long it is.
+// An object serves one thread at a time. It is the log source of its own trace and failures.
+//
+// Unless a member says otherwise, a failure is a KelConversionException; in what follows "internal error" is
+// 0xC000157E (OXR5502) with the insert "CPI Internal Error" first, "invalid data" 0xC0001581 (OXR5505), "out of bounds"
+// 0xC0001582 (OXR5506), "too long" 0xC0001583 (OXR5507). After a failure no output is promised.
+//
+// Example:
+//   DataCnv converter(37, eEndianBig, eEndianBig, eFloatHexadecimal, 53, nullptr, false, nullptr, 0, true, 12, false,
+//                     eMessageStandardDefault, nullptr);
+//   const unsigned char field[] = {0x12, 0x34, 0x5D};
+//   converter.PckdDecToDec(field, 3, 2, eSignLeadingIncluded);  // DECIMAL "-123.45"
+class OXR_EXPORT DataCnv : public KelOwnedLogSource {
+ public:
+  static const KelWstring UHEX_NUMBERS;  // "0123456789abcdefABCDEF"
+  static const KelWstring US_PLUS;       // "+"
+  static const KelWstring US_MINUS;      // "-", the sign of every canonical decimal
+  static const KelWstring US_DECIMAL;    // ".", the point of every canonical decimal
+  static const KelWstring DATE_PATTERN;
+  static const KelWstring TIME_PATTERN;
+  static const KelWstring TIMESTAMP_PATTERN;
+  static const KelWstring MILLISEC_PATTERN;
+
+  // `ccsid`: code page of the message's text. `integerEndian`: byte order of binary integers, and of Unicode text;
+  // exactly eEndianLittle is little, anything else big. `packedEndian`: byte order of packed decimals, likewise.
+  // `centuryWindow`, `timeZoneName`, `dateTimeFlag`, `dateTimeText`, `firstWeekOfYear`, `lenient`: see
+  // setDateTimeProperties. `positivePackedSign`: the sign of a positive packed decimal, below 16, as a rule 12.
+  // `owner` is ignored: a log source has no owner until setOwner.
+  DataCnv(int ccsid, EEndian integerEndian, EEndian packedEndian, EFloatFmt floatFormat, int centuryWindow,
+          const unsigned short* timeZoneName, bool dateTimeFlag, const unsigned short* dateTimeText,
+          int firstWeekOfYear, bool lenient, char positivePackedSign, bool strictNumericChecking,
+          EMessageStandard messageStandard, const KelNamedLogSource* owner);
+  ~DataCnv() override;
+
+  // Replaces the date-time properties. The texts are zero-terminated or null; they stay the caller's and must outlive
+  // the object or the next call.
+  void setDateTimeProperties(int centuryWindow, const unsigned short* timeZoneName, const unsigned short* dateTimeText,
+                             int firstWeekOfYear, bool lenient, bool dateTimeFlag);
+
+  // ---- Bytes and binary integers
+
+  // Writes `length` bytes of `source` into `target` in reverse, walking forward through the source. With target equal
+  // to source the second half gets the reversed first half, and the first half stays. Internal error (without the usual
+  // first insert): null source, then null target, then a length of 0 or less.
+  static void SwapEnds(unsigned char* target, const unsigned char* source, int length);
+
+  // A binary integer of `size` bytes in the byte order `integerEndian`: 1, 2, 4 or 8, for IntToInt32 at most 4. Signed
+  // for eSignLeadingIncluded only. Internal error: null source, then another size. Too long: an unsigned value beyond
+  // the signed result.
+  PWFInt64 IntToInt64(const unsigned char* source, int size, ESign sign);
+  PWFInt32 IntToInt32(const unsigned char* source, int size, ESign sign);
+  PWFUInt64 UIntToUInt64(const unsigned char* source, int size);
+
+  // ---- Packed decimals: two digits a byte, most significant first, the sign in the last half byte
+
+  unsigned char LeftNibble(unsigned char byte) { return byte >> 4; }
+  unsigned char RightNibble(unsigned char byte) { return byte & 0x0F; }
+  // The sign half byte to write, also stored in `*sign`: 0xF for an unsigned field, 0xD for a negative value, else
+  // `positivePackedSign`.
+  char GetPackedDecimalSign(short isSigned, int isNegative, char* sign);
+  // Checks a field split into `count` half bytes in normal order. `rawField`, count / 2 bytes as they came, goes into
+  // the message as a dump. Invalid data: "packed decimal, no sign found " for a sign of 9 or less; "packed decimal,
+  // negative sign found on unsigned data " for 0xB and 0xD with eSignNone; "packed decimal, non-numeric data found".
+  void ValidatePackedDecimal(const unsigned char* nibbles, int count, ESign sign, const unsigned char* rawField);
+  // Reads a field of `size` bytes as DECIMAL; all its digits stay, leading zeros too. `virtualDecimalPoint`: how many
+  // of the digits stand behind the point; below 0, so many zeros are appended. 0xD alone reads as negative. A minus
+  // counts as a position when the point is placed: 0x123D with 3 places gives "-.123". Internal error: null source,
+  // then a size of 0 or less. Invalid data: see ValidatePackedDecimal.
+  PWFData PckdDecToDec(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
+  // Writes a canonical decimal (zero-terminated; null counts as empty, which is zero) into all `size` bytes of a field.
+  // Places beyond `virtualDecimalPoint` are cut. A minus is dropped by an unsigned field (eSignNone).
+  // Internal error: null target. Too long: more digits than the field holds; the target is then untouched. Inserts "CPI
+  // InputData Too Long", "decimal", "packed decimal", `size`, the text.
+  void PckdDecFromDec(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint, ESign sign);
+
+  // ---- External decimals: a digit a character of the code page, the sign where ESign says
+
+  // Puts the sign on digits: "+" or "-" in front (eSignLeadingSeparate) or behind; for the included forms the digit is
+  // found in `positiveSignTable` (its index modulo 10 is its value) and replaced from the table of the sign. A digit
+  // that stands in no table, and any other ESign, changes nothing.
+  void ExtDecAddSign(KelWstring& text, ESign sign, const unsigned short* positiveSignTable,
+                     const unsigned short* negativeSignTable, bool& negative);
+  // Takes the sign off and sets `negative`. Internal error "Invalid sign type: " for an ESign above 4, and for a
+  // character in neither table.
+  void ExtDecRemoveSign(KelWstring& text, ESign sign, const unsigned short* positiveSignTable,
+                        const unsigned short* negativeSignTable, bool& negative);
+  // Takes the pad characters off a field that came in, and leaves "0" where nothing remains. A pad in the code page is
+  // one byte; it comes off the end for eJustifyLeft, else off the front.
+  void ExtDecTrimData(KelWstring& text, EJustification justification, unsigned short padChar, bool padCharIsUnicode);
+  // Pads to `targetLength` characters; `paddingBytes` is what the field has left. KelParserException 0xC0001591
+  // (OXR5521) when that is no multiple of the pad character's bytes.
+  void ExtDecPadData(KelWstring& text, int targetLength, int paddingBytes, EJustification justification,
+                     unsigned short padChar, bool padCharIsUnicode);
+  // Whether the first, or last, unit is the first unit of `minus`. `sign` and `plus` are ignored.
+  static bool HasALeadingMinus(const KelWstring& text, ESign sign, const unsigned short* minus,
+                               const unsigned short* plus);
+  static bool HasATrailingMinus(const KelWstring& text, ESign sign, const unsigned short* minus,
+                                const unsigned short* plus);
+  // Puts a message's own sign text where a separate sign belongs. Unless `nothingToRemove`, the "-" in front goes
+  // first. An empty sign text changes nothing.
+  void SubstituteMinusSign(KelWstring& text, ESign sign, const unsigned short* signText, bool nothingToRemove);
+  // Reads a field of `size` bytes as DECIMAL. `customSign` selects letters for the included sign outside EBCDIC; the
+  // tables serve ExtDecRemoveSign. Internal error: null source, then a size of 0 or less. Invalid data: a sign byte
+  // that is none, or a character that is no digit.
+  PWFData ExtDecToDec(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
+                      EJustification justification, int padChar, bool padCharIsUnicode, bool customSign,
+                      const unsigned short* positiveSignTable, const unsigned short* negativeSignTable);
+
+  // ---- Services: the code page and the formatter
+
+  // The object's converter, made on first use for `ccsid` and `integerEndian`. Never null; stays the object's. A code
+  // page without a table raises KelRecoverableException 0xC0000854 (OXR2132).
+  CPUnicodeConverter* getConverter();
+  // Whether the code page writes the digit zero as 0xF0. Asked of the converter once.
+  bool IsCcsidEBCDIC();
+  // From and to the object's code page; the result is the ICU status, for the caller to look at. toUnicodeString raises
+  // an internal error for a size below the shortest character. `size`: room in, bytes written out.
+  UErrorCode toUnicodeString(KelWstring& out, const unsigned char* bytes, int size);
+  UErrorCode fromUnicodeString(const KelWstring& text, unsigned char* bytes, int& size);
+  // The bytes as STRING.
+  PWFData RawCharsToPWFData(const char* bytes, int size);
+  // This object's clone of the one decimal formatter of the process: always "." and ",", whatever the locale. Stays the
+  // object's. KelRecoverableException 0xC0000840 (OXR2112) when ICU cannot make one.
+  icu::DecimalFormat* getDecimalFormatter();
+
+  // ---- Decimal text: an optional "-", digits, optional "." and digits
+
+  // Invalid data, "decimal", the text: anything but digits and ",", one ".", and a sign in front. With
+  // eSignTrailingSeparate no sign may stand in front. Empty text passes.
+  void validateDecimal(const KelWstring& text, ESign sign);
+  // The last word on a text without its sign: digits (ICU's), one ".", one exponent letter, a sign only behind that.
+  bool isDecimalValid(const KelWstring& text, bool pointRequired);
+  // Moves the point `places` to the left (below 0: to the right). Works on digits: callers take a sign off first.
+  void adjustDecimalForString(KelWstring& text, int places);
+  // Brings the decimal places to what `selector` says, cutting, never rounding: 0 and up, so many; -1, as many as the
+  // value has; -2, the same with a point in any case; -3, as they are.
+  void adjustPrecisionForString(KelWstring& text, int selector);
+  // Replaces the first unit that is one of `oldPoint`'s, with those behind it up to its length, by `newPoint`. The
+  // position, or -1.
+  int UpdateDecimal(KelWstring& text, const unsigned short* oldPoint, const unsigned short* newPoint);
+  // A digit in front of a point that comes first, no point at the end.
+  void removeTrailingDecimal(KelWstring& text);
+  // Cuts from the first point on.
+  void TrimFromDecimal(KelWstring& text);
+  // "007.500" becomes "7.5"; zero becomes the empty text. The result has no meaning.
+  int TrimNonSignificantZeros(KelWstring& text);
+  // By a power of ten; the value as it is where that power underflows to 0. Different roundings: not interchangeable.
+  double MultiplyDouble(double value, int power);
+  double DivideDouble(double value, int power);
+
+  // ---- Signs and exponents
+
+  // Takes the sign off a text and tells whether it was negative. Internal error for an ESign above 4.
+  bool CheckSign(KelWstring& text, ESign sign, const unsigned short* minus, const unsigned short* plus);
+  // Puts "-" or "+" where the message's own sign text stands behind the first exponent letter.
+  void ReplaceExponentialSign(KelWstring& text, const unsigned short* minus, const unsigned short* plus);
+
+  // ---- Padding and trimming. `padChar` is a code unit, or, with `padCharIsUnicode` false, a value in the code page.
+  // Where such a value is checked, KelParserException 0xC0001590 (OXR5520) tells that the code page has none like it.
+
+  // Adds `padLength` pad characters: behind for eJustifyLeft, else in front. Nothing for 0 or less.
+  void PadData(KelWstring& text, int padLength, EJustification justification, unsigned short padChar,
+               bool padCharIsUnicode);
+  // Adds `padLength` bytes of padding at `end`, the position behind `dataLength` bytes of data: in front of them for
+  // eJustifyRight, else behind. In front, zeros follow from the first zero byte of the padding on.
+  // Internal error: null, or a negative length. Checks a pad in the code page; KelParserException 0xC0001591 (OXR5521)
+  // when the room is no multiple of a Unicode pad's bytes.
+  void PadData(unsigned char* end, int padLength, int dataLength, EJustification justification, unsigned short padChar,
+               bool padCharIsUnicode);
+  // Brings the text to `contentLength` units, with zeros where it is shorter, and pads it to `targetLength`.
+  void PadString(KelWstring& text, int targetLength, int contentLength, unsigned short padChar,
+                 EJustification justification, bool padCharIsUnicode);
+  // Trims as `trimType` says. Checks a pad in the code page for every trim type.
+  void TrimData(KelWstring& text, ETrimType trimType, EJustification justification, unsigned short padChar,
+                bool padCharIsUnicode);
+  // The same on a caller's `length` units, zeros behind the result. The length left.
+  int TrimString(unsigned short* buffer, int length, unsigned short padChar, EJustification justification,
+                 ETrimType trimType, bool padCharIsUnicode);
+  // Cuts text that is longer than `maxLength` at a character of `converter`'s code page: the end for eJustifyLeft, the
+  // front for eJustifyRight; eJustifyNone cuts nothing. Whether anything was cut.
+  bool TruncateData(KelWstring& text, long maxLength, EJustification justification, LengthUnitType unit,
+                    CPUnicodeConverter* converter);
+  // Bytes of a Unicode pad character in the code page.
+  int GetPadCharLen(unsigned short padChar);
+  // Whether nothing but pad characters stands in the text. Checks a pad in the code page; IsNullString takes its low
+  // byte.
+  bool isAllDataPadding(KelWstring& text, unsigned short padChar, bool padCharIsUnicode);
+  bool IsNullString(const KelWstring& text, unsigned short padChar, bool padCharIsUnicode);
+  bool IsNullString(const PWFData& value, unsigned short padChar, bool padCharIsUnicode);
+  // How many units in front, or behind, equal `*pad`, or are white space when `pad` is null.
+  int getNumLeadingPaddingChar(const KelWstring& text, const unsigned short* pad);
+  int getNumTrailingPaddingChar(const KelWstring& text, const unsigned short* pad);
+  // Erases `count` units; nothing below 1, all where the count reaches the length.
+  void TrimFromTheLeft(KelWstring& text, int count);
+  void TrimFromTheRight(KelWstring& text, int count);
+
+ private:
+  unsigned short checkedPadUnit(unsigned short padChar, const oxr::FailureSite& site);
+  unsigned short uncheckedPadUnit(unsigned short padChar);
+
+  static KelMutex _global_decFormatterWriteMutex;
+  static std::atomic<icu::DecimalFormat*> _global_decFormatter;  // made once, never deleted
+  static icu::UnicodeString _exponentSymbol;                     // filled together with the shared formatter
+  static icu::UnicodeString _otherCaseExponentSymbol;            // the same in the other case
+
+  objectHeader header{"QVDC", 32, 320};
+  int ccsid;
+  int centuryWindow;
+  EEndian integerEndian;
+  EEndian packedEndian;
+  EFloatFmt floatFormat;
+  EEndian floatEndian;  // little for eFloatIeeeLittle, else big: floats have no byte order of their own
+  const unsigned short* timeZoneName;
+  bool dateTimeFlag;
+  bool lenient;
+  const unsigned short* dateTimeText;
+  char positivePackedSign;
+  int firstWeekOfYear;
+  std::unique_ptr<CPUnicodeConverter> converter;  // made on first use
+  KelMutex decFormatterMutex;                     // guards the making of decFormatter
+  std::unique_ptr<icu::DecimalFormat> decFormatter;
+  bool strictNumericChecking;
+  EMessageStandard messageStandard;
+  int ebcdicState = -1;  // of IsCcsidEBCDIC: -1 not known, 0 no, 1 yes
+  const unsigned short* localeDecimal;
+  bool localeDecimalDiffers;
+};

@@ -1,0 +1,145 @@
+#pragma once
+
+#include "kellog.hpp"
+#include "oxrexport.hpp"
+#include "pwftypes.hpp"
+
+namespace oxr {
+struct FailureSite;
+struct TextValue;
+}  // namespace oxr
+
+// The one value that parsers, writers and converters exchange: nothing, null, or one value of a logical type.
+//
+// Scalars, date-times and texts of up to 16 code units lie inside the object, so that making and dropping one allocates
+// nothing; only BINARY with COPY does. A value is set when it is made and replaced whole by assignment.
+//
+// Reading a value as the wrong type raises KelConversionException 0xC0001592 (OXR5522) with the inserts "CPI Internal
+// error from invalid operation on PWFData" and what was wrong; so does reading the number in a null. The type is tested
+// before the null.
+//
+// A value may be read by several threads while none assigns it.
+//
+// Example:
+//   PWFData price(units, DECIMAL);       // units: zero-terminated "12.50"
+//   price.getDecimalLength();            // 5
+//   PWFData(NOTHING).isNothing();        // true, and isNull() is false
+//   PWFData(STRING).isNull();            // true
+class OXR_EXPORT PWFData {
+ public:
+  // Null of `type`; NOTHING is not null, and an INTEGER null is 8 bytes wide.
+  explicit PWFData(ELogicalType type) : logicalType(type), nullFlag(type >= 1) {
+    if (type == INTEGER) valueArea.integer.width = 8;
+    traceMade("PWFData::PWFData");
+  }
+  // STRING. Long texts share their block with `text`.
+  explicit PWFData(const PWFString& text) : logicalType(STRING), nullFlag(false), stringValue(text) {
+    traceMade("PWFData::PWFData(PWFString&)");
+  }
+  // INTEGER, 4 bytes wide, also when null.
+  PWFData(PWFInt32 value, bool isNull) : logicalType(INTEGER), nullFlag(isNull) {
+    valueArea.integer.width = 4;
+    valueArea.integer.value32 = isNull ? 0 : value;
+    traceMade("PWFData::PWFData(PWFInt32,bool)");
+  }
+  // INTEGER, 8 bytes wide.
+  PWFData(PWFInt64 value, bool isNull);
+  // INTEGER 4 bytes wide, or BOOLEAN. Any other type raises 0xC0001592.
+  PWFData(PWFInt32 value, ELogicalType type);
+  explicit PWFData(double value);
+  explicit PWFData(bool value);
+  explicit PWFData(const PWFDateTime& value);
+  explicit PWFData(const PWFInterval& value);
+  // `type` from zero-terminated text, as a rule STRING or DECIMAL. Null text gives a null.
+  PWFData(const unsigned short* text, ELogicalType type);
+  // STRING of `characters` code units. Null text gives a null.
+  PWFData(const unsigned short* text, int characters);
+  // `type` from `length` bytes at `data`; null data gives a null. A text takes its length in bytes, or -1 when it is
+  // zero-terminated; INTEGER is 4 or 8 bytes; FLOAT, BOOLEAN, INTERVAL and DATETIME take what they need and ignore
+  // `length`. BINARY keeps the ownership; any other type copies, and with ADOPT then frees `data`.
+  // Raises KelParserException 0xC000157E when data comes with a type of 0 or below, KelConversionException 0xC0001592
+  // for an INTEGER of another length; `data` is then still the caller's.
+  PWFData(void* data, int length, ELogicalType type, EOwnership own);
+  // The same; ADOPT raises 0xC0001592.
+  PWFData(const void* data, int length, ELogicalType type, EOwnership own);
+  // A copy owns a block of its own where the source owns one; a copy of a REFERENCE refers to the same bytes.
+  PWFData(const PWFData& other);
+  // The block that the target owned before stays allocated: callers may still hold a pointer into it.
+  PWFData& operator=(const PWFData& other);
+  ~PWFData() {
+    if (logicalType == BINARY) [[unlikely]]
+      releaseBinary();
+    traceMade("PWFData::~PWFData");
+  }
+
+  ELogicalType getDataLogicalType() const { return logicalType; }
+  bool isNull() const { return nullFlag; }
+  bool isNothing() const { return logicalType == NOTHING; }
+  // The value's bytes: UTF-16 text, the integer, the double, the record, or the binary bytes. Both are 0 for a null.
+  int getDataLength() const;
+  const void* getDataValue() const;
+
+  // DECIMAL only: the text, and its length in code units. Empty for a null.
+  int getDecimalLength() const;
+  const unsigned short* getDecimalValue() const;
+  PWFInterval getIntervalValue() const;
+  int getBooleanValue() const;  // raises for a null
+  bool getBoolValue() const;    // raises for a null
+  const void* getBinaryValue(int& length) const;
+  const void* getBinaryValue() const;
+  double getDoubleValue() const;   // raises for a null
+  PWFInt64 getInt64Value() const;  // raises for a null
+  // Raises for a null, and 0xC0001583 (OXR5507) for an 8-byte value beyond 32 bits: "Overflow converting a PWFInt64 to
+  // PWFInt32", "integer", "4-byte integer", the value.
+  PWFInt32 getInt32Value() const;
+  int getStringLength() const;  // STRING and DECIMAL, unlike its siblings; in code units
+  const unsigned short* getStringValue() const;
+  const unsigned short* getStringValue(PWFInt32& length) const;
+  const PWFString& getPWFStringValue() const;
+  PWFDateTime getDateTimeValue() const;
+
+ private:
+  friend struct oxr::TextValue;  // makes a text value and lets its units be written in place
+
+  struct Integer {
+    PWFInt32 width;  // bytes: 4 or 8
+    PWFInt32 value32;
+    PWFInt64 value64;
+  };
+  struct Binary {
+    EOwnership ownership;
+    PWFInt32 length;  // bytes
+    void* pointer;
+  };
+  union ValueArea {
+    unsigned char bytes[48] = {};
+    Integer integer;
+    double doubleValue;
+    PWFInt32 booleanValue;
+    PWFInterval interval;
+    PWFDateTime dateTime;
+    Binary binary;
+  };
+
+  // A text of `length` unwritten units.
+  PWFData(ELogicalType type, unsigned length) : logicalType(type), nullFlag(false) {
+    stringValue.resizeForOverwrite(length);
+  }
+
+  void init(const void* data, int length, ELogicalType type, EOwnership own);
+  void store(const oxr::FailureSite& site, const void* data, int length, EOwnership own);
+  void storeBinary(const void* data, int length, EOwnership own);
+  bool ownsBinary() const;
+  ValueArea copiedArea() const;
+  void releaseBinary();
+  static void traceMade(const char* function) {
+    if (KelLog::iEffectiveLogFilter > 3) [[unlikely]]
+      writeMade(function);
+  }
+  static void writeMade(const char* function);
+
+  ELogicalType logicalType = NOTHING;
+  bool nullFlag = false;
+  KelBufferedWstring<16u> stringValue;  // empty unless STRING or DECIMAL
+  ValueArea valueArea;
+};
