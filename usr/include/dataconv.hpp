@@ -14,9 +14,9 @@
 #include "pwfdata.hpp"
 #include "pwftypes.hpp"
 
-namespace icu {
+U_NAMESPACE_BEGIN
 class DecimalFormat;
-}
+U_NAMESPACE_END
 
 // The enumerations of physical settings. Callers pass and store the numbers: they never change.
 
@@ -261,6 +261,8 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   void TrimFromTheRight(KelWstring& text, int count);
 
  private:
+  void refusePacked(const unsigned char* source, int size, ESign sign);
+  bool integerText(const unsigned short* text, int places, KelWstring& digits);
   unsigned short checkedPadUnit(unsigned short padChar, const oxr::FailureSite& site);
   unsigned short uncheckedPadUnit(unsigned short padChar);
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <stdexcept>
+
 #include "pwfdata.hpp"
 
 namespace oxr {
@@ -7,10 +10,11 @@ namespace oxr {
 // Makes a text value whose units are written where they stay: no scratch, no copy.
 struct TextValue {
   // A value of `type` (STRING or DECIMAL) of `length` units. `write(unsigned short*)` fills them; what it throws passes
-  // through.
+  // through. std::length_error for a text that no string can hold.
   template <class Write>
-  static PWFData make(ELogicalType type, unsigned length, Write write) {
-    PWFData value(type, length);
+  static PWFData make(ELogicalType type, std::uint64_t length, Write write) {
+    if (length >= KelWstring::npos) throw std::length_error("PWFData");
+    PWFData value(type, static_cast<unsigned>(length));
     write(const_cast<unsigned short*>(value.stringValue.characters()));
     return value;
   }
