@@ -3,12 +3,12 @@
 #include <charconv>
 #include <cstdlib>
 #include <mutex>
-#include <new>
 #include <string_view>
 #include <utility>
 
 #include "kelloginternal.hpp"
 #include "kellogsource.hpp"
+#include "kelneverdestroyed.hpp"
 #include "kelwstringconvertor.hpp"
 
 // The level must stand before any load-time initialiser can ask for it.
@@ -24,11 +24,10 @@ struct LogState {
   std::shared_ptr<LogSink> sink;  // null until the first record: then the host's own
 };
 
-// Never destroyed: destructors of other libraries' statics may still write.
+// Destructors of other libraries' statics may still write.
 LogState& logState() {
-  alignas(LogState) static std::byte storage[sizeof(LogState)];
-  static LogState* const state = ::new (storage) LogState;
-  return *state;
+  static NeverDestroyed<LogState> state;
+  return state.get();
 }
 
 std::shared_ptr<LogSink> exchangeSink(std::shared_ptr<LogSink> sink) {

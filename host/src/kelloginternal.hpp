@@ -19,6 +19,9 @@ long nextTraceHandle();
 // ones.
 std::string messageName(int messageNumber);
 
+// "0x" and lower-case hexadecimal digits.
+std::string addressText(const void* pointer);
+
 // The sink that the environment variable KELHOST_LOG names. A file that cannot be opened is replaced by standard error.
 std::shared_ptr<LogSink> makeHostSink();
 

@@ -52,13 +52,14 @@ std::string insertText(const char* text) {
 std::string insertText(const unsigned short* text) {
   return text != nullptr ? oxr::toUtf8(oxr::UnitView(text)) : std::string();
 }
-std::string addressText(const void* pointer) {
-  char text[2 + 2 * sizeof pointer] = {'0', 'x'};
-  return std::string(text,
-                     std::to_chars(text + 2, text + sizeof text, reinterpret_cast<std::uintptr_t>(pointer), 16).ptr);
-}
 
 }  // namespace
+
+std::string oxr::addressText(const void* pointer) {
+  char text[2 + 2 * sizeof pointer] = {'0', 'x'};
+  const auto address = reinterpret_cast<std::uintptr_t>(pointer);
+  return std::string(text, std::to_chars(text + 2, text + sizeof text, address, 16).ptr);
+}
 
 std::string oxr::messageName(int messageNumber) {
   constexpr std::string_view kSeverity[] = {"", "", "", "", "I", "", "", "", "W", "", "", "", "E", "", "", ""};
@@ -349,7 +350,7 @@ KelLog::FastItem& KelLog::FastItem::operator<<(const MagicInsert*) {
     std::string operator()(const long* value) const { return insertText(*value); }
     std::string operator()(const double* value) const { return insertText(*value); }
     std::string operator()(const bool* value) const { return insertText(*value); }
-    std::string operator()(const void* pointer) const { return addressText(pointer); }
+    std::string operator()(const void* pointer) const { return oxr::addressText(pointer); }
     std::string operator()(const KelWstring* text) const { return insertText(text->view()); }
   };
   for (int i = 0; i < count_; ++i)
