@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <cstring>
@@ -51,7 +52,12 @@ class KELHOST_EXPORT KelWstring {
   oxr::UnitView view() const noexcept { return {text_, length_}; }
 
   // Shares the block of `other` when it has one and this string could not hold the text inline; else copies.
-  void assign(const KelWstring& other);
+  void assign(const KelWstring& other) {
+    if (other.isShared_)
+      assignShared(other);
+    else
+      assignInternal(other.text_, other.length_, 0);
+  }
 
   // Replaces the contents with `count` units. The last argument of this family is reserved: 0. `text` may lie inside
   // this string.
@@ -136,14 +142,40 @@ class KELHOST_EXPORT KelWstring {
   Block* block() const { return reinterpret_cast<Block*>(text_) - 1; }
   // Whether a text of `length` units can be written in place: never while the block is shared with another string.
   bool canHold(unsigned length) const;
+  // Copies `count` units, at least one Word, by its two ends, which may overlap. Both are read before one is written,
+  // so source and target may overlap too.
+  template <class Word>
+  static void copyEnds(unsigned short* target, const unsigned short* source, unsigned count) {
+    const unsigned last = count - sizeof(Word) / sizeof *source;
+    Word head, tail;
+    std::memcpy(&head, source, sizeof head);
+    std::memcpy(&tail, source + last, sizeof tail);
+    std::memcpy(target, &head, sizeof head);
+    std::memcpy(target + last, &tail, sizeof tail);
+  }
+  // memmove without the call, which would be most of the cost of a short text.
+  static void copyShort(unsigned short* target, const unsigned short* source, unsigned count) {
+    if (count > 16)
+      std::memmove(target, source, count * sizeof *source);
+    else if (count >= 8)
+      copyEnds<std::array<std::uint64_t, 2>>(target, source, count);
+    else if (count >= 4)
+      copyEnds<std::uint64_t>(target, source, count);
+    else if (count >= 2)
+      copyEnds<std::uint32_t>(target, source, count);
+    else if (count == 1)
+      *target = *source;
+  }
   void setInline(const unsigned short* text, unsigned count) {
-    if (count != 0) std::memmove(text_, text, count * sizeof *text);
+    copyShort(text_, text, count);
     if (inlineCapacity_ != 0) text_[count] = 0;
     length_ = count;
   }
   void setEmpty() noexcept;
-  void adoptBlock(Block* block, unsigned length) noexcept;
+  unsigned short* freshUnits(unsigned length);
+  void adopt(unsigned short* units, unsigned length) noexcept;
   void dropBlock() noexcept;
+  void assignShared(const KelWstring& other);
   void take(KelWstring& other);
   void unshare();
   unsigned short* resizeBlock(unsigned length);

@@ -48,11 +48,19 @@ void KelWstring::setEmpty() noexcept {
   isShared_ = false;
 }
 
-void KelWstring::adoptBlock(Block* block, unsigned length) noexcept {
+// Room for `length` units: the buffer where it will do, else a block of this string's own.
+unsigned short* KelWstring::freshUnits(unsigned length) {
+  const bool fits = inlineCapacity_ != 0 && length <= inlineCapacity_;
+  return fits ? inlineBuffer() : allocateBlock(grownCapacity(length))->units();
+}
+
+// Takes over what freshUnits() gave, or a block that is counted already. A block's units never lie where the buffer
+// would: their header is in front of them.
+void KelWstring::adopt(unsigned short* units, unsigned length) noexcept {
   if (isShared_) dropBlock();
-  text_ = block->units();
+  text_ = units;
   length_ = length;
-  isShared_ = true;
+  isShared_ = units != inlineBuffer();
 }
 
 void KelWstring::dropBlock() noexcept {
@@ -64,14 +72,14 @@ void KelWstring::dropBlock() noexcept {
   isShared_ = false;
 }
 
-void KelWstring::assign(const KelWstring& other) {
+void KelWstring::assignShared(const KelWstring& other) {
   if (this == &other) return;
-  if (!other.isShared_ || other.length_ <= inlineCapacity_) {
+  if (other.length_ <= inlineCapacity_) {
     assignInternal(other.text_, other.length_, 0);
     return;
   }
   other.block()->references.fetch_add(1, std::memory_order_relaxed);
-  adoptBlock(other.block(), other.length_);
+  adopt(other.text_, other.length_);
 }
 
 void KelWstring::take(KelWstring& other) {
@@ -79,34 +87,24 @@ void KelWstring::take(KelWstring& other) {
     assignInternal(other.text_, other.length_, 0);
     return;
   }
-  Block* const block = other.block();
+  unsigned short* const units = other.text_;
   const unsigned length = other.length_;
   other.setEmpty();
-  adoptBlock(block, length);
+  adopt(units, length);
 }
 
 void KelWstring::unshare() {
   if (!isShared_ || block()->references.load(std::memory_order_acquire) == 1) return;
-  const unsigned short* const shared = text_;
-  Block* const old = block();
-  if (inlineCapacity_ != 0 && length_ <= inlineCapacity_) {
-    text_ = inlineBuffer();
-    isShared_ = false;
-  } else {
-    text_ = allocateBlock(grownCapacity(length_))->units();
-  }
-  copyUnits(text_, shared, std::size_t{length_} + 1);
-  if (old->references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-    old->~Block();
-    ::operator delete(old);
-  }
+  unsigned short* const units = freshUnits(length_);
+  copyUnits(units, text_, std::size_t{length_} + 1);
+  adopt(units, length_);
 }
 
 void KelWstring::reserve(unsigned capacity) {
   if (canHold(capacity)) return;
-  Block* const fresh = allocateBlock(checkedLength(std::max(capacity, length_)));
-  copyUnits(fresh->units(), text_, std::size_t{length_} + 1);
-  adoptBlock(fresh, length_);
+  unsigned short* const units = allocateBlock(checkedLength(std::max(capacity, length_)))->units();
+  copyUnits(units, text_, std::size_t{length_} + 1);
+  adopt(units, length_);
 }
 
 unsigned short* KelWstring::resizeBlock(unsigned length) {
@@ -114,7 +112,7 @@ unsigned short* KelWstring::resizeBlock(unsigned length) {
     dropBlock();
     setEmpty();
   } else if (!canHold(length)) {
-    adoptBlock(allocateBlock(grownCapacity(checkedLength(length))), 0);
+    adopt(freshUnits(checkedLength(length)), 0);
   }
   length_ = length;
   if (isShared_ || inlineCapacity_ != 0) text_[length] = 0;
@@ -134,10 +132,10 @@ void KelWstring::replaceInternal(unsigned position, unsigned length, const unsig
   const unsigned tail = length_ - position - length;
   const unsigned result = checkedLength(std::uint64_t{position} + count + tail);
   if (!canHold(result)) {
-    Block* const fresh = allocateBlock(grownCapacity(result));
-    copyUnits(fresh->units(), text_, position);
-    copyUnits(fresh->units() + position + count, text_ + position + length, tail);
-    adoptBlock(fresh, result);
+    unsigned short* const units = freshUnits(result);
+    copyUnits(units, text_, position);
+    copyUnits(units + position + count, text_ + position + length, tail);
+    adopt(units, result);
   } else {
     copyUnits(text_ + position + count, text_ + position + length, tail);
     length_ = result;
