@@ -24,3 +24,10 @@ if(TARGET oxrrec)
 endif()
 # The names of the tests are asked for when ctest runs: a build must not fail because a test binary cannot start.
 gtest_discover_tests(oxr_tests DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+
+# The clients are built without sanitizers, so that only a plain build can serve them.
+if(TARGET oxrrec AND NOT OXR_SANITIZE AND NOT OXR_FUZZ)
+  add_test(NAME install COMMAND "${PROJECT_SOURCE_DIR}/tests/install/run" "${PROJECT_BINARY_DIR}" "${CMAKE_COMMAND}"
+                                "${CMAKE_CXX_COMPILER}")
+  set_tests_properties(install PROPERTIES TIMEOUT 300)
+endif()
