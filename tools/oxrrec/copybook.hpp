@@ -72,7 +72,7 @@ class CopybookError : public std::runtime_error {
 //
 // Throws CopybookError for text it does not understand, for what it does not support (COPY and REPLACE, national
 // text, pointers and indexes, counted arrays within REDEFINES, ...) and for layouts beyond the limits: 4 MiB of text,
-// 32768 entries, kMaxRecordBytes, 255 digits in a number and 38 in a binary one.
+// 16384 entries, kMaxRecordBytes, 255 digits in a number and 38 in a binary one.
 Layout parseCopybook(std::string_view text, std::string_view fileName, const CopybookOptions& options = {});
 
 // The same for a file; also throws CopybookError, without a place, if the file can't be read.

@@ -11,7 +11,7 @@ namespace oxr::rec {
 
 namespace {
 
-constexpr std::size_t kMaxEntries = 32768;
+constexpr std::size_t kMaxEntries = 16384;  // bounds the search for names, which compares each with each
 
 class EntryParser {
  public:

@@ -40,10 +40,9 @@ bool CounterFinder::isNamed(ItemIndex item, const std::vector<Token>& names) con
   return true;
 }
 
-// Has the counter been read, and only once, when the array comes? Then it stands in front, and each array that it
-// lies in is one that the counted array lies in too.
+// Does a counter in front of the array have one value when the array comes? Then each array that it lies in is one
+// that the counted array lies in too.
 bool CounterFinder::isReadable(ItemIndex counter, ItemIndex array) const {
-  if (counter >= array) return false;
   for (ItemIndex i = counter; i != kNoItem; i = items_[i].parent)
     if (items_[i].occurs.isArray && !isWithin(array, i)) return false;
   return true;
@@ -63,12 +62,10 @@ ItemIndex CounterFinder::choose(ItemIndex array, const std::vector<Token>& names
   ItemIndex best = kNoItem;
   ItemIndex bestGroup = 0;
   bool isAmbiguous = false;
-  bool isKnown = false;
-  bool isBehind = true;
-  for (ItemIndex i = 1; i < items_.size(); ++i) {
+  bool isInFront = false;
+  for (ItemIndex i = 1; i < array; ++i) {
     if (!isNamed(i, names)) continue;
-    isKnown = true;
-    if (i < array) isBehind = false;
+    isInFront = true;
     if (!isReadable(i, array)) continue;
     const ItemIndex group = innermostCommonGroup(i, array);
     if (best != kNoItem && group < bestGroup) continue;
@@ -76,11 +73,12 @@ ItemIndex CounterFinder::choose(ItemIndex array, const std::vector<Token>& names
     best = i;
     bestGroup = group;
   }
-  if (!isKnown) source_.raise(name.place, "DEPENDING ON names " + quoted(name) + ", which is no item of the record");
-  if (best == kNoItem && isBehind) source_.raise(name.place, quoted(name) + " must stand in front of the array");
-  if (best == kNoItem) source_.raise(name.place, quoted(name) + " lies in an array that this one does not lie in");
   if (isAmbiguous) source_.raise(name.place, "there are several " + quoted(name) + ": add OF and the name of a group");
-  return best;
+  if (best != kNoItem) return best;
+  if (isInFront) source_.raise(name.place, quoted(name) + " lies in an array that this one does not lie in");
+  for (ItemIndex i = array; i < items_.size(); ++i)
+    if (isNamed(i, names)) source_.raise(name.place, quoted(name) + " must stand in front of the array");
+  source_.raise(name.place, "DEPENDING ON names " + quoted(name) + ", which is no item of the record");
 }
 
 void CounterFinder::find(ItemIndex array, const std::vector<Token>& names) {
