@@ -15,10 +15,6 @@ constexpr std::size_t kMaxTextBytes = 4U << 20;
 
 constexpr std::array<std::string_view, 4> kListingControls = {"EJECT", "SKIP1", "SKIP2", "SKIP3"};
 
-char upper(char c) {
-  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
 std::string_view lineAt(std::string_view text, std::size_t at) {
   std::string_view line = text.substr(at, text.find('\n', at) - at);
   if (line.ends_with('\r')) line.remove_suffix(1);
@@ -58,7 +54,7 @@ bool isListingControl(std::string_view text) {
 
 // "D" marks a debugging line, but in front of a letter it is rather the first letter of a clause.
 bool isDebugLine(std::string_view line) {
-  return upper(line[kIndicator]) == 'D' && (line.size() == kIndicator + 1 || !isLetter(line[kIndicator + 1]));
+  return upperCase(line[kIndicator]) == 'D' && (line.size() == kIndicator + 1 || !isLetter(line[kIndicator + 1]));
 }
 
 // Does an entry start here: one or two digits, blanks, a letter?
@@ -94,21 +90,14 @@ std::string shownLine(std::string_view line) {
 
 }  // namespace
 
-bool isLetter(char c) {
-  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
-
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 bool equalIgnoringCase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return upper(x) == upper(y); });
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return upperCase(x) == upperCase(y); });
 }
 
 std::string upperCase(std::string_view text) {
   std::string result(text);
-  std::transform(result.begin(), result.end(), result.begin(), upper);
+  std::transform(result.begin(), result.end(), result.begin(), [](char c) { return upperCase(c); });
   return result;
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "ascii.hpp"
 #include "copybook.hpp"
 
 namespace oxr::rec {
@@ -14,9 +15,6 @@ struct Place {
   std::uint32_t column = 0;
 };
 
-bool isLetter(char c);
-bool isDigit(char c);
-// ASCII letters only: COBOL words have no others.
 bool equalIgnoringCase(std::string_view a, std::string_view b);
 std::string upperCase(std::string_view text);
 

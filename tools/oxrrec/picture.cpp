@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "ascii.hpp"
 #include "layout.hpp"
 
 // picture = run { run };  run = symbol [ "(" count ")" ];  symbol = a character, or the pair CR or DB.
@@ -38,10 +39,6 @@ constexpr Refused kRefused[] = {
     {'1', "boolean pictures (1) are not supported"},
     {'E', "floating point pictures (E) are not supported"},
 };
-
-char upper(char c) {
-  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
 
 class PictureReader {
  public:
@@ -84,8 +81,8 @@ class PictureReader {
 
   bool readSymbol(char& symbol) {
     const std::size_t start = at_++;
-    symbol = upper(text_[start]);
-    const char second = at_ < text_.size() ? upper(text_[at_]) : '\0';
+    symbol = upperCase(text_[start]);
+    const char second = at_ < text_.size() ? upperCase(text_[at_]) : '\0';
     if (symbol == 'C' || symbol == 'D') {
       if (second != (symbol == 'C' ? 'R' : 'B')) return fail(start, "expected CR or DB in the picture");
       symbol = symbol == 'C' ? kCredit : kDebit;
@@ -103,7 +100,7 @@ class PictureReader {
     if (at_ == text_.size() || text_[at_] != '(') return true;
     const std::size_t start = ++at_;
     count = 0;
-    for (; at_ < text_.size() && text_[at_] >= '0' && text_[at_] <= '9'; ++at_) {
+    for (; at_ < text_.size() && isDigit(text_[at_]); ++at_) {
       count = count * 10 + static_cast<std::uint32_t>(text_[at_] - '0');
       if (count > kMaxRecordBytes) return fail(start, "the repeat count is too large");
     }
