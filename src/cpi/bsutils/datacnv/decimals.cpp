@@ -1,0 +1,124 @@
+#include <cmath>
+
+#include "core/decimaltext.hpp"
+#include "core/pointshift.hpp"
+#include "datacnv/sourcepath.hpp"
+#include "datacnv/textedit.hpp"
+#include "dataconv.hpp"
+#include "raise.hpp"
+#include "trace.hpp"
+
+using namespace oxr;
+
+namespace {
+
+// Puts a digit in front of a point that comes first; else takes off a point that comes last. The first point counts.
+void tidyPoint(KelWstring& text) {
+  const unsigned point = findPoint(text);
+  if (point == 0)
+    insertUnit(text, 0, '0');
+  else if (point != KelWstring::npos && point == text.length() - 1)
+    text.eraseInternal(point, 1);
+}
+
+// Makes the shift of a text that has lost its (first) point.
+void applyShift(KelWstring& text, const core::PointShift& shift) {
+  if (shift.frontZeros != 0) insertCopies(text, 0, shift.frontZeros, '0');
+  if (shift.backZeros != 0) insertCopies(text, text.length(), shift.backZeros, '0');
+  if (shift.hasPoint()) insertUnit(text, shift.point, '.');
+}
+
+// The power of ten, or 0 when it underflows.
+double powerOfTen(int power) {
+  return std::pow(10.0, power);
+}
+
+}  // namespace
+
+void DataCnv::validateDecimal(const KelWstring& text, ESign sign) {
+  const FunctionTrace trace(this, "DataCnv::validateDecimal", kDataCnvPath);
+  if (!core::isDecimalText(text.view(), sign != eSignTrailingSeparate)) [[unlikely]]
+    raise<KelConversionException>(trace.site(), failures::kInvalidData, failures::kInvalidData.text, "decimal", text);
+}
+
+bool DataCnv::isDecimalValid(const KelWstring& text, bool pointRequired) {
+  const FunctionTrace trace(this, "DataCnv::isDecimalValid", kDataCnvPath);
+  return core::isNumberText(text.view(), pointRequired);
+}
+
+void DataCnv::adjustDecimalForString(KelWstring& text, int places) {
+  const FunctionTrace trace(this, "DataCnv::adjustDecimalForString", kDataCnvPath);
+  // Nothing at all is done then, not even a digit put in front of a point: Decimals.ShiftsThePoint.
+  if (places == 0 || text.length() == 0) return;
+  const unsigned point = findPoint(text);
+  if (point == KelWstring::npos) {
+    applyShift(text, core::trimmed(core::shiftPoint(text.length(), core::PointShift::kNoPoint, places), text.length()));
+    return;
+  }
+  // Bad text may hold further points, so that the tidying has to look for the first one again.
+  text.eraseInternal(point, 1);
+  applyShift(text, core::shiftPoint(text.length(), point, places));
+  tidyPoint(text);
+}
+
+void DataCnv::adjustPrecisionForString(KelWstring& text, int selector) {
+  const FunctionTrace trace(this, "DataCnv::adjustPrecisionForString", kDataCnvPath);
+  const core::PlacesEdit edit = core::editPlaces(text.view(), selector);
+  if (edit.becomesZero) {
+    setToZero(text);
+    return;
+  }
+  text.eraseInternal(edit.keep, KelWstring::npos);
+  if (edit.appendPoint) appendUnit(text, '.');
+  if (edit.appendZeros != 0) insertCopies(text, text.length(), edit.appendZeros, '0');
+  if (edit.zeroInFront) insertUnit(text, 0, '0');
+}
+
+int DataCnv::UpdateDecimal(KelWstring& text, const unsigned short* oldPoint, const unsigned short* newPoint) {
+  const FunctionTrace trace(this, "DataCnv::UpdateDecimal", kDataCnvPath);
+  if (oldPoint == nullptr || newPoint == nullptr) return -1;
+  const UnitView oldText(oldPoint);
+  const UnitView newText(newPoint);
+  // The old text is a set of units here, and yet all its length is replaced: Decimals.ReplacesAPoint.
+  const std::size_t position = text.view().find_first_of(oldText);
+  if (position == UnitView::npos) return -1;
+  text.replaceInternal(static_cast<unsigned>(position), static_cast<unsigned>(oldText.size()), newText.data(),
+                       static_cast<unsigned>(newText.size()), 0);
+  return static_cast<int>(position);
+}
+
+void DataCnv::removeTrailingDecimal(KelWstring& text) {
+  const FunctionTrace trace(this, "DataCnv::removeTrailingDecimal", kDataCnvPath);
+  if (text.length() == 0) return;
+  if (text[0] == '.') insertUnit(text, 0, '0');
+  tidyPoint(text);
+}
+
+void DataCnv::TrimFromDecimal(KelWstring& text) {
+  const FunctionTrace trace(this, "DataCnv::TrimFromDecimal", kDataCnvPath);
+  const unsigned point = findPoint(text);
+  if (point != KelWstring::npos) text.eraseInternal(point, KelWstring::npos);
+}
+
+int DataCnv::TrimNonSignificantZeros(KelWstring& text) {
+  const FunctionTrace trace(this, "DataCnv::TrimNonSignificantZeros", kDataCnvPath);
+  if (text.length() == 0) return 0;
+  const bool hasPoint = findPoint(text) != KelWstring::npos;
+  TrimData(text, eTrimPadding, eJustifyRight, '0', true);
+  if (hasPoint) TrimData(text, eTrimPadding, eJustifyLeft, '0', true);
+  const unsigned length = text.length();
+  if (length != 0 && text[length - 1] == '.') text.eraseInternal(length - 1, 1);
+  return 0;
+}
+
+double DataCnv::MultiplyDouble(double value, int power) {
+  const FunctionTrace trace(this, "DataCnv::MultiplyDouble", kDataCnvPath);
+  const double factor = power == 0 ? 0.0 : powerOfTen(power);
+  return factor == 0.0 ? value : value * factor;
+}
+
+double DataCnv::DivideDouble(double value, int power) {
+  const FunctionTrace trace(this, "DataCnv::DivideDouble", kDataCnvPath);
+  const double divisor = power == 0 ? 0.0 : powerOfTen(power);
+  return divisor == 0.0 ? value : value / divisor;
+}
