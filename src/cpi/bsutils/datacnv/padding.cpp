@@ -1,0 +1,139 @@
+#include <array>
+#include <cstring>
+#include <span>
+
+#include "core/padding.hpp"
+#include "cputils.hpp"
+#include "datacnv/padchar.hpp"
+#include "datacnv/sourcepath.hpp"
+#include "datacnv/textedit.hpp"
+#include "dataconv.hpp"
+#include "raise.hpp"
+#include "scratch.hpp"
+#include "trace.hpp"
+
+using namespace oxr;
+
+namespace {
+
+[[noreturn]] void raiseInvalidPadding(const FailureSite& site, unsigned short padChar, int ccsid) {
+  raise<KelParserException>(site, failures::kInvalidPadding, failures::kInvalidPadding.text, padCharDump(padChar),
+                            ccsid);
+}
+
+// The bytes of one pad character.
+struct PadSequence {
+  std::array<unsigned char, 20> bytes;
+  std::size_t count;
+  std::span<const unsigned char> view() const { return {bytes.data(), count}; }
+};
+
+PadSequence encodePad(const FailureSite& site, CPUnicodeConverter& converter, unsigned short padChar) {
+  PadSequence pad;
+  char* const begin = reinterpret_cast<char*>(pad.bytes.data());
+  char* end = begin;
+  const unsigned short* source = &padChar;
+  UErrorCode status = U_ZERO_ERROR;
+  converter.fromUnicode(end, begin + pad.bytes.size(), source, source + 1, nullptr, true, status);
+  if (U_FAILURE(status))
+    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
+                                  "Error converting from unicode", static_cast<int>(status));
+  pad.count = static_cast<std::size_t>(end - begin);
+  return pad;
+}
+
+// A pad given as a value in the code page, low byte first. It has 16 bits: no pad in a page of wider characters.
+PadSequence rawPad(const FailureSite& site, int minBytes, unsigned short padChar, int padLength, int ccsid) {
+  const bool fits = minBytes == 1 ? padChar <= 0xFF : minBytes == 2 && padLength % minBytes == 0;
+  if (!fits) raiseInvalidPadding(site, padChar, ccsid);
+  return {padCharBytes(padChar), static_cast<std::size_t>(minBytes)};
+}
+
+}  // namespace
+
+// Settles a pad that is a value in the code page. The checked way reads as many bytes as the page's shortest character
+// has; the unchecked one reads the low byte, whatever is above it.
+unsigned short DataCnv::checkedPadUnit(unsigned short padChar, const FailureSite& site) {
+  const int minBytes = getConverter()->getMinBytesPerChar();
+  if (minBytes > 2 || (minBytes == 1 && padChar > 0xFF)) raiseInvalidPadding(site, padChar, ccsid);
+  KelBufferedWstring<16u> unit;
+  toUnicodeString(unit, padCharBytes(padChar).data(), minBytes);
+  return unit[0];
+}
+
+unsigned short DataCnv::uncheckedPadUnit(unsigned short padChar) {
+  KelBufferedWstring<16u> unit;
+  toUnicodeString(unit, padCharBytes(padChar).data(), 1);
+  return unit[0];
+}
+
+void DataCnv::PadData(KelWstring& text, int padLength, EJustification justification, unsigned short padChar,
+                      bool padCharIsUnicode) {
+  const FunctionTrace trace(this, "DataCnv::PadData", kDataCnvPath);
+  if (padLength <= 0) return;
+  const unsigned short pad = padCharIsUnicode ? padChar : uncheckedPadUnit(padChar);
+  // Without a justification this form pads in front, the byte form behind: Padding.ExtendsTexts, Padding.ExtendsBytes.
+  insertCopies(text, justification == eJustifyLeft ? text.length() : 0, static_cast<std::uint32_t>(padLength), pad);
+}
+
+void DataCnv::PadData(unsigned char* end, int padLength, int dataLength, EJustification justification,
+                      unsigned short padChar, bool padCharIsUnicode) {
+  const FunctionTrace trace(this, "DataCnv::PadData", kDataCnvPath);
+  if (end == nullptr || padLength < 0 || dataLength < 0)
+    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
+                                  "Invalid argument for DataCnv::PadData");
+  if (padLength == 0) return;
+  const std::size_t room = static_cast<std::size_t>(padLength);
+  const int minBytes = getConverter()->getMinBytesPerChar();
+  const PadSequence pad = padCharIsUnicode ? encodePad(trace.site(), *getConverter(), padChar)
+                                           : rawPad(trace.site(), minBytes, padChar, padLength, ccsid);
+  // A character that the code page leaves out has no bytes, and so fills nothing.
+  if (padCharIsUnicode && (pad.count == 0 || room % pad.count != 0))
+    raise<KelParserException>(trace.site(), failures::kInvalidPaddingSize, failures::kInvalidPaddingSize.text,
+                              padCharDump(padChar), padLength, minBytes, ccsid);
+  if (justification != eJustifyRight) {
+    core::repeat({end, room}, pad.view());
+    return;
+  }
+  unsigned char* const start = end - dataLength;
+  std::memmove(start + padLength, start, static_cast<std::size_t>(dataLength));
+  // In front a zero byte ends the padding and zeros follow, unlike behind: Padding.ExtendsBytes.
+  core::repeatUpToZero({start, room}, pad.view());
+}
+
+void DataCnv::PadString(KelWstring& text, int targetLength, int contentLength, unsigned short padChar,
+                        EJustification justification, bool padCharIsUnicode) {
+  const FunctionTrace trace(this, "DataCnv::PadString", kDataCnvPath);
+  if (targetLength < contentLength || targetLength < 0)
+    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
+                                  numbered("Invalid input length: ", targetLength) +
+                                      numbered(" Expected string length after padding: ", contentLength));
+  if (contentLength >= 0) {
+    const auto content = static_cast<unsigned>(contentLength);
+    if (text.length() > content)
+      text.eraseInternal(content, KelWstring::npos);
+    else
+      insertCopies(text, text.length(), content - text.length(), 0);
+  }
+  // Below 0, the content is the whole text: nothing but a wrong result can come of it, even where the sum wraps.
+  PadData(text, static_cast<int>(std::int64_t{targetLength} - contentLength), justification, padChar, padCharIsUnicode);
+  if (text.length() != static_cast<unsigned>(targetLength))
+    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
+                                  "Data padding failed");
+}
+
+int DataCnv::GetPadCharLen(unsigned short padChar) {
+  const FunctionTrace trace(this, "DataCnv::GetPadCharLen", kDataCnvPath);
+  const KelBufferedWstring<16u> pad(&padChar, 1);
+  const int capacity = getConverter()->getMaxBytesPerChar();
+  Scratch<unsigned char, 16> bytes(static_cast<std::size_t>(capacity));
+  int size = capacity;
+  const UErrorCode status = fromUnicodeString(pad, bytes.data(), size);
+  if (status == U_BUFFER_OVERFLOW_ERROR)
+    raise<KelConversionException>(trace.site(), failures::kOutOfBounds, failures::kOutOfBounds.text, "integer",
+                                  numbered("string (", capacity) + " bytes)", padChar);
+  if (U_FAILURE(status))
+    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
+                                  numbered("Conversion to unicode string failed. Error code: ", status));
+  return size;
+}
