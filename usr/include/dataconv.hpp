@@ -18,6 +18,11 @@ U_NAMESPACE_BEGIN
 class DecimalFormat;
 U_NAMESPACE_END
 
+namespace oxr::core {
+struct IntegerDigits;
+class PackedField;
+}  // namespace oxr::core
+
 // The enumerations of physical settings. Callers pass and store the numbers: they never change.
 
 enum EFloatFmt : std::int32_t {
@@ -142,19 +147,23 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   // ---- External decimals: a digit a character of the code page, the sign where ESign says
 
   // Puts the sign on digits: "+" or "-" in front (eSignLeadingSeparate) or behind; for the included forms the digit is
-  // found in `positiveSignTable` (its index modulo 10 is its value) and replaced from the table of the sign. A digit
-  // that stands in no table, and any other ESign, changes nothing.
+  // found in `positiveSignTable` (its index modulo 10 is its value) and replaced from the table of the sign, by U+0000
+  // where that is too short. A digit that stands in no table, and any other ESign, changes nothing. The tables are
+  // zero-terminated; null counts as empty.
   void ExtDecAddSign(KelWstring& text, ESign sign, const unsigned short* positiveSignTable,
                      const unsigned short* negativeSignTable, bool& negative);
-  // Takes the sign off and sets `negative`. Internal error "Invalid sign type: " for an ESign above 4, and for a
-  // character in neither table.
+  // Takes the sign off and sets `negative`: a separate one as CheckSign does with "-" and "+", an included one by the
+  // tables, "0" plus the digit staying behind. Internal error "Invalid sign type: " for an unknown ESign, and for a
+  // character in neither table; the text is then as it was.
   void ExtDecRemoveSign(KelWstring& text, ESign sign, const unsigned short* positiveSignTable,
                         const unsigned short* negativeSignTable, bool& negative);
   // Takes the pad characters off a field that came in, and leaves "0" where nothing remains. A pad in the code page is
   // one byte; it comes off the end for eJustifyLeft, else off the front.
   void ExtDecTrimData(KelWstring& text, EJustification justification, unsigned short padChar, bool padCharIsUnicode);
-  // Pads to `targetLength` characters; `paddingBytes` is what the field has left. KelParserException 0xC0001591
-  // (OXR5521) when that is no multiple of the pad character's bytes.
+  // Pads to `targetLength` characters; `paddingBytes` is what the field has left. A pad in the code page is one byte a
+  // character and needs eJustifyLeft or eJustifyRight; with any other value the text stays. KelParserException
+  // 0xC0001591 (OXR5521) when `paddingBytes` is no multiple of what GetPadCharLen gives; its inserts are the text, the
+  // pad character as a dump, its bytes, `targetLength`, the CCSID. GetPadCharLen's failures pass through.
   void ExtDecPadData(KelWstring& text, int targetLength, int paddingBytes, EJustification justification,
                      unsigned short padChar, bool padCharIsUnicode);
   // Whether the first, or last, unit is the first unit of `minus`. `sign` and `plus` are ignored.
@@ -165,9 +174,17 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   // Puts a message's own sign text where a separate sign belongs. Unless `nothingToRemove`, the "-" in front goes
   // first. An empty sign text changes nothing.
   void SubstituteMinusSign(KelWstring& text, ESign sign, const unsigned short* signText, bool nothingToRemove);
-  // Reads a field of `size` bytes as DECIMAL. `customSign` selects letters for the included sign outside EBCDIC; the
-  // tables serve ExtDecRemoveSign. Internal error: null source, then a size of 0 or less. Invalid data: a sign byte
-  // that is none, or a character that is no digit.
+  // Reads a field of `size` bytes as DECIMAL; `virtualDecimalPoint` as for packed decimals, but the sign comes on
+  // behind the scale, so that -5 with 2 places is "-0.05". Leading zeros stay unless they are the padding. An included
+  // sign takes the first or last byte: a zone of F or C for plus and D for minus in EBCDIC; else "p" to "y" for minus,
+  // or, with `customSign`, "{" and "A" to "I" for plus, "}" and "J" to "R" for minus. The tables go to
+  // ExtDecRemoveSign. Internal error: null source, then a size of 0 or less. Invalid data: "External decimal - Invalid
+  // Positive sign code" (EBCDIC) or "External decimal - Custom Sign EBCDIC" (`customSign`) and the byte for a sign byte
+  // that is none; see validateDecimal for characters that are no digits.
+  //
+  // Example (CCSID 37):
+  //   const unsigned char field[] = {0xF1, 0xF2, 0xD3};
+  //   ExtDecToDec(field, 3, 2, eSignTrailingIncluded, eJustifyRight, '0', true, false, nullptr, nullptr);  // "-1.23"
   PWFData ExtDecToDec(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
                       EJustification justification, int padChar, bool padCharIsUnicode, bool customSign,
                       const unsigned short* positiveSignTable, const unsigned short* negativeSignTable);
@@ -196,10 +213,13 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   void validateDecimal(const KelWstring& text, ESign sign);
   // The last word on a text without its sign: digits (ICU's), one ".", one exponent letter, a sign only behind that.
   bool isDecimalValid(const KelWstring& text, bool pointRequired);
-  // Moves the point `places` to the left (below 0: to the right). Works on digits: callers take a sign off first.
+  // Moves the point `places` to the left (below 0: to the right): "123" by 2 is "1.23", by -2 "12300", by 4 "0.0123". A
+  // point at the end goes, one in front gets a digit; 0 places change nothing. Callers take a sign off first: it would
+  // count as a digit.
   void adjustDecimalForString(KelWstring& text, int places);
   // Brings the decimal places to what `selector` says, cutting, never rounding: 0 and up, so many; -1, as many as the
-  // value has; -2, the same with a point in any case; -3, as they are.
+  // value has; -2, the same with a point in any case; -3, as they are. "12.345" by 2 is "12.34", "12.300" by -1 "12.3",
+  // "12" by -2 "12.".
   void adjustPrecisionForString(KelWstring& text, int selector);
   // Replaces the first unit that is one of `oldPoint`'s, with those behind it up to its length, by `newPoint`. The
   // position, or -1.
@@ -216,37 +236,48 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
 
   // ---- Signs and exponents
 
-  // Takes the sign off a text and tells whether it was negative. Internal error for an ESign above 4.
+  // Takes the sign off a text and tells whether it was negative. `minus` and `plus` are zero-terminated texts of any
+  // length, for the separate forms: in front the first of the two that matches comes off, behind both do ("12+-"). An
+  // empty `minus` matches everywhere, null nowhere. An included sign is any first, or last, unit but a digit; 0x40 less
+  // stays, so that "p23" is "023". Internal error "Invalid sign type: " for an unknown ESign.
   bool CheckSign(KelWstring& text, ESign sign, const unsigned short* minus, const unsigned short* plus);
-  // Puts "-" or "+" where the message's own sign text stands behind the first exponent letter.
+  // Puts "-" or "+" where the message's own sign text stands behind the first "e" or "E". Either text may be null. An
+  // empty `minus` ends the search, so that `plus` isn't looked at.
   void ReplaceExponentialSign(KelWstring& text, const unsigned short* minus, const unsigned short* plus);
 
   // ---- Padding and trimming. `padChar` is a code unit, or, with `padCharIsUnicode` false, a value in the code page.
   // Where such a value is checked, KelParserException 0xC0001590 (OXR5520) tells that the code page has none like it.
 
-  // Adds `padLength` pad characters: behind for eJustifyLeft, else in front. Nothing for 0 or less.
+  // Adds `padLength` pad characters: behind for eJustifyLeft, else in front. Nothing for 0 or less. Of a pad in the
+  // code page the low byte counts, unchecked; a page without single-byte characters raises toUnicodeString's internal
+  // error.
   void PadData(KelWstring& text, int padLength, EJustification justification, unsigned short padChar,
                bool padCharIsUnicode);
   // Adds `padLength` bytes of padding at `end`, the position behind `dataLength` bytes of data: in front of them for
   // eJustifyRight, else behind. In front, zeros follow from the first zero byte of the padding on.
-  // Internal error: null, or a negative length. Checks a pad in the code page; KelParserException 0xC0001591 (OXR5521)
-  // when the room is no multiple of a Unicode pad's bytes.
+  // Internal error: null, or a negative length. Checks a pad in the code page, and that the room is a multiple of its
+  // bytes; KelParserException 0xC0001591 (OXR5521) when it is no multiple of a Unicode pad's bytes.
   void PadData(unsigned char* end, int padLength, int dataLength, EJustification justification, unsigned short padChar,
                bool padCharIsUnicode);
-  // Brings the text to `contentLength` units, with zeros where it is shorter, and pads it to `targetLength`.
+  // Brings the text to `contentLength` units, with U+0000 where it is shorter, and pads it to `targetLength`. Internal
+  // error: a target below the content or 0, "Data padding failed" where a negative content length leads elsewhere.
   void PadString(KelWstring& text, int targetLength, int contentLength, unsigned short padChar,
                  EJustification justification, bool padCharIsUnicode);
   // Trims as `trimType` says. Checks a pad in the code page for every trim type.
   void TrimData(KelWstring& text, ETrimType trimType, EJustification justification, unsigned short padChar,
                 bool padCharIsUnicode);
-  // The same on a caller's `length` units, zeros behind the result. The length left.
+  // The same on a caller's `length` units, zeros behind the result. The length left. Internal error: null, then a
+  // negative length.
   int TrimString(unsigned short* buffer, int length, unsigned short padChar, EJustification justification,
                  ETrimType trimType, bool padCharIsUnicode);
   // Cuts text that is longer than `maxLength` at a character of `converter`'s code page: the end for eJustifyLeft, the
-  // front for eJustifyRight; eJustifyNone cuts nothing. Whether anything was cut.
+  // front for eJustifyRight; eJustifyNone cuts nothing. Whether anything was cut. Each code unit is measured alone, so
+  // that the halves of a surrogate pair count as substitution characters. Internal error: no converter where bytes
+  // count, and ICU's failure to convert.
   bool TruncateData(KelWstring& text, long maxLength, EJustification justification, LengthUnitType unit,
                     CPUnicodeConverter* converter);
-  // Bytes of a Unicode pad character in the code page.
+  // Bytes of a Unicode pad character in the code page. Out of bounds when they are more than the longest character's,
+  // as where a page shifts in and out; internal error for any other failure of ICU.
   int GetPadCharLen(unsigned short padChar);
   // Whether nothing but pad characters stands in the text. Checks a pad in the code page; IsNullString takes its low
   // byte.
@@ -261,8 +292,17 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   void TrimFromTheRight(KelWstring& text, int count);
 
  private:
+  PWFData readPacked(const oxr::core::PackedField& field, std::uint32_t places, const unsigned char* source,
+                     ESign sign);
+  PWFData readPackedTraced(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
   void refusePacked(const unsigned char* source, int size, ESign sign);
+  void writePackedTraced(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint,
+                         ESign sign);
+  void packNumber(const oxr::core::IntegerDigits& number, unsigned char* target, int size, ESign sign);
   bool integerText(const unsigned short* text, int places, KelWstring& digits);
+  bool externalDigits(const oxr::FailureSite& site, KelWstring& text, const unsigned char* source, int size, ESign sign,
+                      bool customSign, const unsigned short* positiveSignTable,
+                      const unsigned short* negativeSignTable);
   unsigned short checkedPadUnit(unsigned short padChar, const oxr::FailureSite& site);
   unsigned short uncheckedPadUnit(unsigned short padChar);
 

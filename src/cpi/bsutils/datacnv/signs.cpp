@@ -1,0 +1,119 @@
+#include "core/signs.hpp"
+
+#include "core/decimaltext.hpp"
+#include "datacnv/sourcepath.hpp"
+#include "dataconv.hpp"
+#include "raise.hpp"
+#include "trace.hpp"
+
+using namespace oxr;
+
+namespace {
+
+constexpr unsigned short kFold = 0x40;  // what a digit that carries a minus stands above the digit's character
+
+bool isIncluded(ESign sign) {
+  return sign == eSignLeadingIncluded || sign == eSignTrailingIncluded;
+}
+bool isKnown(ESign sign) {
+  return sign >= eSignNone && sign <= eSignTrailingSeparate;
+}
+// Where the digit stands that carries the sign. REQUIRES: the text isn't empty.
+unsigned signPosition(const KelWstring& text, ESign sign) {
+  return sign == eSignLeadingIncluded ? 0 : text.length() - 1;
+}
+UnitView orEmpty(const unsigned short* table) {
+  return table == nullptr ? UnitView() : UnitView(table);
+}
+
+[[noreturn]] void raiseSignType(const FailureSite& site, ESign sign) {
+  raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
+                                numbered("Invalid sign type: ", sign));
+}
+
+// Any unit but a digit counts as folded; whether a digit comes out is for later checks. An empty text carries no sign.
+bool unfold(KelWstring& text, ESign sign) {
+  if (text.length() == 0) return false;
+  const unsigned position = signPosition(text, sign);
+  if (core::isAsciiDigit(text[position])) return false;
+  text.at(position) = static_cast<unsigned short>(text[position] - kFold);
+  return true;
+}
+
+}  // namespace
+
+bool DataCnv::CheckSign(KelWstring& text, ESign sign, const unsigned short* minus, const unsigned short* plus) {
+  const FunctionTrace trace(this, "DataCnv::CheckSign", kDataCnvPath);
+  if (!isKnown(sign)) raiseSignType(trace.site(), sign);
+  if (sign == eSignNone) return false;
+  if (isIncluded(sign)) return unfold(text, sign);
+  const core::SignText minusText = core::signText(minus);
+  const core::SignText plusText = core::signText(plus);
+  if (sign == eSignLeadingSeparate) {
+    const core::FoundSign found = core::leadingSign(text.view(), minusText, plusText);
+    text.eraseInternal(0, found.units);
+    return found.negative;
+  }
+  const core::FoundSign found = core::trailingSign(text.view(), minusText, plusText);
+  text.eraseInternal(text.length() - found.units, found.units);
+  return found.negative;
+}
+
+void DataCnv::ReplaceExponentialSign(KelWstring& text, const unsigned short* minus, const unsigned short* plus) {
+  // The traced name isn't the operation's own: Signs.TracesUnderTheirNames.
+  const FunctionTrace trace(this, "DataCnv::CheckExponentialSign", kDataCnvPath);
+  const auto found = core::exponentSign(text.view(), core::signText(minus), core::signText(plus));
+  if (!found) return;
+  const KelWstring& canonical = found->negative ? US_MINUS : US_PLUS;
+  text.replaceInternal(found->position, found->units, canonical.characters(), canonical.length(), 0);
+}
+
+void DataCnv::ExtDecAddSign(KelWstring& text, ESign sign, const unsigned short* positiveSignTable,
+                            const unsigned short* negativeSignTable, bool& negative) {
+  if (sign == eSignLeadingSeparate || sign == eSignTrailingSeparate) {
+    const KelWstring& character = negative ? US_MINUS : US_PLUS;
+    text.insertInternal(sign == eSignLeadingSeparate ? 0 : text.length(), character.characters(), 1, 0);
+  }
+  if (!isIncluded(sign) || text.length() == 0) return;
+  const unsigned position = signPosition(text, sign);
+  const auto found = core::signedDigit(text[position], orEmpty(positiveSignTable), UnitView());
+  if (!found) return;
+  const UnitView table = orEmpty(negative ? negativeSignTable : positiveSignTable);
+  text.at(position) = found->digit < table.size() ? table[found->digit] : 0;
+}
+
+void DataCnv::ExtDecRemoveSign(KelWstring& text, ESign sign, const unsigned short* positiveSignTable,
+                               const unsigned short* negativeSignTable, bool& negative) {
+  const FunctionTrace trace(this, "DataCnv::ExtDecRemoveSign", kDataCnvPath);
+  if (!isKnown(sign)) raiseSignType(trace.site(), sign);
+  if (!isIncluded(sign)) {
+    negative = CheckSign(text, sign, US_MINUS.characters(), US_PLUS.characters());
+    return;
+  }
+  const auto found = text.length() == 0 ? std::nullopt
+                                        : core::signedDigit(text[signPosition(text, sign)], orEmpty(positiveSignTable),
+                                                            orEmpty(negativeSignTable));
+  // The text speaks of the sign type though a character is at fault: Signs.TablesFoldTheSignIn.
+  if (!found) raiseSignType(trace.site(), sign);
+  negative = found->negative;
+  text.at(signPosition(text, sign)) = static_cast<unsigned short>('0' + found->digit);
+}
+
+bool DataCnv::HasALeadingMinus(const KelWstring& text, ESign /*sign*/, const unsigned short* minus,
+                               const unsigned short* /*plus*/) {
+  return text.length() != 0 && minus != nullptr && text[0] == minus[0];
+}
+
+bool DataCnv::HasATrailingMinus(const KelWstring& text, ESign /*sign*/, const unsigned short* minus,
+                                const unsigned short* /*plus*/) {
+  return text.length() != 0 && minus != nullptr && text[text.length() - 1] == minus[0];
+}
+
+void DataCnv::SubstituteMinusSign(KelWstring& text, ESign sign, const unsigned short* signText, bool nothingToRemove) {
+  const FunctionTrace trace(this, "DataCnv::SubstituteMinusSign", kDataCnvPath);
+  const UnitView newSign = orEmpty(signText);
+  if ((sign != eSignLeadingSeparate && sign != eSignTrailingSeparate) || newSign.empty()) return;
+  if (!nothingToRemove) text.eraseInternal(0, US_MINUS.length());
+  const unsigned position = sign == eSignLeadingSeparate ? 0 : text.length();
+  text.insertInternal(position, newSign.data(), static_cast<unsigned>(newSign.size()), 0);
+}
