@@ -6,6 +6,7 @@ file(GLOB_RECURSE bench_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/bench/*
 if(bench_sources)
   add_executable(oxr_bench ${bench_sources})
   oxr_settings(oxr_bench)
+  target_include_directories(oxr_bench PRIVATE "${PROJECT_SOURCE_DIR}/bench")
   target_compile_definitions(oxr_bench PRIVATE OXR_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/tools/oxrrec/samples")
   target_link_libraries(oxr_bench PRIVATE oxrbitstreamutilities oxrcore benchmark::benchmark_main)
   if(TARGET oxrrec_parts)
