@@ -1,5 +1,6 @@
 #include "kellog.hpp"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -43,87 +44,62 @@ std::string lineOf(const LogRecord& record) {
     line << " [" << insert << ']';
   return line.str();
 }
-template <class Write>
-Texts linesOf(Write write) {
-  Texts lines;
-  for (const LogRecord& record : recordsOf(write))
-    lines.push_back(lineOf(record));
-  return lines;
-}
 
 const KelNamedLogSource kOwner(u"type"_k, u"name"_k, u"label"_k);
 
 TEST(KelLogItem, RendersEachKindOfInsertInOrder) {
-  const KelWstring text = u"\u20AC1"_k;
-  const KelBufferedWstring<16u> buffered(text);
+  const KelWstring text = u"\u20AC"_k;
+  const KelBufferedWstring<16u> buffered(u"\u00E9"_k);
   const unsigned short unit = u'\u00E9';
   const int negative = -2147483647 - 1;
   const long big = 9223372036854775807;
-  const double tenth = 0.1, huge = 1e300, whole = 3;
-  const bool yes = true;
-  const char* const none = nullptr;
+  const double tenth = 0.1, huge = 1e300, whole = 3, none = std::numeric_limits<double>::quiet_NaN();
+  const bool yes = true, no = false;
+  const char* const nothing = nullptr;
   const unsigned short* const noUnits = nullptr;
-  const Texts expected{"text",
-                       "\xE2\x82\xAC"
-                       "1",
-                       "\xC3\xA9",
-                       "-2147483648",
-                       "9223372036854775807",
-                       "0.1",
-                       "1e+300",
-                       "3",
-                       "true",
-                       "\xE2\x82\xAC"
-                       "1",
-                       "\xE2\x82\xAC"
-                       "1",
-                       "",
+  const Texts expected{"text", "\xE2\x82\xAC", "\xC3\xA9", "-2147483648", "9223372036854775807", "0.1",      "1e+300",
+                       "3",    "nan",          "true",     "false",       "\xE2\x82\xAC",        "\xC3\xA9", "",
                        ""};
-
-  const auto fast = recordsOf([&] {
-    KelLog::FastTraceItem("f", 1, true) << "text" << text.characters() << unit << negative << big << tenth << huge
-                                        << whole << yes << text << buffered << none << noUnits << KelLog::endOfInserts;
-  });
-  ASSERT_EQ(fast.size(), 1u);
-  EXPECT_EQ(fast[0].inserts, expected);
-  const auto slow = recordsOf([&] {
-    KelLog::TraceItem item("f", 1);
-    item << "text" << text.characters() << unit << negative << big << tenth << huge << whole << yes << text << buffered
-         << none << noUnits << std::string("a\xFF") << std::numeric_limits<double>::quiet_NaN();
-    EXPECT_EQ(item.inserts().back(), "nan");
+  const auto fill = [&](auto& item) -> auto& {
+    return item << "text" << text.characters() << unit << negative << big << tenth << huge << whole << none << yes << no
+                << text << buffered << nothing << noUnits;
+  };
+  const auto records = recordsOf([&] {
+    {
+      KelLog::FastTraceItem item("fast", 1, true);
+      fill(item) << KelLog::endOfInserts;
+    }
+    KelLog::TraceItem item("slow", 1);
+    fill(item);
     item.writeToFile();
     item.writeToFile();  // and the destructor: one record all the same
   });
-  ASSERT_EQ(slow.size(), 1u);
-  EXPECT_EQ(Texts(slow[0].inserts.begin(), slow[0].inserts.end() - 2), expected);
-  EXPECT_EQ(slow[0].inserts[13], "a\xEF\xBF\xBD");  // inserts are valid UTF-8
-  const auto addresses = recordsOf([] {
-    const void* const address = reinterpret_cast<const void*>(0xABC0);
-    KelLog::FastTraceItem("f", 1, true) << address << static_cast<const void*>(nullptr) << KelLog::endOfInserts;
-  });
-  EXPECT_EQ(addresses.at(0).inserts, (Texts{"0xabc0", "0x0"}));
+  ASSERT_EQ(records.size(), 2u);
+  EXPECT_EQ(records[0].inserts, expected);
+  EXPECT_EQ(records[1].inserts, expected);
 }
 
 TEST(KelLogItem, FastInsertsAreReadWhenTheListIsClosed) {
   int value = 1;
-  EXPECT_EQ(linesOf([&] {
-              KelLog::FastDebugTraceItem item("f", 7, true);
-              item << value;
-              value = 2;
-              item << KelLog::endOfInserts;
-              value = 3;
-              item << KelLog::endOfInserts;  // closed already
-              KelLog::FastDebugTraceItem("open", 7, true) << value;
-            }),
-            (Texts{"debug trace open #7 :0 0 ", "debug trace f #7 :0 0  [2]"}));
-  EXPECT_EQ(recordsOf([&] {
-              KelLog::FastTraceItem item("f", 0, true);
-              for (int i = 0; i < 20; ++i)
-                item << value;
-              item << KelLog::endOfInserts;
-            })[0]
-                .inserts.size(),
-            16u);
+  const void* const address = reinterpret_cast<const void*>(0xABC0);
+  const auto write = [&] {
+    KelLog::FastDebugTraceItem item("f", 7, true);
+    item << value << address << static_cast<const void*>(nullptr);
+    value = 2;
+    item << KelLog::endOfInserts;
+    value = 3;
+    item << KelLog::endOfInserts;  // closed already
+    KelLog::FastDebugTraceItem("open", 7, true) << value;
+    KelLog::FastTraceItem full("full", 0, true);
+    for (int i = 0; i < 20; ++i)
+      full << value;
+    full << KelLog::endOfInserts;
+  };
+  const auto records = recordsOf(write);
+  ASSERT_EQ(records.size(), 3u);
+  EXPECT_EQ(lineOf(records[0]), "debug trace open #7 :0 0 ");
+  EXPECT_EQ(records[1].inserts, Texts(16, "3"));
+  EXPECT_EQ(lineOf(records[2]), "debug trace f #7 :0 0  [2] [0xabc0] [0x0]");
 }
 
 // A log source with facts of its own.
@@ -138,50 +114,56 @@ class Source : public KelOwnedLogSource {
 TEST(KelLog, RecordsTellKindFunctionHandleAndSource) {
   Source source;
   source.setOwner(&kOwner);
-  long first = 0, second = 0, third = 0, fourth = 0, fifth = 0;
+  long handles[5] = {};
   const auto records = recordsOf([&] {
-    first = KelLog::writeEntry(&source, "a");
-    KelLog::writeTrace(&source, "a", "fact", first);
-    KelLog::writeExit(&source, "a", first);
-    second = KelLog::writeDebugEntry("b");
-    KelLog::writeDebugTrace("b", nullptr, second);
-    KelLog::writeDebugExit("b", second);
-    KelLog::FastEntryItem(&source, "c", &third, true) << third << KelLog::endOfInserts;
-    KelLog::FastDebugEntryItem("d", &fourth, true) << KelLog::endOfInserts;
-    KelLog::FastDebugExitItem("d", fourth, true) << 1 << KelLog::endOfInserts;
-    KelLog::EntryItem("e", &fifth) << "x";
+    handles[0] = KelLog::writeEntry(&source, "a");
+    KelLog::writeTrace(&source, "a", "fact", handles[0]);
+    KelLog::writeExit(&source, "a", handles[0]);
+    handles[1] = KelLog::writeDebugEntry("b");
+    KelLog::writeDebugTrace("b", nullptr, handles[1]);
+    KelLog::writeDebugExit("b", handles[1]);
+    KelLog::FastEntryItem(&source, "c", &handles[2], true) << 1 << KelLog::endOfInserts;
+    KelLog::FastDebugEntryItem("d", &handles[3], true) << KelLog::endOfInserts;
+    KelLog::FastDebugExitItem("d", handles[3], true) << 1 << KelLog::endOfInserts;
+    KelLog::EntryItem("e", &handles[4]) << "x";
     KelLog::TraceItem(&source, "t", noTraceHandle) << "x";
   });
-  const auto handle = [](long value) { return std::to_string(value); };
-  const Texts expected{"entry a #" + handle(first) + " :0 0 name",
-                       "trace a #" + handle(first) + " :0 0 name [fact]",
-                       "exit a #" + handle(first) + " :0 0 name",
-                       "debug entry b #" + handle(second) + " :0 0 ",
-                       "debug trace b #" + handle(second) + " :0 0  []",
-                       "debug exit b #" + handle(second) + " :0 0 ",
-                       "entry c #" + handle(third) + " :0 0 name [" + handle(third) + "] [fact] [5]",
-                       "debug entry d #" + handle(fourth) + " :0 0 ",
-                       "debug exit d #" + handle(fourth) + " :0 0  [1]",
-                       "entry e #" + handle(fifth) + " :0 0  [x]",
-                       "trace t #-77 :0 0 name [x]"};
-  Texts lines;
-  for (const LogRecord& record : records)
-    lines.push_back(lineOf(record));
-  EXPECT_EQ(lines, expected);
-  EXPECT_EQ((std::set{0l, first, second, third, fourth, fifth}).size(), 6u);
+  const struct {
+    const char *start, *rest;
+    int handle;  // which of `handles`; -1 is noTraceHandle
+  } expected[] = {
+      {"entry a #", " :0 0 name", 0},
+      {"trace a #", " :0 0 name [fact]", 0},
+      {"exit a #", " :0 0 name", 0},
+      {"debug entry b #", " :0 0 ", 1},
+      {"debug trace b #", " :0 0  []", 1},
+      {"debug exit b #", " :0 0 ", 1},
+      {"entry c #", " :0 0 name [1] [fact] [5]", 2},
+      {"debug entry d #", " :0 0 ", 3},
+      {"debug exit d #", " :0 0  [1]", 3},
+      {"entry e #", " :0 0  [x]", 4},
+      {"trace t #", " :0 0 name [x]", -1},
+  };
+  ASSERT_EQ(records.size(), std::size(expected));
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    const long handle = expected[i].handle >= 0 ? handles[expected[i].handle] : -77;
+    EXPECT_EQ(lineOf(records[i]), expected[i].start + std::to_string(handle) + expected[i].rest);
+  }
+  EXPECT_EQ(std::set<long>(std::begin(handles), std::end(handles)).size(), 5u);
+  EXPECT_GT(handles[0], 0);
 }
 
 TEST(KelLog, EventsCarryPlaceNumberAndWhatIsNestedInThem) {
-  EXPECT_EQ(linesOf([] {
-              KelParserException cause("deep", 2, "inner", KelLog::iDefaultLogSource, 0, 0);
-              cause << 1;
-              KelLog::ErrorItem error("src/x", 46, "f", u"SRC"_k, static_cast<int>(0xC000157D), 3);
-              error << "failed" << cause;
-              EXPECT_EQ(error.nestedItemCount(), 1);
-              KelLog::WarningItem(&kOwner, "src/y", 1, "g", u"SRC"_k, static_cast<int>(0x800015AC), 0) << 2;
-            }),
-            (Texts{"event g #0 src/y:1 800015ac SRC [2]",
-                   "event f #3 src/x:46 c000157d SRC [failed] [[OXR0000: 1 (inner, deep:2)]]"}));
+  const auto records = recordsOf([] {
+    KelParserException cause("deep", 2, "inner", KelLog::iDefaultLogSource, 0, 0);
+    cause << std::string("a\xFF");
+    KelLog::ErrorItem error("src/x", 46, "f", u"SRC"_k, static_cast<int>(0xC000157D), 3);
+    error << "failed" << cause;
+    KelLog::WarningItem(&kOwner, "src/y", 1, "g", u"SRC"_k, static_cast<int>(0x800015AC), 0) << 2;
+  });
+  ASSERT_EQ(records.size(), 2u);
+  EXPECT_EQ(lineOf(records[0]), "event g #0 src/y:1 800015ac SRC [2]");
+  EXPECT_EQ(lineOf(records[1]), "event f #3 src/x:46 c000157d SRC [failed] [[OXR0000: a\xEF\xBF\xBD (inner, deep:2)]]");
 }
 
 TEST(KelLog, SinksNestAndAFailingOneHarmsNobody) {
@@ -189,16 +171,14 @@ TEST(KelLog, SinksNestAndAFailingOneHarmsNobody) {
    public:
     void write(const LogRecord&) override { throw std::runtime_error("disk full"); }
   };
-  EXPECT_EQ(linesOf([] {
-              KelLog::writeExit("before", 1);
-              EXPECT_EQ(linesOf([] { KelLog::writeExit("inner", 1); }).size(), 1u);
-              {
-                const ScopedLogSink failing(std::make_shared<Failing>());
-                KelLog::writeExit("lost", 1);
-              }
-              KelLog::writeExit("after", 1);
-            }).size(),
-            2u);
+  const auto records = recordsOf([] {
+    KelLog::writeExit("before", 1);
+    EXPECT_EQ(recordsOf([] { KelLog::writeExit("inner", 1); }).size(), 1u);
+    const ScopedLogSink failing(std::make_shared<Failing>());
+    KelLog::writeExit("lost", 1);
+  });
+  ASSERT_EQ(records.size(), 1u);
+  EXPECT_EQ(records[0].function, "before");
 }
 
 TEST(KelLogThreads, RecordsArriveWholeWhileSinksChange) {
@@ -212,7 +192,7 @@ TEST(KelLogThreads, RecordsArriveWholeWhileSinksChange) {
           KelLog::FastTraceItem("f", i, true) << i << KelLog::endOfInserts;
       });
     for (int round = 0; round < 50; ++round)
-      linesOf([] { KelLog::writeExit("swapped", 0); });
+      recordsOf([] { KelLog::writeExit("swapped", 0); });
     for (std::thread& thread : threads)
       thread.join();
   }
@@ -252,17 +232,12 @@ TEST(KelException, ThrowsACopyOfItsOwnClass) {
   EXPECT_THROW(failing<KelException>(1).throwThis(), KelException);
   const KelException& asBase = failing<KelParserException>(1);
   EXPECT_THROW(asBase.throwThis(), KelParserException);
-  EXPECT_THROW(failing<KelConversionException>(1).throwThis(), KelConversionException);
   EXPECT_THROW(failing<KelRecoverableException>(1).throwThis(), KelRecoverableException);
   try {
-    const auto exception = failing<KelConversionException>(static_cast<int>(0xC000157E));
-    exception.throwThis();
+    failing<KelConversionException>(static_cast<int>(0xC000157E)).throwThis();
   } catch (const KelRecoverableException& caught) {
-    EXPECT_EQ(caught.messageNumber(), static_cast<int>(0xC000157E));
+    EXPECT_NE(dynamic_cast<const KelConversionException*>(&caught), nullptr);
     EXPECT_EQ(caught.oxrMessageNumber(), 5502);
-    EXPECT_EQ(caught.inserts(), (Texts{"first", "2"}));
-    EXPECT_STREQ(caught.fileName(), "src/file");
-    EXPECT_EQ(caught.lineNumber(), 12);
     EXPECT_EQ(caught.functionNameString(), u"Class::f"_k);
     EXPECT_EQ(caught.logSourceNameString(), KelLog::iDefaultLogSource);
     EXPECT_EQ(caught.objectNameString(), u"name"_k);
@@ -299,39 +274,37 @@ void writeOneOfEach() {
 constexpr const char* kTraceLine = "[0-9-]+ [0-9:.]+ \\[[0-9]+\\] debug trace PWFData::f #12: a\\\\x0ab; 3\n";
 constexpr const char* kEventLine = ".* event OXR5501E cpAssert \\(src/cpassert:46\\) of SRC: failed\n$";
 
-TEST_F(KelLogEnvironment, GoesToStandardErrorAndTheLevelIsRead) {
-  const ScopedEnvironment log("KELHOST_LOG", ""), level("KELHOST_TRACE_LEVEL", "4");
-  EXPECT_EXIT(writeOneOfEach(), testing::ExitedWithCode(0), std::string("level 4\n") + kTraceLine + kEventLine);
-}
-
-TEST_F(KelLogEnvironment, NoneWritesNothingAndNegativeLevelsAreLevels) {
-  const ScopedEnvironment log("KELHOST_LOG", "none"), level("KELHOST_TRACE_LEVEL", "-1");
-  EXPECT_EXIT(writeOneOfEach(), testing::ExitedWithCode(0), "^level -1\n$");
-}
-
-TEST_F(KelLogEnvironment, RefusesALevelThatIsNoNumber) {
-  for (const char* const text : {"4x", " 4", "+4", "0x4", "4294967296", "four"}) {
-    const ScopedEnvironment log("KELHOST_LOG", "stderr"), level("KELHOST_TRACE_LEVEL", text);
-    EXPECT_EXIT(writeOneOfEach(), testing::ExitedWithCode(0), "is not a whole number; .*\nlevel 0\n");
+TEST_F(KelLogEnvironment, SetsLogAndLevelAndRefusesWhatIsNeither) {
+  const std::string lines = std::string(kTraceLine) + kEventLine, refused = "is not a whole number; .*\nlevel 0\n";
+  const struct {
+    const char *log, *level;
+    std::string expected;
+  } rows[] = {
+      {"", "4", "^level 4\n" + lines},
+      {"stderr", "", "^level 0\n" + lines},
+      {"none", "-1", "^level -1\n$"},
+      {"stderr", "4x", refused},
+      {"stderr", " 4", refused},
+      {"stderr", "+4", refused},
+      {"stderr", "0x4", refused},
+      {"stderr", "4294967296", refused},
+      {"/dev/null/log", "3", "^level 3\n.*no file that can be written.*\n" + lines},
+  };
+  for (const auto& row : rows) {
+    const ScopedEnvironment log("KELHOST_LOG", row.log), level("KELHOST_TRACE_LEVEL", row.level);
+    EXPECT_EXIT(writeOneOfEach(), testing::ExitedWithCode(0), row.expected);
   }
 }
 
-TEST_F(KelLogEnvironment, WritesToAFileOrSaysWhyNot) {
+TEST_F(KelLogEnvironment, NamesAFile) {
   const std::string path = testing::TempDir() + "kellog_test.log";
+  const ScopedEnvironment log("KELHOST_LOG", path.c_str()), level("KELHOST_TRACE_LEVEL", "0");
   std::remove(path.c_str());
-  {
-    const ScopedEnvironment log("KELHOST_LOG", path.c_str()), level("KELHOST_TRACE_LEVEL", "0");
-    EXPECT_EXIT(writeOneOfEach(), testing::ExitedWithCode(0), "^level 0\n$");
-  }
+  EXPECT_EXIT(writeOneOfEach(), testing::ExitedWithCode(0), "^level 0\n$");
   std::stringstream written;
   written << std::ifstream(path).rdbuf();
-  EXPECT_TRUE(
-      testing::internal::RE::FullMatch(written.str(), testing::internal::RE(std::string(kTraceLine) + kEventLine)))
-      << written.str();
+  EXPECT_THAT(written.str(), testing::MatchesRegex(std::string(kTraceLine) + kEventLine));
   std::remove(path.c_str());
-  const ScopedEnvironment log("KELHOST_LOG", "/dev/null/log"), level("KELHOST_TRACE_LEVEL", "0");
-  EXPECT_EXIT(writeOneOfEach(), testing::ExitedWithCode(0),
-              std::string("names no file that can be written.*\n.*") + kTraceLine + kEventLine);
 }
 
 }  // namespace

@@ -40,55 +40,28 @@ TEST(KelWstring, EditsAsTheStandardStringDoes) {
     const unsigned position = below(static_cast<unsigned>(model.size()) + 1), length = below(20);
     const unsigned operation = below(13);
     SCOPED_TRACE(testing::Message() << "step " << step << ", operation " << operation);
-    switch (operation) {
-      case 0:
-        text.assignInternal(fresh.data(), count, 0), model = fresh;
-        break;
-      case 1:
-        text.appendInternal(fresh.data(), count, 0), model += fresh;
-        break;
-      case 2:
-        text.insertInternal(position, fresh.data(), count, 0), model.insert(position, fresh);
-        break;
-      case 3:
-        text.replaceInternal(position, length, fresh.data(), count, 0), model.replace(position, length, fresh);
-        break;
-      case 4:
-        text.eraseInternal(position, length), model.erase(position, length);
-        break;
-      case 5:
-        text.reserve(count);
-        break;
-      case 6:
-        text.assign(*strings[other]), model = Model(models[other]);
-        break;
-      case 7: {  // a piece of the string itself is the text
-        const unsigned end = position + below(static_cast<unsigned>(model.size()) - position + 1);
-        const Model piece = model.substr(position, end - position);
-        const unsigned target = below(static_cast<unsigned>(model.size()) + 1);
-        text.replaceInternal(target, length, text.characters() + position, end - position, 0);
-        model.replace(target, length, piece);
-        break;
-      }
-      case 8:
-        if (!model.empty() && position < model.size()) text.at(position) = model[position] = 'X';
-        break;
-      case 9:
-        std::copy(fresh.begin(), fresh.end(), text.resizeForOverwrite(count)), model = fresh;
-        break;
-      case 10:
-        text = text.substr(position, length), model = model.substr(position, length);
-        break;
-      case 11:
-        if (which != other) {
-          text = std::move(*strings[other]), model = models[other];
-          *strings[other] = text;  // whatever was left behind
-        }
-        break;
-      case 12:
-        text = Buffered(*strings[other]) + text, model = models[other] + model;
-        break;
+    if (operation == 0) text.assignInternal(fresh.data(), count, 0), model = fresh;
+    if (operation == 1) text.appendInternal(fresh.data(), count, 0), model += fresh;
+    if (operation == 2) text.insertInternal(position, fresh.data(), count, 0), model.insert(position, fresh);
+    if (operation == 3)
+      text.replaceInternal(position, length, fresh.data(), count, 0), model.replace(position, length, fresh);
+    if (operation == 4) text.eraseInternal(position, length), model.erase(position, length);
+    if (operation == 5) text.reserve(count);
+    if (operation == 6) text.assign(*strings[other]), model = Model(models[other]);
+    if (operation == 7) {  // a piece of the string itself is the text
+      const unsigned start = below(static_cast<unsigned>(model.size()) + 1);
+      const Model piece = model.substr(start, length);
+      text.replaceInternal(position, 3, text.characters() + start, static_cast<unsigned>(piece.size()), 0);
+      model.replace(position, 3, piece);
     }
+    if (operation == 8 && position < model.size()) text.at(position) = model[position] = 'X';
+    if (operation == 9) std::copy(fresh.begin(), fresh.end(), text.resizeForOverwrite(count)), model = fresh;
+    if (operation == 10) text = text.substr(position, length), model = model.substr(position, length);
+    if (operation == 11 && which != other) {
+      text = std::move(*strings[other]), model = models[other];
+      *strings[other] = text;  // whatever was left behind
+    }
+    if (operation == 12) text = Buffered(*strings[other]) + text, model = models[other] + model;
     for (unsigned i = 0; i < 6; ++i) {
       ASSERT_EQ(modelOf(*strings[i]), models[i]) << "string " << i;
       ASSERT_EQ(strings[i]->characters()[strings[i]->length()], 0);
