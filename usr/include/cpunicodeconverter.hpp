@@ -2,6 +2,7 @@
 
 #include <unicode/ucnv.h>
 
+#include <array>
 #include <string>
 
 #include "kelheader.hpp"
@@ -9,64 +10,91 @@
 #include "oxrexport.hpp"
 #include "pwftypes.hpp"
 
+namespace oxr {
+class ConverterState;
+struct SingleBytePage;
+}
+
 // What converters have in common: a status and a name for messages. The name opens nothing.
 class OXR_EXPORT CPBaseUnicodeConverter {
  public:
+  // The name is "utf-16le" or "utf-16be" for a Unicode CCSID, which takes no other `endian` than these two (the name
+  // stays empty), else ICU's alias of the numbered code page.
   CPBaseUnicodeConverter(int ccsid, EEndian endian);
 
  protected:
   ~CPBaseUnicodeConverter() = default;
 
   objectHeader baseHeader{"QVTB", 0, 8240};
-  UErrorCode status = U_ZERO_ERROR;
+  UErrorCode status = U_ZERO_ERROR;  // of the constructor's calls of ICU
   std::string name;
 };
 
 // The one way from bytes in a code page, named by its CCSID, to UTF-16 and back.
 //
-// Each object owns a private clone of the host's shared ICU converter. An unmappable byte becomes ICU's substitution
-// character and an unmappable character the code page's substitution byte; fallback mappings are used both ways. Only
-// input that ends inside a character and a target that is too small come out as errors.
-// An object holds conversion state and serves one thread at a time.
+// Each object owns a private clone of the host's shared ICU converter, which lies inside the object as a rule. An
+// unmappable byte becomes ICU's substitution character and an unmappable character the code page's substitution byte;
+// fallback mappings are used both ways. Only bytes that end inside a character (status 11, U_TRUNCATED_CHAR_FOUND) and
+// a target that is too small (status 15, U_BUFFER_OVERFLOW_ERROR) come out as errors.
+// An object holds conversion state and serves one thread at a time; objects share nothing.
+//
+// Example:
+//   CPUnicodeConverter page(37, eEndianUnset);
+//   KelWstring text;
+//   UErrorCode status = U_ZERO_ERROR;
+//   page.toUnicodeString(text, "\xC1\xC2", 2, status);  // "AB", status U_ZERO_ERROR
 class OXR_EXPORT CPUnicodeConverter : public CPBaseUnicodeConverter {
  public:
-  // True for 1200, 13488 and 17584.
+  // True for 1200, 13488 and 17584 and for no other, UTF-8 (1208) neither.
   static bool IsUnicode(int ccsid);
 
-  // `endian` counts for the Unicode CCSIDs. KelRecoverableException: 0xC0000854 (OXR2132) when the code page has no
-  // table, 0xC0000852 (OXR2130) when ICU cannot make or set up the converter.
+  // `endian` counts for UTF-16; eEndianUnset is this machine's order. KelRecoverableException: 0xC0000854 (OXR2132)
+  // "Invalid codepage (or missing table)", `ccsid`, the name; 0xC0000852 (OXR2130) when ICU cannot make or set up the
+  // converter, `ccsid`, the status.
   CPUnicodeConverter(int ccsid, EEndian endian);
   CPUnicodeConverter(const CPUnicodeConverter&) = delete;
   CPUnicodeConverter& operator=(const CPUnicodeConverter&) = delete;
   ~CPUnicodeConverter();
 
-  // ucnv_toUnicode and ucnv_fromUnicode, unchanged: the pointers move, `conversionStatus` is ICU's.
-  void toUnicode(unsigned short*& target, const unsigned short* targetLimit, const char*& source,
-                 const char* sourceLimit, int* offsets, signed char flush, UErrorCode& conversionStatus);
-  void fromUnicode(char*& target, const char* targetLimit, const unsigned short*& source,
-                   const unsigned short* sourceLimit, int* offsets, signed char flush, UErrorCode& conversionStatus);
+  // ucnv_toUnicode and ucnv_fromUnicode, unchanged: the pointers move, `conversionStatus` is ICU's. `offsets` may be
+  // null. What found no room stays in the object and comes out first next time. The result is the status once more.
+  int toUnicode(unsigned short*& target, const unsigned short* targetLimit, const char*& source,
+                const char* sourceLimit, int* offsets, signed char flush, UErrorCode& conversionStatus);
+  int fromUnicode(char*& target, const char* targetLimit, const unsigned short*& source,
+                  const unsigned short* sourceLimit, int* offsets, signed char flush, UErrorCode& conversionStatus);
 
   // One whole conversion. `*targetLength`: room in, written out, in bytes or, for fromLocalToUnicode, code units. The
   // local code page is UTF-8, whatever this object's is. Any error, too small a target too, raises internal error
-  // 0xC000157E (OXR5502) and leaves `*targetLength`.
+  // 0xC000157E (OXR5502) with what failed and the status, and leaves `*targetLength`; nothing is held back.
   void fromUnicode(char* target, int* targetLength, const unsigned short* source, int sourceLength);
   void fromLocalToUnicode(unsigned short* target, int* targetLength, const char* source, int sourceLength);
   void fromUnicodeToLocal(char* target, int* targetLength, const unsigned short* source, int sourceLength);
 
+  // Bytes of the shortest and the longest character, as ICU counts them: 3 at most in UTF-8 and 2 in UTF-16, where a
+  // supplementary character takes 4.
   int getMinBytesPerChar() const;
   int getMaxBytesPerChar() const;
   UConverterType getType() const;
+  // ICU's name of the converter. It stays ICU's.
   const char* getName(UErrorCode& nameStatus) const;
+  // Forgets what toUnicode() held back.
   void resetToUnicode();
 
-  // Whole strings. toUnicodeString replaces `target`; a length of 0 or less is U_ILLEGAL_ARGUMENT_ERROR and leaves it.
-  // fromUnicodeString: `targetLength` is room in, bytes out; it adds to the status that it is given.
+  // Whole strings. toUnicodeString replaces `target` by the text of `length` bytes; after an error by the text up to
+  // there. A length of 0 or less is U_ILLEGAL_ARGUMENT_ERROR and leaves `target`.
+  // fromUnicodeString: `targetLength` is room in, bytes written out, also after an error. It does nothing when
+  // `conversionStatus` tells of an error already; no room is U_ILLEGAL_ARGUMENT_ERROR and leaves `targetLength`.
   void toUnicodeString(KelWstring& target, const char* source, int length, UErrorCode& conversionStatus) const;
   void fromUnicodeString(char* target, int& targetLength, const KelWstring& source, UErrorCode& conversionStatus) const;
 
  private:
-  UConverter* converter = nullptr;  // lies in cloneBuffer when it fits
-  int cloneSize = 1024;             // bytes of cloneBuffer offered to ICU
+  friend struct oxr::SingleBytePage;
+  friend class oxr::ConverterState;
+
+  icu::LocalUConverterPointer converter;  // lies in cloneBuffer when it fits
+  int cloneSize = 1024;                   // bytes of cloneBuffer offered to ICU
   alignas(16) char cloneBuffer[8192];
+  const std::array<unsigned short, 256>* byteTable = nullptr;  // the host's; null unless a byte is always a character
+  bool holdsUnitsBack = false;  // toUnicode() ran out of room: ICU may owe units from before
   objectHeader header{"QVTC", 8240, 8256};
 };

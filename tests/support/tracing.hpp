@@ -1,0 +1,43 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "kellog.hpp"
+
+namespace oxr::test {
+
+// What `call` writes to the log at a trace level, each record on a line: "> function" for an entry, "< function" for an
+// exit, "function: insert|insert" for a fact. Something raised passes through.
+//
+// Example:
+//   EXPECT_EQ(tracedAt(4, [&] { converter.resetToUnicode(); }),
+//             "> CPUnicodeConverter::resetToUnicode\n< CPUnicodeConverter::resetToUnicode\n");
+template <class F>
+std::string tracedAt(int level, F call) {
+  struct Level {
+    explicit Level(int value) { KelLog::iEffectiveLogFilter = value; }
+    ~Level() { KelLog::iEffectiveLogFilter = before; }
+    int before = KelLog::iEffectiveLogFilter;
+  };
+  const auto sink = std::make_shared<RecordingLogSink>();
+  {
+    const ScopedLogSink scope(sink);
+    const Level guard(level);
+    call();
+  }
+  std::string lines;
+  for (const LogRecord& record : sink->records()) {
+    lines += record.kind == RecordKind::entry ? "> " : record.kind == RecordKind::exit ? "< " : "";
+    lines += record.function;
+    const char* separator = ": ";
+    for (const std::string& insert : record.inserts) {
+      lines += separator + insert;
+      separator = "|";
+    }
+    lines += '\n';
+  }
+  return lines;
+}
+
+}  // namespace oxr::test
