@@ -1,5 +1,7 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <vector>
 
@@ -7,6 +9,7 @@
 #include "support/converter.hpp"
 #include "support/failures.hpp"
 #include "support/text.hpp"
+#include "support/tracing.hpp"
 
 namespace oxr::test {
 namespace {
@@ -82,6 +85,7 @@ TEST(ExternalDecimal, Reads) {
       {"negative zero", {0xF0, 0xF0, 0xD0}, {.pad = '0'}, "-0"},
       {"pad in the code page", {0x40, 0x40, 0xD1}, {.pad = 0x40, .padIsUnicode = false}, "-1"},
       {"pad in the code page, all", {0x40, 0x40}, {.sign = kNone, .pad = 0x40, .padIsUnicode = false}, "0"},
+      {"few digits and a scale", {0x40, 0x40, 0xD5}, {.scale = 2}, "-0.05"},
       {"the pad has 16 bits", {0x40, 0xD1}, {.pad = 0x10020}, "-1"},
       {"points and commas are let pass", ascii("1,2.3"), {.ccsid = kLatin1, .sign = kNone, .scale = 1}, "1,.23"},
       {"beyond stack and inline text", long_, {.sign = kLeading, .scale = 69}, "7." + std::string(69, '7')},
@@ -207,20 +211,44 @@ TEST(ExternalDecimal, PadsFields) {
   }
 }
 
+// Frequent fields are read in one go, which must not show: with trace on all of them go the general way.
+TEST(ExternalDecimal, QuickAndGeneralWayAgree) {
+  std::mt19937 random(20261121);
+  const auto oneOf = [&](std::string_view choices) { return choices[random() % choices.size()]; };
+  std::string quick, general;
+  for (int i = 0; i < 4'000; ++i) {
+    const Settings settings{.ccsid = random() % 2 ? kEbcdic : kLatin1,
+                            .sign = static_cast<ESign>(random() % 5),
+                            .scale = static_cast<int>(random() % 20) - 2,
+                            .customSign = random() % 2 != 0,
+                            .justification = static_cast<EJustification>(random() % 3),
+                            .pad = oneOf(" 0*")};
+    std::string text;
+    for (unsigned n = 1 + random() % 18; n > 0; --n)
+      text += random() % 40 == 0  ? oneOf(",.+-A")
+              : random() % 4 == 0 ? static_cast<char>(settings.pad)
+                                  : oneOf("0123456789");
+    (random() % 2 ? text.front() : text.back()) = oneOf("0123456789 +-AJ{}ps");
+    Bytes field(text.size());
+    int size = static_cast<int>(field.size());
+    converterFor(settings.ccsid).fromUnicodeString(k(text), field.data(), size);
+    SCOPED_TRACE(text);
+    const auto result = [&](std::string& out) {
+      const Raised raised = raisedBy([&] { out = textOf(read(field, settings)); });
+      if (!raised.kind.empty()) out = raised.kind + ::testing::PrintToString(raised.inserts);
+    };
+    result(quick);
+    EXPECT_FALSE(tracedAt(4, [&] { result(general); }).empty());
+    ASSERT_EQ(quick, general);
+  }
+}
+
 TEST(ExternalDecimal, TracesAPaddingThatNoFieldHas) {
-  const auto sink = std::make_shared<RecordingLogSink>();
   DataCnv converter = converterFor(kEbcdic);
   KelWstring text = u"12"_k;
-  {
-    const ScopedLogSink scoped(sink);
-    KelLog::iEffectiveLogFilter = 4;
-    converter.ExtDecPadData(text, 4, 2, eJustifyNone, 0xF0, false);
-    KelLog::iEffectiveLogFilter = 0;
-  }
-  ASSERT_GE(sink->records().size(), 2u);
-  const LogRecord& fact = sink->records()[sink->records().size() - 2];
-  EXPECT_EQ(fact.function, "DataCnv::ExtDecPadData");
-  EXPECT_EQ(fact.inserts, std::vector<std::string>{"Possible internal error, eJustifyNone not handled"});
+  EXPECT_THAT(tracedAt(4, [&] { converter.ExtDecPadData(text, 4, 2, eJustifyNone, 0xF0, false); }),
+              ::testing::EndsWith("DataCnv::ExtDecPadData: Possible internal error, eJustifyNone not handled\n"
+                                  "< DataCnv::ExtDecPadData\n"));
 }
 
 }  // namespace

@@ -20,7 +20,6 @@ U_NAMESPACE_END
 
 namespace oxr::core {
 struct IntegerDigits;
-class PackedField;
 }  // namespace oxr::core
 
 // The enumerations of physical settings. Callers pass and store the numbers: they never change.
@@ -292,8 +291,6 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   void TrimFromTheRight(KelWstring& text, int count);
 
  private:
-  PWFData readPacked(const oxr::core::PackedField& field, std::uint32_t places, const unsigned char* source,
-                     ESign sign);
   PWFData readPackedTraced(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
   void refusePacked(const unsigned char* source, int size, ESign sign);
   void writePackedTraced(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint,
@@ -303,6 +300,10 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   bool externalDigits(const oxr::FailureSite& site, KelWstring& text, const unsigned char* source, int size, ESign sign,
                       bool customSign, const unsigned short* positiveSignTable,
                       const unsigned short* negativeSignTable);
+  PWFData externalValue(const oxr::FailureSite& site, const unsigned char* source, int size, int virtualDecimalPoint,
+                        ESign sign, EJustification justification, unsigned short padChar, bool padCharIsUnicode,
+                        bool customSign, const unsigned short* positiveSignTable,
+                        const unsigned short* negativeSignTable);
   unsigned short checkedPadUnit(unsigned short padChar, const oxr::FailureSite& site);
   unsigned short uncheckedPadUnit(unsigned short padChar);
 

@@ -3,14 +3,16 @@
 #include <limits>
 #include <span>
 
-#include "core/overpunch.hpp"
+#include "core/externaldigits.hpp"
 #include "core/padding.hpp"
 #include "datacnv/padchar.hpp"
+#include "datacnv/signform.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
 #include "raise.hpp"
 #include "scratch.hpp"
+#include "singlebytepage.hpp"
 #include "textvalue.hpp"
 #include "trace.hpp"
 
@@ -19,6 +21,36 @@ using namespace oxr;
 namespace {
 
 constexpr std::size_t kUsualField = 64;  // bytes of a field that need no heap
+
+// By the number of the ESign.
+constexpr core::SignPlace kSignPlaces[] = {core::SignPlace::none, core::SignPlace::firstDigit,
+                                           core::SignPlace::lastDigit, core::SignPlace::front, core::SignPlace::behind};
+
+core::PadPlace padPlace(EJustification justification) {
+  if (justification == eJustifyRight) return core::PadPlace::front;
+  return justification == eJustifyLeft ? core::PadPlace::behind : core::PadPlace::none;
+}
+
+// The value of a number with `places` of its digits behind the point, zeros in front where they are too few.
+PWFData decimalValue(const core::ExternalDigits& number, std::uint32_t places) {
+  const std::size_t count = number.digits.size();
+  const std::size_t zeros = places < count ? 0 : places - count + 1;
+  const std::size_t length = number.negative + zeros + count + (places != 0);
+  return TextValue::make(DECIMAL, length, [&](unsigned short* out) {
+    const unsigned short* digit = number.digits.data();
+    if (number.negative) *out++ = '-';
+    if (zeros != 0) {
+      *out++ = '0';
+    } else {
+      out = std::copy_n(digit, count - places, out);
+      digit += count - places;
+    }
+    if (places == 0) return;
+    *out++ = '.';
+    if (zeros > 1) out = std::fill_n(out, zeros - 1, static_cast<unsigned short>('0'));
+    std::copy(digit, number.digits.data() + count, out);
+  });
+}
 
 // A text in the code page of a converter.
 class EncodedText {
@@ -36,6 +68,11 @@ class EncodedText {
   Scratch<unsigned char, kUsualField> scratch_;
   int size_;
 };
+
+core::Overpunch overpunchCode(DataCnv& converter, bool customSign) {
+  if (converter.IsCcsidEBCDIC()) return core::Overpunch::ebcdic;
+  return customSign ? core::Overpunch::letters : core::Overpunch::ascii;
+}
 
 // Takes the sign out of the byte that carries it, in a private copy of the field.
 bool mendSignByte(const FailureSite& site, core::Overpunch code, unsigned char& byte) {
@@ -102,19 +139,34 @@ bool DataCnv::externalDigits(const FailureSite& site, KelWstring& text, const un
                              ESign sign, bool customSign, const unsigned short* positiveSignTable,
                              const unsigned short* negativeSignTable) {
   bool negative = false;
-  if (sign != eSignLeadingIncluded && sign != eSignTrailingIncluded) {
+  if (!isIncluded(sign)) {
     toUnicodeString(text, source, size);
     ExtDecRemoveSign(text, sign, positiveSignTable, negativeSignTable, negative);
     return negative;
   }
-  const core::Overpunch code = IsCcsidEBCDIC() ? core::Overpunch::ebcdic
-                               : customSign    ? core::Overpunch::letters
-                                               : core::Overpunch::ascii;
+  const core::Overpunch code = overpunchCode(*this, customSign);
   Scratch<unsigned char, kUsualField> field(static_cast<std::size_t>(size));
   std::memcpy(field.data(), source, field.size());
   negative = mendSignByte(site, code, field.data()[sign == eSignLeadingIncluded ? 0 : size - 1]);
   toUnicodeString(text, field.data(), size);
   return negative;
+}
+
+// Any field, member by member.
+PWFData DataCnv::externalValue(const FailureSite& site, const unsigned char* source, int size, int virtualDecimalPoint,
+                               ESign sign, EJustification justification, unsigned short padChar, bool padCharIsUnicode,
+                               bool customSign, const unsigned short* positiveSignTable,
+                               const unsigned short* negativeSignTable) {
+  PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});
+  KelWstring& text = TextValue::text(value);
+  const bool negative =
+      externalDigits(site, text, source, size, sign, customSign, positiveSignTable, negativeSignTable);
+  ExtDecTrimData(text, justification, padChar, padCharIsUnicode);
+  adjustDecimalForString(text, virtualDecimalPoint);
+  validateDecimal(text, sign);
+  // Behind the scale, unlike a packed decimal's, so that digits that are few get their zero: ExternalDecimal.Reads.
+  if (negative) insertUnit(text, 0, '-');
+  return value;
 }
 
 PWFData DataCnv::ExtDecToDec(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
@@ -127,14 +179,18 @@ PWFData DataCnv::ExtDecToDec(const unsigned char* source, int size, int virtualD
   if (size <= 0)
     raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
                                   numbered("Invalid external decimal size: ", size));
-  PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});
-  KelWstring& text = TextValue::text(value);
-  const bool negative =
-      externalDigits(trace.site(), text, source, size, sign, customSign, positiveSignTable, negativeSignTable);
-  ExtDecTrimData(text, justification, static_cast<unsigned short>(padChar), padCharIsUnicode);
-  adjustDecimalForString(text, virtualDecimalPoint);
-  validateDecimal(text, sign);
-  // Behind the scale, unlike a packed decimal's, so that digits that are few get their zero: ExternalDecimal.Reads.
-  if (negative) insertUnit(text, 0, '-');
-  return value;
+  const auto pad = static_cast<unsigned short>(padChar);
+  const core::SingleByteTable* const page = SingleBytePage::tableOf(*getConverter());
+  const bool isFrequent = page != nullptr && padCharIsUnicode && static_cast<unsigned>(size) <= core::kMaxExternalBytes;
+  if (isFrequent && isKnownSign(sign) && virtualDecimalPoint >= 0 && !debugTraceOn()) [[likely]] {
+    const core::ExternalLayout layout{*page,
+                                      isIncluded(sign) ? overpunchCode(*this, customSign) : core::Overpunch::ebcdic,
+                                      kSignPlaces[sign], padPlace(justification), pad};
+    core::ExternalUnits units;
+    const auto number = core::externalDigits({source, static_cast<std::size_t>(size)}, layout, units);
+    if (!number.digits.empty()) [[likely]]
+      return decimalValue(number, static_cast<std::uint32_t>(virtualDecimalPoint));
+  }
+  return externalValue(trace.site(), source, size, virtualDecimalPoint, sign, justification, pad, padCharIsUnicode,
+                       customSign, positiveSignTable, negativeSignTable);
 }

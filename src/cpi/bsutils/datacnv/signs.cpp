@@ -1,6 +1,7 @@
 #include "core/signs.hpp"
 
 #include "core/decimaltext.hpp"
+#include "datacnv/signform.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
 #include "raise.hpp"
@@ -12,12 +13,6 @@ namespace {
 
 constexpr unsigned short kFold = 0x40;  // what a digit that carries a minus stands above the digit's character
 
-bool isIncluded(ESign sign) {
-  return sign == eSignLeadingIncluded || sign == eSignTrailingIncluded;
-}
-bool isKnown(ESign sign) {
-  return sign >= eSignNone && sign <= eSignTrailingSeparate;
-}
 // Where the digit stands that carries the sign. REQUIRES: the text isn't empty.
 unsigned signPosition(const KelWstring& text, ESign sign) {
   return sign == eSignLeadingIncluded ? 0 : text.length() - 1;
@@ -44,7 +39,7 @@ bool unfold(KelWstring& text, ESign sign) {
 
 bool DataCnv::CheckSign(KelWstring& text, ESign sign, const unsigned short* minus, const unsigned short* plus) {
   const FunctionTrace trace(this, "DataCnv::CheckSign", kDataCnvPath);
-  if (!isKnown(sign)) raiseSignType(trace.site(), sign);
+  if (!isKnownSign(sign)) raiseSignType(trace.site(), sign);
   if (sign == eSignNone) return false;
   if (isIncluded(sign)) return unfold(text, sign);
   const core::SignText minusText = core::signText(minus);
@@ -85,7 +80,7 @@ void DataCnv::ExtDecAddSign(KelWstring& text, ESign sign, const unsigned short* 
 void DataCnv::ExtDecRemoveSign(KelWstring& text, ESign sign, const unsigned short* positiveSignTable,
                                const unsigned short* negativeSignTable, bool& negative) {
   const FunctionTrace trace(this, "DataCnv::ExtDecRemoveSign", kDataCnvPath);
-  if (!isKnown(sign)) raiseSignType(trace.site(), sign);
+  if (!isKnownSign(sign)) raiseSignType(trace.site(), sign);
   if (!isIncluded(sign)) {
     negative = CheckSign(text, sign, US_MINUS.characters(), US_PLUS.characters());
     return;

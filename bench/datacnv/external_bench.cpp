@@ -1,0 +1,100 @@
+#include <benchmark/benchmark.h>
+
+#include <array>
+#include <cstddef>
+
+#include "dataconv.hpp"
+#include "support/cobol.hpp"
+
+// External decimals of 5, 10 and 18 digits: the library, the plain loop that a good engineer would write for the same
+// EBCDIC bytes and the same kind of object, and a COBOL run time's move of display fields (its own code page is ASCII).
+namespace {
+
+using Field = std::array<unsigned char, 18>;
+
+Field fieldOf(std::size_t size, unsigned char zero) {
+  Field field{};
+  for (std::size_t i = 0; i < size; ++i)
+    field[i] = static_cast<unsigned char>(zero + (i + 1) % 10);
+  return field;
+}
+
+DataCnv converter(int ccsid) {
+  return DataCnv(ccsid, eEndianBig, eEndianBig, eFloatHexadecimal, 53, nullptr, false, nullptr, 0, true, 12, false,
+                 eMessageStandardDefault, nullptr);
+}
+
+void plainLoop(benchmark::State& state) {
+  const auto size = static_cast<std::size_t>(state.range(0));
+  Field field = fieldOf(size, 0xF0);
+  field[size - 1] = static_cast<unsigned char>(field[size - 1] & 0xDF);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(field);
+    unsigned short units[24];
+    unsigned short* out = units;
+    bool valid = true;
+    if (field[size - 1] >> 4 == 0xD) *out++ = '-';
+    for (std::size_t i = 0; i < size; ++i) {
+      const unsigned digit = field[i] & 15u;
+      valid &= digit <= 9 && (field[i] >> 4 == 0xF || i == size - 1);
+      if (i == size - 2) *out++ = '.';
+      *out++ = static_cast<unsigned short>('0' + digit);
+    }
+    if (!valid) state.SkipWithError("bad field");
+    *out = 0;
+    PWFData value(units, DECIMAL);
+    benchmark::DoNotOptimize(value);
+  }
+}
+BENCHMARK(plainLoop)->Name("ExtDecToDec/plain loop")->Arg(5)->Arg(10)->Arg(18);
+
+void read(benchmark::State& state, int ccsid, unsigned char zero, ESign sign, int scale, bool padIsUnicode = true) {
+  const int size = static_cast<int>(state.range(0));
+  Field field = fieldOf(static_cast<std::size_t>(size), zero);
+  DataCnv cnv = converter(ccsid);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(field);
+    PWFData value = cnv.ExtDecToDec(field.data(), size, scale, sign, eJustifyRight, padIsUnicode ? ' ' : 0x40,
+                                    padIsUnicode, false, nullptr, nullptr);
+    benchmark::DoNotOptimize(value);
+  }
+}
+void readOverpunched(benchmark::State& state) {
+  read(state, 37, 0xF0, eSignTrailingIncluded, 2);
+}
+void readUnsigned(benchmark::State& state) {
+  read(state, 37, 0xF0, eSignNone, 0);
+}
+void readLatin(benchmark::State& state) {
+  read(state, 819, 0x30, eSignTrailingIncluded, 2);
+}
+void readUtf8(benchmark::State& state) {
+  read(state, 1208, 0x30, eSignTrailingIncluded, 2);
+}
+void readBytePad(benchmark::State& state) {
+  read(state, 37, 0xF0, eSignTrailingIncluded, 2, false);
+}
+BENCHMARK(readOverpunched)->Name("ExtDecToDec/EBCDIC overpunch, scale 2")->Arg(5)->Arg(10)->Arg(18);
+BENCHMARK(readUnsigned)->Name("ExtDecToDec/EBCDIC unsigned, no scale")->Arg(10);
+BENCHMARK(readLatin)->Name("ExtDecToDec/Latin-1 overpunch, scale 2")->Arg(10);
+BENCHMARK(readUtf8)->Name("ExtDecToDec/UTF-8 overpunch, scale 2")->Arg(10);
+BENCHMARK(readBytePad)->Name("ExtDecToDec/EBCDIC, pad in the code page")->Arg(10);
+
+#ifdef OXR_HAVE_LIBCOB
+void cobolMove(benchmark::State& state) {
+  const auto size = static_cast<std::size_t>(state.range(0));
+  const auto digits = static_cast<unsigned short>(size);
+  Field field = fieldOf(size, 0x30);
+  Field target{};
+  oxr::bench::CobolMove move({COB_TYPE_NUMERIC_DISPLAY, digits, 2, field.data(), size},
+                             {COB_TYPE_NUMERIC_DISPLAY, digits, 1, target.data(), size});
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(field);
+    move();
+    benchmark::DoNotOptimize(target);
+  }
+}
+BENCHMARK(cobolMove)->Name("ExtDecToDec/COBOL move to display")->Arg(5)->Arg(10)->Arg(18);
+#endif
+
+}  // namespace

@@ -1,0 +1,67 @@
+#include "core/externaldigits.hpp"
+
+#include "core/decimaltext.hpp"
+
+namespace oxr::core {
+
+namespace {
+
+constexpr unsigned short kZero = '0';
+
+// Takes a separate sign off; behind the digits a plus may stand in front of the minus.
+bool takeSign(UnitView& text, SignPlace place) {
+  bool negative = false;
+  if (place == SignPlace::front && !text.empty()) {
+    negative = text.front() == '-';
+    if (negative || text.front() == '+') text.remove_prefix(1);
+  }
+  if (place == SignPlace::behind) {
+    negative = text.ends_with(u'-');
+    if (negative) text.remove_suffix(1);
+    if (text.ends_with(u'+')) text.remove_suffix(1);
+  }
+  return negative;
+}
+
+UnitView withoutPads(UnitView text, PadPlace place, unsigned short pad) {
+  if (place == PadPlace::front)
+    while (!text.empty() && text.front() == pad)
+      text.remove_prefix(1);
+  if (place == PadPlace::behind)
+    while (!text.empty() && text.back() == pad)
+      text.remove_suffix(1);
+  return text;
+}
+
+bool areDigits(UnitView text) {
+  bool all = true;
+  for (const unsigned short unit : text)
+    all &= isAsciiDigit(unit);
+  return all;
+}
+
+}  // namespace
+
+ExternalDigits externalDigits(std::span<const unsigned char> field, const ExternalLayout& layout,
+                              ExternalUnits& units) {
+  decodeSingleBytes(field, layout.page, units.data());
+  UnitView text(units.data(), field.size());
+  ExternalDigits number;
+  if (layout.sign == SignPlace::firstDigit || layout.sign == SignPlace::lastDigit) {
+    const std::size_t position = layout.sign == SignPlace::firstDigit ? 0 : field.size() - 1;
+    const SignByte read = readOverpunch(layout.code, field[position]);
+    if (!read.valid) return {};
+    units[position] = layout.page[read.digit];
+    number.negative = read.negative;
+  } else {
+    number.negative = takeSign(text, layout.sign);
+  }
+  text = withoutPads(text, layout.pads, layout.pad);
+  if (text.empty())
+    number.digits = UnitView(&kZero, 1);
+  else if (areDigits(text))
+    number.digits = text;
+  return number;
+}
+
+}  // namespace oxr::core
