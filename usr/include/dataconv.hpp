@@ -20,6 +20,7 @@ U_NAMESPACE_END
 
 namespace oxr::core {
 struct IntegerDigits;
+class PackedField;
 }  // namespace oxr::core
 
 // The enumerations of physical settings. Callers pass and store the numbers: they never change.
@@ -292,7 +293,7 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
 
  private:
   PWFData readPackedTraced(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
-  void refusePacked(const unsigned char* source, int size, ESign sign);
+  void refusePacked(const oxr::core::PackedField& field, ESign sign, const unsigned char* source);
   void writePackedTraced(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint,
                          ESign sign);
   void packNumber(const oxr::core::IntegerDigits& number, unsigned char* target, int size, ESign sign);

@@ -53,7 +53,10 @@ class OXR_EXPORT PWFData {
   // `type` from zero-terminated text, as a rule STRING or DECIMAL. Null text gives a null.
   PWFData(const unsigned short* text, ELogicalType type);
   // STRING of `characters` code units. Null text gives a null.
-  PWFData(const unsigned short* text, int characters);
+  PWFData(const unsigned short* text, int characters) : logicalType(STRING), nullFlag(text == nullptr) {
+    if (text != nullptr && characters > 0) stringValue.assignInternal(text, static_cast<unsigned>(characters), 0);
+    traceInit(text, static_cast<int>(2u * static_cast<unsigned>(characters)), STRING);
+  }
   // `type` from `length` bytes at `data`; null data gives a null. A text takes its length in bytes, or -1 when it is
   // zero-terminated; INTEGER is 4 or 8 bytes; FLOAT, BOOLEAN, INTERVAL and DATETIME take what they need and ignore
   // `length`. BINARY keeps the ownership; any other type copies, and with ADOPT then frees `data`.
@@ -136,7 +139,12 @@ class OXR_EXPORT PWFData {
     if (KelLog::iEffectiveLogFilter > 3) [[unlikely]]
       writeMade(function);
   }
+  void traceInit(const void* data, int length, ELogicalType type) const {
+    if (KelLog::iEffectiveLogFilter > 3) [[unlikely]]
+      writeInit(data, length, type);
+  }
   static void writeMade(const char* function);
+  void writeInit(const void* data, int length, ELogicalType type) const;
 
   ELogicalType logicalType = NOTHING;
   bool nullFlag = false;

@@ -20,6 +20,17 @@ class Trace : public ValueFunctionTrace {
   explicit Trace(const char* function) : ValueFunctionTrace(nullptr, function, kSourcePath) {}
 };
 
+// The entry of init() shows its arguments, the exit whether a null came of them.
+class InitTrace : public ValueFunctionTrace {
+ public:
+  InitTrace(const void* data, int length, int type, int own)
+      : ValueFunctionTrace(nullptr, "PWFData::init", kSourcePath,
+                           [&](KelLog::FastItem& item) { item << data << length << type << own; }) {}
+  void exit(bool nullFlag) {
+    ValueFunctionTrace::exit([&](KelLog::FastItem& item) { item << nullFlag; });
+  }
+};
+
 [[noreturn]] void raiseInvalid(const FailureSite& site, const char* text) {
   raise<KelConversionException>(site, failures::kInvalidOperation, failures::kInvalidOperation.text, text);
 }
@@ -89,11 +100,6 @@ PWFData::PWFData(const unsigned short* text, ELogicalType type) {
   init(text, -1, type, COPY);
 }
 
-PWFData::PWFData(const unsigned short* text, int characters) {
-  constexpr int kMaxCharacters = std::numeric_limits<int>::max() / 2;
-  init(text, characters > 0 ? 2 * std::min(characters, kMaxCharacters) : 0, STRING, COPY);
-}
-
 PWFData::PWFData(void* data, int length, ELogicalType type, EOwnership own) {
   init(data, length, type, own);
 }
@@ -105,10 +111,7 @@ PWFData::PWFData(const void* data, int length, ELogicalType type, EOwnership own
 }
 
 void PWFData::init(const void* data, int length, ELogicalType type, EOwnership own) {
-  const int typeNumber = type;
-  const int ownNumber = own;
-  ValueFunctionTrace trace(nullptr, "PWFData::init", kSourcePath,
-                           [&](KelLog::FastItem& item) { item << data << length << typeNumber << ownNumber; });
+  InitTrace trace(data, length, type, own);
   logicalType = type;
   nullFlag = data == nullptr;
   if (data == nullptr) {
@@ -119,7 +122,11 @@ void PWFData::init(const void* data, int length, ELogicalType type, EOwnership o
     store(trace.site(), data, length, own);
     if (type != BINARY && own == ADOPT) std::free(const_cast<void*>(data));
   }
-  trace.exit([this](KelLog::FastItem& item) { item << nullFlag; });
+  trace.exit(nullFlag);
+}
+
+void PWFData::writeInit(const void* data, int length, ELogicalType type) const {
+  InitTrace(data, length, type, COPY).exit(nullFlag);
 }
 
 // Stores by logicalType. A number that names no type stores nothing.

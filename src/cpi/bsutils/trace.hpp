@@ -36,7 +36,8 @@ struct ValueTrace {
 };
 
 // Traces one function: the entry when it is made, the exit when the function returns. A function that leaves by an
-// exception writes no exit. With trace off it costs one load and compare, and a test of a local at the end.
+// exception writes no exit. With trace off it costs one load and compare, and a test of a local at the end: its members
+// are forced inline so that none of it need exist in memory.
 //
 // Example:
 //   const FunctionTrace trace(this, "DataCnv::IntToInt64", kSourcePath);
@@ -44,7 +45,7 @@ struct ValueTrace {
 template <class Guard>
 class BasicFunctionTrace {
  public:
-  BasicFunctionTrace(const KelLogSource* source, const char* function, const char* file)
+  [[gnu::always_inline]] BasicFunctionTrace(const KelLogSource* source, const char* function, const char* file)
       : source_(source), function_(function), file_(file) {
     if (Guard::on()) [[unlikely]] {
       handle_ = KelLog::writeDebugEntry(source, function);
@@ -53,7 +54,8 @@ class BasicFunctionTrace {
   }
   // Writes the entry with the inserts that `addInserts(KelLog::FastItem&)` gives.
   template <class AddInserts>
-  BasicFunctionTrace(const KelLogSource* source, const char* function, const char* file, AddInserts addInserts)
+  [[gnu::always_inline]] BasicFunctionTrace(const KelLogSource* source, const char* function, const char* file,
+                                            AddInserts addInserts)
       : source_(source), function_(function), file_(file) {
     if (Guard::on()) [[unlikely]] {
       KelLog::FastDebugEntryItem item(source, function, &handle_, true);
@@ -64,10 +66,9 @@ class BasicFunctionTrace {
   }
   BasicFunctionTrace(const BasicFunctionTrace&) = delete;
   BasicFunctionTrace& operator=(const BasicFunctionTrace&) = delete;
-  ~BasicFunctionTrace() {
-    if (active_) [[unlikely]] {
-      if (std::uncaught_exceptions() == exceptionsAtEntry_) KelLog::writeDebugExit(source_, function_, handle_);
-    }
+  [[gnu::always_inline]] ~BasicFunctionTrace() {
+    if (active_) [[unlikely]]
+      writeExit(source_, function_, handle_, exceptionsAtEntry_);
   }
 
   // Writes the exit now, with the inserts that `addInserts(KelLog::FastItem&)` gives.
@@ -88,12 +89,18 @@ class BasicFunctionTrace {
     item << KelLog::endOfInserts;
   }
 
-  FailureSite site(int line = __builtin_LINE()) const { return {source_, function_, file_, handle_, line}; }
+  [[gnu::always_inline]] FailureSite site(int line = __builtin_LINE()) const {
+    return {source_, function_, file_, handle_, line};
+  }
 
  private:
-  void begin() {
+  [[gnu::always_inline]] void begin() {
     active_ = true;
     exceptionsAtEntry_ = std::uncaught_exceptions();
+  }
+  [[gnu::cold, gnu::noinline]] static void writeExit(const KelLogSource* source, const char* function, long handle,
+                                                     int exceptionsAtEntry) {
+    if (std::uncaught_exceptions() == exceptionsAtEntry) KelLog::writeDebugExit(source, function, handle);
   }
 
   const KelLogSource* source_;

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <cstring>
 #include <span>
 
 #include "kelunits.hpp"
@@ -25,30 +27,122 @@ constexpr PackedFault signFault(unsigned sign, bool isSigned) {
   return negative && !isSigned ? PackedFault::negativeUnsigned : PackedFault::none;
 }
 
+// Bit `sign` is set where signFault finds nothing, for unsigned and for signed fields.
+inline constexpr std::array<std::uint32_t, 2> kGoodSigns = [] {
+  std::array<std::uint32_t, 2> signs{};
+  for (unsigned sign = 0; sign < 16; ++sign)
+    for (const bool isSigned : {false, true})
+      if (signFault(sign, isSigned) == PackedFault::none) signs[isSigned] |= 1u << sign;
+  return signs;
+}();
+static_assert(kGoodSigns[false] == 0xD400 && kGoodSigns[true] == 0xFC00);
+constexpr bool isGoodSign(unsigned sign, bool isSigned) {
+  return (kGoodSigns[isSigned] >> sign & 1) != 0;
+}
+
 // What is wrong with a field split into half bytes, the sign last: the sign is looked at first, then the digits from
 // the last one on.
 PackedFault packedFault(std::span<const unsigned char> nibbles, bool isSigned);
+
+static_assert(std::endian::native == std::endian::little, "the quick way loads and stores in this order");
+
+// The first `count` bytes, 1 to 8, the first one lowest.
+inline std::uint64_t loadBytes(const unsigned char* bytes, std::uint32_t count) {
+  // Two loads that overlap, so that nothing behind the field is touched and nothing loops.
+  const auto join = [&]<class Half>(Half first, Half last) {
+    std::memcpy(&first, bytes, sizeof first);
+    std::memcpy(&last, bytes + count - sizeof last, sizeof last);
+    return first | std::uint64_t{last} << 8 * (count - sizeof last);
+  };
+  if (count >= 4) return join(std::uint32_t{}, std::uint32_t{});
+  if (count >= 2) return join(std::uint16_t{}, std::uint16_t{});
+  return *bytes;
+}
+
+// `count` bytes as loaded, the other way round.
+constexpr std::uint64_t reversedBytes(std::uint64_t bytes, std::uint32_t count) {
+  return __builtin_bswap64(bytes) >> (64 - 8 * count);
+}
+
+inline constexpr std::uint64_t kEachByte = 0x0101010101010101u;
+
+// Not 0 when a half byte of eight is above 9.
+constexpr std::uint64_t notDigits(std::uint64_t bytes) {
+  const std::uint64_t high = bytes >> 4 & 0x0F * kEachByte;
+  const std::uint64_t low = bytes & 0x0F * kEachByte;
+  return ((high + 6 * kEachByte) | (low + 6 * kEachByte)) & 0x10 * kEachByte;
+}
+static_assert(notDigits(0x9999999999999999u) == 0 && notDigits(0xA0) != 0 && notDigits(0x0F00) != 0);
+
+// The sixteen half bytes of eight bytes as digits. In the compilers' own vectors, which every machine has.
+inline void writeSixteen(std::uint64_t bytes, unsigned short* out) {
+  using Words [[gnu::vector_size(16)]] = std::uint64_t;
+  using Bytes [[gnu::vector_size(16)]] = unsigned char;
+  const auto packed = std::bit_cast<Bytes>(Words{bytes, 0});
+  const Bytes high = packed >> 4;
+  const Bytes low = packed & 0x0F;
+  const Bytes none = {};
+  const Bytes digits = '0' + __builtin_shufflevector(high, low, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+  const Bytes first = __builtin_shufflevector(digits, none, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+  const Bytes last =
+      __builtin_shufflevector(digits, none, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+  std::memcpy(out, &first, sizeof first);
+  std::memcpy(out + 8, &last, sizeof last);
+}
+
+// Up to 8 bytes of a field in a register, the first one in normal order lowest.
+class PackedWord {
+ public:
+  static constexpr std::uint32_t kMaxSize = 8;
+
+  // `size` bytes, 1 to 8, that follow each other in memory.
+  PackedWord(const unsigned char* bytes, std::uint32_t size, bool reversed)
+      : bytes_(loadBytes(bytes, size)), signShift_(8 * (size - 1)) {
+    if (reversed) bytes_ = reversedBytes(bytes_, size);
+  }
+
+  // Of a word that ends its field.
+  unsigned sign() const { return static_cast<unsigned>(bytes_ >> signShift_) & 0x0F; }
+  bool isAllDigitsButSign() const { return notDigits(bytes_ & ~(std::uint64_t{0x0F} << signShift_)) == 0; }
+  // Of any other.
+  bool isAllDigits() const { return notDigits(bytes_) == 0; }
+
+  // Writes the half bytes as digits. Always 16 units are written, those behind the field's end without meaning.
+  void write(unsigned short* out) const { writeSixteen(bytes_, out); }
+
+ private:
+  std::uint64_t bytes_;
+  std::uint32_t signShift_;
+};
 
 // A view of a field of `size` bytes, at least one, that shows the normal order whichever way it is stored.
 class PackedField {
  public:
   PackedField(const unsigned char* bytes, int size, bool reversed)
-      : first_(reversed ? bytes + size - 1 : bytes),
-        step_(reversed ? -1 : 1),
-        size_(static_cast<std::uint32_t>(size)) {}
+      : bytes_(bytes), size_(static_cast<std::uint32_t>(size)), reversed_(reversed) {}
 
   std::uint32_t digitCount() const { return 2 * size_ - 1; }
-  unsigned sign() const { return byteAt(size_ - 1) & 0x0F; }
-  unsigned char byteAt(std::uint32_t index) const { return first_[static_cast<std::ptrdiff_t>(index) * step_]; }
-
-  // Writes all digits as text to `out`, with a point behind the first `beforePoint` of them; all of them: no point.
-  // False when a half byte is no digit; the text is then unspecified.
-  bool writeDigits(unsigned short* out, std::uint32_t beforePoint) const;
+  // The half bytes in normal order; the last one, at digitCount(), is the sign.
+  unsigned char nibble(std::uint32_t index) const {
+    const std::uint32_t byte = index / 2;
+    const unsigned char value = bytes_[reversed_ ? size_ - 1 - byte : byte];
+    return static_cast<unsigned char>(index % 2 == 0 ? value >> 4 : value & 0x0F);
+  }
+  unsigned sign() const { return nibble(digitCount()); }
+  // Whether sign and digits are what they should be.
+  bool isGood(bool isSigned) const;
+  // Writes the digits of a good field, and nothing behind them.
+  void writeDigits(unsigned short* out) const;
 
  private:
-  const unsigned char* first_;
-  std::ptrdiff_t step_;
+  PackedWord word(std::uint32_t first) const {
+    const std::uint32_t count = std::min(size_ - first, PackedWord::kMaxSize);
+    return PackedWord(bytes_ + (reversed_ ? size_ - first - count : first), count, reversed_);
+  }
+
+  const unsigned char* bytes_;
   std::uint32_t size_;
+  bool reversed_;
 };
 
 // A whole number without leading zeros. It has `count` digits; where that is more than `digits` shows, its last zeros
@@ -58,13 +152,40 @@ struct IntegerDigits {
   UnitView digits;
   std::uint64_t count;
 };
-inline constexpr std::size_t kMaxQuickDigits = 64;
+using DigitBuffer = std::array<unsigned short, 64>;
 
 // The whole number that remains of a canonical decimal when its point moves `places` to the right and the rest is cut.
-// `text` is zero-terminated; `buffer` holds the digits. Nothing for text that is not canonical (a sign, digits, one
+// `text` is zero-terminated; the digits go to `buffer`. False for text that is not canonical (a sign, digits, one
 // point) or too long for the buffer: such text takes the general way.
-std::optional<IntegerDigits> integerDigits(const unsigned short* text, int places,
-                                           std::array<unsigned short, kMaxQuickDigits>& buffer);
+inline bool integerDigits(const unsigned short* text, int places, DigitBuffer& buffer, IntegerDigits& number) {
+  constexpr std::size_t kNoPoint = ~std::size_t{0};
+  const bool minus = *text == '-';
+  if (minus || *text == '+') ++text;
+  std::size_t count = 0;
+  std::size_t point = kNoPoint;
+  for (; *text != 0; ++text) {
+    if (static_cast<unsigned>(*text) - '0' <= 9 && count < buffer.size()) {
+      buffer[count++] = *text;
+    } else {
+      if (*text != '.' || point != kNoPoint) return false;
+      point = count;
+    }
+  }
+  const std::int64_t kept = static_cast<std::int64_t>(point != kNoPoint ? point : count) + places;
+  // A sign is a position like any other when the point moves to the left: where it falls behind the point it is cut.
+  number.negative = minus && kept >= 0;
+  const std::size_t whole = kept <= 0 ? 0 : static_cast<std::size_t>(kept);
+  std::size_t used = std::min(count, whole);
+  std::size_t zeros = 0;
+  while (zeros < used && buffer[zeros] == '0')
+    ++zeros;
+  number.count = zeros == used ? 0 : whole - zeros;
+  if (number.count != 0)
+    while (used < whole && used < buffer.size())
+      buffer[used++] = '0';
+  number.digits = UnitView(buffer.data() + zeros, used - zeros);
+  return true;
+}
 
 // Bytes that `count` digits and a sign need.
 constexpr std::uint64_t packedSize(std::uint64_t count) {
@@ -74,6 +195,23 @@ constexpr std::uint64_t packedSize(std::uint64_t count) {
 // Fills a field with digits, zeros in front, and the sign. REQUIRES: packedSize(digits.size()) <= field.size().
 // A half byte is taken from a character without a test: the high one is its low four bits, the low one the character
 // less "0".
-void packDigits(UnitView digits, unsigned sign, std::span<unsigned char> field, bool reversed);
+inline void packDigits(UnitView digits, unsigned sign, std::span<unsigned char> field, bool reversed) {
+  const std::size_t count = digits.size();
+  const std::size_t filled = static_cast<std::size_t>(packedSize(count));
+  const std::size_t zeros = field.size() - filled;
+  const std::ptrdiff_t step = reversed ? -1 : 1;
+  unsigned char* out = reversed ? field.data() + field.size() - 1 : field.data();
+  const auto put = [&](unsigned high, unsigned low) {
+    *out = static_cast<unsigned char>((high & 0x0F) << 4 | low);
+    out += step;
+  };
+  for (std::size_t i = 0; i < zeros; ++i)
+    put(0, 0);
+  std::size_t next = 0;
+  if (count % 2 == 0 && count != 0) put(0, digits[next++] - unsigned{'0'});
+  for (; next + 1 < count; next += 2)
+    put(digits[next], digits[next + 1] - unsigned{'0'});
+  put(count != 0 ? digits[next] : 0, sign);
+}
 
 }  // namespace oxr::core

@@ -22,19 +22,42 @@ constexpr const char* kFaultTexts[] = {
     "packed decimal, non-numeric data found",
 };
 
-// The text of a field: its digits, a minus in front, and the point that `shift` puts in. False when a half byte is no
-// digit; the text is then unspecified.
-bool writeFieldText(const core::PackedField& field, bool minus, const core::PointShift& shift, unsigned short* out) {
-  std::uint32_t beforePoint = shift.hasPoint() ? shift.point : minus + field.digitCount();
-  if (shift.frontZeros != 0) {
-    out = std::fill_n(out, shift.frontZeros + 1, static_cast<unsigned short>('0'));
-    out[-static_cast<std::ptrdiff_t>(shift.frontZeros)] = '.';  // behind the first zero
-    beforePoint = minus + field.digitCount();
-  }
-  if (minus) *out++ = '-';
-  const bool allDigits = field.writeDigits(out, beforePoint - minus);
-  if (shift.backZeros != 0) std::fill_n(out + field.digitCount(), shift.backZeros, static_cast<unsigned short>('0'));
-  return allDigits;
+// The value of a good short field whose text stays inside it.
+[[gnu::always_inline]] inline PWFData shortValue(const core::PackedWord& field, std::uint32_t minus,
+                                                 std::uint32_t length, std::uint32_t places) {
+  return TextValue::make(DECIMAL, length, [&](unsigned short* out) {
+    *out = '-';
+    field.write(out + minus);  // 17 units at most: the text's room and its terminator
+    unsigned short* unit = out + length - 1;
+    for (std::uint32_t i = 0; i < places; ++i, --unit)
+      *unit = unit[-1];
+    if (places != 0) *unit = '.';
+    out[length] = 0;
+  });
+}
+
+// The value of a good field, wherever its point falls.
+PWFData shiftedValue(const core::PackedField& field, int places) {
+  // The minus counts as a position when the point is placed: Packed.MinusCountsAsAPosition.
+  const bool minus = field.sign() == core::kPackedMinus;
+  const std::uint32_t units = field.digitCount() + minus;
+  core::PointShift shift;
+  if (places != 0) shift = core::trimmed(core::shiftPoint(units, core::PointShift::kNoPoint, places), units);
+  return TextValue::make(DECIMAL, shift.length(units), [&](unsigned short* out) {
+    constexpr unsigned short kZero = '0';
+    unsigned short* const text = std::fill_n(out, shift.frontZeros, kZero);
+    *text = '-';
+    field.writeDigits(text + minus);
+    unsigned short* const end = std::fill_n(text + units, shift.backZeros, kZero);
+    if (!shift.hasPoint()) return;
+    std::copy_backward(out + shift.point, end, end + 1);
+    out[shift.point] = '.';
+  });
+}
+
+// Bytes of a field; a size below 0 has room for none.
+std::uint64_t roomOf(int size) {
+  return static_cast<std::uint64_t>(std::max(size, 0));
 }
 
 }  // namespace
@@ -56,7 +79,25 @@ void DataCnv::ValidatePackedDecimal(const unsigned char* nibbles, int count, ESi
                                   kFaultTexts[static_cast<int>(fault)], CPUtils::binaryDump(rawField, count / 2));
 }
 
+// The frequent case makes no call and keeps all in registers: a short field, good, its point behind one of its digits,
+// its text inside the value. All others go the long way.
 PWFData DataCnv::PckdDecToDec(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
+  const auto bytes = static_cast<std::uint32_t>(size);
+  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than any field has
+  if (debugTraceOn() || source == nullptr || bytes - 1 >= core::PackedWord::kMaxSize || places >= 2 * bytes - 1)
+      [[unlikely]]
+    return readPackedTraced(source, size, virtualDecimalPoint, sign);
+  const core::PackedWord field(source, bytes, packedEndian == eEndianLittle);
+  const std::uint32_t minus = field.sign() == core::kPackedMinus;
+  const std::uint32_t length = 2 * bytes - 1 + minus + (places != 0);
+  if (!field.isAllDigitsButSign() || !core::isGoodSign(field.sign(), sign != eSignNone) ||
+      length > TextValue::kInlineUnits) [[unlikely]]
+    return readPackedTraced(source, size, virtualDecimalPoint, sign);
+  return shortValue(field, minus, length, places);
+}
+
+// All cases, with trace and argument tests; the member itself keeps to the frequent one.
+PWFData DataCnv::readPackedTraced(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(this, "DataCnv::PckdDecToDec", kDataCnvPath);
   if (source == nullptr)
     raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
@@ -65,56 +106,62 @@ PWFData DataCnv::PckdDecToDec(const unsigned char* source, int size, int virtual
     raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
                                   numbered("Invalid integer size: ", size));
   const core::PackedField field(source, size, packedEndian == eEndianLittle);
-  // The minus counts as a position when the point is placed: Packed.MinusCountsAsAPosition.
-  const bool minus = field.sign() == core::kPackedMinus;
-  const std::uint32_t units = field.digitCount() + minus;
-  core::PointShift shift;
-  if (virtualDecimalPoint != 0)
-    shift = core::trimmed(core::shiftPoint(units, core::PointShift::kNoPoint, virtualDecimalPoint), units);
-  bool allDigits = true;
-  PWFData value = TextValue::make(DECIMAL, shift.length(units),
-                                  [&](unsigned short* out) { allDigits = writeFieldText(field, minus, shift, out); });
-  if (!allDigits || core::signFault(field.sign(), sign != eSignNone) != core::PackedFault::none) [[unlikely]]
-    refusePacked(source, size, sign);
-  return value;
+  if (debugTraceOn() || !field.isGood(sign != eSignNone)) refusePacked(field, sign, source);
+  return shiftedValue(field, virtualDecimalPoint);
 }
 
-// Raises what is wrong with a field that is known to be bad.
-void DataCnv::refusePacked(const unsigned char* source, int size, ESign sign) {
-  const core::PackedField field(source, size, packedEndian == eEndianLittle);
-  std::vector<unsigned char> nibbles;
-  nibbles.reserve(2 * static_cast<std::size_t>(size));
-  for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(size); ++i) {
-    nibbles.push_back(LeftNibble(field.byteAt(i)));
-    nibbles.push_back(RightNibble(field.byteAt(i)));
-  }
-  ValidatePackedDecimal(nibbles.data(), 2 * size, sign, source);
+// Raises what is wrong with a field, if anything is.
+void DataCnv::refusePacked(const core::PackedField& field, ESign sign, const unsigned char* source) {
+  std::vector<unsigned char> nibbles(std::size_t{field.digitCount()} + 1);
+  for (std::uint32_t i = 0; i < nibbles.size(); ++i)
+    nibbles[i] = field.nibble(i);
+  ValidatePackedDecimal(nibbles.data(), static_cast<int>(nibbles.size()), sign, source);
 }
 
 void DataCnv::PckdDecFromDec(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint,
                              ESign sign) {
+  if (!debugTraceOn() && text != nullptr && target != nullptr) [[likely]] {
+    core::DigitBuffer buffer;
+    core::IntegerDigits number;
+    if (core::integerDigits(text, virtualDecimalPoint, buffer, number) && number.count == number.digits.size() &&
+        core::packedSize(number.count) <= roomOf(size)) {
+      packNumber(number, target, size, sign);
+      return;
+    }
+  }
+  writePackedTraced(text, target, size, virtualDecimalPoint, sign);
+}
+
+inline void DataCnv::packNumber(const core::IntegerDigits& number, unsigned char* target, int size, ESign sign) {
+  char nibble = 0;
+  GetPackedDecimalSign(static_cast<short>(sign != eSignNone), number.negative, &nibble);
+  core::packDigits(number.digits, static_cast<unsigned char>(nibble), {target, roomOf(size)},
+                   packedEndian == eEndianLittle);
+}
+
+// All cases, with trace and argument tests; the member itself keeps to the frequent one.
+void DataCnv::writePackedTraced(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint,
+                                ESign sign) {
   static constexpr unsigned short kNoText[] = {0};
   const FunctionTrace trace(this, "DataCnv::PckdDecFromDec", kDataCnvPath);
   if (target == nullptr)
     raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
                                   "Null output buffer pointer");
   if (text == nullptr) text = kNoText;
-
-  std::array<unsigned short, core::kMaxQuickDigits> buffer;
-  KelBufferedWstring<16u> general;
-  auto number = core::integerDigits(text, virtualDecimalPoint, buffer);
-  const std::uint64_t room = static_cast<std::uint64_t>(std::max(size, 0));
-  if (!number || (number->count > number->digits.size() && core::packedSize(number->count) <= room)) {
-    const bool negative = integerText(text, virtualDecimalPoint, general);
-    number = core::IntegerDigits{negative, general.view(), general.length()};
-  }
-  if (core::packedSize(number->count) > room)
+  const auto raiseTooLong = [&] {
     raise<KelConversionException>(trace.site(), failures::kTooLong, failures::kTooLong.text, "decimal",
                                   "packed decimal", size, text);
-  char signNibble = 0;
-  GetPackedDecimalSign(static_cast<short>(sign != eSignNone), number->negative, &signNibble);
-  core::packDigits(number->digits, static_cast<unsigned char>(signNibble), {target, room},
-                   packedEndian == eEndianLittle);
+  };
+  core::DigitBuffer buffer;
+  core::IntegerDigits number;
+  // A number that cannot fit is refused before its zeros are written out.
+  if (core::integerDigits(text, virtualDecimalPoint, buffer, number) && core::packedSize(number.count) > roomOf(size))
+    raiseTooLong();
+  KelBufferedWstring<16u> digits;
+  number.negative = integerText(text, virtualDecimalPoint, digits);
+  number.digits = digits.view();
+  if (core::packedSize(digits.length()) > roomOf(size)) raiseTooLong();
+  packNumber(number, target, size, sign);
 }
 
 // The general way to the digits of a number whose point moves to the right and whose fraction is cut, for any text at
