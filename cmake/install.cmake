@@ -24,5 +24,7 @@ install(FILES "${PROJECT_BINARY_DIR}/oxrbitstreamutilitiesConfig.cmake"
         DESTINATION "${package_destination}")
 install(EXPORT oxrbitstreamutilitiesTargets NAMESPACE oxrbitstreamutilities:: DESTINATION "${package_destination}")
 
+# The library folder may be one or two levels deep: lib or lib/x86_64-linux-gnu.
+file(RELATIVE_PATH prefix_from_pc "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 configure_file(cmake/oxrbitstreamutilities.pc.in "${PROJECT_BINARY_DIR}/oxrbitstreamutilities.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/oxrbitstreamutilities.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
