@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+
+#include "bytebffr.hpp"
+
+namespace oxr::rec {
+
+// Input, output or a request that the program cannot work with. what() is complete for people.
+class ToolError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// An input that cannot be cut into records. what() tells record and byte, but not the input's name.
+class FrameError : public ToolError {
+ public:
+  using ToolError::ToolError;
+};
+
+// The rest of an input that is longer than one buffer.
+class BufferSource {
+ public:
+  virtual ~BufferSource() = default;
+  // A buffer that begins `consumed` bytes behind the start of the last one and holds at least `wanted` bytes, or all
+  // that is left of the input. The last one, with all pointers into it, is gone. Throws ToolError if reading fails.
+  virtual const BitstreamBuffer* slide(int consumed, int wanted) = 0;
+};
+
+// How records follow each other in the input.
+struct RecordForm {
+  enum class Header : std::uint8_t {
+    none,    // no headers: records of one length, or of the length that their counts give
+    big,     // 4 bytes: length, most significant byte first, and two zero bytes
+    little,  // 4 bytes: two zero bytes, and length, least significant byte first
+  };
+  Header header = Header::none;
+  bool countsItself = true;   // the length in a header includes the header's 4 bytes
+  bool isVariable = false;    // without headers: only reading a record tells its length
+  std::uint32_t maxSize = 0;  // bytes of the longest record without headers
+};
+
+// Where the bytes of a record are.
+struct RecordBytes {
+  const unsigned char* data = nullptr;
+  std::uint32_t size = 0;  // of a variable record without a header: what the input still has, up to the longest record
+};
+
+// Cuts an input into records. Does not look into them.
+//
+//   reader.open(buffer, 0, &source);
+//   while (!reader.atEnd()) {
+//     const RecordBytes record = reader.next();
+//     ...
+//     reader.finish(record.size);
+//   }
+class RecordReader {
+ public:
+  static constexpr std::uint32_t kHeaderBytes = 4;
+
+  explicit RecordReader(const RecordForm& form) : form_(form) {}
+
+  // Begins at byte `offset` of `buffer`. Without a `source` the input ends where the buffer does. Both are the
+  // caller's.
+  void open(const BitstreamBuffer* buffer, int offset, BufferSource* source);
+
+  // Whether no byte is left.
+  bool atEnd() const { return available() == 0; }
+  // The next record; its bytes stay until finish(). Throws FrameError for one that the input does not hold whole and
+  // for a header that is none. A variable record without a header may turn out to be longer than what there is: the
+  // caller then calls refuseShort().
+  RecordBytes next();
+  // Goes on behind `size` bytes of the record, all of it as a rule, and looks whether the input has more.
+  void finish(std::uint32_t size);
+  // Throws the FrameError for a record that needs `size` bytes where fewer are left.
+  [[noreturn]] void refuseShort(std::uint64_t size) const;
+
+  // Of the record that next() gave last: its number, from 1, and where its bytes begin, counted from where open() began
+  // and without its header.
+  std::uint64_t recordNumber() const { return recordNumber_; }
+  std::uint64_t recordOffset() const { return position_ + headerSize(); }
+  // Bytes that whole records took, headers included.
+  std::uint64_t position() const { return position_; }
+  // Bytes of the header in front of each record.
+  std::uint32_t headerSize() const { return form_.header == RecordForm::Header::none ? 0 : kHeaderBytes; }
+
+ private:
+  std::uint32_t available() const { return static_cast<std::uint32_t>(end_ - data_); }
+  bool ensure(std::uint32_t wanted);
+  void look(int offset);
+  std::uint32_t lengthInHeader() const;
+  [[noreturn]] void fail(const std::string& what) const;
+
+  const RecordForm form_;
+  BufferSource* source_ = nullptr;
+  const unsigned char* begin_ = nullptr;  // of the buffer
+  const unsigned char* data_ = nullptr;   // of the next record, header included
+  const unsigned char* end_ = nullptr;
+  std::uint64_t position_ = 0;
+  std::uint64_t recordNumber_ = 0;
+};
+
+}  // namespace oxr::rec
