@@ -1,0 +1,182 @@
+#include "decode.hpp"
+
+#include <unistd.h>
+
+#include <functional>
+#include <new>
+#include <utility>
+
+#include "fileinput.hpp"
+#include "fileoutput.hpp"
+#include "jsonhandler.hpp"
+#include "progress.hpp"
+
+namespace oxr::rec {
+
+namespace {
+
+constexpr char kProgram[] = "oxrrec: ";
+constexpr std::size_t kWriteBytes = std::size_t{256} << 10;
+constexpr std::uint64_t kToldFaults = 20;
+constexpr std::chrono::milliseconds kProgressDelay{1000};
+
+// Decides by the option on errors, tells the first faults, and counts.
+class Faults : public FaultListener {
+ public:
+  Faults(OnError onError, std::ostream& messages, const std::string& input, std::function<void()> beforeText)
+      : onError_(onError), messages_(messages), input_(input), beforeText_(std::move(beforeText)) {}
+
+  bool goOnAfter(const FieldFault& fault) override {
+    if (onError_ == OnError::stop) return false;
+    recordIsBad_ = true;
+    ++fields_;
+    if (fields_ <= kToldFaults) {
+      beforeText_();
+      messages_ << kProgram << input_ << ": " << fault.text() << '\n';
+    } else if (fields_ == kToldFaults + 1) {
+      messages_ << kProgram << input_ << ": more bad fields follow; they are only counted\n";
+    }
+    return true;
+  }
+
+  // To be called behind each record; true if it is to be left out.
+  bool isSkipped() {
+    const bool wasBad = std::exchange(recordIsBad_, false);
+    if (wasBad) ++records_;
+    return wasBad && onError_ == OnError::skip;
+  }
+
+  void tellSum(std::uint64_t allRecords) const {
+    if (fields_ == 0) return;
+    messages_ << kProgram << input_ << ": " << fields_ << (fields_ == 1 ? " bad field in " : " bad fields in ")
+              << records_ << " of " << allRecords << (allRecords == 1 ? " record, " : " records, ")
+              << (onError_ == OnError::skip ? "left out\n" : "written as null\n");
+  }
+
+ private:
+  const OnError onError_;
+  std::ostream& messages_;
+  const std::string& input_;
+  const std::function<void()> beforeText_;
+  std::uint64_t fields_ = 0;
+  std::uint64_t records_ = 0;
+  bool recordIsBad_ = false;
+};
+
+// One run of the command, once the copybook is laid out. What the constructor throws leaves the output untouched.
+class Decoding {
+ public:
+  Decoding(const DecodeOptions& options, const Console& console, const RecordPlan& plan)
+      : messages_(console.messages),
+        input_(FileInput::open(options.input, console.input)),
+        progress_(messages_, isProgressWanted(options, console), input_.totalSize(),
+                  options.progress ? std::chrono::milliseconds{0} : kProgressDelay),
+        faults_(options.onError, messages_, input_.name(), [this] { progress_.wipe(); }),
+        worker_(RecordWorker::make(plan, options.form, options.records, faults_)),
+        output_(FileOutput::open(options.output, console.output, input_.descriptor())),
+        json_(plan.names(), {options.pointsAsText}) {
+    worker_->setSource(&input_);
+    worker_->initializeParse(-1, nullptr, -1);
+    worker_->setFIHandler(&json_, false);
+  }
+
+  // The exit code. Throws OutputError.
+  int run() {
+    const int code = readAll();
+    progress_.wipe();
+    writeLines();
+    output_.close();
+    if (code == kDone) faults_.tellSum(worker_->recordsRead());
+    return code;
+  }
+
+ private:
+  static bool isProgressWanted(const DecodeOptions& options, const Console& console) {
+    const bool isBetweenLines = options.output == "-" && ::isatty(console.output) == 1;
+    return console.messagesOnTerminal && !isBetweenLines && options.progress.value_or(true);
+  }
+
+  // Whatever ends the work early, the lines of the records in front of it are whole.
+  int readAll() {
+    try {
+      readRecords();
+      return kDone;
+    } catch (const FieldError& error) {
+      return ended(kBadField, input_.name() + ": " + error.what());
+    } catch (const FrameError& error) {
+      return ended(kFailed, input_.name() + ": " + error.what());
+    } catch (const OutputError&) {
+      throw;
+    } catch (const ToolError& error) {
+      return ended(kFailed, error.what());
+    }
+  }
+
+  int ended(int code, const std::string& text) {
+    dropIfSkipped();
+    json_.discardUnfinished();
+    progress_.wipe();
+    messages_ << kProgram << text << '\n';
+    return code;
+  }
+
+  void readRecords() {
+    worker_->parseFirst(input_.first(), nullptr, true, 0, -1);
+    if (worker_->recordsRead() == 0) return;
+    settle();
+    while (worker_->hasNext()) {
+      worker_->parseNext();
+      settle();
+    }
+  }
+
+  void settle() {
+    dropIfSkipped();
+    if (json_.size() >= kWriteBytes) writeLines();
+    progress_.update(static_cast<std::uint64_t>(worker_->getNumBytesParsed()));
+  }
+
+  void dropIfSkipped() {
+    if (faults_.isSkipped()) json_.discard();
+  }
+
+  void writeLines() {
+    output_.write(json_.lines());
+    json_.clear();
+  }
+
+  std::ostream& messages_;
+  FileInput input_;
+  Progress progress_;
+  Faults faults_;
+  RecordWorker::Owner worker_;
+  FileOutput output_;
+  JsonHandler json_;
+};
+
+int decodeOrThrow(const DecodeOptions& options, const Console& console) {
+  const Layout layout = readCopybook(options.copybook, options.copybookOptions);
+  const RecordPlan plan(layout, options.plan);
+  return Decoding(options, console, plan).run();
+}
+
+int failed(const Console& console, const std::string& text) {
+  console.messages << kProgram << text << '\n';
+  return kFailed;
+}
+
+}  // namespace
+
+int decode(const DecodeOptions& options, const Console& console) {
+  try {
+    return decodeOrThrow(options, console);
+  } catch (const KelException& failure) {
+    return failed(console, "CCSID " + std::to_string(options.form.ccsid) + ": " + faultText(failure));
+  } catch (const std::bad_alloc&) {
+    return failed(console, "out of memory");
+  } catch (const std::runtime_error& error) {
+    return failed(console, error.what());
+  }
+}
+
+}  // namespace oxr::rec

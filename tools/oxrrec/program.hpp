@@ -1,0 +1,12 @@
+#pragma once
+
+#include <span>
+
+#include "decode.hpp"
+
+namespace oxr::rec {
+
+// The program. `arguments` without its name; the result is the exit code.
+int run(std::span<const char* const> arguments, const Console& console);
+
+}  // namespace oxr::rec
