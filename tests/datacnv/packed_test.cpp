@@ -194,8 +194,8 @@ TEST(Packed, QuickAndGeneralWayAgree) {
     std::string text;
     for (unsigned n = random() % 12; n > 0; --n)
       text += random() % 3 == 0 ? '0' : static_cast<char>('0' + random() % 10);
-    if (random() % 2 != 0) text.insert(random() % (text.size() + 1), ".");
-    const std::string sign = random() % 2 != 0 ? "-" : "";
+    if (random() % 2 != 0) text.insert(text.begin() + static_cast<std::ptrdiff_t>(random() % (text.size() + 1)), '.');
+    const std::string sign(random() % 2, '-');
     const int scale = static_cast<int>(random() % 9);
     SCOPED_TRACE(sign + text + " scale " + std::to_string(scale));
     ASSERT_EQ(written(sign + text, 14, scale, kSigned), written(sign + zeros + text, 14, scale, kSigned));
@@ -211,10 +211,10 @@ TEST(Packed, WriteThenReadGivesTheSameDigits) {
     std::string number;
     for (std::size_t d = 0; d < digits; ++d)
       number += static_cast<char>('0' + random() % 10);
-    if (scale != 0) number.insert(digits - scale, ".");
+    if (scale != 0) number.insert(number.end() - static_cast<std::ptrdiff_t>(scale), '.');
     const bool negative = random() % 2 != 0;
     const EEndian order = random() % 2 != 0 ? eEndianLittle : eEndianBig;
-    const std::string text = (negative ? "-" : "") + number;
+    const std::string text = std::string(negative ? "-" : "").append(number);
     SCOPED_TRACE(text);
     const Bytes field = written(text, size, static_cast<int>(scale), kSigned, order);
     ASSERT_EQ(read(field, static_cast<int>(scale), kSigned, order), text);
