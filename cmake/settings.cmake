@@ -51,5 +51,8 @@ function(oxr_add_library target kind)
   oxr_settings(${target})
   if(kind STREQUAL "SHARED")
     set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    # A call from one exported member to another goes straight there: nobody replaces our functions at load.
+    target_compile_options(${target} PRIVATE -fno-semantic-interposition)
+    target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions)
   endif()
 endfunction()
