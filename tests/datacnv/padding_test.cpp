@@ -13,7 +13,7 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-constexpr int kEbcdic = 500, kLatin1 = 819, kUtf8 = 1208, kUtf16 = 1200, kShifted = 939, kUtf32 = 1232;
+constexpr int kEbcdic = 500, kUtf8 = 1208, kUtf16 = 1200, kShifted = 939, kUtf32 = 1232;
 constexpr EJustification kOther = static_cast<EJustification>(7);
 
 Raised internalError(std::vector<std::string> inserts) {
