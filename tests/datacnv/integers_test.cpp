@@ -10,6 +10,7 @@
 #include "dataconv.hpp"
 #include "support/converter.hpp"
 #include "support/failures.hpp"
+#include "support/tracing.hpp"
 
 namespace oxr::test {
 namespace {
@@ -96,6 +97,19 @@ TEST(Integers, RefuseNullThenSizeThenOverflow) {
             tooLong("Overflow converting a PWFUInt64 to PWFInt64", "8-byte integer", "8", "-1"));
   EXPECT_EQ(raisedBy([&] { cnv.IntToInt32(ones.data(), 4, eSignTrailingSeparate); }),
             tooLong("Overflow converting a PWFUInt32 to PWFInt32", "4-byte integer", "4", "-1"));
+}
+
+TEST(Integers, TracedReadingsGiveTheSame) {
+  DataCnv cnv = converterFor(37);
+  const Bytes field = {0xFF, 0xFE};
+  EXPECT_EQ(tracedAt(4,
+                     [&] {
+                       EXPECT_EQ(cnv.IntToInt64(field.data(), 2, kSigned), -2);
+                       EXPECT_EQ(cnv.IntToInt32(field.data(), 2, kUnsigned), 65534);
+                       EXPECT_EQ(cnv.UIntToUInt64(field.data(), 1), 255u);
+                     }),
+            "> DataCnv::IntToInt64\n< DataCnv::IntToInt64\n> DataCnv::IntToInt32\n< DataCnv::IntToInt32\n"
+            "> DataCnv::UIntToUInt64\n< DataCnv::UIntToUInt64\n");
 }
 
 TEST(Integers, AnyBytesReadAsTheSumOfTheirPlaces) {

@@ -1,3 +1,5 @@
+#include <type_traits>
+
 #include "core/byteorder.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
@@ -13,13 +15,68 @@ template <class... Details>
   raise<KelConversionException>(site, failures::kInternalError, details...);
 }
 
-// The tests that reading an integer begins with. `nullText` differs from member to member.
-void requireField(const FunctionTrace& trace, const unsigned char* source, bool validSize, int size,
-                  const char* nullText) {
-  if (source == nullptr) [[unlikely]]
-    raiseInternal(trace.site(), failures::kInternalError.text, nullText);
-  if (!validSize) [[unlikely]]
-    raiseInternal(trace.site(), failures::kInternalError.text, numbered("Invalid integer size: ", size));
+// What the three readings of an integer differ in.
+struct Reading {
+  const char* function;
+  const char* nullText;
+  const char* overflowText;
+  const char* widthText;
+};
+constexpr Reading kInt64 = {"DataCnv::IntToInt64", "Null input pointer passed into DataCnv::IntToInt64",
+                            "Overflow converting a PWFUInt64 to PWFInt64", "8-byte integer"};
+constexpr Reading kInt32 = {"DataCnv::IntToInt32",
+                            "DataCnv::IntToInt32 called with a Null input pointer for the source.",
+                            "Overflow converting a PWFUInt32 to PWFInt32", "4-byte integer"};
+constexpr Reading kUInt64 = {"DataCnv::UIntToUInt64", "Null input pointer", nullptr, nullptr};
+
+struct Field {
+  const unsigned char* bytes;
+  int size;
+  bool little;
+  bool isSigned;
+
+  // Whether a T can be read from a field of this size.
+  template <class T>
+  bool fits() const {
+    return core::isIntegerSize(size) && size <= static_cast<int>(sizeof(T));
+  }
+  // Sign-extended or zero-extended to a T. An unsigned value beyond a signed T reads as negative.
+  template <class T>
+  T value() const {
+    const std::uint64_t bits = core::loadInteger(bytes, size, little);
+    return static_cast<T>(isSigned ? static_cast<std::uint64_t>(core::signExtended(bits, size)) : bits);
+  }
+  template <class T>
+  bool overflows(T value) const {
+    return !isSigned && std::is_signed_v<T> && value < T{0};
+  }
+};
+
+// All of a reading.
+template <class T>
+[[gnu::cold, gnu::noinline]] T readTraced(const KelLogSource* source, const Reading& reading, Field field) {
+  const FunctionTrace trace(source, reading.function, kDataCnvPath);
+  if (field.bytes == nullptr) raiseInternal(trace.site(), failures::kInternalError.text, reading.nullText);
+  if (!field.fits<T>())
+    raiseInternal(trace.site(), failures::kInternalError.text, numbered("Invalid integer size: ", field.size));
+  const T value = field.value<T>();
+  if constexpr (std::is_signed_v<T>) {
+    if (field.overflows(value))
+      raise<KelConversionException>(trace.site(), failures::kTooLong, reading.overflowText, "integer",
+                                    reading.widthText, static_cast<int>(sizeof(T)), value);
+  }
+  return value;
+}
+
+// The quick way first: a good field, and no trace. Its frame has nothing to save for the calls of the whole way.
+template <class T>
+T read(const KelLogSource* source, const Reading& reading, Field field) {
+  if (!debugTraceOn() && field.bytes != nullptr && field.fits<T>()) [[likely]] {
+    const T value = field.value<T>();
+    if (!field.overflows(value)) [[likely]]
+      return value;
+  }
+  return readTraced<T>(source, reading, field);
 }
 
 }  // namespace
@@ -39,32 +96,13 @@ void DataCnv::SwapEnds(unsigned char* target, const unsigned char* source, int l
 }
 
 PWFInt64 DataCnv::IntToInt64(const unsigned char* source, int size, ESign sign) {
-  const FunctionTrace trace(this, "DataCnv::IntToInt64", kDataCnvPath);
-  requireField(trace, source, core::isIntegerSize(size), size, "Null input pointer passed into DataCnv::IntToInt64");
-  const std::uint64_t bits = core::loadInteger(source, size, integerEndian == eEndianLittle);
-  if (sign == eSignLeadingIncluded) return core::signExtended(bits, size);
-  const PWFInt64 value = static_cast<PWFInt64>(bits);
-  if (value < 0) [[unlikely]]
-    raise<KelConversionException>(trace.site(), failures::kTooLong, "Overflow converting a PWFUInt64 to PWFInt64",
-                                  "integer", "8-byte integer", 8, value);
-  return value;
+  return read<PWFInt64>(this, kInt64, {source, size, integerEndian == eEndianLittle, sign == eSignLeadingIncluded});
 }
 
 PWFInt32 DataCnv::IntToInt32(const unsigned char* source, int size, ESign sign) {
-  const FunctionTrace trace(this, "DataCnv::IntToInt32", kDataCnvPath);
-  requireField(trace, source, core::isIntegerSize(size) && size <= 4, size,
-               "DataCnv::IntToInt32 called with a Null input pointer for the source.");
-  const std::uint64_t bits = core::loadInteger(source, size, integerEndian == eEndianLittle);
-  if (sign == eSignLeadingIncluded) return static_cast<PWFInt32>(core::signExtended(bits, size));
-  const PWFInt32 value = static_cast<PWFInt32>(bits);
-  if (value < 0) [[unlikely]]
-    raise<KelConversionException>(trace.site(), failures::kTooLong, "Overflow converting a PWFUInt32 to PWFInt32",
-                                  "integer", "4-byte integer", 4, value);
-  return value;
+  return read<PWFInt32>(this, kInt32, {source, size, integerEndian == eEndianLittle, sign == eSignLeadingIncluded});
 }
 
 PWFUInt64 DataCnv::UIntToUInt64(const unsigned char* source, int size) {
-  const FunctionTrace trace(this, "DataCnv::UIntToUInt64", kDataCnvPath);
-  requireField(trace, source, core::isIntegerSize(size), size, "Null input pointer");
-  return core::loadInteger(source, size, integerEndian == eEndianLittle);
+  return read<PWFUInt64>(this, kUInt64, {source, size, integerEndian == eEndianLittle, false});
 }
