@@ -8,247 +8,179 @@
 #include "dataconv.hpp"
 #include "support/converter.hpp"
 #include "support/failures.hpp"
+#include "support/rows.hpp"
 #include "support/text.hpp"
 #include "support/tracing.hpp"
 
 namespace oxr::test {
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+using ::testing::AnyOf, ::testing::EndsWith, ::testing::HasSubstr;
 
-constexpr int kEbcdic = 500, kLatin1 = 819, kUtf8 = 1208, kUtf16 = 1200, kShifted = 939;
-constexpr ESign kNone = eSignNone, kLeading = eSignLeadingIncluded, kTrailing = eSignTrailingIncluded,
-                kFront = eSignLeadingSeparate, kBehind = eSignTrailingSeparate;
-
-Bytes ascii(std::string_view text) {
-  return Bytes(text.begin(), text.end());
-}
+// Some code pages: 500 EBCDIC, 939 EBCDIC with shifts, 819 Latin-1, 1208 UTF-8, 1200 UTF-16.
 
 struct Settings {
-  int ccsid = kEbcdic;
-  ESign sign = kTrailing;
+  int ccsid = 0;
+  ESign sign = eSignNone;
   int scale = 0;
-  bool customSign = false;
   EJustification justification = eJustifyRight;
   int pad = ' ';
-  bool padIsUnicode = true;
+  bool padIsUnicode = true, customSign = false;
 };
 
-PWFData read(const Bytes& field, const Settings& s) {
-  DataCnv converter = converterFor(s.ccsid);
-  return converter.ExtDecToDec(field.data(), static_cast<int>(field.size()), s.scale, s.sign, s.justification, s.pad,
-                               s.padIsUnicode, s.customSign, nullptr, nullptr);
+// "500 2 -1 p48": code page, sign, scale, then what differs from a right-justified field padded with Unicode blanks:
+// "j" justification, "p" and "b" the pad in hexadecimal as a code unit and as a byte, "c" custom signs.
+Settings settingsOf(const Row& row, std::size_t first) {
+  Settings s{.ccsid = std::stoi(row[first]),
+             .sign = static_cast<ESign>(std::stoi(row[first + 1])),
+             .scale = std::stoi(row[first + 2])};
+  for (std::size_t i = first + 3; i < row.size(); ++i) {
+    const std::string value = row[i].substr(1);
+    if (row[i][0] == 'j') s.justification = static_cast<EJustification>(std::stoi(value));
+    if (row[i][0] == 'p' || row[i][0] == 'b') s.pad = std::stoi(value, nullptr, 16);
+    s.padIsUnicode &= row[i][0] != 'b';
+    s.customSign |= row[i] == "c";
+  }
+  return s;
 }
-std::string textOf(const PWFData& value) {
-  EXPECT_EQ(value.getDataLogicalType(), DECIMAL);
-  EXPECT_FALSE(value.isNull());
+
+// A field in hexadecimal, or, behind a quote, as the text that the bytes are in Latin-1.
+std::string fieldOf(const std::string& word) {
+  if (word[0] == '"') return word.substr(1);
+  std::string bytes;
+  for (std::size_t i = 0; i < word.size(); i += 2)
+    bytes += static_cast<char>(std::stoi(word.substr(i, 2), nullptr, 16));
+  return bytes;
+}
+
+std::string read(const std::string& field, const Settings& s) {
+  const PWFData value = converterFor(s.ccsid).ExtDecToDec(
+      reinterpret_cast<const unsigned char*>(field.data()), static_cast<int>(field.size()), s.scale, s.sign,
+      s.justification, s.pad, s.padIsUnicode, s.customSign, nullptr, nullptr);
+  EXPECT_TRUE(value.getDataLogicalType() == DECIMAL && !value.isNull());
   return toUtf8(UnitView(value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength())));
 }
 
+// Field, value, settings.
 TEST(ExternalDecimal, Reads) {
-  const Bytes long_(70, 0xF7);
-  const struct {
-    const char* what;
-    Bytes field;
-    Settings settings;
-    std::string text;
-  } cases[] = {
-      {"EBCDIC, D is minus", {0xF1, 0xF2, 0xD3}, {}, "-123"},
-      {"EBCDIC, C is plus", {0xF1, 0xF2, 0xC3}, {}, "123"},
-      {"EBCDIC, F is plus", {0xF1, 0xF2, 0xF3}, {}, "123"},
-      {"EBCDIC, first byte", {0xD1, 0xF2, 0xF3}, {.sign = kLeading}, "-123"},
-      {"EBCDIC knows no custom sign", {0xF1, 0xF2, 0xD3}, {.customSign = true}, "-123"},
-      {"scale", {0xF1, 0xF2, 0xD3}, {.scale = 2}, "-1.23"},
-      {"the minus comes behind the scale", {0xF1, 0xF2, 0xD3}, {.scale = 5}, "-0.00123"},
-      {"scale below 0", {0xF1, 0xF2, 0xD3}, {.scale = -2}, "-12300"},
-      {"one byte", {0xD7}, {}, "-7"},
-      {"unsigned", {0xF1, 0xF2}, {.sign = kNone}, "12"},
-      {"separate, EBCDIC", {0x60, 0xF1, 0xF2}, {.sign = kFront, .scale = 1}, "-1.2"},
-      {"separate, behind", {0xF1, 0xF2, 0x4E}, {.sign = kBehind}, "12"},
-      {"ASCII, p to y are minus", ascii("12s"), {.ccsid = kLatin1}, "-123"},
-      {"ASCII, plus", ascii("123"), {.ccsid = kLatin1}, "123"},
-      {"ASCII, first byte", ascii("q23"), {.ccsid = kLatin1, .sign = kLeading}, "-123"},
-      {"letters", ascii("12L"), {.ccsid = kLatin1, .customSign = true}, "-123"},
-      {"letters", ascii("12C"), {.ccsid = kLatin1, .customSign = true}, "123"},
-      {"letters", ascii("12{"), {.ccsid = kLatin1, .customSign = true}, "120"},
-      {"letters", ascii("12}"), {.ccsid = kLatin1, .customSign = true}, "-120"},
-      {"letters, first byte", ascii("J23"), {.ccsid = kLatin1, .sign = kLeading, .customSign = true}, "-123"},
-      {"separate, behind", ascii("12-"), {.ccsid = kUtf8, .sign = kBehind, .scale = 3}, "-0.012"},
-      {"two bytes a character", {0, '1', 0, '2', 0, '-'}, {.ccsid = kUtf16, .sign = kBehind}, "-12"},
-      {"half a character at the end", {0, '1', 0}, {.ccsid = kUtf16, .sign = kNone}, "1"},
-      {"all pads", {0x40, 0x40, 0x40}, {.sign = kNone}, "0"},
-      {"all pads, scaled", {0x40, 0x40, 0x40}, {.sign = kNone, .scale = 2}, "0.00"},
-      {"pads in front", {0x40, 0x40, 0xD1}, {}, "-1"},
-      {"pads behind", {0xF1, 0x40, 0x40}, {.sign = kNone, .justification = eJustifyLeft}, "1"},
-      {"zeros stay without a zero pad", {0xF0, 0xF0, 0xF1}, {}, "001"},
-      {"zeros go as pads", {0xF0, 0xF0, 0xF1}, {.scale = 3, .pad = '0'}, "0.001"},
-      {"negative zero", {0xF0, 0xF0, 0xD0}, {.pad = '0'}, "-0"},
-      {"pad in the code page", {0x40, 0x40, 0xD1}, {.pad = 0x40, .padIsUnicode = false}, "-1"},
-      {"pad in the code page, all", {0x40, 0x40}, {.sign = kNone, .pad = 0x40, .padIsUnicode = false}, "0"},
-      {"few digits and a scale", {0x40, 0x40, 0xD5}, {.scale = 2}, "-0.05"},
-      {"the pad has 16 bits", {0x40, 0xD1}, {.pad = 0x10020}, "-1"},
-      {"points and commas are let pass", ascii("1,2.3"), {.ccsid = kLatin1, .sign = kNone, .scale = 1}, "1,.23"},
-      {"beyond stack and inline text", long_, {.sign = kLeading, .scale = 69}, "7." + std::string(69, '7')},
-  };
-  for (const auto& row : cases) {
-    SCOPED_TRACE(row.what);
-    EXPECT_EQ(textOf(read(row.field, row.settings)), row.text);
-  }
+  for (const Row& c :
+       rows("F1F2D3 -123 500 2 0; F1F2C3 123 500 2 0; F1F2F3 123 500 2 0; D1F2F3 -123 500 1 0;"
+            "F1F2D3 -123 500 2 0 c;"  // no custom sign in EBCDIC
+            "F1F2D3 -1.23 500 2 2; F1F2D3 -0.123 500 2 3; F1F2D3 -0.00123 500 2 5; F1F2D3 -12300 500 2 -2;"
+            "D7 -7 500 2 0; F1F2 12 500 0 0; 60F1F2 -1.2 500 3 1; F1F24E 12 500 4 0;"
+            "\"12s -123 819 2 0; \"123 123 819 2 0; \"q23 -123 819 1 0; \"12L -123 819 2 0 c;"
+            "\"12C 123 819 2 0 c; \"12{ 120 819 2 0 c; \"12} -120 819 2 0 c; \"J23 -123 819 1 0 c;"
+            "\"12- -0.012 1208 4 3; \"12+- -12 819 4 0; 00310032002D -12 1200 4 0;"
+            "003100 1 1200 0 0;"  // half a character at the end is left out
+            "404040 0 500 0 0; 404040 0.00 500 0 2; 4040D5 -0.05 500 2 2; F14040 1 500 0 0 j1;"
+            "F0F0F1 001 500 2 0; F0F0F1 0.001 500 2 3 p30; F0F0D0 -0 500 2 0 p30; 40D1 -1 500 2 0 p10020;"
+            "4040D1 -1 500 2 0 b40; 4040 0 500 0 0 b40;"
+            "\"1,2.3 1,.23 819 0 1"))  // points and commas are let pass
+    EXPECT_EQ(read(fieldOf(c[0]), settingsOf(c, 2)), c[1]) << shown(c);
+  // Beyond the bytes on the stack and the units in the value.
+  EXPECT_EQ(read(std::string(70, '\xF7'), {.ccsid = 500, .sign = eSignLeadingIncluded, .scale = 69}),
+            "7." + std::string(69, '7'));
 }
 
+// Field, the two inserts behind the text of the failure, settings.
 TEST(ExternalDecimal, RefusesBadFields) {
-  const auto invalid = [](std::vector<std::string> inserts) {
-    inserts.insert(inserts.begin(), "CPI Converter Input Data Invalid");
-    return conversionFailure(5505, std::move(inserts));
-  };
-  const auto internal = [](const char* text) { return conversionFailure(5502, {"CPI Internal Error", text}); };
-  const struct {
-    Bytes field;
-    Settings settings;
-    Raised raised;
-  } cases[] = {
-      {{}, {}, internal("Invalid external decimal size: 0")},
-      {{0xF1, 0xF2, 0xA3}, {}, invalid({"External decimal - Invalid Positive sign code", "163"})},
-      {{0x41, 0xF2}, {.sign = kLeading}, invalid({"External decimal - Invalid Positive sign code", "65"})},
-      {ascii("123"), {.ccsid = kLatin1, .customSign = true}, invalid({"External decimal - Custom Sign EBCDIC", "51"})},
-      {ascii("12}"), {.ccsid = kLatin1}, invalid({"decimal", "12="})},  // zone 7, and then no digit
-      {ascii("1x3"), {.ccsid = kLatin1, .scale = 1}, invalid({"decimal", "1x.3"})},
-      {ascii("-12"), {.ccsid = kLatin1, .sign = kBehind}, invalid({"decimal", "-12"})},
-      {ascii("12-"), {.ccsid = kLatin1, .sign = kFront}, invalid({"decimal", "12-"})},
-      {ascii("12 "), {.ccsid = kLatin1, .sign = kNone}, invalid({"decimal", "12 "})},
-      {ascii("1.2.3"), {.ccsid = kLatin1, .sign = kNone, .scale = 1}, invalid({"decimal", "0.12.3"})},
-      {ascii("12"), {.ccsid = kLatin1, .sign = static_cast<ESign>(5)}, internal("Invalid sign type: 5")},
-      {{0}, {.ccsid = kUtf16, .sign = kNone}, internal("size < MinBytesPerChar for codepage: 1200")},
-  };
-  for (const auto& row : cases)
-    EXPECT_EQ(raisedBy([&] { read(row.field, row.settings); }),
-              row.field.empty() ? internal("Null input pointer") : row.raised);
-  DataCnv converter = converterFor(kEbcdic);
-  const unsigned char field[] = {0xF1};
-  EXPECT_EQ(
-      raisedBy([&] { converter.ExtDecToDec(field, 0, 0, kNone, eJustifyRight, ' ', true, false, nullptr, nullptr); }),
-      internal("Invalid external decimal size: 0"));
-}
-
-TEST(ExternalDecimal, TrimsFields) {
-  const struct {
-    int ccsid;
-    const char* text;
-    EJustification justification;
-    unsigned short pad;
-    bool isUnicode;
-    const char* result;
-  } cases[] = {
-      {kEbcdic, "     ", eJustifyRight, ' ', true, "0"},
-      {kEbcdic, "00000", eJustifyRight, '0', true, "0"},
-      {kEbcdic, "12   ", eJustifyLeft, ' ', true, "12"},
-      {kEbcdic, "12   ", eJustifyRight, ' ', true, "12   "},
-      {kEbcdic, "  12", eJustifyNone, ' ', true, "  12"},
-      {kEbcdic, "", eJustifyNone, ' ', true, "0"},
-      {kEbcdic, "  12  ", eJustifyNone, 0x40, false, "12  "},  // in bytes no justification means the front
-      {kEbcdic, "  12  ", eJustifyRight, 0xFF40, false, "12  "},
-      {kEbcdic, "  12  ", eJustifyLeft, 0x40, false, "  12"},
-      {kEbcdic, "    ", eJustifyLeft, 0x40, false, "0"},
-      {kEbcdic, "", eJustifyRight, 0x40, false, "0"},
-      {kUtf8,
-       "\u00E9\u00E9"
-       "1",
-       eJustifyRight, 0xC3, false,
-       "\uFFFD\u00E9"
-       "1"},  // bytes, not characters
-      {kUtf16, "12", eJustifyRight, 0x00, false, "\u3100"},
-      {kShifted, "  12", eJustifyRight, 0x40, false, "12"},
-  };
-  for (const auto& row : cases) {
-    KelWstring text = k(row.text);
-    converterFor(row.ccsid).ExtDecTrimData(text, row.justification, row.pad, row.isUnicode);
-    EXPECT_EQ(toUtf8(text), row.result) << row.text;
-  }
-  const std::string blanks(300, ' ');
-  KelWstring text = k(blanks + "1" + blanks);
-  converterFor(kEbcdic).ExtDecTrimData(text, eJustifyRight, 0x40, false);
-  EXPECT_EQ(toUtf8(text), "1" + blanks);
-}
-
-TEST(ExternalDecimal, PadsFields) {
-  const auto badSize = [](std::vector<std::string> inserts) {
-    inserts.insert(inserts.begin(), "CPI Converter An attempt to add padding to fixed length field has failed");
-    return parserFailure(5521, std::move(inserts));
-  };
-  const struct {
-    int ccsid;
-    int target, bytes;
-    EJustification justification;
-    unsigned short pad;
-    bool isUnicode;
-    const char* result;  // of "12"
-    Raised raised;
-  } cases[] = {
-      {kEbcdic, 5, 3, eJustifyRight, '0', true, "00012", {}},
-      {kEbcdic, 5, 3, eJustifyLeft, ' ', true, "12   ", {}},
-      {kEbcdic, 5, 3, eJustifyNone, '0', true, "00012", {}},
-      {kEbcdic, 2, 3, eJustifyRight, 0x3042, true, "12", {}},  // nothing to do: the pad isn't looked at
-      {kEbcdic, 1, 3, eJustifyRight, '0', true, "12", {}},
-      {kUtf8, 5, 9, eJustifyRight, 0x20AC, true, "\u20AC\u20AC\u20AC12", {}},
-      {kUtf8, 5, 8, eJustifyRight, 0x20AC, true, "12", badSize({"0xac20", "3", "5", "1208"})},
-      {kEbcdic, 5, 3, eJustifyRight, 0x200B, true, "12", badSize({"0x0b20", "0", "5", "500"})},
-      {kEbcdic, 4, 2, eJustifyRight, 0xF0, false, "0012", {}},
-      {kEbcdic, 4, 2, eJustifyLeft, 0xF0, false, "1200", {}},
-      {kEbcdic, 4, 2, eJustifyNone, 0xF0, false, "12", {}},
-      {kEbcdic, 1, 2, eJustifyLeft, 0xF0, false, "12", {}},
-      {kEbcdic, -2147483647, 2, eJustifyLeft, 0xF0, false, "12", {}},
-      {kUtf16, 4, 4, eJustifyLeft, 0x30, false, "12\u3030", {}},  // two bytes are one character
-      {kUtf16, 4, 3, eJustifyLeft, 0x30, false, "12", badSize({"0x3000", "2", "4", "1200"})},
-  };
-  for (const auto& row : cases) {
-    KelWstring text = u"12"_k;
-    DataCnv converter = converterFor(row.ccsid);
-    EXPECT_EQ(raisedBy([&] {
-                converter.ExtDecPadData(text, row.target, row.bytes, row.justification, row.pad, row.isUnicode);
-              }),
-              row.raised);
-    EXPECT_EQ(toUtf8(text), row.result);
-  }
+  for (const Row& c : rows("F1F2A3 External_decimal_-_Invalid_Positive_sign_code 163 500 2 0;"
+                           "41F2 External_decimal_-_Invalid_Positive_sign_code 65 500 1 0;"
+                           "\"123 External_decimal_-_Custom_Sign_EBCDIC 51 819 2 0 c;"
+                           "\"12} decimal 12= 819 2 0;"  // zone 7, and then no digit
+                           "\"1x3 decimal 1x.3 819 0 1; \"-12 decimal -12 819 4 0; \"12- decimal 12- 819 3 0;"
+                           "\"12_ decimal 12_ 819 0 0; \"1.2.3 decimal 0.12.3 819 0 1"))
+    EXPECT_EQ(raisedBy([&] { read(fieldOf(c[0]), settingsOf(c, 3)); }),
+              conversionFailure(5505, {"CPI Converter Input Data Invalid", c[1], c[2]}));
+  for (const Row& c : rows("Invalid_sign_type:_5 \"12 819 5 0; size_<_MinBytesPerChar_for_codepage:_1200 00 1200 0 0;"
+                           "Invalid_external_decimal_size:_0 \" 819 5 0"))
+    EXPECT_EQ(raisedBy([&] { read(fieldOf(c[1]), settingsOf(c, 2)); }),
+              conversionFailure(5502, {"CPI Internal Error", c[0]}));
+  DataCnv converter = converterFor(500);
+  EXPECT_EQ(raisedBy([&] {
+              converter.ExtDecToDec(nullptr, 0, 0, eSignNone, eJustifyRight, ' ', true, false, nullptr, nullptr);
+            }),
+            conversionFailure(5502, {"CPI Internal Error", "Null input pointer"}));
 }
 
 // Frequent fields are read in one go, which must not show: with trace on all of them go the general way.
 TEST(ExternalDecimal, QuickAndGeneralWayAgree) {
   std::mt19937 random(20261121);
   const auto oneOf = [&](std::string_view choices) { return choices[random() % choices.size()]; };
-  std::string quick, general;
   for (int i = 0; i < 4'000; ++i) {
-    const Settings settings{.ccsid = random() % 2 ? kEbcdic : kLatin1,
+    const Settings settings{.ccsid = random() % 2 ? 500 : 819,
                             .sign = static_cast<ESign>(random() % 5),
                             .scale = static_cast<int>(random() % 20) - 2,
-                            .customSign = random() % 2 != 0,
                             .justification = static_cast<EJustification>(random() % 3),
-                            .pad = oneOf(" 0*")};
+                            .pad = oneOf(" 0*"),
+                            .customSign = random() % 2 != 0};
     std::string text;
     for (unsigned n = 1 + random() % 18; n > 0; --n)
-      text += random() % 40 == 0  ? oneOf(",.+-A")
-              : random() % 4 == 0 ? static_cast<char>(settings.pad)
-                                  : oneOf("0123456789");
+      text += random() % 40 == 0 ? oneOf(",.+-A") : random() % 4 == 0 ? static_cast<char>(settings.pad) : oneOf("123");
     (random() % 2 ? text.front() : text.back()) = oneOf("0123456789 +-AJ{}ps");
-    Bytes field(text.size());
+    std::string field(text);
     int size = static_cast<int>(field.size());
-    converterFor(settings.ccsid).fromUnicodeString(k(text), field.data(), size);
-    SCOPED_TRACE(text);
-    const auto result = [&](std::string& out) {
-      const Raised raised = raisedBy([&] { out = textOf(read(field, settings)); });
-      if (!raised.kind.empty()) out = raised.kind + ::testing::PrintToString(raised.inserts);
+    converterFor(settings.ccsid).fromUnicodeString(k(text), reinterpret_cast<unsigned char*>(field.data()), size);
+    const auto result = [&] {
+      std::string value;
+      const Raised raised = raisedBy([&] { value = read(field, settings); });
+      return raised.kind.empty() ? value : raised.kind + ::testing::PrintToString(raised.inserts);
     };
-    result(quick);
-    EXPECT_FALSE(tracedAt(4, [&] { result(general); }).empty());
-    ASSERT_EQ(quick, general);
+    std::string general;
+    EXPECT_THAT(tracedAt(4, [&] { general = result(); }),
+                AnyOf(HasSubstr("> DataCnv::toUnicodeString"), HasSubstr("External decimal - ")));
+    ASSERT_EQ(result(), general) << text;
   }
 }
 
-TEST(ExternalDecimal, TracesAPaddingThatNoFieldHas) {
-  DataCnv converter = converterFor(kEbcdic);
+// Code page, text, justification, pad, result.
+TEST(ExternalDecimal, TrimsFields) {
+  for (const Row& c :
+       rows("500 _____ 2 U20 0; 500 00000 2 U30 0; 500 12___ 1 U20 12; 500 12___ 2 U20 12___; 500 _1 0 U20 _1;"
+            "500 '' 0 U20 0; 500 _1_ 0 40 1_;"  // in bytes no justification means the front
+            "500 _1_ 2 FF40 1_; 500 _1_ 1 40 _1; 500 ___ 1 40 0; 500 '' 2 40 0; 939 _1 2 40 1;"
+            // Bytes are taken off, not characters.
+            "1208 \u00E9\u00E9 2 C3 \uFFFD\u00E9; 1200 12 2 0 \u3100")) {
+    KelWstring text = k(c[1]);
+    const bool isUnicode = c[3][0] == 'U';
+    const auto pad = static_cast<unsigned short>(std::stoi(c[3].substr(isUnicode), nullptr, 16));
+    converterFor(std::stoi(c[0])).ExtDecTrimData(text, static_cast<EJustification>(std::stoi(c[2])), pad, isUnicode);
+    EXPECT_EQ(toUtf8(text), c[4]) << shown(c);
+  }
+  const std::string blanks(300, ' ');
+  KelWstring text = k(blanks + "1" + blanks);
+  converterFor(500).ExtDecTrimData(text, eJustifyRight, 0x40, false);
+  EXPECT_EQ(toUtf8(text), "1" + blanks);
+}
+
+// Code page, target length, padding bytes, justification, pad, what "12" becomes or the inserts of the failure.
+TEST(ExternalDecimal, PadsFields) {
+  for (const Row& c : rows("500 5 3 2 U30 00012; 500 5 3 1 U20 12___; 500 5 3 0 U30 00012; 500 1 3 2 U30 12;"
+                           "500 2 3 2 U200B 12;"  // nothing to do: the pad isn't looked at
+                           "1208 5 9 2 U20AC \u20AC\u20AC\u20AC12; 1208 5 8 2 U20AC 0xac20 3 5 1208;"
+                           "500 5 3 2 U200B 0x0b20 0 5 500;"  // the code page leaves it out
+                           "500 4 2 2 F0 0012; 500 4 2 1 F0 1200; 500 4 2 0 F0 12; 500 1 2 1 F0 12;"
+                           "500 -2147483647 2 1 F0 12; 1200 4 4 1 30 12\u3030; 1200 4 3 1 30 0x3000 2 4 1200")) {
+    KelWstring text = u"12"_k;
+    const bool isUnicode = c[4][0] == 'U', isGood = c.size() == 6;
+    const auto pad = static_cast<unsigned short>(std::stoi(c[4].substr(isUnicode), nullptr, 16));
+    DataCnv converter = converterFor(std::stoi(c[0]));
+    const Raised raised = raisedBy([&] {
+      converter.ExtDecPadData(text, std::stoi(c[1]), std::stoi(c[2]), static_cast<EJustification>(std::stoi(c[3])), pad,
+                              isUnicode);
+    });
+    const auto refusal = [&] {
+      return parserFailure(
+          5521, {"CPI Converter An attempt to add padding to fixed length field has failed", c[5], c[6], c[7], c[8]});
+    };
+    EXPECT_EQ(raised, isGood ? Raised() : refusal()) << shown(c);
+    EXPECT_EQ(toUtf8(text), isGood ? c[5] : "12") << shown(c);
+  }
   KelWstring text = u"12"_k;
+  DataCnv converter = converterFor(500);
   EXPECT_THAT(tracedAt(4, [&] { converter.ExtDecPadData(text, 4, 2, eJustifyNone, 0xF0, false); }),
-              ::testing::EndsWith("DataCnv::ExtDecPadData: Possible internal error, eJustifyNone not handled\n"
-                                  "< DataCnv::ExtDecPadData\n"));
+              EndsWith("DataCnv::ExtDecPadData: Possible internal error, eJustifyNone not handled\n"
+                       "< DataCnv::ExtDecPadData\n"));
 }
 
 }  // namespace

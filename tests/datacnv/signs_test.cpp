@@ -2,11 +2,11 @@
 
 #include <regex>
 #include <string>
-#include <utility>
 
 #include "dataconv.hpp"
 #include "support/converter.hpp"
 #include "support/failures.hpp"
+#include "support/rows.hpp"
 #include "support/text.hpp"
 #include "support/tracing.hpp"
 
@@ -16,56 +16,27 @@ namespace {
 Raised invalidSign(int sign) {
   return conversionFailure(5502, {"CPI Internal Error", "Invalid sign type: " + std::to_string(sign)});
 }
-
-// "-12" and false are written "12 +", and with a minus "12 -": the text that stays, and what came off.
-std::string signedText(const KelWstring& text, bool negative) {
-  return toUtf8(text) + (negative ? " -" : " +");
+ESign form(const std::string& number) {
+  return static_cast<ESign>(std::stoi(number));
 }
 
+// Text, form, minus text, plus text, what stays, whether a minus came off.
 TEST(Signs, CheckSignTakesTheSignOff) {
-  const struct {
-    const char* text;
-    ESign sign;
-    const char *minus, *plus;
-    const char* result;
-  } cases[] = {
-      {"-12", eSignNone, "-", "+", "-12 +"},
-      {"-12", eSignLeadingSeparate, "-", "+", "12 -"},
-      {"+12", eSignLeadingSeparate, "-", "+", "12 +"},
-      {"12", eSignLeadingSeparate, "-", "+", "12 +"},
-      {"12-", eSignLeadingSeparate, "-", "+", "12- +"},
-      {"-+12", eSignLeadingSeparate, "-", "+", "+12 -"},  // the first match ends it
-      {"", eSignLeadingSeparate, "-", "+", " +"},
-      {"-", eSignLeadingSeparate, "-", "+", " -"},
-      {"12", eSignLeadingSeparate, "", "+", "12 -"},
-      {"+12", eSignLeadingSeparate, "", "+", "+12 -"},
-      {"+12", eSignLeadingSeparate, "-", "", "+12 +"},
-      {"DB12", eSignLeadingSeparate, "DB", "CR", "12 -"},
-      {"db12", eSignLeadingSeparate, "DB", "CR", "db12 +"},
-      {"D", eSignLeadingSeparate, "DB", "CR", "D +"},
-      {"12-", eSignTrailingSeparate, "-", "+", "12 -"},
-      {"12+", eSignTrailingSeparate, "-", "+", "12 +"},
-      {"12+-", eSignTrailingSeparate, "-", "+", "12 -"},  // behind, both come off
-      {"12-+", eSignTrailingSeparate, "-", "+", "12- +"},
-      {"-12", eSignTrailingSeparate, "-", "+", "-12 +"},
-      {"12CR", eSignTrailingSeparate, "CR", "+", "12 -"},
-      {"R", eSignTrailingSeparate, "CR", "DB", "R +"},
-      {"", eSignTrailingSeparate, "-", "+", " +"},
-      {"12+", eSignTrailingSeparate, "", "+", "12 -"},
-      {"p23", eSignLeadingIncluded, "-", "+", "023 -"},
-      {"123", eSignLeadingIncluded, "-", "+", "123 +"},
-      {"-12", eSignLeadingIncluded, "-", "+", "\uFFED12 -"},  // any unit but a digit counts as folded
-      {"12y", eSignTrailingIncluded, "-", "+", "129 -"},
-      {"p23", eSignTrailingIncluded, "-", "+", "p23 +"},
-      {"y", eSignTrailingIncluded, "-", "+", "9 -"},
-      {"", eSignLeadingIncluded, "-", "+", " +"},
-      {"", eSignTrailingIncluded, "-", "+", " +"},
-  };
   DataCnv converter = converterFor(500);
-  for (const auto& row : cases) {
-    KelWstring text = k(row.text);
-    const bool negative = converter.CheckSign(text, row.sign, k(row.minus).characters(), k(row.plus).characters());
-    EXPECT_EQ(signedText(text, negative), row.result) << row.text << " form " << row.sign;
+  for (const Row& c : rows("-12 0 - + -12 +; -12 3 - + 12 -; +12 3 - + 12 +; 12 3 - + 12 +; 12- 3 - + 12- +;"
+                           "-+12 3 - + +12 -;"  // in front the first match ends it
+                           "'' 3 - + '' +; - 3 - + '' -; 12 3 '' + 12 -; +12 3 '' + +12 -; +12 3 - '' +12 +;"
+                           "DB12 3 DB CR 12 -; db12 3 DB CR db12 +; D 3 DB CR D +;"
+                           "12- 4 - + 12 -; 12+ 4 - + 12 +; 12-+ 4 - + 12- +; -12 4 - + -12 +; 12CR 4 CR + 12 -;"
+                           "12+- 4 - + 12 -;"  // behind both come off
+                           "R 4 CR DB R +; '' 4 - + '' +; 12+ 4 '' + 12 -;"
+                           "p23 1 - + 023 -; 123 1 - + 123 +; 12y 2 - + 129 -; p23 2 - + p23 +; y 2 - + 9 -;"
+                           "-12 1 - + \uFFED12 -;"  // any unit but a digit counts as folded
+                           "'' 1 - + '' +; '' 2 - + '' +")) {
+    KelWstring text = k(c[0]);
+    const bool negative = converter.CheckSign(text, form(c[1]), k(c[2]).characters(), k(c[3]).characters());
+    EXPECT_EQ(toUtf8(text), c[4]) << shown(c);
+    EXPECT_EQ(negative, c[5] == "-") << shown(c);
   }
   KelWstring text = u"-12"_k;
   EXPECT_FALSE(converter.CheckSign(text, eSignLeadingSeparate, nullptr, nullptr));
@@ -76,131 +47,78 @@ TEST(Signs, CheckSignTakesTheSignOff) {
 }
 
 TEST(Signs, ExponentSignsBecomeCanonical) {
-  const struct {
-    const char *text, *minus, *plus, *result;
-  } cases[] = {
-      {"1.5eCR3", "CR", "DB", "1.5e-3"},
-      {"1.5EDB3", "CR", "DB", "1.5E+3"},
-      {"1e+5", "-", "+", "1e+5"},
-      {"1e", "CR", "DB", "1e"},
-      {"1e5eDB7", "CR", "DB", "1e5eDB7"},
-      {"1eC", "CR", "DB", "1eC"},
-      {"1eDB5", "", "DB", "1eDB5"},  // an empty minus ends the work
-      {"1eCR5", "CR", "", "1e-5"},
-      {"1eDB5", "CR", "", "1eDB5"},
-      {"15", "1", "5", "15"},
-      {"", "CR", "DB", ""},
-      {"eCR", "CR", "DB", "e-"},
-      {"DB5eCRDB1", "CR", "DB", "DB5e-DB1"},
-  };
   DataCnv converter = converterFor(500);
-  for (const auto& row : cases) {
-    KelWstring text = k(row.text);
-    converter.ReplaceExponentialSign(text, k(row.minus).characters(), k(row.plus).characters());
-    EXPECT_EQ(toUtf8(text), row.result) << row.text;
+  for (const Row& c : rows("1.5eCR3 CR DB 1.5e-3; 1.5EDB3 CR DB 1.5E+3; 1e+5 - + 1e+5; 1e CR DB 1e; 15 1 5 15;"
+                           "1e5eDB7 CR DB 1e5eDB7; 1eC CR DB 1eC; 1eCR5 CR '' 1e-5; '' CR DB ''; eCR CR DB e-;"
+                           "1eDB5 '' DB 1eDB5;"  // an empty minus ends the work
+                           "DB5eCRDB1 CR DB DB5e-DB1; 1eDB5 CR null 1eDB5; 1eDB5 null DB 1e+5")) {
+    KelWstring text = k(c[0]);
+    const KelWstring minus = k(c[1]), plus = k(c[2]);
+    converter.ReplaceExponentialSign(text, c[1] == "null" ? nullptr : minus.characters(),
+                                     c[2] == "null" ? nullptr : plus.characters());
+    EXPECT_EQ(toUtf8(text), c[3]) << shown(c);
   }
-  KelWstring text = u"1eDB5"_k;
-  converter.ReplaceExponentialSign(text, u"CR"_k.characters(), nullptr);
-  EXPECT_EQ(text, u"1eDB5"_k);
-  converter.ReplaceExponentialSign(text, nullptr, u"DB"_k.characters());
-  EXPECT_EQ(text, u"1e+5"_k);
 }
 
+// Text, form, table of the positive digits, of the negative ones, sign, the signed text. "=" in front: that gives the
+// text and the sign back.
 TEST(Signs, TablesFoldTheSignIn) {
-  const struct {
-    const char* plain;
-    ESign sign;
-    const char *positive, *negative;  // tables
-    bool isNegative;
-    const char* folded;
-    bool unfolds;  // the folded text gives the plain one back
-  } cases[] = {
-      {"123", eSignNone, "", "", false, "123", true},
-      {"123", eSignLeadingSeparate, "", "", true, "-123", true},
-      {"123", eSignLeadingSeparate, "", "", false, "+123", true},
-      {"123", eSignTrailingSeparate, "", "", true, "123-", true},
-      {"", eSignTrailingSeparate, "", "", false, "+", true},
-      {"123", eSignTrailingIncluded, "0123456789", "pqrstuvwxy", true, "12s", true},
-      {"123", eSignLeadingIncluded, "0123456789", "pqrstuvwxy", true, "q23", true},
-      {"123", eSignLeadingIncluded, "0123456789", "pqrstuvwxy", false, "123", true},
-      {"A23", eSignLeadingIncluded, "0123456789{ABCDEFGHI", "pqrstuvwxy", true, "q23", false},
-      {"A23", eSignLeadingIncluded, "0123456789{ABCDEFGHI", "pqrstuvwxy", false, "123", false},
-      {"12!", eSignTrailingIncluded, "0123456789", "pqrstuvwxy", true, "12!", false},
-      {"", eSignTrailingIncluded, "0123456789", "pqrstuvwxy", true, "", false},
-      {"123", static_cast<ESign>(5), "0123456789", "pqrstuvwxy", true, "123", false},
-  };
   DataCnv converter = converterFor(500);
-  for (const auto& row : cases) {
-    SCOPED_TRACE(row.folded);
-    const KelWstring positive = k(row.positive), negative = k(row.negative);
-    KelWstring text = k(row.plain);
-    bool isNegative = row.isNegative;
-    converter.ExtDecAddSign(text, row.sign, positive.characters(), negative.characters(), isNegative);
-    EXPECT_EQ(toUtf8(text), row.folded);
-    if (!row.unfolds) continue;
-    isNegative = !row.isNegative;
-    converter.ExtDecRemoveSign(text, row.sign, positive.characters(), negative.characters(), isNegative);
-    EXPECT_EQ(signedText(text, isNegative), signedText(k(row.plain), row.isNegative));
+  for (const Row& c : rows("123 0 '' '' + =123; 123 3 '' '' - =-123; 123 3 '' '' + =+123; 123 4 '' '' - =123-;"
+                           "'' 4 '' '' + =+; 123 2 0123456789 pqrstuvwxy - =12s; 123 1 0123456789 pqrstuvwxy - =q23;"
+                           "123 1 0123456789 pqrstuvwxy + =123; A23 1 0123456789{ABCDEFGHI pqrstuvwxy - q23;"
+                           "A23 1 0123456789{ABCDEFGHI pqrstuvwxy + 123; 12! 2 0123456789 pqrstuvwxy - 12!;"
+                           "'' 2 0123456789 pqrstuvwxy - ''; 123 5 0123456789 pqrstuvwxy - 123")) {
+    const KelWstring positive = k(c[2]), negative = k(c[3]);
+    KelWstring text = k(c[0]);
+    bool isNegative = c[4] == "-";
+    converter.ExtDecAddSign(text, form(c[1]), positive.characters(), negative.characters(), isNegative);
+    const bool andBack = c[5].starts_with('=');
+    EXPECT_EQ(toUtf8(text), c[5].substr(andBack ? 1 : 0)) << shown(c);
+    if (!andBack) continue;
+    isNegative = !isNegative;
+    converter.ExtDecRemoveSign(text, form(c[1]), positive.characters(), negative.characters(), isNegative);
+    EXPECT_EQ(toUtf8(text) + (isNegative ? '-' : '+'), c[0] + c[4]) << shown(c);
   }
 
   KelWstring text = u"123"_k;
   bool negative = true;
   converter.ExtDecAddSign(text, eSignTrailingIncluded, u"0123"_k.characters(), u"p"_k.characters(), negative);
-  EXPECT_EQ(text, KelWstring(u"12\0"_k));  // the table of the sign is too short
-
-  text = u"12H"_k;  // index 18 of the positive table
+  EXPECT_EQ(text, u"12\0"_k);  // the table of the sign is too short
+  text = u"12H"_k;             // index 18 of the positive table
   converter.ExtDecRemoveSign(text, eSignTrailingIncluded, u"0123456789{ABCDEFGHI"_k.characters(), nullptr, negative);
-  EXPECT_EQ(signedText(text, negative), "128 +");
-
-  for (const auto& [bad, sign] : {std::pair("12!", 2), {"", 1}, {"12", 5}, {"12", -1}}) {
-    text = k(bad);
-    EXPECT_EQ(raisedBy([&, s = sign] {
-                converter.ExtDecRemoveSign(text, static_cast<ESign>(s), u"0123"_k.characters(), nullptr, negative);
-              }),
-              invalidSign(sign));
-    EXPECT_EQ(text, k(bad));
+  EXPECT_TRUE(text == u"128"_k && !negative);
+  for (const Row& c : rows("12! 2; '' 1; 12 5; 12 -1")) {
+    text = k(c[0]);
+    EXPECT_EQ(raisedBy([&] { converter.ExtDecRemoveSign(text, form(c[1]), u"01"_k.characters(), nullptr, negative); }),
+              invalidSign(std::stoi(c[1])));
+    EXPECT_EQ(text, k(c[0]));
   }
 }
 
 TEST(Signs, InquiriesLookAtOneUnitOnly) {
-  const struct {
-    const char *text, *minus;
-    bool leading, trailing;
-  } cases[] = {{"-12", "-", true, false}, {"12-", "-", false, true}, {"12-", "-X", false, true},
-               {"", "-", false, false},   {"12", "-", false, false}, {"-", "-", true, true}};
-  for (const auto& row : cases)
-    for (const int sign : {0, 3, 9}) {
-      const auto form = static_cast<ESign>(sign);
-      EXPECT_EQ(DataCnv::HasALeadingMinus(k(row.text), form, k(row.minus).characters(), nullptr), row.leading);
-      EXPECT_EQ(DataCnv::HasATrailingMinus(k(row.text), form, k(row.minus).characters(), nullptr), row.trailing);
+  for (const Row& c : rows("-12 - yes no; 12- - no yes; 12- -X no yes; '' - no no; 12 - no no; - - yes yes")) {
+    const KelWstring text = k(c[0]), minus = k(c[1]);
+    for (const ESign sign : {eSignNone, eSignLeadingSeparate, static_cast<ESign>(9)}) {
+      EXPECT_EQ(DataCnv::HasALeadingMinus(text, sign, minus.characters(), nullptr), c[2] == "yes") << shown(c);
+      EXPECT_EQ(DataCnv::HasATrailingMinus(text, sign, minus.characters(), nullptr), c[3] == "yes") << shown(c);
     }
-  EXPECT_FALSE(DataCnv::HasALeadingMinus(u"-"_k, eSignNone, nullptr, nullptr));
-  EXPECT_FALSE(DataCnv::HasATrailingMinus(u"-"_k, eSignNone, nullptr, nullptr));
+    EXPECT_FALSE(DataCnv::HasALeadingMinus(text, eSignNone, nullptr, nullptr));
+    EXPECT_FALSE(DataCnv::HasATrailingMinus(text, eSignNone, nullptr, nullptr));
+  }
 }
 
 TEST(Signs, SubstitutesTheMessagesOwnSign) {
-  const struct {
-    const char* text;
-    ESign sign;
-    const char* signText;
-    bool nothingToRemove;
-    const char* result;
-  } cases[] = {
-      {"-12", eSignLeadingSeparate, "DB", false, "DB12"},  {"12", eSignLeadingSeparate, "DB", true, "DB12"},
-      {"-12", eSignTrailingSeparate, "CR", false, "12CR"}, {"-12", eSignTrailingSeparate, "CR", true, "-12CR"},
-      {"-12", eSignTrailingSeparate, "", false, "-12"},    {"-12", eSignLeadingIncluded, "CR", false, "-12"},
-      {"12", eSignLeadingSeparate, "CR", false, "CR2"},  // whatever stands in the minus's place goes
-      {"", eSignTrailingSeparate, "CR", false, "CR"},
-  };
   DataCnv converter = converterFor(500);
-  for (const auto& row : cases) {
-    KelWstring text = k(row.text);
-    converter.SubstituteMinusSign(text, row.sign, k(row.signText).characters(), row.nothingToRemove);
-    EXPECT_EQ(toUtf8(text), row.result);
+  for (const Row& c : rows("-12 3 DB remove DB12; 12 3 DB keep DB12; -12 4 CR remove 12CR; -12 4 CR keep -12CR;"
+                           "-12 4 '' remove -12; -12 1 CR remove -12; '' 4 CR remove CR;"
+                           "12 3 CR remove CR2")) {  // whatever stands in the minus's place goes
+    KelWstring text = k(c[0]);
+    converter.SubstituteMinusSign(text, form(c[1]), k(c[2]).characters(), c[3] == "keep");
+    EXPECT_EQ(toUtf8(text), c[4]) << shown(c);
+    converter.SubstituteMinusSign(text, form(c[1]), nullptr, false);
+    EXPECT_EQ(toUtf8(text), c[4]);
   }
-  KelWstring text = u"-12"_k;
-  converter.SubstituteMinusSign(text, eSignLeadingSeparate, nullptr, false);
-  EXPECT_EQ(text, u"-12"_k);
 }
 
 TEST(Signs, TracesUnderTheirNames) {
