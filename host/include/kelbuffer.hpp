@@ -19,7 +19,9 @@ class KELHOST_EXPORT KelBuffer {
 
   // The byte at `offset`. The offset behind the last byte gives the end, not to be read; any other that is not
   // available gives null.
-  const char* getData(int offset) const;
+  const char* getData(int offset) const {
+    return offset >= 0 && offset <= length_ && data_ != nullptr ? data_ + offset : nullptr;
+  }
   // The same; `*remaining` becomes the number of bytes from `offset` to the end, 0 when there are none.
   const char* getData(int* remaining, int offset) const;
 
@@ -81,9 +83,12 @@ class KELHOST_EXPORT KelBufferPointer {
   bool setLength(int length, bool acceptShorter);
 
   // The byte at `offset`. An offset outside the window gives the window's end, so that a reader finds nothing there.
-  const char* getOffsetPointer(int offset) const;
+  const char* getOffsetPointer(int offset) const {
+    const bool inside = offset >= windowOffset_ && offset - windowOffset_ < windowLength_;
+    return inside ? at(offset) : getEndPointer();
+  }
   // Behind the window's last byte. Null only where there is no data at all.
-  const char* getEndPointer() const;
+  const char* getEndPointer() const { return at(windowOffset_ + windowLength_); }
 
   // Whether there is a byte at `offset`, within the bound, whether the window shows it or not.
   bool offsetAvailable(int offset) const;
@@ -100,7 +105,7 @@ class KELHOST_EXPORT KelBufferPointer {
   bool hasNoLock() const { return !locked_; }
 
  private:
-  const char* at(int offset) const;
+  const char* at(int offset) const { return buffer_ != nullptr ? buffer_->getData(offset) : nullptr; }
 
   KelBuffer* buffer_;
   bool bounded_ = false;

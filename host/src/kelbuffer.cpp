@@ -8,10 +8,6 @@ int KelBuffer::size(bool) const {
   return length_;
 }
 
-const char* KelBuffer::getData(int offset) const {
-  return offset >= 0 && offset <= length_ && data_ != nullptr ? data_ + offset : nullptr;
-}
-
 const char* KelBuffer::getData(int* remaining, int offset) const {
   *remaining = bytesAvailable(offset, false);
   return getData(offset);
@@ -56,10 +52,6 @@ int KelBufferPointer::boundEnd() const {
   return buffer_ != nullptr ? buffer_->size(false) : 0;
 }
 
-const char* KelBufferPointer::at(int offset) const {
-  return buffer_ != nullptr ? buffer_->getData(offset) : nullptr;
-}
-
 bool KelBufferPointer::moveOffsetWindow(int offset, int length, bool acceptShorter) {
   const int end = boundEnd();
   if (offset < 0 || offset > end || length < 0) return false;
@@ -86,15 +78,6 @@ bool KelBufferPointer::extendLength(int more, bool acceptShorter) {
 
 bool KelBufferPointer::setLength(int length, bool acceptShorter) {
   return moveOffsetWindow(windowOffset_, length, acceptShorter);
-}
-
-const char* KelBufferPointer::getOffsetPointer(int offset) const {
-  const bool inside = offset >= windowOffset_ && offset - windowOffset_ < windowLength_;
-  return inside ? at(offset) : getEndPointer();
-}
-
-const char* KelBufferPointer::getEndPointer() const {
-  return at(windowOffset_ + windowLength_);
 }
 
 bool KelBufferPointer::offsetAvailable(int offset) const {
