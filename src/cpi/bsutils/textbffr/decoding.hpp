@@ -1,0 +1,39 @@
+#pragma once
+
+#include <span>
+
+#include "core/growingrun.hpp"
+#include "cpunicodeconverter.hpp"
+#include "kelbuffer.hpp"
+
+namespace oxr {
+
+using core::Decoded;
+using core::toLength;
+
+// Room for what a converter may hold back: ICU keeps no more units.
+inline constexpr int kMostHeldUnits = 32;
+
+// One conversion of the bytes from `source` up to `end`, through the table where the code page is one. `offsets` may be
+// null. Without `flush` the converter may keep a half character and its shift state.
+Decoded decode(CPUnicodeConverter& converter, const char* source, const char* end, std::span<unsigned short> target,
+               int* offsets, bool flush);
+
+// Fills `target` with the text at the absolute offset `start`, which `window` shows. While the text goes on behind the
+// window, the window grows by the longest characters that may still be missing: a character may be longer than ICU
+// says, where it stands between shifts or is a supplementary one. So U_TRUNCATED_CHAR_FOUND means the end of the data.
+Decoded decodeOnward(KelBufferPointer& window, CPUnicodeConverter& converter, int start,
+                     std::span<unsigned short> target, int maxBytes);
+
+// Puts the converter into its initial state.
+void restart(CPUnicodeConverter& converter);
+
+// Throws away the units for which the last conversion had no room. Shift states stay.
+void dropHeldUnits(CPUnicodeConverter& converter);
+
+// Whether the window ends where the data does.
+inline bool showsEnd(const KelBufferPointer& window) {
+  return !window.offsetAvailable(window.windowOffset() + window.windowLength());
+}
+
+}  // namespace oxr
