@@ -36,7 +36,7 @@ PlacesEdit editToPlaces(std::uint32_t length, std::uint32_t point, std::int32_t 
   PlacesEdit edit{.zeroInFront = point == 0, .keep = length};
   const std::int64_t excess = std::int64_t{length} - point - 1 - places;
   if (excess < 0) edit.appendZeros = static_cast<std::uint32_t>(-excess);
-  if (excess <= 0) return edit;  // a point at the end stays: DecimalText.AdjustsPrecision
+  if (excess <= 0) return edit;  // a point at the end stays: Decimals.AdjustsPrecision
   const std::int64_t keep = places == 0 ? point : std::int64_t{point} + 1 + places;
   edit.becomesZero = keep + edit.zeroInFront <= 0;
   if (!edit.becomesZero) edit.keep = static_cast<std::uint32_t>(keep);

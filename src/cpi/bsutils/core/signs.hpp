@@ -19,8 +19,8 @@ struct FoundSign {
   bool negative = false;
   std::uint32_t units = 0;
 };
-// Not mirror images: in front the first match ends the search; behind, a plus text in front of the minus text comes off
-// as well.
+// Not mirror images (Signs.CheckSignTakesTheSignOff): in front the first match ends the search; behind, a plus text in
+// front of the minus text comes off as well.
 FoundSign leadingSign(UnitView text, SignText minus, SignText plus);
 FoundSign trailingSign(UnitView text, SignText minus, SignText plus);
 
