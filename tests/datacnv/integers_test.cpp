@@ -1,8 +1,8 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -10,6 +10,8 @@
 #include "dataconv.hpp"
 #include "support/converter.hpp"
 #include "support/failures.hpp"
+#include "support/hex.hpp"
+#include "support/rows.hpp"
 #include "support/tracing.hpp"
 
 namespace oxr::test {
@@ -23,75 +25,57 @@ constexpr ESign kSigned = eSignLeadingIncluded;
 Raised tooLong(const char* text, const char* width, const char* size, const char* value) {
   return conversionFailure(5507, {text, "integer", width, size, value});
 }
-Raised badSize(int size) {
-  return conversionFailure(5502, {"CPI Internal Error", "Invalid integer size: " + std::to_string(size)});
-}
 
-// What a member reads: the number, or the message and its last insert.
+// The number that `read` gives, or the message and the last word of what it raises.
 template <class Read>
 std::string outcome(Read read) {
   std::string number;
   const Raised raised = raisedBy([&] { number = std::to_string(read()); });
-  return raised.inserts.empty() ? number : std::to_string(raised.number & 0xFFFF) + ": " + raised.inserts.back();
+  if (raised.inserts.empty()) return number;
+  const std::string& last = raised.inserts.back();
+  return std::to_string(raised.number & 0xFFFF) + ':' + last.substr(last.find_last_of(' ') + 1);
 }
 
 TEST(Integers, ReadBytesInBothOrders) {
-  const Bytes ones(8, 0xFF);
-  const struct {
-    const char* what;
-    EEndian order;
-    ESign sign;
-    Bytes field;
-    const char* as64;
-    const char* as32;
-    const char* asUnsigned;
-  } cases[] = {
-      {"signed", eEndianBig, kSigned, {0xFF, 0xFE}, "-2", "-2", "65534"},
-      {"unsigned", eEndianBig, kUnsigned, {0xFF, 0xFE}, "65534", "65534", "65534"},
-      {"only one sign form is signed", eEndianBig, eSignTrailingIncluded, {0xFF, 0xFE}, "65534", "65534", "65534"},
-      {"little, signed", eEndianLittle, kSigned, {0xFF, 0xFE}, "-257", "-257", "65279"},
-      {"little, unsigned", eEndianLittle, kUnsigned, {0xFF, 0xFE}, "65279", "65279", "65279"},
-      {"no order is big", eEndianUnset, kSigned, {0xFF, 0xFE}, "-2", "-2", "65534"},
-      {"any other order is big", EEndian{7}, kUnsigned, {0x00, 0x01}, "1", "1", "1"},
-      {"one byte", eEndianLittle, kUnsigned, {0xFF}, "255", "255", "255"},
-      {"one byte, signed", eEndianBig, kSigned, {0x80}, "-128", "-128", "128"},
-      {"four bytes", eEndianBig, kSigned, {0x80, 0, 0, 0}, "-2147483648", "-2147483648", "2147483648"},
-      {"32 bits overflow", eEndianBig, kUnsigned, {0x80, 0, 0, 0}, "2147483648", "5507: -2147483648", "2147483648"},
-      {"just no overflow", eEndianLittle, kUnsigned, {255, 255, 255, 127}, "2147483647", "2147483647", "2147483647"},
-      {"eight bytes", eEndianBig, kSigned, ones, "-1", "5502: Invalid integer size: 8", "18446744073709551615"},
-      {"64 bits overflow", eEndianBig, kUnsigned, ones, "5507: -1", "5502: Invalid integer size: 8",
-       "18446744073709551615"},
-      {"all eight in order",
-       eEndianLittle,
-       kUnsigned,
-       {0xEF, 0xCD, 0xAB, 0x89, 0x67, 0x45, 0x23, 0x01},
-       "81985529216486895",
-       "5502: Invalid integer size: 8",
-       "81985529216486895"},
-  };
-  for (const auto& row : cases) {
-    SCOPED_TRACE(row.what);
-    DataCnv cnv = converterFor(37, row.order);
-    const int size = static_cast<int>(row.field.size());
-    EXPECT_EQ(outcome([&] { return cnv.IntToInt64(row.field.data(), size, row.sign); }), row.as64);
-    EXPECT_EQ(outcome([&] { return cnv.IntToInt32(row.field.data(), size, row.sign); }), row.as32);
-    EXPECT_EQ(outcome([&] { return cnv.UIntToUInt64(row.field.data(), size); }), row.asUnsigned);
+  // Byte order, ESign, bytes, and what IntToInt64, IntToInt32 and UIntToUInt64 make of them.
+  for (const Row& c : rows("2 1 FFFE -2 -2 65534; 2 0 FFFE 65534 65534 65534; 2 2 FFFE 65534 65534 65534; "
+                           "1 1 FFFE -257 -257 65279; 1 0 FFFE 65279 65279 65279; "
+                           "-1 1 FFFE -2 -2 65534; 7 0 0001 1 1 1; "  // only 1 is little
+                           "1 0 FF 255 255 255; 2 1 80 -128 -128 128; "
+                           "2 1 80000000 -2147483648 -2147483648 2147483648; "
+                           "2 0 80000000 2147483648 5507:-2147483648 2147483648; "
+                           "1 0 FFFFFF7F 2147483647 2147483647 2147483647; "
+                           "2 1 FFFFFFFFFFFFFFFF -1 5502:8 18446744073709551615; "
+                           "2 3 FFFFFFFFFFFFFFFF 5507:-1 5502:8 18446744073709551615; "
+                           "1 0 EFCDAB8967452301 81985529216486895 5502:8 81985529216486895")) {
+    SCOPED_TRACE(shown(c));
+    DataCnv cnv = converterFor(37, EEndian{std::stoi(c[0])});
+    const auto sign = ESign{std::stoi(c[1])};
+    const std::string bytes = fromHex(c[2]);
+    const Bytes field(bytes.begin(), bytes.end());
+    const int size = static_cast<int>(field.size());
+    EXPECT_EQ(outcome([&] { return cnv.IntToInt64(field.data(), size, sign); }), c[3]);
+    EXPECT_EQ(outcome([&] { return cnv.IntToInt32(field.data(), size, sign); }), c[4]);
+    EXPECT_EQ(outcome([&] { return cnv.UIntToUInt64(field.data(), size); }), c[5]);
   }
 }
 
 TEST(Integers, RefuseNullThenSizeThenOverflow) {
   DataCnv cnv = converterFor(37);
   const Bytes ones(8, 0xFF);
-  const auto internal = [](const char* detail) { return conversionFailure(5502, {"CPI Internal Error", detail}); };
+  const auto internal = [](const std::string& detail) {
+    return conversionFailure(5502, {"CPI Internal Error", detail});
+  };
   EXPECT_EQ(raisedBy([&] { cnv.IntToInt64(nullptr, 3, kSigned); }),
             internal("Null input pointer passed into DataCnv::IntToInt64"));
   EXPECT_EQ(raisedBy([&] { cnv.IntToInt32(nullptr, 3, kSigned); }),
             internal("DataCnv::IntToInt32 called with a Null input pointer for the source."));
   EXPECT_EQ(raisedBy([&] { cnv.UIntToUInt64(nullptr, 3); }), internal("Null input pointer"));
   for (const int size : {-8, -1, 0, 3, 5, 6, 7, 9, 16, 0x104}) {
-    EXPECT_EQ(raisedBy([&] { cnv.IntToInt64(ones.data(), size, kSigned); }), badSize(size));
-    EXPECT_EQ(raisedBy([&] { cnv.IntToInt32(ones.data(), size, kSigned); }), badSize(size));
-    EXPECT_EQ(raisedBy([&] { cnv.UIntToUInt64(ones.data(), size); }), badSize(size));
+    const auto badSize = internal("Invalid integer size: " + std::to_string(size));
+    EXPECT_EQ(raisedBy([&] { cnv.IntToInt64(ones.data(), size, kSigned); }), badSize);
+    EXPECT_EQ(raisedBy([&] { cnv.IntToInt32(ones.data(), size, kSigned); }), badSize);
+    EXPECT_EQ(raisedBy([&] { cnv.UIntToUInt64(ones.data(), size); }), badSize);
   }
   EXPECT_EQ(raisedBy([&] { cnv.IntToInt64(ones.data(), 8, kUnsigned); }),
             tooLong("Overflow converting a PWFUInt64 to PWFInt64", "8-byte integer", "8", "-1"));
@@ -129,52 +113,34 @@ TEST(Integers, AnyBytesReadAsTheSumOfTheirPlaces) {
   }
 }
 
-TEST(SwapEnds, ReversesAnyLength) {
-  for (const int length : {1, 2, 3, 8, 17}) {
-    Bytes source(static_cast<std::size_t>(length));
-    std::iota(source.begin(), source.end(), static_cast<unsigned char>(1));
-    Bytes target(source.size());
-    DataCnv::SwapEnds(target.data(), source.data(), length);
-    EXPECT_EQ(target, Bytes(source.rbegin(), source.rend()));
-  }
-}
-
 TEST(SwapEnds, MirrorsABufferThatIsSourceAndTarget) {
-  const auto mirrored = [](Bytes bytes) {
-    DataCnv::SwapEnds(bytes.data(), bytes.data(), static_cast<int>(bytes.size()));
+  const auto swapped = [](Bytes bytes, int from, int to, int length) {
+    DataCnv::SwapEnds(bytes.data() + to, bytes.data() + from, length);
     return bytes;
   };
-  EXPECT_EQ(mirrored({1, 2, 3, 4}), (Bytes{1, 2, 2, 1}));
-  EXPECT_EQ(mirrored({1, 2, 3, 4, 5}), (Bytes{1, 2, 3, 2, 1}));
-  Bytes shifted = {1, 2, 3, 4, 5, 6, 7, 8};  // one byte apart: the walk meets its own output
-  DataCnv::SwapEnds(shifted.data() + 1, shifted.data(), 7);
-  EXPECT_EQ(shifted, (Bytes{1, 2, 3, 4, 4, 3, 2, 1}));
+  EXPECT_EQ(swapped({1, 2, 3, 0, 0, 0}, 0, 3, 3), (Bytes{1, 2, 3, 3, 2, 1}));
+  EXPECT_EQ(swapped({1, 0}, 0, 1, 1), (Bytes{1, 1}));
+  EXPECT_EQ(swapped({1, 2, 3, 4}, 0, 0, 4), (Bytes{1, 2, 2, 1}));
+  EXPECT_EQ(swapped({1, 2, 3, 4, 5}, 0, 0, 5), (Bytes{1, 2, 3, 2, 1}));
+  EXPECT_EQ(swapped({1, 2, 3, 4, 5, 6, 7, 8}, 0, 1, 7), (Bytes{1, 2, 3, 4, 4, 3, 2, 1}));  // meets its own output
 }
 
-TEST(SwapEnds, RefusesInTheStatedOrderWithoutAFirstInsert) {
+TEST(SwapEnds, RefusesInOrderWithoutTheUsualFirstInsert) {
   unsigned char byte = 7;
-  const struct {
-    unsigned char* target;
-    const unsigned char* source;
-    int length;
-    const char* insert;
-  } cases[] = {
-      {nullptr, nullptr, 0, "Null input pointer"},
-      {nullptr, &byte, 0, "Null output buffer pointer"},
-      {&byte, &byte, 0, "Invalid input length: 0"},
-      {&byte, &byte, -3, "Invalid input length: -3"},
-  };
-  for (const auto& row : cases) {
+  const auto refusal = [&](unsigned char* target, const unsigned char* source, int length) {
     try {
-      DataCnv::SwapEnds(row.target, row.source, row.length);
-      FAIL() << row.insert;
+      DataCnv::SwapEnds(target, source, length);
     } catch (const KelConversionException& e) {
       EXPECT_EQ(e.oxrMessageNumber(), 5502);
-      EXPECT_EQ(e.inserts(), std::vector<std::string>{row.insert});
       EXPECT_STREQ(e.fileName(), "usr/include/dataconv");
-      EXPECT_STREQ(e.functionName(), "DataCnv::SwapEnds");
+      return e.inserts();
     }
-  }
+    return std::vector<std::string>();
+  };
+  EXPECT_THAT(refusal(nullptr, nullptr, 0), ::testing::ElementsAre("Null input pointer"));
+  EXPECT_THAT(refusal(nullptr, &byte, 0), ::testing::ElementsAre("Null output buffer pointer"));
+  EXPECT_THAT(refusal(&byte, &byte, 0), ::testing::ElementsAre("Invalid input length: 0"));
+  EXPECT_THAT(refusal(&byte, &byte, -3), ::testing::ElementsAre("Invalid input length: -3"));
 }
 
 }  // namespace

@@ -13,7 +13,7 @@
 namespace oxr {
 class ConverterState;
 struct SingleBytePage;
-}
+}  // namespace oxr
 
 // What converters have in common: a status and a name for messages. The name opens nothing.
 class OXR_EXPORT CPBaseUnicodeConverter {

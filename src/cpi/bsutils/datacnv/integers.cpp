@@ -82,7 +82,7 @@ T read(const KelLogSource* source, const Reading& reading, Field field) {
 }  // namespace
 
 void DataCnv::SwapEnds(unsigned char* target, const unsigned char* source, int length) {
-  // These failures go without the usual first insert: SwapEnds.RefusesInTheStatedOrderWithoutAFirstInsert.
+  // These failures go without the usual first insert: SwapEnds.RefusesInOrderWithoutTheUsualFirstInsert.
   const auto site = [](int line = __builtin_LINE()) {
     return untracedSite(nullptr, "DataCnv::SwapEnds", kDataCnvHeaderPath, line);
   };
