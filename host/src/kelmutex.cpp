@@ -90,6 +90,7 @@ KelMutex::~KelMutex() {
 
 // Called with the inner mutex held. False when the time ran out.
 bool KelMutex::waitUntilFree(int timeoutMilliseconds) {
+  if (free_ == 1) return true;  // before the clock is read: it can fail
   const bool forEver = timeoutMilliseconds == kWaitForEver;
   const timespec deadline = forEver ? timespec{} : deadlineIn(timeoutMilliseconds > 0 ? timeoutMilliseconds : 0);
   while (free_ != 1) {
