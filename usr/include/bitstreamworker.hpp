@@ -44,8 +44,8 @@ class MessageInfo;
 // agreed between a parser and its handlers; whatever stands between the two passes them on unchanged.
 class OXR_EXPORT FIHandler {
  public:
-  // Opens a message; nothing but projectId, projectDependencies and checkRootName may come before. `header` and
-  // `content` are the properties of the message's start.
+  // Opens a message; no other event but checkRootName may come before. `header` and `content` are the properties of the
+  // message's start.
   virtual void startMessage(const WorkerInfoPtr& header, const WorkerInfoPtr& content) = 0;
   // Closes the message that startMessage opened. All its elements are closed.
   virtual void endMessage(const WorkerInfoPtr& info) = 0;
