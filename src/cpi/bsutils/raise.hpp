@@ -7,7 +7,8 @@
 namespace oxr {
 
 // Raises a failure: the trace record first, if trace is on, then the exception with the same inserts. The name of the
-// failure goes into the trace only. Nothing else in the library throws an exception of the host.
+// failure is an insert of the trace record only; of the exception, only toString() shows it. Nothing else in the
+// library throws an exception of the host.
 template <class Exception, class... Inserts>
 [[noreturn, gnu::cold, gnu::noinline]] void raise(const FailureSite& site, const Failure& failure,
                                                   const Inserts&... inserts) {
