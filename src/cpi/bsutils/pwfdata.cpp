@@ -1,6 +1,5 @@
 #include "pwfdata.hpp"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
