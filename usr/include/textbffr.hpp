@@ -9,6 +9,7 @@
 #include "kelwstring.hpp"
 #include "oxrexport.hpp"
 #include "pwfdata.hpp"
+#include "textbffrwriter.hpp"
 
 namespace oxr {
 struct FailureSite;
