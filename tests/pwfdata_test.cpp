@@ -58,6 +58,10 @@ TEST(PwfData, KeepsWhatItIsMadeFrom) {
   EXPECT_EQ(PWFData(kText, 3).getPWFStringValue(), u"12."_k);
   EXPECT_EQ(PWFData(kText, 5, STRING, COPY).getPWFStringValue(), u"12"_k);  // an odd length in bytes is cut
   EXPECT_EQ(PWFData(kText, -1).getStringLength(), 0);
+  unsigned char odd[sizeof kText + 1];  // text may start at any address of a message
+  std::memcpy(odd + 1, kText, sizeof kText);
+  for (const int bytes : {-1, 2, 8})
+    EXPECT_EQ(PWFData(odd + 1, bytes, STRING, COPY).getPWFStringValue(), KelWstring(kText, bytes == 2 ? 1 : 4));
   PWFInt32 length = 0;
   EXPECT_EQ(UnitView(PWFData(kText, STRING).getStringValue(length)), u"12.5"_k.view());
   EXPECT_EQ(length, 4);
@@ -153,7 +157,7 @@ TEST(PwfData, RefusesWhatItCannotBeMadeFrom) {
   EXPECT_EQ(raisedBy([&] { PWFData(&number, 3, INTEGER, COPY); }), wrongUse("Invalid length for an integer"));
   for (const int type : {0, -1})
     EXPECT_EQ(raisedBy([&] { PWFData(&number, 8, static_cast<ELogicalType>(type), COPY); }),
-              parserFailure(5502, {"Invlaid logical type when passing in a value"}));
+              parserFailure(5502, {"CPI Internal Error", "Invlaid logical type when passing in a value"}));
 }
 
 // What is adopted is freed once whatever becomes of it: the leak checker and the address checker watch.

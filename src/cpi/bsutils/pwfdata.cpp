@@ -1,5 +1,6 @@
 #include "pwfdata.hpp"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -34,14 +35,15 @@ class InitTrace : public ValueFunctionTrace {
   raise<KelConversionException>(site, failures::kInvalidOperation, failures::kInvalidOperation.text, text);
 }
 
-// The two tests of the getters. The type comes first: a null of the wrong type reports the type.
-void requireType(const Trace& trace, bool accepted, ELogicalType type, const char* text) {
+// The two tests of the getters. The type comes first: a null of the wrong type reports the type. The line is the
+// getter's.
+void requireType(const Trace& trace, bool accepted, ELogicalType type, const char* text, int line = __builtin_LINE()) {
   if (accepted) return;
   trace.fact("LogicalType", static_cast<int>(type));
-  raiseInvalid(trace.site(), text);
+  raiseInvalid(trace.site(line), text);
 }
-void requireValue(const Trace& trace, bool isNull, const char* text) {
-  if (isNull) raiseInvalid(trace.site(), text);
+void requireValue(const Trace& trace, bool isNull, const char* text, int line = __builtin_LINE()) {
+  if (isNull) raiseInvalid(trace.site(line), text);
 }
 
 constexpr char kNotDecimal[] = "Logical type not equal to decimal";
@@ -52,10 +54,20 @@ constexpr char kNotString[] = "Logical type not equal to string";
 constexpr char kNullBoolean[] = "Can't get value for null boolean value";
 constexpr char kNullInteger[] = "Can't get value for null integer value";
 
-// Code units of a text given by its length in bytes, or by -1 when it is zero-terminated.
-unsigned unitCount(const unsigned short* text, int bytes) {
-  if (bytes == -1) return static_cast<unsigned>(UnitView(text).size());
-  return bytes > 0 ? static_cast<unsigned>(bytes) / 2 : 0;
+// Stores the text of `bytes` bytes, or -1 when it is zero-terminated, that starts at any address, an odd one too.
+void assignText(KelWstring& target, const void* data, int bytes) {
+  const auto* const text = static_cast<const unsigned char*>(data);
+  const auto unitAt = [text](std::size_t index) {
+    unsigned short unit;
+    std::memcpy(&unit, text + index * sizeof unit, sizeof unit);
+    return unit;
+  };
+  std::size_t count = bytes > 0 ? static_cast<std::size_t>(bytes) / 2 : 0;
+  if (bytes == -1)
+    while (unitAt(count) != 0)
+      ++count;
+  unsigned short* const units = target.resizeForOverwrite(static_cast<unsigned>(count));
+  if (count != 0) std::memcpy(units, text, count * sizeof *units);
 }
 
 // The bytes in a block of their own, released with array delete.
@@ -73,8 +85,10 @@ PWFData::PWFData(PWFInt64 value, bool isNull) {
 
 PWFData::PWFData(PWFInt32 value, ELogicalType type) {
   const Trace trace("PWFData::PWFData(PWFInt32, ELogicalType)");
-  if (type != INTEGER && type != BOOLEAN)
+  if (type != INTEGER && type != BOOLEAN) {
+    trace.fact("LogicalType", static_cast<int>(type));
     raiseInvalid(trace.site(), "Logical type for this contructor must be either Boolean or Integer");
+  }
   init(&value, type == INTEGER ? 4 : 0, type, COPY);
 }
 
@@ -116,7 +130,8 @@ void PWFData::init(const void* data, int length, ELogicalType type, EOwnership o
   if (data == nullptr) {
     if (type == INTEGER) valueArea.integer.width = 8;
   } else if (type <= 0) {
-    raise<KelParserException>(trace.site(), failures::kInternalError, "Invlaid logical type when passing in a value");
+    raise<KelParserException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
+                              "Invlaid logical type when passing in a value");
   } else {
     store(trace.site(), data, length, own);
     if (type != BINARY && own == ADOPT) std::free(const_cast<void*>(data));
@@ -132,11 +147,9 @@ void PWFData::writeInit(const void* data, int length, ELogicalType type) const {
 void PWFData::store(const FailureSite& site, const void* data, int length, EOwnership own) {
   switch (logicalType) {
     case STRING:
-    case DECIMAL: {
-      const auto* const text = static_cast<const unsigned short*>(data);
-      stringValue.assignInternal(text, unitCount(text, length), 0);
+    case DECIMAL:
+      assignText(stringValue, data, length);
       break;
-    }
     case INTEGER:
       if (length != 4 && length != 8)
         raise<KelConversionException>(site, failures::kInvalidOperation, failures::kInvalidOperation.text,
@@ -168,10 +181,10 @@ void PWFData::store(const FailureSite& site, const void* data, int length, EOwne
 }
 
 void PWFData::storeBinary(const void* data, int length, EOwnership own) {
-  if (length < 0) return;
+  if (length == -1) return;
   void* pointer = nullptr;
   if (own == COPY)
-    pointer = copyOf(data, length);
+    pointer = copyOf(data, std::max(length, 0));
   else if (own == ADOPT || own == REFERENCE)
     pointer = const_cast<void*>(data);
   valueArea.binary = {own, length, pointer};
@@ -207,7 +220,8 @@ bool PWFData::ownsBinary() const {
 
 PWFData::ValueArea PWFData::copiedArea() const {
   ValueArea area = valueArea;
-  if (ownsBinary()) area.binary = {COPY, area.binary.length, copyOf(area.binary.pointer, area.binary.length)};
+  if (ownsBinary())
+    area.binary = {COPY, area.binary.length, copyOf(area.binary.pointer, std::max(area.binary.length, 0))};
   return area;
 }
 
