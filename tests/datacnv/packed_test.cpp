@@ -109,7 +109,7 @@ TEST(Packed, RefusesBadFields) {
   EXPECT_EQ(raisedBy([&] { converter.PckdDecToDec(nullptr, 0, 0, kSigned); }),
             conversionFailure(5502, {"CPI Internal Error", "Null input pointer"}));
   EXPECT_EQ(raisedBy([&] { converter.PckdDecToDec(reversed.data(), 0, 0, kSigned); }),
-            conversionFailure(5502, {"CPI Internal Error", "Invalid integer size: 0"}));
+            conversionFailure(5502, {"CPI Internal Error", "Invalid input size: 0"}));
 }
 
 TEST(Packed, WritesDigitsSignsAndScales) {

@@ -92,11 +92,11 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   static const KelWstring TIMESTAMP_PATTERN;
   static const KelWstring MILLISEC_PATTERN;
 
-  // `ccsid`: code page of the message's text. `integerEndian`: byte order of binary integers, and of Unicode text;
-  // exactly eEndianLittle is little, anything else big. `packedEndian`: byte order of packed decimals, likewise.
-  // `centuryWindow`, `timeZoneName`, `dateTimeFlag`, `dateTimeText`, `firstWeekOfYear`, `lenient`: see
-  // setDateTimeProperties. `positivePackedSign`: the sign of a positive packed decimal, below 16, as a rule 12.
-  // `owner` is ignored: a log source has no owner until setOwner.
+  // `ccsid`: code page of the message's text. `integerEndian`: byte order of binary integers, exactly eEndianLittle is
+  // little, anything else big; and of Unicode text, where eEndianUnset is this machine's. `packedEndian`: byte order of
+  // packed decimals, likewise. `centuryWindow`, `timeZoneName`, `dateTimeFlag`, `dateTimeText`, `firstWeekOfYear`,
+  // `lenient`: see setDateTimeProperties. `positivePackedSign`: the sign of a positive packed decimal, below 16, as a
+  // rule 12. `owner` is ignored: a log source has no owner until setOwner.
   DataCnv(int ccsid, EEndian integerEndian, EEndian packedEndian, EFloatFmt floatFormat, int centuryWindow,
           const unsigned short* timeZoneName, bool dateTimeFlag, const unsigned short* dateTimeText,
           int firstWeekOfYear, bool lenient, char positivePackedSign, bool strictNumericChecking,

@@ -104,7 +104,7 @@ PWFData DataCnv::readPackedTraced(const unsigned char* source, int size, int vir
                                   "Null input pointer");
   if (size <= 0)
     raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
-                                  numbered("Invalid integer size: ", size));
+                                  numbered("Invalid input size: ", size));
   const core::PackedField field(source, size, packedEndian == eEndianLittle);
   if (debugTraceOn() || !field.isGood(sign != eSignNone)) refusePacked(field, sign, source);
   return shiftedValue(field, virtualDecimalPoint);
