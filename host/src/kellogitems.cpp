@@ -284,7 +284,8 @@ const KelLog::ComplexItem* KelLog::ComplexItem::nestedItem(int index) const {
 
 std::string KelLog::ComplexItem::text(bool withLocation) const {
   std::string text = oxr::messageName(number_);
-  if (*identifier_ != 0) text.append(" ").append(identifier_);
+  // Some messages have no name but their number.
+  if (*identifier_ != 0 && !text.starts_with(identifier_)) text.append(" ").append(identifier_);
   const char* separator = ": ";
   for (const std::string& insert : inserts()) {
     text.append(separator).append(insert);
