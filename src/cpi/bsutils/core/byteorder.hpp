@@ -4,6 +4,7 @@
 #include <concepts>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 // Integers and the bytes of a field, in either byte order, on a machine of either byte order.
 namespace oxr::core {
@@ -34,25 +35,25 @@ constexpr bool isIntegerSize(int size) {
   return size == 1 || size == 2 || size == 4 || size == 8;
 }
 
-// An integer of `size` bytes, isIntegerSize(size), zero-extended.
-inline std::uint64_t loadInteger(const unsigned char* bytes, int size, bool little) {
+// The 64 bits of a narrower integer, signed or not.
+template <std::unsigned_integral T>
+constexpr std::uint64_t widened(T value, bool isSigned) {
+  return isSigned ? static_cast<std::uint64_t>(std::int64_t{static_cast<std::make_signed_t<T>>(value)}) : value;
+}
+static_assert(widened(std::uint8_t{0xFE}, true) == ~std::uint64_t{1} && widened(std::uint8_t{0xFE}, false) == 0xFE);
+
+// The 64 bits of an integer of `size` bytes, isIntegerSize(size).
+inline std::uint64_t loadInteger(const unsigned char* bytes, int size, bool little, bool isSigned) {
   switch (size) {
     case 1:
-      return *bytes;
+      return widened(*bytes, isSigned);
     case 2:
-      return loadBytes<std::uint16_t>(bytes, little);
+      return widened(loadBytes<std::uint16_t>(bytes, little), isSigned);
     case 4:
-      return loadBytes<std::uint32_t>(bytes, little);
+      return widened(loadBytes<std::uint32_t>(bytes, little), isSigned);
     default:
       return loadBytes<std::uint64_t>(bytes, little);
   }
 }
-
-// The low `size` bytes, 1 to 8, of a value taken as a signed integer.
-constexpr std::int64_t signExtended(std::uint64_t value, int size) {
-  const int unused = 64 - 8 * size;
-  return static_cast<std::int64_t>(value << unused) >> unused;
-}
-static_assert(signExtended(0xFE, 1) == -2 && signExtended(0xFE, 2) == 0xFE && signExtended(~std::uint64_t{0}, 8) == -1);
 
 }  // namespace oxr::core

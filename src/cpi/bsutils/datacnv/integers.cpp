@@ -32,9 +32,10 @@ constexpr Reading kUInt64 = {"DataCnv::UIntToUInt64", "Null input pointer", null
 struct Field {
   const unsigned char* bytes;
   int size;
-  bool little;
-  bool isSigned;
+  EEndian order;
+  ESign sign;
 
+  bool isSigned() const { return sign == eSignLeadingIncluded; }
   // Whether a T can be read from a field of this size.
   template <class T>
   bool fits() const {
@@ -43,18 +44,19 @@ struct Field {
   // Sign-extended or zero-extended to a T. An unsigned value beyond a signed T reads as negative.
   template <class T>
   T value() const {
-    const std::uint64_t bits = core::loadInteger(bytes, size, little);
-    return static_cast<T>(isSigned ? static_cast<std::uint64_t>(core::signExtended(bits, size)) : bits);
+    return static_cast<T>(core::loadInteger(bytes, size, order == eEndianLittle, isSigned()));
   }
   template <class T>
   bool overflows(T value) const {
-    return !isSigned && std::is_signed_v<T> && value < T{0};
+    return !isSigned() && std::is_signed_v<T> && value < T{0};
   }
 };
 
-// All of a reading.
+// All of a reading. The field comes in parts, for which registers are enough.
 template <class T>
-[[gnu::cold, gnu::noinline]] T readTraced(const KelLogSource* source, const Reading& reading, Field field) {
+[[gnu::cold, gnu::noinline]] T readTraced(const KelLogSource* source, const Reading& reading,
+                                          const unsigned char* bytes, int size, EEndian order, ESign sign) {
+  const Field field{bytes, size, order, sign};
   const FunctionTrace trace(source, reading.function, kDataCnvPath);
   if (field.bytes == nullptr) raiseInternal(trace.site(), failures::kInternalError.text, reading.nullText);
   if (!field.fits<T>())
@@ -76,7 +78,7 @@ T read(const KelLogSource* source, const Reading& reading, Field field) {
     if (!field.overflows(value)) [[likely]]
       return value;
   }
-  return readTraced<T>(source, reading, field);
+  return readTraced<T>(source, reading, field.bytes, field.size, field.order, field.sign);
 }
 
 }  // namespace
@@ -96,13 +98,13 @@ void DataCnv::SwapEnds(unsigned char* target, const unsigned char* source, int l
 }
 
 PWFInt64 DataCnv::IntToInt64(const unsigned char* source, int size, ESign sign) {
-  return read<PWFInt64>(this, kInt64, {source, size, integerEndian == eEndianLittle, sign == eSignLeadingIncluded});
+  return read<PWFInt64>(this, kInt64, {source, size, integerEndian, sign});
 }
 
 PWFInt32 DataCnv::IntToInt32(const unsigned char* source, int size, ESign sign) {
-  return read<PWFInt32>(this, kInt32, {source, size, integerEndian == eEndianLittle, sign == eSignLeadingIncluded});
+  return read<PWFInt32>(this, kInt32, {source, size, integerEndian, sign});
 }
 
 PWFUInt64 DataCnv::UIntToUInt64(const unsigned char* source, int size) {
-  return read<PWFUInt64>(this, kUInt64, {source, size, integerEndian == eEndianLittle, false});
+  return read<PWFUInt64>(this, kUInt64, {source, size, integerEndian, eSignNone});
 }
