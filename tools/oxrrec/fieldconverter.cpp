@@ -14,7 +14,7 @@ constexpr EFloatFmt kFloatFormat = eFloatHexadecimal;  // no float is read
 constexpr int kCenturyWindow = 53;
 constexpr char kPositivePackedSign = 12;
 
-// Whether a text is what a decimal ought to be. The library also lets exponents and the digits of other scripts pass.
+// Whether a text is what a decimal ought to be. The library also lets grouping commas pass.
 bool isPlainDecimal(UnitView text) {
   std::size_t at = !text.empty() && text[0] == '-' ? 1 : 0;
   bool hasDigit = false;

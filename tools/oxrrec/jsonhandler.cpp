@@ -21,11 +21,10 @@ UnitView withoutTrailingBlanks(UnitView text) {
 }  // namespace
 
 JsonHandler::JsonHandler(const std::vector<unsigned short>& names, const Options& options)
-    : names_(names.data()), keyAt_(names.size(), kNoKey), options_(options) {
+    : names_(names.data()), keyCount_(names.size()), keyAt_(names.size()), options_(options) {
   for (std::size_t at = 0; at < names.size();) {
     const UnitView name(names_ + at);
-    keyAt_[at] = static_cast<std::uint32_t>(keys_.size());
-    keys_.emplace_back(name);
+    keyAt_[at] = &keys_.emplace_back(name);
     at += name.size() + 1;
   }
   open_.reserve(64);
@@ -47,12 +46,7 @@ void JsonHandler::endMessage(const WorkerInfoPtr&) {
   isInRecord_ = false;
 }
 
-const JsonKey& JsonHandler::keyFor(const unsigned short* name) {
-  // As numbers: a name of somebody else's lies in other memory, and such pointers do not compare.
-  const std::uintptr_t at =
-      (reinterpret_cast<std::uintptr_t>(name) - reinterpret_cast<std::uintptr_t>(names_)) / sizeof(unsigned short);
-  if (at < keyAt_.size() && keyAt_[at] != kNoKey) [[likely]]
-    return keys_[keyAt_[at]];
+const JsonKey& JsonHandler::foreignKey(const unsigned short* name) {
   return foreignKey_ = JsonKey(name == nullptr ? UnitView() : UnitView(name));
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string>
+#include <deque>
 #include <string_view>
 #include <vector>
 
@@ -49,16 +49,23 @@ class JsonHandler final : public RecordHandler {
   void clear();
 
  private:
-  const JsonKey& keyFor(const unsigned short* name);
+  const JsonKey& keyFor(const unsigned short* name) {
+    // As numbers: a name of somebody else's lies in other memory, and such pointers do not compare.
+    const std::uintptr_t at =
+        (reinterpret_cast<std::uintptr_t>(name) - reinterpret_cast<std::uintptr_t>(names_)) / sizeof(unsigned short);
+    if (at < keyCount_ && keyAt_[at] != nullptr) [[likely]]
+      return *keyAt_[at];
+    return foreignKey(name);
+  }
+  const JsonKey& foreignKey(const unsigned short* name);
   void startContainer(const unsigned short* name, unsigned short type, int index);
   void endContainer();
 
-  static constexpr std::uint32_t kNoKey = 0xFFFFFFFFU;
-
   const unsigned short* const names_;
-  // For each unit of the names the key of the name that begins there.
-  std::vector<std::uint32_t> keyAt_;
-  std::vector<JsonKey> keys_;
+  const std::size_t keyCount_;  // units of the names
+  // For each unit of the names: the key of the name that begins there, else null.
+  std::vector<const JsonKey*> keyAt_;
+  std::deque<JsonKey> keys_;
   JsonKey foreignKey_{UnitView()};  // of the last name that is not among them
   const Options options_;
   rapidjson::StringBuffer out_;

@@ -78,12 +78,22 @@ constexpr bool isDigit(unsigned short unit) {
   return unit >= '0' && unit <= '9';
 }
 
+// How many zeros may go: a digit stays behind them. Four at a time, for most fields are far wider than their values.
+std::size_t zerosInFront(UnitView digits) {
+  constexpr unsigned short kZeros[4] = {'0', '0', '0', '0'};
+  std::size_t at = 0;
+  while (at + 4 < digits.size() && std::memcmp(digits.data() + at, kZeros, sizeof kZeros) == 0 &&
+         isDigit(digits[at + 4]))
+    at += 4;
+  while (at + 1 < digits.size() && digits[at] == '0' && isDigit(digits[at + 1]))
+    ++at;
+  return at;
+}
+
 // Writes a decimal without its sign: where it ends, or null if it is none. `*point` is where its point is written, null
 // if it has none.
 char* writeDigits(UnitView digits, char* to, char** point) {
-  std::size_t at = 0;
-  while (at + 1 < digits.size() && digits[at] == '0' && isDigit(digits[at + 1]))
-    ++at;
+  std::size_t at = zerosInFront(digits);
   *point = nullptr;
   if (at < digits.size() && digits[at] == '.' && digits.size() > at + 1) *to++ = '0';
   char* const begin = to;
@@ -112,31 +122,7 @@ JsonKey::JsonKey(UnitView name) {
   JsonLine(out).text(copy);
   text_ = ',' + std::string(out.GetString(), out.GetSize()) + ':';
   size_ = text_.size();
-  text_.append(kBlock, ' ');
-}
-
-// Appends the key up to `size`, without the comma for the first member.
-void JsonLine::put(const JsonKey& key, std::size_t size) {
-  const std::size_t skipped = level_stack_.template Top<Level>()->valueCount == 0 ? 1 : 0;
-  const char* const from = key.text_.data() + skipped;
-  const std::size_t count = size - skipped;
-  char* const to = os_->Push(count + JsonKey::kBlock);
-  std::size_t at = 0;
-  do
-    std::memcpy(to + at, from + at, JsonKey::kBlock);
-  while ((at += JsonKey::kBlock) < count);
-  os_->Pop(JsonKey::kBlock);
-}
-
-// The writer counts keys and values, to know where it stands.
-void JsonLine::beginMember(const JsonKey& key) {
-  put(key, key.size_);
-  level_stack_.template Top<Level>()->valueCount += 2;
-}
-
-void JsonLine::beginContainer(const JsonKey& key) {
-  put(key, key.size_ - 1);
-  level_stack_.template Top<Level>()->valueCount += 1;
+  text_.append(kBlock + 1, ' ');
 }
 
 void JsonLine::text(UnitView text) {

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 #include "kelunits.hpp"
+#include "rapidjson.hpp"
 
 namespace oxr::rec {
 
@@ -25,17 +24,16 @@ struct LenientUtf16 : rapidjson::UTF16<unsigned short> {
   }
 };
 
-// A name as the key of an object's member: `,"NAME":`, with some blanks behind so that it can be copied in blocks.
+// A name as the key of an object's member, rendered: `,"NAME":`, with blanks behind so that it can be copied in blocks.
 class JsonKey {
  public:
-  static constexpr std::size_t kBlock = 16;
-
   explicit JsonKey(UnitView name);
 
  private:
   friend class JsonLine;
+  static constexpr std::size_t kBlock = 32;
   std::string text_;
-  std::size_t size_;
+  std::size_t size_;  // without the blanks
 };
 
 // RapidJSON's streaming writer with a shorter way for what records mostly hold: a key that was rendered before, and a
@@ -49,7 +47,12 @@ class JsonLine : public rapidjson::Writer<rapidjson::StringBuffer, LenientUtf16>
  public:
   explicit JsonLine(rapidjson::StringBuffer& out) : Writer(out) {}
 
-  void beginMember(const JsonKey& key);
+  // The writer counts keys and values to know where it stands: a member with a plain value is two of them.
+  void beginMember(const JsonKey& key) {
+    Level& object = *level_stack_.template Top<Level>();
+    put(key, key.size_, object);
+    object.valueCount += 2;
+  }
   void beginElement() { Prefix(rapidjson::kNullType); }
   // The values. A text has a unit behind its end.
   void text(UnitView text);
@@ -60,10 +63,25 @@ class JsonLine : public rapidjson::Writer<rapidjson::StringBuffer, LenientUtf16>
   void null() { WriteNull(); }
 
   // A member that is an object or an array, which StartObject or StartArray then opens.
-  void beginContainer(const JsonKey& key);
+  void beginContainer(const JsonKey& key) {
+    Level& object = *level_stack_.template Top<Level>();
+    put(key, key.size_ - 1, object);
+    object.valueCount += 1;
+  }
 
  private:
-  void put(const JsonKey& key, std::size_t size);
+  // Appends the key up to `size`, without the comma for the first member.
+  void put(const JsonKey& key, std::size_t size, const Level& object) {
+    const std::size_t skipped = object.valueCount == 0 ? 1 : 0;
+    const char* const from = key.text_.data() + skipped;
+    const std::size_t count = size - skipped;
+    char* const to = os_->Push(count + JsonKey::kBlock);
+    std::size_t at = 0;
+    do
+      std::memcpy(to + at, from + at, JsonKey::kBlock);
+    while ((at += JsonKey::kBlock) < count);
+    os_->Pop(JsonKey::kBlock);
+  }
 };
 
 }  // namespace oxr::rec
