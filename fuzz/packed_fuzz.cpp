@@ -15,7 +15,7 @@ namespace {
 std::string modelText(const std::vector<unsigned char>& field, int scale, bool isSigned) {
   std::string text;
   for (const unsigned char byte : field) {
-    for (const unsigned nibble : {byte >> 4u, byte & 15u})
+    for (const int nibble : {byte >> 4, byte & 15})
       text += "0123456789ABCDEF"[nibble];
   }
   const char sign = text.back();
