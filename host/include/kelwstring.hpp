@@ -88,6 +88,9 @@ class KELHOST_EXPORT KelWstring {
     return text_;
   }
 
+  // Makes the string `count` units longer and returns the first of them for writing; their contents are unspecified.
+  unsigned short* appendForOverwrite(unsigned count);
+
   // Up to `count` units from `position` on, as a new string.
   KelWstring substr(unsigned position, unsigned count) const;
 

@@ -119,6 +119,19 @@ unsigned short* KelWstring::resizeBlock(unsigned length) {
   return text_;
 }
 
+unsigned short* KelWstring::appendForOverwrite(unsigned count) {
+  const unsigned before = length_;
+  const unsigned after = checkedLength(std::uint64_t{before} + count);
+  if (!canHold(after)) {
+    unsigned short* const units = freshUnits(after);
+    copyUnits(units, text_, before);
+    adopt(units, after);
+  }
+  length_ = after;
+  if (isShared_ || inlineCapacity_ != 0) text_[after] = 0;
+  return text_ + before;
+}
+
 void KelWstring::replaceInternal(unsigned position, unsigned length, const unsigned short* text, unsigned count, int) {
   position = std::min(position, length_);
   length = std::min(length, length_ - position);

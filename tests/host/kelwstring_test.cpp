@@ -38,7 +38,7 @@ TEST(KelWstring, EditsAsTheStandardStringDoes) {
       unit = static_cast<unsigned short>('a' + below(26));
     const auto count = static_cast<unsigned>(fresh.size());
     const unsigned position = below(static_cast<unsigned>(model.size()) + 1), length = below(20);
-    const unsigned operation = below(13);
+    const unsigned operation = below(14);
     SCOPED_TRACE(testing::Message() << "step " << step << ", operation " << operation);
     if (operation == 0) text.assignInternal(fresh.data(), count, 0), model = fresh;
     if (operation == 1) text.appendInternal(fresh.data(), count, 0), model += fresh;
@@ -62,6 +62,7 @@ TEST(KelWstring, EditsAsTheStandardStringDoes) {
       *strings[other] = text;  // whatever was left behind
     }
     if (operation == 12) text = Buffered(*strings[other]) + text, model = models[other] + model;
+    if (operation == 13) std::copy(fresh.begin(), fresh.end(), text.appendForOverwrite(count)), model += fresh;
     for (unsigned i = 0; i < 6; ++i) {
       ASSERT_EQ(modelOf(*strings[i]), models[i]) << "string " << i;
       ASSERT_EQ(strings[i]->characters()[strings[i]->length()], 0);
