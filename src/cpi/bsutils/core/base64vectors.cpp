@@ -1,0 +1,244 @@
+#include "core/base64vectors.hpp"
+
+#include <cstdint>
+
+// Vectors of 16 bytes, of 32 with AVX2. Wider ones, and those of unknown width, are not worth a way of their own.
+#undef HWY_DISABLED_TARGETS
+#define HWY_DISABLED_TARGETS (HWY_AVX3 | HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128)
+// This file is compiled once for each kind of vector that the architecture has.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "core/base64vectors.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace oxr::core::HWY_NAMESPACE {
+namespace {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET == HWY_SCALAR || HWY_HAVE_SCALABLE || __BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__
+
+std::size_t encodeBlocks(const unsigned char*, std::size_t, unsigned short*) {
+  return 0;
+}
+std::size_t decodeBlocks(const unsigned short*, std::size_t, unsigned char*, std::size_t) {
+  return 0;
+}
+
+#else
+
+// A vector holds one character a byte. Each 16 bytes of it stand for 16 characters and 12 bytes of data, and table
+// look-ups do not pass from one 16 to the next; so data are loaded and stored 12 bytes apart.
+constexpr std::size_t kWidth = HWY_TARGET == HWY_AVX2 ? 32 : 16;  // characters in a vector
+constexpr std::size_t kDataWidth = kWidth / 4 * 3;                // bytes of data that they stand for
+
+using Bytes = hn::FixedTag<std::uint8_t, kWidth>;
+using SignedBytes = hn::RebindToSigned<Bytes>;
+using Words = hn::Repartition<std::uint16_t, Bytes>;
+using DoubleWords = hn::Repartition<std::uint32_t, Bytes>;
+using ByteVector = hn::Vec<Bytes>;
+using WordVector = hn::Vec<Words>;
+using Bytes16 = hn::FixedTag<std::uint8_t, 16>;
+using Words8 = hn::FixedTag<std::uint16_t, 8>;
+
+struct alignas(16) Table {
+  std::uint8_t entries[16];
+};
+// The entry of each index, which is below 16.
+ByteVector lookUp(const Table& table, ByteVector index) {
+  return hn::TableLookupBytes(hn::LoadDup128(Bytes(), table.entries), index);
+}
+ByteVector shuffle(ByteVector bytes, const Table& order) {
+  return hn::TableLookupBytes(bytes, hn::LoadDup128(Bytes(), order.entries));
+}
+
+// What is added to `from` to make it `to`.
+constexpr std::uint8_t distance(int from, int to) {
+  return static_cast<std::uint8_t>(to - from);
+}
+
+// The 16 units at `text` as bytes; one above 255 becomes 0 or 255, which are foreign too. And four 6-bit values joined
+// to 24 bits, the first on top, in the double word that they lie in. Both have an instruction that Highway does not
+// offer.
+#if HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128
+
+hn::Vec<Bytes16> loadUnits16(const unsigned short* text) {
+  return hn::Vec<Bytes16>{_mm_packus_epi16(hn::LoadU(Words8(), text).raw, hn::LoadU(Words8(), text + 8).raw)};
+}
+
+hn::Vec<DoubleWords> joinValues(ByteVector values) {
+#if HWY_TARGET == HWY_AVX2
+  const auto pairs = _mm256_maddubs_epi16(values.raw, _mm256_set1_epi32(0x0140'0140));
+  return hn::Vec<DoubleWords>{_mm256_madd_epi16(pairs, _mm256_set1_epi32(0x0001'1000))};
+#else
+  const auto pairs = _mm_maddubs_epi16(values.raw, _mm_set1_epi32(0x0140'0140));
+  return hn::Vec<DoubleWords>{_mm_madd_epi16(pairs, _mm_set1_epi32(0x0001'1000))};
+#endif
+}
+
+#else
+
+hn::Vec<Bytes16> loadUnits16(const unsigned short* text) {
+  const hn::FixedTag<std::int16_t, 8> words;
+  const hn::Half<Bytes16> half;
+  const auto low = hn::DemoteTo(half, hn::BitCast(words, hn::LoadU(Words8(), text)));
+  const auto high = hn::DemoteTo(half, hn::BitCast(words, hn::LoadU(Words8(), text + 8)));
+  return hn::Combine(Bytes16(), high, low);
+}
+
+hn::Vec<DoubleWords> joinValues(ByteVector values) {
+  const auto words = hn::BitCast(Words(), values);
+  const auto firsts = hn::And(hn::ShiftLeft<6>(words), hn::Set(Words(), 0x0FC0));
+  const auto pairs = hn::BitCast(DoubleWords(), hn::Or(firsts, hn::ShiftRight<8>(words)));
+  return hn::Or(hn::ShiftLeft<12>(pairs), hn::ShiftRight<16>(pairs));  // the top byte is not looked at
+}
+
+#endif
+
+#if HWY_TARGET == HWY_AVX2
+
+ByteVector loadData(const unsigned char* data) {
+  return hn::Combine(Bytes(), hn::LoadU(Bytes16(), data + 12), hn::LoadU(Bytes16(), data));
+}
+void storeData(ByteVector bytes, unsigned char* out) {
+  hn::StoreU(hn::LowerHalf(Bytes16(), bytes), Bytes16(), out);
+  hn::StoreU(hn::UpperHalf(Bytes16(), bytes), Bytes16(), out + 12);
+}
+ByteVector loadUnits(const unsigned short* text) {
+  return hn::Combine(Bytes(), loadUnits16(text + 16), loadUnits16(text));
+}
+void storeUnits(WordVector low, WordVector high, unsigned short* out) {
+  hn::StoreU(hn::ConcatLowerLower(Words(), high, low), Words(), out);
+  hn::StoreU(hn::ConcatUpperUpper(Words(), high, low), Words(), out + 16);
+}
+
+#else
+
+ByteVector loadData(const unsigned char* data) {
+  return hn::LoadU(Bytes(), data);
+}
+void storeData(ByteVector bytes, unsigned char* out) {
+  hn::StoreU(bytes, Bytes(), out);
+}
+ByteVector loadUnits(const unsigned short* text) {
+  return loadUnits16(text);
+}
+void storeUnits(WordVector low, WordVector high, unsigned short* out) {
+  hn::StoreU(low, Words(), out);
+  hn::StoreU(high, Words(), out + 8);
+}
+
+#endif
+
+// Three bytes a, b, c as b a c b: two words with two characters each.
+constexpr Table kSpread = {{1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10}};
+
+// The 6-bit values of the data, a byte each.
+ByteVector splitData(ByteVector data) {
+  const auto words = hn::BitCast(Words(), shuffle(data, kSpread));
+  const auto both = [](std::uint32_t pair) { return hn::BitCast(Words(), hn::Set(DoubleWords(), pair)); };
+  // A product shifts each word by a distance of its own: by 10 and 6 to the right, by 4 and 8 to the left.
+  const auto even = hn::MulHigh(hn::And(words, both(0x0FC0'FC00)), both(0x0400'0040));
+  const auto odd = hn::Mul(hn::And(words, both(0x003F'03F0)), both(0x0100'0010));
+  return hn::BitCast(Bytes(), hn::Or(even, odd));
+}
+
+// By range of values: 0 is 26 to 51, 1 to 10 are the digits, 13 is 0 to 25.
+constexpr Table kToCharacter = {{distance(26, 'a'), distance(52, '0'), distance(52, '0'), distance(52, '0'),
+                                 distance(52, '0'), distance(52, '0'), distance(52, '0'), distance(52, '0'),
+                                 distance(52, '0'), distance(52, '0'), distance(52, '0'), distance(62, '+'),
+                                 distance(63, '/'), distance(0, 'A'), 0, 0}};
+
+ByteVector toCharacters(ByteVector values) {
+  const SignedBytes d;
+  const auto capitals = hn::IfThenElseZero(hn::Lt(hn::BitCast(d, values), hn::Set(d, 26)), hn::Set(d, 13));
+  const auto range = hn::Or(hn::SaturatedSub(values, hn::Set(Bytes(), 51)), hn::BitCast(Bytes(), capitals));
+  return hn::Add(values, lookUp(kToCharacter, range));
+}
+
+std::size_t encodeBlocks(const unsigned char* data, std::size_t size, unsigned short* out) {
+  const auto zero = hn::Zero(Bytes());
+  std::size_t taken = 0;
+  for (; size - taken >= kWidth; taken += kDataWidth, out += kWidth) {
+    const ByteVector characters = toCharacters(splitData(loadData(data + taken)));
+    storeUnits(hn::BitCast(Words(), hn::InterleaveLower(Bytes(), characters, zero)),
+               hn::BitCast(Words(), hn::InterleaveUpper(Bytes(), characters, zero)), out);
+  }
+  return taken;
+}
+
+// Units by range: 8 neighbours each, from 0 on, but that "+" belongs to the range below its own. Then each range has
+// one distance to its values, and all of its units from one on, or up to one, are foreign.
+constexpr Table kToValue = {{0, 0, 0, 0, distance('+', 62), distance('/', 63), distance('0', 52), distance('0', 52),
+                             distance('A', 0), distance('A', 0), distance('A', 0), distance('A', 0), distance('a', 26),
+                             distance('a', 26), distance('a', 26), distance('a', 26)}};
+// Brings the foreign units of a range to 128 or more, and no other.
+constexpr Table kToFault = {{128, 128, 128, 128, distance('+', 0), distance('/', 0), 0, distance('9', 127),
+                             distance('A', 0), 0, 0, distance('Z', 127), distance('a', 0), 0, 0, distance('z', 127)}};
+
+struct Decoded {
+  ByteVector values;
+  ByteVector faults;  // the top bit of each byte
+};
+Decoded toValues(ByteVector units) {
+  const auto shifted = hn::BitCast(Bytes(), hn::ShiftRight<3>(hn::BitCast(Words(), units)));
+  const auto plus = hn::VecFromMask(Bytes(), hn::Eq(units, hn::Set(Bytes(), '+')));
+  const auto range = hn::Add(hn::And(shifted, hn::Set(Bytes(), 0x0F)), plus);
+  return {hn::Add(units, lookUp(kToValue, range)), hn::Or(units, hn::Add(units, lookUp(kToFault, range)))};
+}
+bool anyFault(ByteVector faults) {
+  const SignedBytes d;
+  return !hn::AllFalse(d, hn::Lt(hn::BitCast(d, faults), hn::Zero(d)));
+}
+
+// The three bytes of each double word, the top one first.
+constexpr Table kGather = {{2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, 15, 15, 15, 15}};
+
+// Writes 4 bytes more than the data.
+void storeValues(ByteVector values, unsigned char* out) {
+  storeData(shuffle(hn::BitCast(Bytes(), joinValues(values)), kGather), out);
+}
+
+std::size_t decodeBlocks(const unsigned short* text, std::size_t length, unsigned char* out, std::size_t room) {
+  std::size_t taken = 0;
+  // Two at a time: the test for faults costs as much for both as for one.
+  for (; length - taken >= 2 * kWidth && room >= 2 * kWidth; taken += 2 * kWidth) {
+    const Decoded first = toValues(loadUnits(text + taken));
+    const Decoded second = toValues(loadUnits(text + taken + kWidth));
+    if (anyFault(hn::Or(first.faults, second.faults))) break;
+    storeValues(first.values, out);
+    storeValues(second.values, out + kDataWidth);
+    out += 2 * kDataWidth;
+    room -= 2 * kDataWidth;
+  }
+  for (; length - taken >= kWidth && room >= kWidth; taken += kWidth) {
+    const Decoded block = toValues(loadUnits(text + taken));
+    if (anyFault(block.faults)) break;
+    storeValues(block.values, out);
+    out += kDataWidth;
+    room -= kDataWidth;
+  }
+  return taken;
+}
+
+#endif
+
+}  // namespace
+}  // namespace oxr::core::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace oxr::core {
+
+HWY_EXPORT(encodeBlocks);
+HWY_EXPORT(decodeBlocks);
+
+std::size_t encodeBase64Blocks(const unsigned char* data, std::size_t size, unsigned short* out) {
+  return HWY_DYNAMIC_DISPATCH(encodeBlocks)(data, size, out);
+}
+std::size_t decodeBase64Blocks(const unsigned short* text, std::size_t length, unsigned char* out, std::size_t room) {
+  return HWY_DYNAMIC_DISPATCH(decodeBlocks)(text, length, out, room);
+}
+
+}  // namespace oxr::core
+#endif
