@@ -1,4 +1,5 @@
-# Benchmarks: one binary. With GnuCOBOL's run time at hand its packed decimals serve as a yardstick.
+# Benchmarks: one binary. Where GnuCOBOL's run time and OpenSSL are at hand, their packed decimals and Base64 serve as
+# yardsticks.
 
 find_package(benchmark REQUIRED)
 
@@ -19,5 +20,11 @@ if(bench_sources)
     target_compile_definitions(oxr_bench PRIVATE OXR_HAVE_LIBCOB)
     target_include_directories(oxr_bench SYSTEM PRIVATE ${LIBCOB_INCLUDE_DIR})
     target_link_libraries(oxr_bench PRIVATE ${LIBCOB_LIBRARY})
+  endif()
+
+  find_package(OpenSSL)
+  if(OpenSSL_FOUND)
+    target_compile_definitions(oxr_bench PRIVATE OXR_HAVE_OPENSSL)
+    target_link_libraries(oxr_bench PRIVATE OpenSSL::Crypto)
   endif()
 endif()

@@ -18,8 +18,9 @@ TEST(CpAssert, ReportsByLevelAndReturns) {
   EXPECT_EQ(tracedAt(-1, assertFails), "");
   EXPECT_EQ(tracedAt(0, assertFails), event);
   EXPECT_EQ(tracedAt(2, assertFails), event);
+  const std::string call = "> cpAssert: " + caller + event + "< cpAssert\n";
   for (const int level : {3, 4, 9})
-    EXPECT_EQ(tracedAt(level, assertFails), "> cpAssert: " + caller + event + "< cpAssert\n");
+    EXPECT_EQ(tracedAt(level, assertFails), call);
   EXPECT_EQ(tracedAt(0, [] { cpAssert(nullptr, nullptr, 0); }), "cpAssert: CPAssertion failed|||0\n");
 }
 
