@@ -9,9 +9,6 @@
 #include "oxrexport.hpp"
 #include "pwftypes.hpp"
 
-namespace oxr {
-struct FailureSite;
-}
 class TextBufferReader;
 
 // Writes UTF-16 text in any code page into a message.
@@ -96,8 +93,10 @@ class OXR_EXPORT TextBufferWriter {
   int pendingCapacity = 1024;                            // units
 
  private:
-  void requireConverter(const oxr::FailureSite& site) const;
-  void append(const unsigned short* text, int length, bool mayDropBom);
+  CPUnicodeConverter& pageFor(bool mayDropBom) const;
+  int roomFor(int length) const;
+  void append(const char* function, const unsigned short* text, int length, bool mayDropBom);
+  void appendTraced(const char* function, const unsigned short* text, int length, bool mayDropBom);
   void flushPending(bool keepsLead);
   void appendSwapped(const TextBufferReader& reader, int startOffset, int length);
   void appendConverted(const TextBufferReader& reader, const char* bytes, int length);

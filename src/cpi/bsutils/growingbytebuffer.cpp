@@ -111,7 +111,8 @@ void GrowingByteBuffer::writeBytesAt(const char* bytes, int length, int offset) 
 char* GrowingByteBuffer::reserveForAppend(int size) {
   constexpr char kFunction[] = "GrowingByteBuffer::reserveForAppend";
   require(size >= 0, kFunction);
-  makeRoom(length_, size, kFunction);
+  if (size > capacity_ - length_) [[unlikely]]
+    makeRoom(length_, size, kFunction);
   return data_.get() + length_;
 }
 

@@ -23,11 +23,7 @@ const bool TextBufferWriter::bomsAway = std::getenv("NVRA_INSTREAM_BOMS_OFF") !=
 namespace {
 
 constexpr int kDefaultCcsid = 1208;  // UTF-8
-
-class Trace : public FunctionTrace {
- public:
-  explicit Trace(const char* function) : FunctionTrace(nullptr, function, kTextBufferPath) {}
-};
+constexpr char kFromUnicode[] = "TextBufferWriter::fromUnicode";
 
 // The code pages that write a mark, and those that are the same without.
 struct MarkedPage {
@@ -52,7 +48,7 @@ int markRoomOf(const CPUnicodeConverter& page) {
 }
 
 // Makes the converter forget what an error left in it: bytes that found no room, a shift state, half a pair.
-void restart(CPUnicodeConverter& page) {
+[[gnu::cold, gnu::noinline]] void restart(CPUnicodeConverter& page) {
   const unsigned short end = 0;
   UErrorCode status;
   do {
@@ -64,9 +60,32 @@ void restart(CPUnicodeConverter& page) {
   } while (status == U_BUFFER_OVERFLOW_ERROR);
 }
 
+[[noreturn]] void raiseNoConverter(const FailureSite& site) {
+  raise<KelConversionException>(site, failures::kInternalError, "no valid converter");
+}
+
 [[noreturn]] void raiseConversionError(const FailureSite& site, UErrorCode status) {
   raise<KelConversionException>(site, failures::kInternalError, "error converting from unicode",
                                 static_cast<int>(status));
+}
+
+FailureSite siteOf(const char* function, int line = __builtin_LINE()) {
+  return {nullptr, function, kTextBufferPath, 0, line};
+}
+
+// Converts a whole text; the result is the number of bytes. `makeSite()` tells where a failure is raised.
+template <class MakeSite>
+inline int convert(CPUnicodeConverter& page, char* target, int room, const unsigned short* source, int length,
+                   MakeSite makeSite) {
+  if (room < 0 || length < 0) raiseConversionError(makeSite(), U_ILLEGAL_ARGUMENT_ERROR);
+  char* end = target;
+  UErrorCode status = U_ZERO_ERROR;
+  page.fromUnicode(end, target + room, source, source + length, nullptr, true, status);
+  if (U_FAILURE(status)) {
+    restart(page);
+    raiseConversionError(makeSite(), status);
+  }
+  return static_cast<int>(end - target);
 }
 
 }  // namespace
@@ -80,7 +99,7 @@ TextBufferWriter::TextBufferWriter(WritableBitstreamBuffer* target, int codePage
       minBytes(converter->getMinBytesPerChar()),
       maxBytes(converter->getMaxBytesPerChar()),
       markRoom(markRoomOf(*converter)) {
-  const Trace trace("TextBufferWriter::TextBufferWriter");
+  const FunctionTrace trace(nullptr, "TextBufferWriter::TextBufferWriter", kTextBufferPath);
   pending.reserve(static_cast<unsigned>(pendingCapacity));
 }
 
@@ -90,38 +109,45 @@ int TextBufferWriter::getCodepage() const {
   return ccsid;
 }
 
-void TextBufferWriter::requireConverter(const FailureSite& site) const {
-  if (converter == nullptr) raise<KelConversionException>(site, failures::kInternalError, "no valid converter");
+// The converter without marks where there is one and the message has begun.
+inline CPUnicodeConverter& TextBufferWriter::pageFor(bool mayDropBom) const {
+  const bool dropsBom = mayDropBom && bomlessConverter != nullptr && buffer->getLength() > 0;
+  return dropsBom ? *bomlessConverter : *converter;
 }
 
 void TextBufferWriter::fromUnicode(char* target, int* targetLength, const unsigned short* source, int sourceLength,
                                    bool mayDropBom) const {
-  const Trace trace("TextBufferWriter::fromUnicode");
-  requireConverter(trace.site());
-  if (*targetLength < 0 || sourceLength < 0) raiseConversionError(trace.site(), U_ILLEGAL_ARGUMENT_ERROR);
-  const bool dropsBom = mayDropBom && bomlessConverter != nullptr && buffer->getLength() > 0;
-  CPUnicodeConverter& page = dropsBom ? *bomlessConverter : *converter;
-  char* end = target;
-  UErrorCode status = U_ZERO_ERROR;
-  page.fromUnicode(end, target + *targetLength, source, source + sourceLength, nullptr, true, status);
-  if (U_FAILURE(status)) {
-    restart(page);
-    raiseConversionError(trace.site(), status);
-  }
-  *targetLength = static_cast<int>(end - target);
+  const FunctionTrace trace(nullptr, kFromUnicode, kTextBufferPath);
+  if (converter == nullptr) raiseNoConverter(trace.site());
+  *targetLength =
+      convert(pageFor(mayDropBom), target, *targetLength, source, sourceLength, [&] { return trace.site(); });
 }
 
-inline void TextBufferWriter::append(const unsigned short* text, int length, bool mayDropBom) {
-  int size = toLength(std::int64_t{maxBytes} * std::max(length, 0) + markRoom);
+inline int TextBufferWriter::roomFor(int length) const {
+  return toLength(std::int64_t{maxBytes} * std::max(length, 0) + markRoom);
+}
+
+// Texts are short: objects that trace and a call more would be a good part of the cost.
+inline void TextBufferWriter::append(const char* function, const unsigned short* text, int length, bool mayDropBom) {
+  if (debugTraceOn()) [[unlikely]]
+    return appendTraced(function, text, length, mayDropBom);
+  if (converter == nullptr) raiseNoConverter(siteOf(function));
+  const int room = roomFor(length);
+  char* const target = buffer->reserveForAppend(room);
+  buffer->commitAppend(convert(pageFor(mayDropBom), target, room, text, length, [] { return siteOf(kFromUnicode); }));
+}
+
+void TextBufferWriter::appendTraced(const char* function, const unsigned short* text, int length, bool mayDropBom) {
+  const FunctionTrace trace(nullptr, function, kTextBufferPath);
+  if (converter == nullptr) raiseNoConverter(trace.site());
+  int size = roomFor(length);
   char* const target = buffer->reserveForAppend(size);
   fromUnicode(target, &size, text, length, mayDropBom);
   buffer->commitAppend(size);
 }
 
 void TextBufferWriter::appendStr(const unsigned short* text, int length) {
-  const Trace trace("TextBufferWriter::appendStr");
-  requireConverter(trace.site());
-  append(text, length, false);
+  append("TextBufferWriter::appendStr", text, length, false);
 }
 
 void TextBufferWriter::appendStr(const unsigned short* text) {
@@ -129,14 +155,12 @@ void TextBufferWriter::appendStr(const unsigned short* text) {
 }
 
 void TextBufferWriter::appendStrAfterFlushed(const unsigned short* text, int length) {
-  const Trace trace("TextBufferWriter::appendStrAfterFlushed");
-  requireConverter(trace.site());
-  append(text, length, true);
+  append("TextBufferWriter::appendStrAfterFlushed", text, length, true);
 }
 
 void TextBufferWriter::writeStr(const unsigned short* text, int length, int offset) {
-  const Trace trace("TextBufferWriter::writeStr");
-  requireConverter(trace.site());
+  const FunctionTrace trace(nullptr, "TextBufferWriter::writeStr", kTextBufferPath);
+  if (converter == nullptr) raiseNoConverter(trace.site());
   // No room for a mark here, unlike append(). Kept: TextBufferWriter.WritesOverWhatIsThere.
   int size = toLength(std::int64_t{maxBytes} * std::max(length, 0));
   Scratch<char, 1024> work(static_cast<std::size_t>(size) + 1);
@@ -146,7 +170,7 @@ void TextBufferWriter::writeStr(const unsigned short* text, int length, int offs
 }
 
 void TextBufferWriter::queueStr(const unsigned short* text, int length) {
-  const Trace trace("TextBufferWriter::queueStr");
+  const FunctionTrace trace(nullptr, "TextBufferWriter::queueStr", kTextBufferPath);
   if (length < 0) raiseConversionError(trace.site(), U_ILLEGAL_ARGUMENT_ERROR);
   if (length == 0) return;
   if (std::int64_t{pending.length()} + length > pendingCapacity) flushPending(U16_IS_TRAIL(text[0]));
@@ -154,7 +178,7 @@ void TextBufferWriter::queueStr(const unsigned short* text, int length) {
 }
 
 void TextBufferWriter::flush() {
-  const Trace trace("TextBufferWriter::flush");
+  const FunctionTrace trace(nullptr, "TextBufferWriter::flush", kTextBufferPath);
   flushPending(false);
 }
 
@@ -169,9 +193,9 @@ void TextBufferWriter::flushPending(bool keepsLead) {
 }
 
 void TextBufferWriter::appendBuf(TextBufferReader* reader, int startOffset, int endOffset) {
-  const Trace trace("TextBufferWriter::appendBuf");
+  const FunctionTrace trace(nullptr, "TextBufferWriter::appendBuf", kTextBufferPath);
   flushPending(false);
-  requireConverter(trace.site());
+  if (converter == nullptr) raiseNoConverter(trace.site());
   // The end must be there, not only what lies before it. Kept: TextBufferWriter.CopiesStretchesOfAReader.
   if (startOffset < 0 || endOffset < startOffset || !reader->offsetAvailable(endOffset))
     raise<KelConversionException>(trace.site(), failures::kInternalError, "Cannot write past the end of buffer");
