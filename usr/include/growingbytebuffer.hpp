@@ -57,7 +57,6 @@ class OXR_EXPORT GrowingByteBuffer : public WritableBitstreamBuffer {
 
  private:
   KelBlock<char> makeRoom(int offset, int size, const char* function);
-  void require(bool holds, const char* function) const;
 
   KelBlock<char> data_;  // null without capacity
   int length_ = 0;

@@ -21,6 +21,15 @@ void put(char* target, const char* bytes, int length) {
   if (length > 0) std::memmove(target, bytes, static_cast<std::size_t>(length));
 }
 
+[[noreturn, gnu::cold, gnu::noinline]] void raiseInvalidArgument(const char* function) {
+  raise<KelConversionException>(untracedSite(nullptr, function, kSourcePath), failures::kInternalError,
+                                failures::kInternalError.text, std::string("Invalid argument for ") + function);
+}
+void require(bool holds, const char* function) {
+  if (!holds) [[unlikely]]
+    raiseInvalidArgument(function);
+}
+
 }  // namespace
 
 GrowingByteBuffer::GrowingByteBuffer(int capacity) {
@@ -53,12 +62,6 @@ bool GrowingByteBuffer::offsetAvailable(int offset) const {
   return offset >= 0 && offset < length_;
 }
 
-void GrowingByteBuffer::require(bool holds, const char* function) const {
-  if (!holds)
-    raise<KelConversionException>(untracedSite(nullptr, function, kSourcePath), failures::kInternalError,
-                                  failures::kInternalError.text, std::string("Invalid argument for ") + function);
-}
-
 // Makes room for `size` bytes at `offset`, both not negative. The result is the block that was outgrown, if any: bytes
 // to be written may lie in it.
 KelBlock<char> GrowingByteBuffer::makeRoom(int offset, int size, const char* function) {
@@ -77,7 +80,7 @@ KelBlock<char> GrowingByteBuffer::makeRoom(int offset, int size, const char* fun
 }
 
 void GrowingByteBuffer::setLength(int length) {
-  constexpr char kFunction[] = "GrowingByteBuffer::setLength";
+  constexpr const char* kFunction = "GrowingByteBuffer::setLength";
   require(length >= 0, kFunction);
   makeRoom(0, length, kFunction);
   if (length > length_) std::fill(data_.get() + length_, data_.get() + length, '\0');
@@ -85,7 +88,7 @@ void GrowingByteBuffer::setLength(int length) {
 }
 
 void GrowingByteBuffer::appendBytes(const char* bytes, int length) {
-  constexpr char kFunction[] = "GrowingByteBuffer::appendBytes";
+  constexpr const char* kFunction = "GrowingByteBuffer::appendBytes";
   require(length >= 0, kFunction);
   const KelBlock<char> outgrown = makeRoom(length_, length, kFunction);
   put(data_.get() + length_, bytes, length);
@@ -100,7 +103,7 @@ void GrowingByteBuffer::insertBytesAt(const char* bytes, int length, int offset)
 }
 
 void GrowingByteBuffer::writeBytesAt(const char* bytes, int length, int offset) {
-  constexpr char kFunction[] = "GrowingByteBuffer::writeBytesAt";
+  constexpr const char* kFunction = "GrowingByteBuffer::writeBytesAt";
   require(length >= 0 && offset >= 0, kFunction);
   const KelBlock<char> outgrown = makeRoom(offset, length, kFunction);
   if (offset > length_) std::fill(data_.get() + length_, data_.get() + offset, '\0');
@@ -109,7 +112,7 @@ void GrowingByteBuffer::writeBytesAt(const char* bytes, int length, int offset) 
 }
 
 char* GrowingByteBuffer::reserveForAppend(int size) {
-  constexpr char kFunction[] = "GrowingByteBuffer::reserveForAppend";
+  constexpr const char* kFunction = "GrowingByteBuffer::reserveForAppend";
   require(size >= 0, kFunction);
   if (size > capacity_ - length_) [[unlikely]]
     makeRoom(length_, size, kFunction);
