@@ -17,14 +17,14 @@ class OXR_EXPORT BitstreamBuffer {
   BitstreamBuffer& operator=(const BitstreamBuffer&) = delete;
   virtual ~BitstreamBuffer();
 
-  // The byte at `offset`, with those behind it up to the end. Null when there is no data. No other bound is tested:
-  // ask offsetAvailable() first.
+  // The byte at `offset`, with those behind it up to the end. Null when there is no data. Bounds need not be
+  // tested: ask offsetAvailable() first.
   virtual const char* getData(int offset) const = 0;
   // The same; `*remaining` becomes the number of bytes from `offset` to the end.
   virtual const char* getData(int* remaining, int offset) const = 0;
   virtual int getLength() const = 0;
-  // The host buffer over the same bytes, on which a window can be set. It stays this object's, valid as long as this
-  // object.
+  // The host buffer over the same bytes, on which a window can be set. Not the caller's: each class tells how long it
+  // lasts.
   virtual KelBuffer* getBuffer() const = 0;
   // Whether there is a byte at `offset`.
   virtual bool offsetAvailable(int offset) const = 0;

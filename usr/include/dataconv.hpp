@@ -212,6 +212,7 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   // eSignTrailingSeparate no sign may stand in front. Empty text passes.
   void validateDecimal(const KelWstring& text, ESign sign);
   // The last word on a text without its sign: digits (ICU's), one ".", one exponent letter, a sign only behind that.
+  // With `pointRequired` a point must be there; empty text passes only without.
   bool isDecimalValid(const KelWstring& text, bool pointRequired);
   // Moves the point `places` to the left (below 0: to the right): "123" by 2 is "1.23", by -2 "12300", by 4 "0.0123". A
   // point at the end goes, one in front gets a digit; 0 places change nothing. Callers take a sign off first: it would

@@ -59,11 +59,16 @@ void requireConverted(const Trace& trace, UErrorCode status, const char* text) {
     raise<KelConversionException>(trace.site(), failures::kInternalError, text, static_cast<int>(status));
 }
 
+// ICU itself would read and write through a null pointer.
+bool isRange(const void* begin, int count) {
+  return count == 0 || (count > 0 && begin != nullptr);
+}
+
 // Whole conversions; the result is the number of units, or bytes, written. After an error the converter starts anew: a
 // later text must not begin with what found no room in this one.
 int decode(UConverter* converter, unsigned short* target, int room, const char* source, int length,
            UErrorCode& status) {
-  if (U_SUCCESS(status) && (room < 0 || length < 0)) status = U_ILLEGAL_ARGUMENT_ERROR;
+  if (U_SUCCESS(status) && !(isRange(target, room) && isRange(source, length))) status = U_ILLEGAL_ARGUMENT_ERROR;
   if (U_FAILURE(status)) return 0;
   char16_t* const begin = toIcu(target);
   char16_t* end = begin;
@@ -74,7 +79,7 @@ int decode(UConverter* converter, unsigned short* target, int room, const char* 
 
 int encode(UConverter* converter, char* target, int room, const unsigned short* source, int length,
            UErrorCode& status) {
-  if (U_SUCCESS(status) && (room < 0 || length < 0)) status = U_ILLEGAL_ARGUMENT_ERROR;
+  if (U_SUCCESS(status) && !(isRange(target, room) && isRange(source, length))) status = U_ILLEGAL_ARGUMENT_ERROR;
   if (U_FAILURE(status)) return 0;
   const char16_t* from = toIcu(source);
   char* end = target;
