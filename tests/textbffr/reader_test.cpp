@@ -116,6 +116,13 @@ TEST(TextBufferReader, ReadsUpToTheTerminator) {
       EXPECT_EQ(rest, part + text);
     }
   }
+  for (unsigned in = 0; in < 4; ++in) {  // more bytes for a character than any has
+    std::string shifts(in, '\xC1');
+    for (int i = 0; i < 1500; ++i)
+      shifts += "\x0E\x45\x41\x0F";
+    const Message message(shifts + '\0');
+    EXPECT_EQ(ScriptedReader(message, kShifted).run("s-1").size(), in + 3 * 1500 + 5);
+  }
 }
 
 TEST(TextBufferReader, ReadsAndMovesAsScripted) {
@@ -141,7 +148,10 @@ TEST(TextBufferReader, ReadsAndMovesAsScripted) {
       {943, "8820 62", "c c", "\x1A/1@1  /1@2"},
       {kShifted, "0F0E0F0E 4541 0F", "c c", "一/6@6 false/1@7"},
       {kShifted, "0E0F0E0F 0E45", "c", "false/6@6"},
+      {kShifted, "0E0F0E0F0E0F0E0F0E0F0E0F0E0F0E0F0E0F0E0F0E0F0E0F 0E4541 0F", "C c s1", "一/27@0 一/27@27 false@27"},
       {1204, "FFFE 4100", "c", "A/4@4"},
+      {1204, "FEFF D834 DD1E 0062", "c s1", "{d834}/6@6 b@8"},
+      {1204, "D9D9 D9D9 0062", "c", "\uFFFD/2@2"},
       // Steps over characters, from where the reader stands or from the start.
       {1208, "786162", "o1 m0 m-3 m2 m1", "true@1 false@1 false@1 true@3 false@3"},
       {1208, "786162", "o1 m99 o2 o2147483647 o0 o-1", "true@1 true@3 true@2 true@3 false@0 false@0"},
@@ -161,10 +171,10 @@ TEST(TextBufferReader, ReadsAndMovesAsScripted) {
       {kShifted, "0E45410F 0E45420F", "v2 s2", "5502:11@0 一二@7"},  // longer than twice the longest
       // Half a character, the other half first in what comes next, unless that is a character.
       {1200, "0061 D834 DD1E 0062 0063", "v2 s2 S1 s2 o2 c", "5502:11@0 a{d834}@6 {dd1e}@6 {dd1e}b@8 true@6 b/2@8"},
-      {1208, "F09D849E 62", "s1 S1 S2 c@4", "{d834}@4 {dd1e}@4 false@4 b/1@5"},
+      {1208, "F09D849E 6263", "s1 S1 S3 c@4 s1", "{d834}@4 {dd1e}@4 false@4 b/1@5 c@6"},
       // The state of the current offset stays with it, whatever is read elsewhere, looked at or refused in between.
-      {kShifted, "C1 0E4541 4542 4543 0F C2 0E45", "s2 C V1@9 S1 R9,10 S1 s9 v2@10 s-1 s2 c",
-       "A一@4 二/2@4 B@4 二@4 B@4 二@4 false@4 5502:11@4 5502:11@4 二三@8 B/2@10"},
+      {kShifted, "C1 0E4541 4542 4543 0F C2 0E45", "s2 C V1@9 S1 C@9 S1 R9,10 S1 s9 v2@10 s-1 s2 c",
+       "A一@4 二/2@4 B@4 二@4 B/1@4 二@4 B@4 二@4 false@4 5502:11@4 5502:11@4 二三@8 B/2@10"},
       {kShifted, "0E4541 4542 0F", "r0,3 c", "一@3 \uFF65/1@4"},  // a range is a text of its own
       {kShifted, "0E4541 4542 0F", "s1 g3,5", "一@3 \uFF65\uFF62@5"},
       // Ranges.

@@ -137,6 +137,7 @@ class OXR_EXPORT TextBufferReader {
   void readTerminated(const oxr::FailureSite& site, KelWstring& target, int start, bool moveOffset);
 
   bool hasStates;          // text in the code page may be in a state that its next bytes depend on
+  bool isUtf8;             // a byte below 0x80 is a character, whatever stands in front of it
   bool stateHeld = false;  // the converter stands at currentOffset and may not be in its initial state
 };
 

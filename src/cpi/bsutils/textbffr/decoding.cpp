@@ -37,6 +37,7 @@ Decoded decode(CPUnicodeConverter& converter, const char* source, const char* en
 
 Decoded decodeOnward(KelBufferPointer& window, CPUnicodeConverter& converter, int start,
                      std::span<unsigned short> target, int maxBytes) {
+  window.extendLength(kCharacterSlack, true);
   Decoded run;
   for (;;) {
     const bool last = showsEnd(window);

@@ -74,7 +74,8 @@ TextBufferReader::TextBufferReader(const BitstreamBuffer* source, int codePage, 
       converter(shared == nullptr ? ownConverter.get() : shared),
       minBytes(converter->getMinBytesPerChar()),
       maxBytes(converter->getMaxBytesPerChar()),
-      hasStates(mayHoldStates(converter->getType())) {}
+      hasStates(mayHoldStates(converter->getType())),
+      isUtf8(converter->getType() == UCNV_UTF8) {}
 
 TextBufferReader::~TextBufferReader() = default;
 
@@ -140,10 +141,16 @@ inline bool TextBufferReader::readCharacter(unsigned short& target, bool moveOff
   return character.bytes > 0 && isComplete(character.status) && character.units > 0;
 }
 
-// One character through ICU; nothing where there is no byte, else `target` is 0 when there is no character. The other
-// half of a character above U+FFFF is thrown away, and so is one that was left at `start`.
+// One character of any code page; nothing where there is no byte, else `target` is 0 when there is no character. The
+// other half of a character above U+FFFF is thrown away, and so is one that was left at `start`.
 [[gnu::noinline]] Decoded TextBufferReader::decodeCharacter(unsigned short& target, int start, bool moveOffset) {
   if (!pointer->moveOffsetWindow(start, maxBytes, true)) return {};
+  const unsigned byte = static_cast<unsigned char>(*pointer->getOffsetPointer(start));
+  if (isUtf8 && byte < 0x80) {
+    target = static_cast<unsigned short>(byte);
+    stateHeld = stateHeld && !moveOffset;
+    return {1, 1, U_ZERO_ERROR};
+  }
   const bool continues = start == currentOffset;
   const ConverterState kept(*converter, stateHeld && !moveOffset);
   beginAt(start);

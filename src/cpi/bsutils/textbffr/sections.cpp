@@ -145,6 +145,7 @@ void TextBufferReader::readTerminated(const FailureSite& site, KelWstring& targe
     raise<KelConversionException>(site, failures::kTextBufferTooShort, failures::kTextBufferTooShort.text, dump(),
                                   start, ">= 1");
   pointer->setLength(maxBytes * kChunkUnits, true);
+  pointer->extendLength(kCharacterSlack, true);
   ConverterState kept(*converter, stateHeld);
   beginAt(start);
   std::array<unsigned short, kChunkUnits> units;
