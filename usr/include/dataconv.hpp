@@ -294,10 +294,12 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
 
  private:
   PWFData readPackedTraced(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
-  void refusePacked(const oxr::core::PackedField& field, ESign sign, const unsigned char* source);
+  [[gnu::visibility("hidden")]] void refusePacked(const oxr::core::PackedField& field, ESign sign,
+                                                  const unsigned char* source);
   void writePackedTraced(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint,
                          ESign sign);
-  void packNumber(const oxr::core::IntegerDigits& number, unsigned char* target, int size, ESign sign);
+  [[gnu::visibility("hidden")]] void packNumber(const oxr::core::IntegerDigits& number, unsigned char* target, int size,
+                                                ESign sign);
   bool integerText(const unsigned short* text, int places, KelWstring& digits);
   bool externalDigits(const oxr::FailureSite& site, KelWstring& text, const unsigned char* source, int size, ESign sign,
                       bool customSign, const unsigned short* positiveSignTable,
