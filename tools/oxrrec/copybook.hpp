@@ -36,12 +36,9 @@ struct CopybookOptions {
 //         |                                 ^
 class CopybookError : public std::runtime_error {
  public:
-  CopybookError(std::string text, std::string file, std::uint32_t line, std::uint32_t column, std::string message)
-      : std::runtime_error(std::move(text)),
-        file_(std::move(file)),
-        line_(line),
-        column_(column),
-        message_(std::move(message)) {}
+  CopybookError(const std::string& text, std::string file, std::uint32_t line, std::uint32_t column,
+                std::string message)
+      : std::runtime_error(text), file_(std::move(file)), line_(line), column_(column), message_(std::move(message)) {}
 
   const std::string& file() const { return file_; }
   // From 1. Tabs are counted up to their stop. Both are 0 if the fault is not in one place.
