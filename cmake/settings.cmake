@@ -28,7 +28,7 @@ if(OXR_FUZZ)
 elseif(OXR_SANITIZE)
   # Instrumented code leads gcc to see unset variables in the standard library's own headers.
   add_compile_options(-fsanitize=${OXR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
-                      -Wno-maybe-uninitialized)
+                      $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(-fsanitize=${OXR_SANITIZE})
 else()
   # A shared library that leans on a symbol nobody gives it fails here, not at the user's. Sanitizers of clang

@@ -42,7 +42,7 @@ std::string fieldPath(const Layout& layout, ItemIndex item, std::span<const Open
     const Item& entry = layout.items[at];
     if (entry.isFiller() && entry.isGroup() && !entry.occurs.isArray) continue;
     const std::string part = pathPart(entry, at, arrays);
-    path = path.empty() ? part : part + '.' + path;
+    path.insert(0, path.empty() ? part : part + '.');
   }
   return path;
 }
@@ -52,7 +52,8 @@ std::string faultText(const KelException& failure) {
   char separator = ':';
   for (const std::string& insert : failure.inserts()) {
     text += separator;
-    text += ' ' + insert;
+    text += ' ';
+    text += insert;
     separator = ';';
   }
   return onOneLine(text);
