@@ -1,0 +1,81 @@
+// What the path of a field takes from the heap. The whole test program counts its allocations here.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+
+#include "dataconv.hpp"
+#include "support/converter.hpp"
+#include "support/text.hpp"
+
+namespace {
+
+thread_local unsigned allocations = 0;
+
+void* counted(std::size_t size) {
+  ++allocations;
+  if (void* const block = std::malloc(size != 0 ? size : 1)) return block;
+  throw std::bad_alloc();
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  return counted(size);
+}
+void* operator new[](std::size_t size) {
+  return counted(size);
+}
+void operator delete(void* block) noexcept {
+  std::free(block);
+}
+void operator delete[](void* block) noexcept {
+  std::free(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+  std::free(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+  std::free(block);
+}
+
+namespace oxr::test {
+namespace {
+
+// Of the second call: the first one may fill caches.
+template <class F>
+unsigned allocationsOf(F call) {
+  call();
+  const unsigned before = allocations;
+  call();
+  return allocations - before;
+}
+
+TEST(Allocations, FieldsOfShortTextMakeNone) {
+  DataCnv converter = converterFor(37);
+  const unsigned char packed[] = {0x12, 0x34, 0x56, 0x78, 0x90, 0x12, 0x34, 0x5D};
+  unsigned char target[8];
+  const unsigned char zoned[] = {0xF0, 0xF1, 0xF2, 0xF3, 0xF4, 0xF5, 0xF6, 0xF7, 0xF8, 0xD9};
+  const KelWstring text = u"-1234567.89"_k;
+  for (const int size : {1, 3, 8})
+    EXPECT_EQ(allocationsOf([&] { converter.PckdDecToDec(packed + 8 - size, size, 0, eSignTrailingIncluded); }), 0u);
+  EXPECT_EQ(allocationsOf([&] { converter.PckdDecFromDec(text.characters(), target, 8, 2, eSignTrailingIncluded); }),
+            0u);
+  EXPECT_EQ(allocationsOf([&] {
+              converter.ExtDecToDec(zoned, 10, 2, eSignTrailingIncluded, eJustifyRight, '0', true, false, nullptr,
+                                    nullptr);
+            }),
+            0u);
+  EXPECT_EQ(allocationsOf([&] { converter.RawCharsToPWFData(reinterpret_cast<const char*>(zoned), 10); }), 0u);
+  EXPECT_EQ(allocationsOf([&] { converter.IntToInt64(packed, 8, eSignLeadingIncluded); }), 0u);
+}
+
+TEST(Allocations, LongTextMakesItsOneBlock) {
+  DataCnv converter = converterFor(37);
+  const unsigned char packed[16] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x1C};
+  EXPECT_EQ(allocationsOf([&] { converter.PckdDecToDec(packed, 16, 0, eSignNone); }), 1u);
+}
+
+}  // namespace
+}  // namespace oxr::test
