@@ -242,7 +242,7 @@ const FaultCase kFaultCases[] = {
 };
 
 // "*" in an expectation stands for any text.
-std::string asPattern(std::string text) {
+std::string asPattern(std::string_view text) {
   std::string pattern = "^";
   for (const char c : text) {
     if (std::strchr(".()[]{}+?^$|\\", c) != nullptr) pattern += '\\';

@@ -11,7 +11,7 @@
 namespace oxr::rec::test {
 namespace {
 
-using oxr::test::operator""_k;
+using oxr::test::k;
 using Units = std::basic_string<unsigned short>;
 
 // The values as an array, so that the comma between them shows too.
@@ -142,7 +142,7 @@ TEST(JsonHandler, WritesNestedElements) {
     json.endElement(b, kNone);
   }
   json.endElement(b, kNone);
-  json.startElement(u"D"_k.characters(), kFieldElement, kNone, -1, -1);  // not among the names
+  json.startElement(k("D").characters(), kFieldElement, kNone, -1, -1);  // not among the names
   json.endElement(nullptr, kNone);
   json.endElement(a, kNone);
   json.startElement(c, kArrayElement, kNone, -1, -1);
@@ -150,7 +150,7 @@ TEST(JsonHandler, WritesNestedElements) {
   json.endElement(c, kNone);
   json.startElement(c, kGroupElement, kNone, 1, -1);
   json.startElement(b, kFieldElement, kNone, -1, -1);
-  json.data(PWFData(u"x \t  "_k), kNone, -1, -1);
+  json.data(PWFData(k("x \t  ")), kNone, -1, -1);
   json.endElement(b, kNone);
   json.endElement(c, kNone);
   json.endElement(c, kNone);

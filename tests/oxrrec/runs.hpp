@@ -74,12 +74,13 @@ inline Outcome runProgram(const std::string& arguments, std::string_view input =
   for (std::string word; stream >> word;)
     words.push_back(word);
   std::vector<const char*> pointers;
+  pointers.reserve(words.size());
   for (const std::string& word : words)
     pointers.push_back(word.c_str());
   const auto scratch = [] { return std::unique_ptr<std::FILE, int (*)(std::FILE*)>(std::tmpfile(), std::fclose); };
   const auto in = scratch();
   const auto out = scratch();
-  std::fwrite(input.data(), 1, input.size(), in.get());
+  if (!input.empty()) std::fwrite(input.data(), 1, input.size(), in.get());
   std::rewind(in.get());
   std::ostringstream messages;
   Outcome outcome;

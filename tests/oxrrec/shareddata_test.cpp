@@ -42,7 +42,7 @@ std::string tidyText(const std::string& text) {
 
 // A number without superfluous zeros; other text tidied.
 std::string comparable(const rapidjson::Value& value) {
-  const std::string text(value.GetString(), value.GetStringLength());
+  std::string text(value.GetString(), value.GetStringLength());
   if (text.empty() || text.find_first_not_of("0123456789.-") != std::string::npos) return tidyText(text);
   if (text.find('.') == std::string::npos) return text;
   const std::string digits = text.substr(0, text.find_last_not_of('0') + 1);
@@ -65,7 +65,7 @@ std::string difference(const rapidjson::Value& expected, const rapidjson::Value&
       std::replace(dashed.begin(), dashed.end(), '_', '-');
       if (found == given.MemberEnd()) found = given.FindMember(dashed.c_str());
       if (found == given.MemberEnd()) return path + '.' + name + " is missing";
-      const std::string inner = difference(member.value, found->value, path + '.' + name);
+      std::string inner = difference(member.value, found->value, path + '.' + name);
       if (!inner.empty()) return inner;
     }
     return {};
@@ -73,7 +73,7 @@ std::string difference(const rapidjson::Value& expected, const rapidjson::Value&
   if (expected.IsArray() && given.IsArray()) {
     if (expected.Size() != given.Size()) return path + " has " + std::to_string(given.Size()) + " elements";
     for (rapidjson::SizeType i = 0; i < expected.Size(); ++i) {
-      const std::string inner = difference(expected[i], given[i], path + '(' + std::to_string(i + 1) + ')');
+      std::string inner = difference(expected[i], given[i], path + '(' + std::to_string(i + 1) + ')');
       if (!inner.empty()) return inner;
     }
     return {};

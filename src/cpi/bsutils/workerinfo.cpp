@@ -21,7 +21,7 @@ void WorkerInfo::setProperty(int, int) {}
 
 void WorkerInfo::setProperty(int, const PWFData&) {}
 
-MapWorkerInfo::MapWorkerInfo(const MapWorkerInfo& source) : WorkerInfo() {
+MapWorkerInfo::MapWorkerInfo(const MapWorkerInfo& source) : WorkerInfo(source) {
   // Not virtual: while the object is being made, its own class is the one that counts.
   for (const auto& [key, value] : source.properties)
     MapWorkerInfo::setProperty(key, value);
