@@ -172,6 +172,19 @@ TEST(TextBufferWriter, WritesStraightIntoTheMessageAndOverIt) {
     EXPECT_EQ(Writer(c.ccsid).run(c.script), c.expected) << c.script;
 }
 
+TEST(TextBufferWriter, TakesNullForEmptyTextOnly) {
+  Writer writer(37);
+  const Raised refused = conversionFailure(5502, {"error converting from unicode", "1"});
+  for (const int length : {0, 1}) {
+    const Raised expected = length == 0 ? Raised() : refused;
+    EXPECT_EQ(raisedBy([&] { writer.appendStr(nullptr, length); }), expected);
+    EXPECT_EQ(raisedBy([&] { writer.writeStr(nullptr, length, 0); }), expected);
+    EXPECT_EQ(raisedBy([&] { writer.queueStr(nullptr, length); }), expected);
+  }
+  writer.appendStr(nullptr);
+  EXPECT_EQ(writer.getLength(), 0);
+}
+
 TEST(TextBufferWriter, QueuesTextUpToItsCapacity) {
   const auto callsOf = [](int ccsid, const std::string& script) {
     Writer writer(ccsid);
@@ -245,7 +258,7 @@ TEST(TextBufferWriter, CopiesStretchesOfAReader) {
     Writer writer(std::stoi(c[2]), EEndian{std::stoi(c[3])});
     const Raised raised = raisedBy([&] { writer.appendBuf(&reader, std::stoi(c[5]), std::stoi(c[6])); });
     EXPECT_EQ(raised.kind.empty() ? toHex(writer.bytes()) : '!' + raised.inserts.back(), c[7]);
-    EXPECT_TRUE(c[7] != "" || writer.calls.empty());
+    EXPECT_TRUE(!c[7].empty() || writer.calls.empty());
   }
 }
 

@@ -27,7 +27,7 @@ class TextBufferReader;
 //
 // The failures are KelConversionException, internal error 0xC000157E (OXR5502) with the inserts given below. After one,
 // nothing of the operation is in the message, but the queue may be. "error converting from unicode" comes with ICU's
-// status: 1 for a negative length, 15 for too little room.
+// status: 1 for a negative length or null text, 15 for too little room.
 //
 // An object serves one thread at a time.
 //
@@ -48,7 +48,7 @@ class OXR_EXPORT TextBufferWriter {
   // The CCSID.
   int getCodepage() const;
 
-  // Appends `length` units, or those up to the first zero. A mark is never left out.
+  // Appends `length` units, or those up to the first zero (none for null). A mark is never left out.
   void appendStr(const unsigned short* text, int length);
   void appendStr(const unsigned short* text);
   // The same, without a mark if marks are off and the message has bytes already. Writes past what is queued.
@@ -61,7 +61,7 @@ class OXR_EXPORT TextBufferWriter {
 
   // Adds text to the queue, which holds 1024 units: where they would become more, it is written first. A surrogate pair
   // that two calls bring stays a pair. A longer text waits too, and is written with the next.
-  // A negative length is refused as appendStr() does.
+  // A negative length or null is refused as appendStr() does.
   void queueStr(const unsigned short* text, int length);
   // Writes the queue, as appendStrAfterFlushed() does. It stays if that fails.
   void flush();

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "isrange.hpp"
 #include "kelalloc.hpp"
 #include "kelconverter.hpp"
 #include "raise.hpp"
@@ -57,11 +58,6 @@ void requireConverter(const Trace& trace, UErrorCode status, const Failure& fail
 void requireConverted(const Trace& trace, UErrorCode status, const char* text) {
   if (U_FAILURE(status))
     raise<KelConversionException>(trace.site(), failures::kInternalError, text, static_cast<int>(status));
-}
-
-// ICU itself would read and write through a null pointer.
-bool isRange(const void* begin, int count) {
-  return count == 0 || (count > 0 && begin != nullptr);
 }
 
 // Whole conversions; the result is the number of units, or bytes, written. After an error the converter starts anew: a

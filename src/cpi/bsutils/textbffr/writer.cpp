@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "core/growingrun.hpp"
+#include "isrange.hpp"
 #include "kelalloc.hpp"
 #include "raise.hpp"
 #include "scratch.hpp"
@@ -77,7 +78,7 @@ FailureSite siteOf(const char* function, int line = __builtin_LINE()) {
 template <class MakeSite>
 inline int convert(CPUnicodeConverter& page, char* target, int room, const unsigned short* source, int length,
                    MakeSite makeSite) {
-  if (room < 0 || length < 0) raiseConversionError(makeSite(), U_ILLEGAL_ARGUMENT_ERROR);
+  if (!isRange(target, room) || !isRange(source, length)) raiseConversionError(makeSite(), U_ILLEGAL_ARGUMENT_ERROR);
   char* end = target;
   UErrorCode status = U_ZERO_ERROR;
   page.fromUnicode(end, target + room, source, source + length, nullptr, true, status);
@@ -151,7 +152,7 @@ void TextBufferWriter::appendStr(const unsigned short* text, int length) {
 }
 
 void TextBufferWriter::appendStr(const unsigned short* text) {
-  appendStr(text, u_strlen(toIcu(text)));
+  appendStr(text, text != nullptr ? u_strlen(toIcu(text)) : 0);
 }
 
 void TextBufferWriter::appendStrAfterFlushed(const unsigned short* text, int length) {
@@ -171,7 +172,7 @@ void TextBufferWriter::writeStr(const unsigned short* text, int length, int offs
 
 void TextBufferWriter::queueStr(const unsigned short* text, int length) {
   const FunctionTrace trace(nullptr, "TextBufferWriter::queueStr", kTextBufferPath);
-  if (length < 0) raiseConversionError(trace.site(), U_ILLEGAL_ARGUMENT_ERROR);
+  if (!isRange(text, length)) raiseConversionError(trace.site(), U_ILLEGAL_ARGUMENT_ERROR);
   if (length == 0) return;
   if (std::int64_t{pending.length()} + length > pendingCapacity) flushPending(U16_IS_TRAIL(text[0]));
   pending.appendInternal(text, static_cast<unsigned>(length), 0);
