@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "kelwstring.hpp"
+
 namespace oxr::rec {
 
 namespace {
@@ -117,9 +119,9 @@ char* writeDigits(UnitView digits, char* to, char** point) {
 
 JsonKey::JsonKey(UnitView name) {
   // A copy with a terminator, for the look behind the end.
-  const std::basic_string<unsigned short> copy(name);
+  const KelWstring copy(name);
   rapidjson::StringBuffer out;
-  JsonLine(out).text(copy);
+  JsonLine(out).text(copy.view());
   text_ = ',' + std::string(out.GetString(), out.GetSize()) + ':';
   size_ = text_.size();
   text_.append(kBlock + 1, ' ');
