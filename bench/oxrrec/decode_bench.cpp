@@ -40,7 +40,7 @@ void BM_DecodeToJsonLines(benchmark::State& state) {
   std::fflush(input.get());
   DecodeOptions options;
   options.copybook = sample("customers.cob");
-  options.input = "-";
+  options.input = std::string("-");
   options.output = "/dev/null";
   options.records = kSettings;
   std::ostringstream messages;

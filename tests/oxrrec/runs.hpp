@@ -101,7 +101,7 @@ inline Outcome decodeBytes(std::string_view copybook, std::string_view bytes, co
   Outcome outcome = runProgram(
       "decode --format free --copybook " + path + (hasCcsid ? " " : " --ccsid 37 ") + arguments + " -", bytes);
   for (std::size_t at; (at = outcome.messages.find(path)) != std::string::npos;)
-    outcome.messages.replace(at, path.size(), "c");
+    outcome.messages.replace(at, path.size(), 1, 'c');
   return outcome;
 }
 
