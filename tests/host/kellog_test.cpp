@@ -28,9 +28,11 @@ using Texts = std::vector<std::string>;
 template <class Write>
 std::vector<LogRecord> recordsOf(Write write) {
   const auto sink = std::make_shared<RecordingLogSink>();
-  const ScopedLogSink scope(sink);
-  write();
-  return sink->records();
+  {
+    const ScopedLogSink scope(sink);
+    write();
+  }
+  return sink->records();  // not before other threads have let go of the sink
 }
 
 // A record in one line: kind, function, handle, file:line, message number, source, inserts.
