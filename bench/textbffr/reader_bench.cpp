@@ -79,7 +79,7 @@ void sections(benchmark::State& state) {
   TextBufferReader reader(&message, static_cast<int>(state.range(0)), eEndianUnset, nullptr);
   KelWstring text;
   for (auto _ : state) {
-    text.resizeForOverwrite(0);
+    text.eraseInternal(0, KelWstring::npos);
     reader.getPWFStringSection(text, count, false, 0);
     benchmark::DoNotOptimize(text.characters());
   }

@@ -133,7 +133,7 @@ class OXR_EXPORT TextBufferReader {
   bool readCharacter(unsigned short& target, bool moveOffset, int* bytesConsumed, int start);
   oxr::core::Decoded decodeCharacter(unsigned short& target, int start, bool moveOffset);
   bool skip(int count);
-  PWFData rangeText(const char* source, int length) const;
+  PWFData shownText() const;
   void readTerminated(const oxr::FailureSite& site, KelWstring& target, int start, bool moveOffset);
 
   bool hasStates;          // text in the code page may be in a state that its next bytes depend on

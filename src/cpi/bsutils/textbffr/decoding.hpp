@@ -3,6 +3,7 @@
 #include <span>
 
 #include "core/growingrun.hpp"
+#include "core/singlebyte.hpp"
 #include "cpunicodeconverter.hpp"
 #include "kelbuffer.hpp"
 
@@ -34,6 +35,14 @@ void restart(CPUnicodeConverter& converter);
 
 // Throws away the units for which the last conversion had no room. Shift states stay.
 void dropHeldUnits(CPUnicodeConverter& converter);
+
+// What the window shows in a single-byte code page: a unit for each byte to `units`.
+inline void decodeShownBytes(const KelBufferPointer& window, const core::SingleByteTable& table,
+                             unsigned short* units) {
+  const char* const source = window.getOffsetPointer(window.windowOffset());
+  core::decodeSingleBytes(
+      {reinterpret_cast<const unsigned char*>(source), static_cast<std::size_t>(window.windowLength())}, table, units);
+}
 
 // Whether the window ends where the data does.
 inline bool showsEnd(const KelBufferPointer& window) {

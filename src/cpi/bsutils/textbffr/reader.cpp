@@ -206,10 +206,14 @@ bool TextBufferReader::getPWFString(KelWstring& target, int startOffset, int end
   const std::int64_t length = std::int64_t{endOffset} - startOffset;
   if (length <= 0) return length == 0;
   if (!pointer->moveOffsetWindow(startOffset, toLength(length), false)) return false;
-  int units = toLength(2 * length);
-  Scratch<unsigned short, 256> work(static_cast<std::size_t>(units));
-  toUnicode(work.data(), &units, pointer->getOffsetPointer(startOffset), toLength(length));
-  target.appendInternal(work.data(), static_cast<unsigned>(units), 0);
+  if (const core::SingleByteTable* const table = SingleBytePage::tableOf(*converter)) {
+    decodeShownBytes(*pointer, *table, target.appendForOverwrite(static_cast<unsigned>(length)));
+  } else {
+    int units = toLength(2 * length);
+    Scratch<unsigned short, 256> work(static_cast<std::size_t>(units));
+    toUnicode(work.data(), &units, pointer->getOffsetPointer(startOffset), toLength(length));
+    target.appendInternal(work.data(), static_cast<unsigned>(units), 0);
+  }
   if (moveOffset) leaveAt(endOffset);
   return true;
 }
@@ -224,20 +228,20 @@ PWFData TextBufferReader::getString(int startOffset, int endOffset, bool moveOff
   if (!pointer->moveOffsetWindow(startOffset, length, false))
     raise<KelConversionException>(trace.site(), failures::kTextBufferTooShort, failures::kTextBufferTooShort.text,
                                   dump(), startOffset, endOffset);
-  PWFData text = rangeText(pointer->getOffsetPointer(startOffset), length);
+  PWFData text = shownText();
   if (moveOffset) leaveAt(endOffset);
   return text;
 }
 
-PWFData TextBufferReader::rangeText(const char* source, int length) const {
-  if (SingleBytePage::tableOf(*converter) != nullptr)
-    return TextValue::make(STRING, static_cast<std::uint64_t>(length), [&](unsigned short* units) {
-      int room = length;
-      toUnicode(units, &room, source, length);
-    });
+// All that the window shows, as a text of its own.
+PWFData TextBufferReader::shownText() const {
+  const int length = pointer->windowLength();
+  if (const core::SingleByteTable* const table = SingleBytePage::tableOf(*converter))
+    return TextValue::make(STRING, static_cast<std::uint64_t>(length),
+                           [&](unsigned short* units) { decodeShownBytes(*pointer, *table, units); });
   int units = toLength(std::int64_t{2} * length);
   Scratch<unsigned short, 256> work(static_cast<std::size_t>(units));
-  toUnicode(work.data(), &units, source, length);
+  toUnicode(work.data(), &units, pointer->getOffsetPointer(pointer->windowOffset()), length);
   return PWFData(work.data(), units);
 }
 

@@ -87,6 +87,11 @@ bool TextBufferReader::getPWFStringSection(KelWstring& target, int charCount, bo
   }
   const int bytes = toLength(std::int64_t{minBytes} * charCount);
   if (!pointer->moveOffsetWindow(start, bytes, false)) return false;
+  if (const core::SingleByteTable* const table = SingleBytePage::tableOf(*converter)) {
+    decodeShownBytes(*pointer, *table, target.appendForOverwrite(static_cast<unsigned>(charCount)));
+    if (moveOffset) leaveAt(start + charCount);
+    return true;
+  }
   ConverterState kept(*converter, stateHeld);
   beginAt(start);
   Scratch<unsigned short, 256> work(static_cast<std::size_t>(charCount));
@@ -120,6 +125,12 @@ bool TextBufferReader::getStringSection(PWFData& target, int charCount, bool mov
     return true;
   }
   pointer->setLength(toLength(std::int64_t{maxBytes} * charCount), true);
+  if (SingleBytePage::tableOf(*converter) != nullptr) {
+    if (pointer->windowLength() != charCount) return false;
+    target = shownText();
+    if (moveOffset) leaveAt(start + charCount);
+    return true;
+  }
   // A count far beyond what is there must not ask for memory without need.
   const std::int64_t most = kMostUnitsPerByte * pointer->windowLength() + kMostHeldUnits;
   const int room = toLength(std::min<std::int64_t>(charCount, most));
