@@ -189,6 +189,14 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
                       EJustification justification, int padChar, bool padCharIsUnicode, bool customSign,
                       const unsigned short* positiveSignTable, const unsigned short* negativeSignTable);
 
+  // ---- Numbers to strings
+
+  // The plain text of a number, in place of what `out` holds. A double's is the shortest that reads back as the same
+  // double, with the point in any case: "1500.", or, `exponential`, "1.5E+3". Negative zero keeps its "-". Infinity is
+  // "INF", a NaN "NaN".
+  void Int64ToUString(long value, KelWstring& out);
+  void doubleToUString(double value, KelWstring& out, bool exponential);
+
   // ---- Services: the code page and the formatter
 
   // The object's converter, made on first use for `ccsid` and `integerEndian`. Never null; stays the object's. A code
@@ -298,6 +306,7 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
                                                   const unsigned char* source);
   void writePackedTraced(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint,
                          ESign sign);
+  unsigned packedSign(bool negative, ESign sign);
   [[gnu::visibility("hidden")]] void packNumber(const oxr::core::IntegerDigits& number, unsigned char* target, int size,
                                                 ESign sign);
   bool integerText(const unsigned short* text, int places, KelWstring& digits);
@@ -308,6 +317,7 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
                         ESign sign, EJustification justification, unsigned short padChar, bool padCharIsUnicode,
                         bool customSign, const unsigned short* positiveSignTable,
                         const unsigned short* negativeSignTable);
+  void formatDouble(const icu::DecimalFormat& formatter, double value, KelWstring& out, bool exponential);
   unsigned short checkedPadUnit(unsigned short padChar, const oxr::FailureSite& site);
   unsigned short uncheckedPadUnit(unsigned short padChar);
 
@@ -315,6 +325,7 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   static std::atomic<icu::DecimalFormat*> _global_decFormatter;  // made once, never deleted
   static icu::UnicodeString _exponentSymbol;                     // filled together with the shared formatter
   static icu::UnicodeString _otherCaseExponentSymbol;            // the same in the other case
+  static bool _symbolsAreAscii;  // the formatter's digits, signs and exponent are "0" to "9", "-", "+", "E"; as above
 
   objectHeader header{"QVDC", 32, 320};
   int ccsid;
@@ -332,6 +343,7 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   std::unique_ptr<CPUnicodeConverter> converter;  // made on first use
   KelMutex decFormatterMutex;                     // guards the making of decFormatter
   std::unique_ptr<icu::DecimalFormat> decFormatter;
+  std::unique_ptr<icu::DecimalFormat> notations[2];  // of doubles as text: plain, exponential; made on first need
   bool strictNumericChecking;
   EMessageStandard messageStandard;
   int ebcdicState = -1;  // of IsCcsidEBCDIC: -1 not known, 0 no, 1 yes

@@ -2,6 +2,8 @@
 #include <unicode/decimfmt.h>
 #include <unicode/numfmt.h>
 
+#include <algorithm>
+#include <iterator>
 #include <new>
 
 #include "datacnv/sourcepath.hpp"
@@ -18,6 +20,7 @@ KelMutex DataCnv::_global_decFormatterWriteMutex;
 std::atomic<icu::DecimalFormat*> DataCnv::_global_decFormatter = nullptr;
 icu::UnicodeString DataCnv::_exponentSymbol;
 icu::UnicodeString DataCnv::_otherCaseExponentSymbol;
+bool DataCnv::_symbolsAreAscii = false;
 
 namespace {
 
@@ -35,10 +38,31 @@ std::unique_ptr<icu::DecimalFormat> makeFormatter(UErrorCode& status) {
   icu::DecimalFormatSymbols symbols(*formatter->getDecimalFormatSymbols());
   symbols.setSymbol(icu::DecimalFormatSymbols::kDecimalSeparatorSymbol, u'.', true);
   symbols.setSymbol(icu::DecimalFormatSymbols::kGroupingSeparatorSymbol, u',', true);
+  // What is no number is the same text for all locales, too: Format.LocalesChangeNothing.
+  symbols.setSymbol(icu::DecimalFormatSymbols::kInfinitySymbol, icu::UnicodeString(u"INF"), false);
+  symbols.setSymbol(icu::DecimalFormatSymbols::kNaNSymbol, icu::UnicodeString(u"NaN"), false);
   formatter->setDecimalFormatSymbols(symbols);
   formatter->setRoundingIncrement(0.0);
   formatter->setDecimalSeparatorAlwaysShown(true);
   return formatter;
+}
+
+// Whether numbers can be read and written without ICU. Some locales have digits, a minus (U+2212) or an exponent
+// symbol of their own.
+bool hasAsciiSymbols(const icu::DecimalFormatSymbols& symbols) {
+  using Symbols = icu::DecimalFormatSymbols;
+  constexpr struct {
+    Symbols::ENumberFormatSymbol symbol;
+    char16_t text;
+  } kPresumed[] = {
+      {Symbols::kZeroDigitSymbol, u'0'},  {Symbols::kOneDigitSymbol, u'1'},   {Symbols::kTwoDigitSymbol, u'2'},
+      {Symbols::kThreeDigitSymbol, u'3'}, {Symbols::kFourDigitSymbol, u'4'},  {Symbols::kFiveDigitSymbol, u'5'},
+      {Symbols::kSixDigitSymbol, u'6'},   {Symbols::kSevenDigitSymbol, u'7'}, {Symbols::kEightDigitSymbol, u'8'},
+      {Symbols::kNineDigitSymbol, u'9'},  {Symbols::kMinusSignSymbol, u'-'},  {Symbols::kPlusSignSymbol, u'+'},
+      {Symbols::kExponentialSymbol, u'E'}};
+  return std::all_of(std::begin(kPresumed), std::end(kPresumed), [&](const auto& presumed) {
+    return symbols.getConstSymbol(presumed.symbol) == icu::UnicodeString(presumed.text);
+  });
 }
 
 // "e" of "E" and "E" of "e"; a symbol without case stays. Not by the locale's rules: the text parsed knows no locale.
@@ -109,6 +133,7 @@ icu::DecimalFormat* DataCnv::getDecimalFormatter() {
                                        failures::kDecimalFormatter.text, static_cast<int>(status));
       _exponentSymbol = made->getDecimalFormatSymbols()->getConstSymbol(icu::DecimalFormatSymbols::kExponentialSymbol);
       _otherCaseExponentSymbol = otherCase(_exponentSymbol);
+      _symbolsAreAscii = hasAsciiSymbols(*made->getDecimalFormatSymbols());
       shared = made.release();
       // Last, and with release: who sees the formatter sees the symbols, and never one half set up.
       _global_decFormatter.store(shared, std::memory_order_release);

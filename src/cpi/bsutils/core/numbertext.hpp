@@ -1,0 +1,75 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+// Integers and doubles as text, written in place: the length is known before the first unit is.
+namespace oxr::core {
+
+// The decimal digits of an integer, with "-" where it is negative.
+//
+// Example:
+//   const IntegerText number(-12);
+//   number.write(text.resizeForOverwrite(number.length()));  // "-12"
+class IntegerText {
+ public:
+  // The magnitude is unsigned, so that the least value has one.
+  explicit constexpr IntegerText(std::int64_t value)
+      : magnitude_(value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value)),
+        length_(digitCount(magnitude_) + (value < 0)),
+        negative_(value < 0) {}
+
+  std::uint32_t length() const { return length_; }
+  void write(unsigned short* out) const;
+
+  static constexpr std::uint32_t digitCount(std::uint64_t value);
+
+ private:
+  std::uint64_t magnitude_;
+  std::uint32_t length_;
+  bool negative_;
+};
+
+inline constexpr auto kPowersOfTen = [] {
+  std::array<std::uint64_t, 20> powers{1};
+  for (std::size_t i = 1; i < powers.size(); ++i)
+    powers[i] = powers[i - 1] * 10;
+  return powers;
+}();
+
+// 1233 / 4096 is log10(2) from above, near enough for 64 bits: the guess is the count or one more than it.
+constexpr std::uint32_t IntegerText::digitCount(std::uint64_t value) {
+  const auto bits = static_cast<std::uint32_t>(64 - __builtin_clzll(value | 1));
+  const std::uint32_t guess = bits * 1233 >> 12;
+  return guess + (value >= kPowersOfTen[guess]) + (value == 0);
+}
+static_assert(IntegerText::digitCount(0) == 1 && IntegerText::digitCount(9) == 1 && IntegerText::digitCount(10) == 2);
+static_assert(IntegerText::digitCount(~0ull) == 20);
+
+// The shortest digits that read back as the same finite double, laid out in either notation. The point is always there:
+//
+//   value      plain       exponential
+//   1500       1500.       1.5E+3
+//   -0.025     -0.025      -2.5E-2
+//   0          0.          0.E+0
+//
+// REQUIRES: the double is finite.
+class DoubleText {
+ public:
+  explicit DoubleText(double value);
+
+  std::uint32_t plainLength() const;
+  void writePlain(unsigned short* out) const;
+  std::uint32_t exponentialLength() const;
+  void writeExponential(unsigned short* out) const;
+
+ private:
+  static constexpr std::uint32_t kMaxDigits = 17;
+
+  char digits_[kMaxDigits];
+  std::uint32_t count_ = 0;    // of digits, at least 1; no zeros behind the last one
+  std::int32_t exponent_ = 0;  // of the first digit
+  bool negative_;
+};
+
+}  // namespace oxr::core
