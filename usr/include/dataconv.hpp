@@ -18,6 +18,10 @@ U_NAMESPACE_BEGIN
 class DecimalFormat;
 U_NAMESPACE_END
 
+namespace oxr {
+struct IntegerKind;
+struct TextField;
+}  // namespace oxr
 namespace oxr::core {
 struct IntegerDigits;
 class PackedField;
@@ -122,6 +126,56 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   PWFInt32 IntToInt32(const unsigned char* source, int size, ESign sign);
   PWFUInt64 UIntToUInt64(const unsigned char* source, int size);
 
+  // ---- Binary integers: written, and with a decimal scale
+
+  // Writes the integer into a field of 1, 2, 4 or (IntFromInt64 only) 8 bytes, in the byte order `integerEndian`.
+  // Signed for eSignLeadingIncluded only. Internal error: null target, then another size. Too long: a value that the
+  // field cannot hold, with the inserts "Overflow converting a PWFInt64 to PWFInt8" (the types as they are), "integer",
+  // "1-byte integer" (for UIntFromUInt32 "1-byte unsigned integer"), `size`, the value. `size` stays as it is.
+  void IntFromInt64(PWFInt64 value, unsigned char* target, int size, ESign sign);
+  void IntFromInt32(PWFInt32 value, unsigned char* target, int size, ESign sign);
+  void UIntFromUInt32(PWFUInt32 value, unsigned char* target, int& size);
+  // Writes `value` times 10 to the `virtualDecimalPoint`, multiplied (or divided) one power at a time, the fraction
+  // cut. Signed for every ESign but eSignNone. Internal error: null target, then a size other than 1, 2, 4 and 8. Out
+  // of bounds, the fraction still there: 126.9 goes into a signed byte, 127.9 and a NaN do not. 2^63 into a signed and
+  // 2^64 into an unsigned field of 8 bytes, the bounds as doubles, become the largest integer.
+  void IntFromDbl(double value, unsigned char* target, int size, ESign sign, int virtualDecimalPoint);
+  // Writes a canonical decimal (zero-terminated) times 10 to the `virtualDecimalPoint`, the fraction cut, as a signed
+  // integer. Internal error: null text, null target, then a size of 0 or less. Fails as UStringToInt64 for text that is
+  // no number and beyond 64 bits, and then as IntFromInt64.
+  void IntFromDec(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint);
+  // Reads a signed integer as DECIMAL, `virtualDecimalPoint` of its digits behind the point (below 0: zeros appended).
+  // A minus counts as a position when the point is placed, as in PckdDecToDec: -5 with 1 place gives "-.5". Internal
+  // error: null source, then a size of 0 or less; then as IntToInt64.
+  PWFData IntToDec(const unsigned char* source, int size, int virtualDecimalPoint);
+  // Reads an integer, signed for eSignLeadingIncluded only, and divides (below 0: multiplies) it by 10,
+  // `virtualDecimalPoint` times. Unsigned values reach up to 2^64. Fails as IntToDec.
+  double IntToDbl(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
+
+  // ---- Floats of 4 or 8 bytes, in the format `floatFormat`
+  //
+  // A hexadecimal float has a sign, 7 bits of exponent (a power of 16, excess 64) and a fraction of 24 or 56 bits below
+  // 1: 0x41100000 is 1.0. It has no infinity and no NaN. Nothing is refused for its value: what does not fit is clamped
+  // to the largest number, or to a zero of its sign.
+
+  // Internal error: null, then a size of 0 or less, then another size than 4 and 8. A double is rounded to a float
+  // first where 4 bytes are written; beyond a float's range that is an infinity.
+  double FltToDbl(const unsigned char* source, int size);
+  void FltFromDbl(double value, unsigned char* target, int size);
+  // The same as DECIMAL, the point moved by `virtualDecimalPoint` as adjustDecimalForString does to the text of
+  // doubleToUString: 15.0 without a scale is "15.", with one place "1.5". A text is read by PWFStringTodouble.
+  PWFData FltToDec(const unsigned char* source, int size, int virtualDecimalPoint);
+  void FltFromDec(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint);
+  // Between the bit patterns of the formats (HFP: hexadecimal). What a pointer calls a float or double is 4 or 8 bytes
+  // of either, in this machine's order; `target` may be `source`. `order` is that of the two 32-bit words of a double:
+  // the high one first for exactly eEndianBig, else the low one. Bits without a place are dropped; an IEEE infinity,
+  // NaN or denormal is read as an ordinary number with a hidden bit; a hexadecimal fraction of 0 under an exponent
+  // counts as a 1 just above the fraction. Never fails.
+  static void ConvertFloatHFPtoIEEE(float* source, float* target);
+  static void ConvertDoubleHFPtoIEEE(double* source, double* target, EEndian order);
+  static void ConvertFloatIEEEtoHFP(float* source, float* target);
+  static void ConvertDoubleIEEEtoHFP(double* source, double* target, EEndian order);
+
   // ---- Packed decimals: two digits a byte, most significant first, the sign in the last half byte
 
   unsigned char LeftNibble(unsigned char byte) { return byte >> 4; }
@@ -196,6 +250,101 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   // "INF", a NaN "NaN".
   void Int64ToUString(long value, KelWstring& out);
   void doubleToUString(double value, KelWstring& out, bool exponential);
+
+  // ---- Numbers from text
+  //
+  // A field is `length` units with the settings of its message. `trim`, `justification`, `padChar`, `padCharIsUnicode`:
+  // see TrimData, but of a pad in the code page the low byte counts, unchecked. `sign`, `minusText`, `plusText`: see
+  // CheckSign. `decimalPoint`: the message's point, zero-terminated like the sign texts, found as UpdateDecimal finds
+  // it. `precision`: how the places are defined, see adjustPrecisionForString; with `useVirtualDecimalPoint` no point
+  // is written and so many of the digits stand behind it.
+  //
+  // Internal error, in this order: null text; then, behind a length below 0 (invalid data "Tried to convert a zero
+  // length string to ..."), a null sign text, a null decimal point, an included sign (which StrToInt32 alone takes).
+  // Invalid data: a text that is no number. What a field's settings refuse quotes the whole field as it came.
+  //
+  // With `strictNumericChecking` decimals and doubles must come as their settings declare them. 0xC00015AE to
+  // 0xC00015B6 (OXR5550 to OXR5558) tell what is amiss: nothing but padding, another decimal point than the message's,
+  // no digit in front of the point, no point with precision -2, a point at the end with any other, an exponent where
+  // none belongs, none where precision -3 asks for one (doubles), another number of places than `precision` (a further
+  // insert), a point in spite of a virtual one.
+
+  // An integer, 0 for a field of padding. Out of bounds, with "4-byte integer" or "8-byte integer", by text: one digit
+  // more than the limit has is too many, also where it is a zero. Digits are ICU's, but only "0" to "9" give their
+  // value.
+  PWFInt32 StrToInt32(const unsigned short* text, int length, ESign sign, const unsigned short* minusText,
+                      const unsigned short* plusText, ETrimType trim, EJustification justification,
+                      unsigned short padChar, bool padCharIsUnicode);
+  PWFInt64 StrToInt64(const unsigned short* text, int length, ESign sign, const unsigned short* minusText,
+                      const unsigned short* plusText, ETrimType trim, EJustification justification,
+                      unsigned short padChar, bool padCharIsUnicode);
+  // A decimal with every digit it came with, but for zeros in front; an exponent stays. Empty for a length of 0.
+  //
+  // Example:
+  //   StrToDecimal(u"0012,50CR", 9, false, 2, u",", eSignTrailingSeparate, u"CR", u"", eTrimNone, ...);  // "-12.50"
+  KelWstring StrToDecimal(const unsigned short* text, int length, bool useVirtualDecimalPoint, int precision,
+                          const unsigned short* decimalPoint, ESign sign, const unsigned short* minusText,
+                          const unsigned short* plusText, ETrimType trim, EJustification justification,
+                          unsigned short padChar, bool padCharIsUnicode);
+  // A double, 0 for a field of padding. The exponent may have the message's sign texts. "-0" is negative zero.
+  double StrToDbl(const unsigned short* text, int length, bool useVirtualDecimalPoint, int precision,
+                  const unsigned short* decimalPoint, ESign sign, const unsigned short* minusText,
+                  const unsigned short* plusText, ETrimType trim, EJustification justification, unsigned short padChar,
+                  bool padCharIsUnicode);
+  // All that strtod takes in the C locale, whatever the process's locale is: white space in front, hexadecimal, the
+  // words for infinity. 0 for an empty text.
+  double StrToDbl(const unsigned short* text, int length);
+  // Digits "0" to "9" with an optional sign in front; 0 where there are none. Zeros in front cost nothing here.
+  PWFInt64 UStringToInt64(const KelWstring& digits);
+  // Canonical text as far as ICU reads it: "1.5x" is 1.5. Invalid data where no number begins, but 0 for a point alone.
+  double PWFStringTodouble(const KelWstring& text);
+  // `length` bytes of text in the code page as DECIMAL: "-1234" with a `scale` of 2 is "-12.34"; see
+  // adjustDecimalForString and validateDecimal. An empty field is toUnicodeString's internal error.
+  PWFData StrToDec(const unsigned char* bytes, int& length, int scale);
+  // StrToDecimal as DECIMAL; the short form is for canonical text with zeros behind it as padding.
+  PWFData StrToDec(const unsigned short* text, int length, bool useVirtualDecimalPoint, int precision,
+                   const unsigned short* decimalPoint, ESign sign, const unsigned short* minusText,
+                   const unsigned short* plusText, ETrimType trim, EJustification justification, unsigned short padChar,
+                   bool padCharIsUnicode);
+  PWFData StrToDec(const unsigned short* text, int& length, ETrimType trim);
+
+  // ---- Transaction-log fields: half bytes, the high one of a byte first, without a sign behind the digits
+
+  // Common to all: `endian` is of the field alone, eEndianLittle for one that is stored last byte first, anything else
+  // for the normal order. Readers put their text in front of what `target` holds, which is meant to be empty. Of a null
+  // source they make an empty text, of a `size` of 0 or below too. Writers give `target` back and write nothing to a
+  // null one; with eEndianLittle the field becomes its first half and that half's mirror image, since SwapEnds goes
+  // over it in place, which raises its failure for a field of no bytes.
+
+  // The half bytes of a field, one a byte, 2 * size of them; the caller deletes them as an array. Null for null.
+  unsigned char* getUnpackedBuffer(const unsigned char* source, int size, EEndian endian);
+  // A hexadecimal digit a half byte: 0x12AF is "12AF".
+  void TLOGPckdStrToStr(const unsigned char* source, KelWstring& target, int size, EEndian endian);
+  PWFData TLOGPckdStrToStr(const unsigned char* source, int size, EEndian endian);  // as STRING
+  // The same, and with eTrimPadding and a `padChar` of 0 to 15 the padding comes off with TrimData, the pad being the
+  // ASCII code of the half byte's digit as a value in the code page. Nothing comes off with `padCharIsUnicode`.
+  void TLOGFLPckdStrToStr(const unsigned char* source, KelWstring& target, int size, EEndian endian, ETrimType trimType,
+                          EJustification justification, unsigned short padChar, bool padCharIsUnicode);
+  // Digits, leading zeros too: 0x1234 is "1234". In front may stand 0xD for a minus, 0xF as a filler, or both: 0xD123
+  // and 0xFD12 are negative. A field of no digits gives "" or "-". Invalid data, "TLOG packed decimal", a dump of the
+  // field: any other half byte, and those in any other place.
+  void TLOGPckdDecToDec(const unsigned char* source, KelWstring& target, int size, EEndian endian);
+  PWFData TLOGPckdDecToDec(const unsigned char* source, int size, EEndian endian);  // as DECIMAL
+  // The same, and with eTrimPadding and a pad that is not Unicode the bytes that hold the low half of `padChar` twice
+  // come off first: at the end of memory for eJustifyLeft, at its start for eJustifyRight, whatever `endian` says.
+  void TLOGFLPckdDecToDec(const unsigned char* source, KelWstring& target, int size, EEndian endian, ETrimType trimType,
+                          EJustification justification, unsigned short padChar, bool padCharIsUnicode);
+  // Writes a DECIMAL: an optional sign and digits, leading zeros dropped. `fixed`: zeros fill the field in front, and
+  // 0xD stands before the digits of a negative value; else `size` is to be what the digits need, and 0xF stands in
+  // front of a positive odd count, 0xFD of a negative even one. `written`: the bytes, once all is well.
+  // A value with a "+" or leading zeros in the text may come out a byte short in the fixed form, without its last
+  // digits. Out of bounds, "Decimal", "TLOG Packed Decimal", the text: the field is too small for the sign or the first
+  // digit. Invalid data, "decimal", the text: a character that is no digit, or none left while there is room.
+  unsigned char* TLOGPWFDataToPckdDecimal(const PWFData& value, unsigned char* target, int size, EEndian endian,
+                                          bool fixed, int& written);
+  // Writes a STRING, two characters a byte as the code page has them. "A" to "F" and "a" to "f" by their ASCII codes
+  // are 10 to 15, of any other character the low four bits count. Missing characters are 0, further ones are dropped.
+  unsigned char* TLOGPWFDataToPckdStr(const PWFData& value, unsigned char* target, int size, EEndian endian);
 
   // ---- Services: the code page and the formatter
 
@@ -310,6 +459,7 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   [[gnu::visibility("hidden")]] void packNumber(const oxr::core::IntegerDigits& number, unsigned char* target, int size,
                                                 ESign sign);
   bool integerText(const unsigned short* text, int places, KelWstring& digits);
+  void traceUnpacking(const unsigned char* source, int size, EEndian endian);
   bool externalDigits(const oxr::FailureSite& site, KelWstring& text, const unsigned char* source, int size, ESign sign,
                       bool customSign, const unsigned short* positiveSignTable,
                       const unsigned short* negativeSignTable);
@@ -318,6 +468,10 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
                         bool customSign, const unsigned short* positiveSignTable,
                         const unsigned short* negativeSignTable);
   void formatDouble(const icu::DecimalFormat& formatter, double value, KelWstring& out, bool exponential);
+  [[gnu::visibility("hidden")]] PWFUInt64 integerFrom(const oxr::FailureSite& site, const oxr::IntegerKind& kind,
+                                                      const oxr::TextField& field);
+  double parsedDouble(const oxr::FailureSite& site, const KelWstring& text);
+  double systemDouble(const oxr::FailureSite& site, const unsigned short* text, int length);
   unsigned short checkedPadUnit(unsigned short padChar, const oxr::FailureSite& site);
   unsigned short uncheckedPadUnit(unsigned short padChar);
 
@@ -340,8 +494,9 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   const unsigned short* dateTimeText;
   char positivePackedSign;
   int firstWeekOfYear;
-  std::unique_ptr<CPUnicodeConverter> converter;  // made on first use
-  KelMutex decFormatterMutex;                     // guards the making of decFormatter
+  std::unique_ptr<CPUnicodeConverter> converter;       // made on first use
+  std::unique_ptr<CPUnicodeConverter> localConverter;  // UTF-8, made on first use
+  KelMutex decFormatterMutex;                          // guards the making of decFormatter
   std::unique_ptr<icu::DecimalFormat> decFormatter;
   std::unique_ptr<icu::DecimalFormat> notations[2];  // of doubles as text: plain, exponential; made on first need
   bool strictNumericChecking;

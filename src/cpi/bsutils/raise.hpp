@@ -26,6 +26,12 @@ template <class Exception, class... Inserts>
   exception.throwThis();
 }
 
+// An internal error of the usual form: its own text first, then the detail.
+template <class Detail>
+[[noreturn, gnu::cold, gnu::noinline]] void raiseInternalError(const FailureSite& site, const Detail& detail) {
+  raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text, detail);
+}
+
 // A detail text that ends in a number is one insert: numbered("Invalid integer size: ", 3).
 inline std::string numbered(const char* words, long number) {
   return words + std::to_string(number);

@@ -56,4 +56,21 @@ inline std::uint64_t loadInteger(const unsigned char* bytes, int size, bool litt
   }
 }
 
+// The low bits of `value` as an integer of `size` bytes, isIntegerSize(size).
+inline void storeInteger(unsigned char* bytes, std::uint64_t value, int size, bool little) {
+  switch (size) {
+    case 1:
+      *bytes = static_cast<unsigned char>(value);
+      break;
+    case 2:
+      storeBytes(bytes, static_cast<std::uint16_t>(value), little);
+      break;
+    case 4:
+      storeBytes(bytes, static_cast<std::uint32_t>(value), little);
+      break;
+    default:
+      storeBytes(bytes, value, little);
+  }
+}
+
 }  // namespace oxr::core

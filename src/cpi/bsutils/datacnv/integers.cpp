@@ -1,19 +1,17 @@
+#include <cstdint>
 #include <type_traits>
 
 #include "core/byteorder.hpp"
+#include "core/scaling.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
 #include "raise.hpp"
+#include "textvalue.hpp"
 #include "trace.hpp"
 
 using namespace oxr;
 
 namespace {
-
-template <class... Details>
-[[noreturn]] void raiseInternal(const FailureSite& site, const Details&... details) {
-  raise<KelConversionException>(site, failures::kInternalError, details...);
-}
 
 // What the three readings of an integer differ in.
 struct Reading {
@@ -58,9 +56,8 @@ template <class T>
                                           const unsigned char* bytes, int size, EEndian order, ESign sign) {
   const Field field{bytes, size, order, sign};
   const FunctionTrace trace(source, reading.function, kDataCnvPath);
-  if (field.bytes == nullptr) raiseInternal(trace.site(), failures::kInternalError.text, reading.nullText);
-  if (!field.fits<T>())
-    raiseInternal(trace.site(), failures::kInternalError.text, numbered("Invalid integer size: ", field.size));
+  if (field.bytes == nullptr) raiseInternalError(trace.site(), reading.nullText);
+  if (!field.fits<T>()) raiseInternalError(trace.site(), numbered("Invalid integer size: ", field.size));
   const T value = field.value<T>();
   if constexpr (std::is_signed_v<T>) {
     if (field.overflows(value))
@@ -85,12 +82,13 @@ T read(const KelLogSource* source, const Reading& reading, Field field) {
 
 void DataCnv::SwapEnds(unsigned char* target, const unsigned char* source, int length) {
   // These failures go without the usual first insert: SwapEnds.RefusesInOrderWithoutTheUsualFirstInsert.
-  const auto site = [](int line = __builtin_LINE()) {
-    return untracedSite(nullptr, "DataCnv::SwapEnds", kDataCnvHeaderPath, line);
+  const auto refuse = [](const auto& detail, int line = __builtin_LINE()) {
+    raise<KelConversionException>(untracedSite(nullptr, "DataCnv::SwapEnds", kDataCnvHeaderPath, line),
+                                  failures::kInternalError, detail);
   };
-  if (source == nullptr) raiseInternal(site(), "Null input pointer");
-  if (target == nullptr) raiseInternal(site(), "Null output buffer pointer");
-  if (length <= 0) raiseInternal(site(), numbered("Invalid input length: ", length));
+  if (source == nullptr) refuse("Null input pointer");
+  if (target == nullptr) refuse("Null output buffer pointer");
+  if (length <= 0) refuse(numbered("Invalid input length: ", length));
   // Forward and without a temporary, also where the two overlap: SwapEnds.MirrorsABufferThatIsSourceAndTarget.
   unsigned char* out = target + length;
   for (int i = 0; i < length; ++i)
@@ -107,4 +105,26 @@ PWFInt32 DataCnv::IntToInt32(const unsigned char* source, int size, ESign sign) 
 
 PWFUInt64 DataCnv::UIntToUInt64(const unsigned char* source, int size) {
   return read<PWFUInt64>(this, kUInt64, {source, size, integerEndian, eSignNone});
+}
+
+PWFData DataCnv::IntToDec(const unsigned char* source, int size, int virtualDecimalPoint) {
+  const FunctionTrace trace(this, "DataCnv::IntToDec", kDataCnvPath);
+  if (source == nullptr) raiseInternalError(trace.site(), "Null input pointer");
+  if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid input size: ", size));
+  const PWFInt64 number = IntToInt64(source, size, eSignLeadingIncluded);
+  PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});
+  KelWstring& text = TextValue::text(value);
+  Int64ToUString(number, text);
+  // The minus counts as a position when the point is placed: Integers.ReadWithAScale.
+  adjustDecimalForString(text, virtualDecimalPoint);
+  return value;
+}
+
+double DataCnv::IntToDbl(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
+  const FunctionTrace trace(this, "DataCnv::IntToDbl", kDataCnvPath);
+  if (source == nullptr) raiseInternalError(trace.site(), "Null input pointer");
+  if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid input size: ", size));
+  const double number = sign == eSignLeadingIncluded ? static_cast<double>(IntToInt64(source, size, sign))
+                                                     : static_cast<double>(UIntToUInt64(source, size));
+  return core::scaledByTens(number, -std::int64_t{virtualDecimalPoint});
 }
