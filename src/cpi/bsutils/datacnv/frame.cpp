@@ -54,6 +54,7 @@ DataCnv::DataCnv(int codePage, EEndian endianOfIntegers, EEndian endianOfPacked,
 DataCnv::~DataCnv() {
   const FunctionTrace trace(this, "DataCnv::~DataCnv", kDataCnvPath);
   converter.reset();
+  localConverter.reset();
   if (decFormatter != nullptr) {
     trace.fact("Deleting decFormatter");
     decFormatter.reset();
