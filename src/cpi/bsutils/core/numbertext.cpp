@@ -1,6 +1,7 @@
 #include "core/numbertext.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -20,8 +21,32 @@ constexpr std::array<UnitPair, 100> kPairs = [] {
   return pairs;
 }();
 
-unsigned short* put(unsigned short* out, const char* digits, std::uint32_t count) {
-  return std::copy_n(digits, count, out);
+// Those that a double holds exactly.
+constexpr auto kExactPowers = [] {
+  std::array<double, 23> powers{1.0};
+  for (std::size_t i = 1; i < powers.size(); ++i)
+    powers[i] = powers[i - 1] * 10;
+  return powers;
+}();
+static_assert(kExactPowers[22] == 1e22);
+
+std::int32_t binaryExponent(double magnitude) {
+  return static_cast<std::int32_t>(std::bit_cast<std::uint64_t>(magnitude) >> 52) - 1023;
+}
+
+template <std::uint32_t kZeros>
+void dropZeros(std::uint64_t& number) {
+  constexpr std::uint64_t kPower = kPowersOfTen[kZeros];  // a constant: division by it is a multiplication
+  if (number % kPower == 0) number /= kPower;
+}
+
+// Takes the zeros off the end of a number of 1 to 16 digits.
+std::uint64_t withoutTrailingZeros(std::uint64_t number) {
+  dropZeros<8>(number);
+  dropZeros<4>(number);
+  dropZeros<2>(number);
+  dropZeros<1>(number);
+  return number;
 }
 
 std::uint32_t exponentDigits(std::uint32_t exponent) {
@@ -46,17 +71,49 @@ void IntegerText::write(unsigned short* out) const {
 }
 
 DoubleText::DoubleText(double value) : negative_(std::signbit(value)) {
+  const double magnitude = std::abs(value);
+  if (!takeShort(magnitude)) takeAny(magnitude);
+}
+
+// Numbers of up to 15 digits, of usual size: no two of them are the same double, so that one that reads back as the
+// double is its shortest text. Scaled to 15 digits before the point, such a number is off by less than a quarter after
+// the multiplication; and the division, of two exact numbers, is what reading does.
+bool DoubleText::takeShort(double magnitude) {
+  constexpr double kLimit = 1e15;
+  if (magnitude == 0) {
+    digits_[count_++] = kZero;
+    return true;
+  }
+  if (magnitude < 1e-7 || magnitude >= kLimit) return false;
+  std::int32_t places = 14 - (binaryExponent(magnitude) * 1233 >> 12);  // or one more than fits; 22 at most
+  double scaled = magnitude * kExactPowers[static_cast<std::size_t>(places)];
+  if (scaled >= kLimit) scaled = magnitude * kExactPowers[static_cast<std::size_t>(--places)];
+  const auto number = static_cast<std::int64_t>(scaled + 0.5);
+  if (static_cast<double>(number) / kExactPowers[static_cast<std::size_t>(places)] != magnitude) return false;
+  exponent_ = static_cast<std::int32_t>(IntegerText::digitCount(static_cast<std::uint64_t>(number))) - 1 - places;
+  const IntegerText digits(static_cast<std::int64_t>(withoutTrailingZeros(static_cast<std::uint64_t>(number))));
+  count_ = digits.length();
+  digits.write(digits_);
+  return true;
+}
+
+void DoubleText::takeAny(double magnitude) {
   char text[32];  // "d.ddddddddddddddddE-ddd", and room to spare
-  const char* const end = std::to_chars(text, text + sizeof text, std::abs(value), std::chars_format::scientific).ptr;
-  digits_[count_++] = text[0];
+  const char* const end = std::to_chars(text, text + sizeof text, magnitude, std::chars_format::scientific).ptr;
+  digits_[count_++] = static_cast<unsigned char>(text[0]);
   const char* in = text + 1;
   if (*in == '.')
     while (*++in != 'e')
-      digits_[count_++] = *in;
-  const bool isSmall = *++in == '-';  // in front of the exponent there is always a sign
+      digits_[count_++] = static_cast<unsigned char>(*in);
+  const bool isSmall = *++in == '-';  // there is always a sign
   while (++in != end)
     exponent_ = exponent_ * 10 + (*in - '0');
   if (isSmall) exponent_ = -exponent_;
+}
+
+bool DoubleText::isNines() const {
+  constexpr std::uint32_t kNines = 15;
+  return count_ >= kNines && std::all_of(digits_, digits_ + kNines, [](unsigned short digit) { return digit == '9'; });
 }
 
 std::uint32_t DoubleText::plainLength() const {
@@ -70,14 +127,14 @@ void DoubleText::writePlain(unsigned short* out) const {
   if (exponent_ < 0) {
     *out++ = kZero;
     *out++ = '.';
-    put(std::fill_n(out, -exponent_ - 1, kZero), digits_, count_);
+    std::copy_n(digits_, count_, std::fill_n(out, -exponent_ - 1, kZero));
     return;
   }
   const auto whole = static_cast<std::uint32_t>(exponent_) + 1;
   const std::uint32_t front = std::min(whole, count_);
-  out = std::fill_n(put(out, digits_, front), whole - front, kZero);
+  out = std::fill_n(std::copy_n(digits_, front, out), whole - front, kZero);
   *out++ = '.';
-  put(out, digits_ + front, count_ - front);
+  std::copy_n(digits_ + front, count_ - front, out);
 }
 
 std::uint32_t DoubleText::exponentialLength() const {
@@ -86,9 +143,9 @@ std::uint32_t DoubleText::exponentialLength() const {
 
 void DoubleText::writeExponential(unsigned short* out) const {
   if (negative_) *out++ = '-';
-  *out++ = static_cast<unsigned short>(digits_[0]);
+  *out++ = digits_[0];
   *out++ = '.';
-  out = put(out, digits_ + 1, count_ - 1);
+  out = std::copy_n(digits_ + 1, count_ - 1, out);
   *out++ = 'E';
   *out++ = exponent_ < 0 ? '-' : '+';
   auto rest = static_cast<std::uint32_t>(std::abs(exponent_));

@@ -52,10 +52,9 @@ static_assert(IntegerText::digitCount(~0ull) == 20);
 //   1500       1500.       1.5E+3
 //   -0.025     -0.025      -2.5E-2
 //   0          0.          0.E+0
-//
-// REQUIRES: the double is finite.
 class DoubleText {
  public:
+  // REQUIRES: the value is finite.
   explicit DoubleText(double value);
 
   std::uint32_t plainLength() const;
@@ -63,10 +62,16 @@ class DoubleText {
   std::uint32_t exponentialLength() const;
   void writeExponential(unsigned short* out) const;
 
+  // Whether the number is the next thing to a power of ten, but less: fifteen nines or more.
+  bool isNines() const;
+
  private:
   static constexpr std::uint32_t kMaxDigits = 17;
 
-  char digits_[kMaxDigits];
+  bool takeShort(double magnitude);
+  void takeAny(double magnitude);
+
+  unsigned short digits_[kMaxDigits];
   std::uint32_t count_ = 0;    // of digits, at least 1; no zeros behind the last one
   std::int32_t exponent_ = 0;  // of the first digit
   bool negative_;

@@ -43,14 +43,16 @@ void DataCnv::doubleToUString(double value, KelWstring& out, bool exponential) {
     return;
   }
   const core::DoubleText number(value);
-  if (exponential)
-    number.writeExponential(out.resizeForOverwrite(number.exponentialLength()));
-  else
+  if (!exponential)
     number.writePlain(out.resizeForOverwrite(number.plainLength()));
+  else if (!number.isNines()) [[likely]]
+    number.writeExponential(out.resizeForOverwrite(number.exponentialLength()));
+  else  // "0.09999999999999999E+1" at times, which is ICU's to decide: Format.WritesDoublesAsTheFormatterDoes
+    formatDouble(*formatter, value, out, true);
 }
 
-// The formatter's own text, which the short way above gives unit by unit: Format.WritesDoublesAsTheFormatterDoes. A
-// clone a notation, since a switch from one to the other makes ICU build the formatter anew.
+// The formatter's own text. A clone a notation, since a switch from one to the other makes ICU build the formatter
+// anew.
 void DataCnv::formatDouble(const icu::DecimalFormat& formatter, double value, KelWstring& out, bool exponential) {
   std::unique_ptr<icu::DecimalFormat>& notation = notations[exponential ? 1 : 0];
   if (notation == nullptr) notation = makeNotation(formatter, exponential);
