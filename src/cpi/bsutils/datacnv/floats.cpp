@@ -118,6 +118,17 @@ PWFData DataCnv::FltToDec(const unsigned char* source, int size, int virtualDeci
   return value;
 }
 
+void DataCnv::FltFromDec(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint) {
+  const FunctionTrace trace(this, "DataCnv::FltFromDec", kDataCnvPath);
+  if (text == nullptr) raiseInternalError(trace.site(), "Null input pointer");
+  if (target == nullptr) raiseInternalError(trace.site(), "Null output buffer pointer");
+  if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid output buffer size: ", size));
+  KelBufferedWstring<16u> number;
+  number.insert(0, text);
+  adjustDecimalForString(number, -core::settledPlaces(virtualDecimalPoint, number.length()));
+  FltFromDbl(PWFStringTodouble(number), target, size);
+}
+
 void DataCnv::ConvertFloatHFPtoIEEE(float* source, float* target) {
   const std::uint32_t bits = core::ieeeFromHex(bitsOf<std::uint32_t>(source));
   std::memcpy(target, &bits, sizeof bits);

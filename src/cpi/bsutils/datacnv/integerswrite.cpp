@@ -147,3 +147,14 @@ void DataCnv::IntFromDbl(double value, unsigned char* target, int size, ESign si
                                   scaled);
   field.store(truncated(scaled, field.isSigned));
 }
+
+void DataCnv::IntFromDec(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint) {
+  const FunctionTrace trace(this, "DataCnv::IntFromDec", kDataCnvPath);
+  if (text == nullptr) raiseInternalError(trace.site(), "Null input pointer");
+  if (target == nullptr) raiseInternalError(trace.site(), "Null output buffer pointer");
+  if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid output buffer size: ", size));
+  KelBufferedWstring<16u> digits;
+  if (integerText(text, core::settledPlaces(virtualDecimalPoint, UnitView(text).size()), digits))
+    insertUnit(digits, 0, '-');
+  IntFromInt64(UStringToInt64(digits), target, size, eSignLeadingIncluded);
+}
