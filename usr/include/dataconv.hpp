@@ -20,6 +20,8 @@ U_NAMESPACE_END
 
 namespace oxr {
 struct IntegerKind;
+struct NumberField;
+struct NumberKind;
 struct TextField;
 }  // namespace oxr
 namespace oxr::core {
@@ -470,6 +472,11 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   void formatDouble(const icu::DecimalFormat& formatter, double value, KelWstring& out, bool exponential);
   [[gnu::visibility("hidden")]] PWFUInt64 integerFrom(const oxr::FailureSite& site, const oxr::IntegerKind& kind,
                                                       const oxr::TextField& field);
+  [[gnu::visibility("hidden")]] bool numberFrom(const oxr::FailureSite& site, const oxr::NumberKind& kind,
+                                                const oxr::NumberField& field, KelWstring& text);
+  [[gnu::visibility("hidden")]] void settlePoint(const oxr::FailureSite& site, const oxr::NumberKind& kind,
+                                                 const oxr::NumberField& field, KelWstring& text);
+  [[gnu::visibility("hidden")]] void decimalFrom(const oxr::NumberField& field, KelWstring& text);
   double parsedDouble(const oxr::FailureSite& site, const KelWstring& text);
   double systemDouble(const oxr::FailureSite& site, const unsigned short* text, int length);
   unsigned short checkedPadUnit(unsigned short padChar, const oxr::FailureSite& site);

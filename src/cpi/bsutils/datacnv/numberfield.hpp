@@ -16,8 +16,15 @@ struct TextField {
   unsigned short padChar;
   bool padCharIsUnicode;
 
-  // REQUIRES: the text isn't null, the length isn't below 0.
+  // As it came, for messages. REQUIRES: the text isn't null, the length isn't below 0.
   UnitView view() const { return {text, static_cast<unsigned>(length)}; }
+};
+
+// A field of a number that may have decimal places.
+struct NumberField : TextField {
+  bool useVirtualDecimalPoint;
+  int precision;
+  const unsigned short* decimalPoint;
 };
 
 }  // namespace oxr
