@@ -2,11 +2,8 @@
 #include <gtest/gtest.h>
 #include <unicode/dcfmtsym.h>
 #include <unicode/decimfmt.h>
-#include <unicode/locid.h>
 
 #include <barrier>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <set>
 #include <string>
@@ -18,6 +15,7 @@
 #include "support/converter.hpp"
 #include "support/failures.hpp"
 #include "support/hex.hpp"
+#include "support/newprocess.hpp"
 #include "support/rows.hpp"
 #include "support/text.hpp"
 #include "support/tracing.hpp"
@@ -90,38 +88,13 @@ TEST(ConverterServices, WriteTextIntoTheRoomThereIs) {
   EXPECT_TRUE(bytes[0] == 0xC1 && bytes[1] == 0xF0);
 }
 
-// The failed expectations of this test, which gtest keeps to itself in a process of a death test.
-int reportFailures() {
-  const ::testing::TestResult& result = *::testing::UnitTest::GetInstance()->current_test_info()->result();
-  for (int i = 0; i < result.total_part_count(); ++i)
-    if (result.GetTestPartResult(i).failed()) std::fputs(result.GetTestPartResult(i).message(), stderr);
-  return result.Failed() ? 1 : 0;
-}
-
-// One formatter serves the process, so what happens to the first call is looked at in a process of its own: `body` runs
-// in one, which fails where an expectation in it does.
-template <class F>
-void inANewProcess(F body) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(
-      {
-        body();
-        std::exit(reportFailures());
-      },
-      ::testing::ExitedWithCode(0), "");
-}
-
-void useLocale(const char* name) {
-  UErrorCode status = U_ZERO_ERROR;
-  icu::Locale::setDefault(icu::Locale(name), status);
-}
-
 std::string formatted(const icu::DecimalFormat& format, double value) {
   icu::UnicodeString text;
   std::string utf8;
   return format.format(value, text).toUTF8String(utf8);
 }
 
+// One formatter serves the process, so that the first call is what counts.
 TEST(DecimalFormatter, WritesAPointWhateverTheLocale) {
   inANewProcess([] {
     useLocale("de_DE");
