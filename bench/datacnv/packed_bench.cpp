@@ -52,11 +52,12 @@ BENCHMARK(packedPlainLoop)->Name("PckdDecToDec/plain loop")->Arg(3)->Arg(8)->Arg
 
 void packedRead(benchmark::State& state) {
   const int size = static_cast<int>(state.range(0));
+  const int scale = static_cast<int>(state.range(1));
   Field field = fieldOf(static_cast<std::size_t>(size));
   DataCnv cnv = converter();
   for (auto _ : state) {
     benchmark::DoNotOptimize(field);
-    PWFData value = cnv.PckdDecToDec(field.data(), size, static_cast<int>(state.range(1)), eSignLeadingIncluded);
+    PWFData value = cnv.PckdDecToDec(field.data(), size, scale, eSignLeadingIncluded);
     benchmark::DoNotOptimize(value);
   }
 }

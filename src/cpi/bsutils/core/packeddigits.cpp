@@ -16,7 +16,7 @@ bool PackedField::isGood(bool isSigned) const {
   std::uint32_t first = 0;
   for (; size_ - first > PackedWord::kMaxSize; first += PackedWord::kMaxSize)
     if (!word(first).isAllDigits()) return false;
-  return word(first).isAllDigitsButSign() && isGoodSign(sign(), isSigned);
+  return word(first).isAllDigitsButSign() && signFault(sign(), isSigned) == PackedFault::none;
 }
 
 void PackedField::writeDigits(unsigned short* out) const {

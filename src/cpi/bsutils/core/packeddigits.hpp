@@ -20,24 +20,16 @@ inline constexpr unsigned kPackedUnsigned = 0xF;        // written into unsigned
 
 enum class PackedFault { none, noSign, negativeUnsigned, badDigit };
 
+// The two half bytes that say negative.
+constexpr bool isNegativeSign(unsigned sign) {
+  return (0x2800u >> sign & 1) != 0;
+}
+static_assert(isNegativeSign(kPackedMinus) && isNegativeSign(kPackedAlternateMinus));
+
 // What is wrong with the sign of a field.
 constexpr PackedFault signFault(unsigned sign, bool isSigned) {
   if (sign <= 9) return PackedFault::noSign;
-  const bool negative = sign == kPackedMinus || sign == kPackedAlternateMinus;
-  return negative && !isSigned ? PackedFault::negativeUnsigned : PackedFault::none;
-}
-
-// Bit `sign` is set where signFault finds nothing, for unsigned and for signed fields.
-inline constexpr std::array<std::uint32_t, 2> kGoodSigns = [] {
-  std::array<std::uint32_t, 2> signs{};
-  for (unsigned sign = 0; sign < 16; ++sign)
-    for (const bool isSigned : {false, true})
-      if (signFault(sign, isSigned) == PackedFault::none) signs[isSigned] |= 1u << sign;
-  return signs;
-}();
-static_assert(kGoodSigns[false] == 0xD400 && kGoodSigns[true] == 0xFC00);
-constexpr bool isGoodSign(unsigned sign, bool isSigned) {
-  return (kGoodSigns[isSigned] >> sign & 1) != 0;
+  return isNegativeSign(sign) && !isSigned ? PackedFault::negativeUnsigned : PackedFault::none;
 }
 
 // What is wrong with a field split into half bytes, the sign last: the sign is looked at first, then the digits from
@@ -46,17 +38,37 @@ PackedFault packedFault(std::span<const unsigned char> nibbles, bool isSigned);
 
 static_assert(std::endian::native == std::endian::little, "the quick way loads and stores in this order");
 
-// The first `count` bytes, 1 to 8, the first one lowest.
-inline std::uint64_t loadBytes(const unsigned char* bytes, std::uint32_t count) {
+// `count` bytes, 1 to 8, the last one uppermost; zeros below them.
+inline std::uint64_t loadUppermost(const unsigned char* bytes, std::uint32_t count) {
   // Two loads that overlap, so that nothing behind the field is touched and nothing loops.
   const auto join = [&]<class Half>(Half first, Half last) {
     std::memcpy(&first, bytes, sizeof first);
     std::memcpy(&last, bytes + count - sizeof last, sizeof last);
-    return first | std::uint64_t{last} << 8 * (count - sizeof last);
+    return std::uint64_t{last} << (64 - 8 * sizeof last) | std::uint64_t{first} << (64 - 8 * count);
   };
   if (count >= 4) return join(std::uint32_t{}, std::uint32_t{});
   if (count >= 2) return join(std::uint16_t{}, std::uint16_t{});
-  return *bytes;
+  return std::uint64_t{*bytes} << 56;
+}
+// The same, the first one lowest.
+inline std::uint64_t loadBytes(const unsigned char* bytes, std::uint32_t count) {
+  return loadUppermost(bytes, count) >> (64 - 8 * count);
+}
+
+// The lowest `count` bytes, 1 to 8, the lowest one first.
+inline void storeLowest(std::uint64_t bytes, unsigned char* target, std::uint32_t count) {
+  const auto split = [&]<class Half>(Half first) {
+    const auto last = static_cast<Half>(bytes >> 8 * (count - sizeof(Half)));
+    first = static_cast<Half>(bytes);
+    std::memcpy(target, &first, sizeof first);
+    std::memcpy(target + count - sizeof last, &last, sizeof last);
+  };
+  if (count >= 4)
+    split(std::uint32_t{});
+  else if (count >= 2)
+    split(std::uint16_t{});
+  else
+    *target = static_cast<unsigned char>(bytes);
 }
 
 // `count` bytes as loaded, the other way round.
@@ -64,55 +76,77 @@ constexpr std::uint64_t reversedBytes(std::uint64_t bytes, std::uint32_t count) 
   return __builtin_bswap64(bytes) >> (64 - 8 * count);
 }
 
-inline constexpr std::uint64_t kEachByte = 0x0101010101010101u;
-
-// Not 0 when a half byte of eight is above 9.
-constexpr std::uint64_t notDigits(std::uint64_t bytes) {
-  const std::uint64_t high = bytes >> 4 & 0x0F * kEachByte;
-  const std::uint64_t low = bytes & 0x0F * kEachByte;
-  return ((high + 6 * kEachByte) | (low + 6 * kEachByte)) & 0x10 * kEachByte;
+// The top bit of each half byte that is above 9, of sixteen.
+constexpr std::uint64_t aboveNine(std::uint64_t halfBytes) {
+  return halfBytes & (halfBytes << 1 | halfBytes << 2) & 0x8888888888888888u;
 }
-static_assert(notDigits(0x9999999999999999u) == 0 && notDigits(0xA0) != 0 && notDigits(0x0F00) != 0);
+static_assert(aboveNine(0x9876543210987654u) == 0 && aboveNine(0xFEDCBA9876543210u) == 0x8888880000000000u);
 
-// The sixteen half bytes of eight bytes as digits. In the compilers' own vectors, which every machine has.
-inline void writeSixteen(std::uint64_t bytes, unsigned short* out) {
+// The compilers' own vectors, which every machine has.
+using ByteVector [[gnu::vector_size(16)]] = unsigned char;
+
+// The half bytes of eight bytes as digits, a byte each.
+inline ByteVector digitVector(std::uint64_t bytes) {
   using Words [[gnu::vector_size(16)]] = std::uint64_t;
-  using Bytes [[gnu::vector_size(16)]] = unsigned char;
-  const auto packed = std::bit_cast<Bytes>(Words{bytes, 0});
-  const Bytes high = packed >> 4;
-  const Bytes low = packed & 0x0F;
-  const Bytes none = {};
-  const Bytes digits = '0' + __builtin_shufflevector(high, low, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
-  const Bytes first = __builtin_shufflevector(digits, none, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
-  const Bytes last =
-      __builtin_shufflevector(digits, none, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+  const auto packed = std::bit_cast<ByteVector>(Words{bytes, 0});
+  const ByteVector high = packed >> 4;
+  const ByteVector low = packed & 0x0F;
+  return '0' + __builtin_shufflevector(high, low, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+}
+
+// A unit for each character of the vector.
+inline void writeSixteen(ByteVector characters, unsigned short* out) {
+  const ByteVector none = {};
+  const ByteVector first =
+      __builtin_shufflevector(characters, none, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+  const ByteVector last =
+      __builtin_shufflevector(characters, none, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
   std::memcpy(out, &first, sizeof first);
   std::memcpy(out + 8, &last, sizeof last);
 }
 
-// Up to 8 bytes of a field in a register, the first one in normal order lowest.
+// The first sixteen bytes select what is to be taken, the others do not.
+inline constexpr std::array<unsigned char, 32> kSelect = [] {
+  std::array<unsigned char, 32> select{};
+  std::fill_n(select.begin(), 16, static_cast<unsigned char>(0xFF));
+  return select;
+}();
+
+// Up to 8 bytes of a field in a register, the last one in normal order uppermost.
 class PackedWord {
  public:
   static constexpr std::uint32_t kMaxSize = 8;
 
   // `size` bytes, 1 to 8, that follow each other in memory.
   PackedWord(const unsigned char* bytes, std::uint32_t size, bool reversed)
-      : bytes_(loadBytes(bytes, size)), signShift_(8 * (size - 1)) {
-    if (reversed) bytes_ = reversedBytes(bytes_, size);
+      : bytes_(loadUppermost(bytes, size)), free_(64 - 8 * size) {
+    if (reversed) bytes_ = __builtin_bswap64(bytes_ >> free_);
   }
 
-  // Of a word that ends its field.
-  unsigned sign() const { return static_cast<unsigned>(bytes_ >> signShift_) & 0x0F; }
-  bool isAllDigitsButSign() const { return notDigits(bytes_ & ~(std::uint64_t{0x0F} << signShift_)) == 0; }
+  // Both of a word that ends its field. The sign must be above 9.
+  unsigned sign() const { return static_cast<unsigned>(bytes_ >> 56) & 0x0F; }
+  bool isAllDigitsButSign() const { return aboveNine(bytes_) == std::uint64_t{8} << 56; }
   // Of any other.
-  bool isAllDigits() const { return notDigits(bytes_) == 0; }
+  bool isAllDigits() const { return aboveNine(bytes_) == 0; }
 
   // Writes the half bytes as digits. Always 16 units are written, those behind the field's end without meaning.
-  void write(unsigned short* out) const { writeSixteen(bytes_, out); }
+  void write(unsigned short* out) const { writeSixteen(digitVector(bytes_ >> free_), out); }
+  // The same with a point behind the first `whole` digits, 1 to 15. Without a branch: a point behind the last digit is
+  // there for the caller to write over.
+  void writePointed(std::uint32_t whole, unsigned short* out) const {
+    const ByteVector digits = digitVector(bytes_ >> free_);
+    const ByteVector none = {};
+    const ByteVector later =
+        __builtin_shufflevector(none, digits, 0, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30);
+    ByteVector isWhole;
+    std::memcpy(&isWhole, kSelect.data() + 16 - whole, sizeof isWhole);
+    writeSixteen((digits & isWhole) | (later & ~isWhole), out);
+    out[whole] = '.';
+  }
 
  private:
   std::uint64_t bytes_;
-  std::uint32_t signShift_;
+  std::uint32_t free_;  // bits below them
 };
 
 // A view of a field of `size` bytes, at least one, that shows the normal order whichever way it is stored.
@@ -187,9 +221,41 @@ inline bool integerDigits(const unsigned short* text, int places, DigitBuffer& b
   return true;
 }
 
+// The same for up to 15 digits and a point that moves `places`, 0 to 15, to the right: the digits as half bytes, the
+// last one lowest. False for text that takes another way.
+inline bool shortIntegerDigits(const unsigned short* text, std::uint32_t places, std::uint64_t& digits,
+                               bool& negative) {
+  negative = *text == '-';
+  if (negative || *text == '+') ++text;
+  std::uint64_t taken = 0;
+  const auto takeDigits = [&] {
+    const unsigned short* const first = text;
+    for (unsigned digit; (digit = unsigned{*text} - '0') <= 9; ++text)
+      taken = taken << 4 | digit;
+    return static_cast<std::size_t>(text - first);
+  };
+  const std::size_t whole = takeDigits();
+  std::size_t fraction = 0;
+  if (*text == '.') {
+    ++text;
+    fraction = takeDigits();
+  }
+  if (*text != 0 || whole + std::max<std::size_t>(fraction, places) > 15) return false;
+  digits = fraction <= places ? taken << 4 * (places - fraction) : taken >> 4 * (fraction - places);
+  return true;
+}
+
 // Bytes that `count` digits and a sign need.
 constexpr std::uint64_t packedSize(std::uint64_t count) {
   return count / 2 + 1;
+}
+
+// Fills a field of `size` bytes, 1 to 8, with digits as half bytes and the sign. False if they are too many.
+inline bool packShort(std::uint64_t digits, unsigned sign, unsigned char* field, std::uint32_t size, bool reversed) {
+  if (digits >> 4 * (2 * size - 1) != 0) return false;
+  const std::uint64_t bytes = digits << 4 | sign;
+  storeLowest(reversed ? bytes : reversedBytes(bytes, size), field, size);
+  return true;
 }
 
 // Fills a field with digits, zeros in front, and the sign. REQUIRES: packedSize(digits.size()) <= field.size().

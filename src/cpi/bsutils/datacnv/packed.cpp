@@ -22,20 +22,6 @@ constexpr const char* kFaultTexts[] = {
     "packed decimal, non-numeric data found",
 };
 
-// The value of a good short field whose text stays inside it.
-[[gnu::always_inline]] inline PWFData shortValue(const core::PackedWord& field, std::uint32_t minus,
-                                                 std::uint32_t length, std::uint32_t places) {
-  return TextValue::make(DECIMAL, length, [&](unsigned short* out) {
-    *out = '-';
-    field.write(out + minus);  // 17 units at most: the text's room and its terminator
-    unsigned short* unit = out + length - 1;
-    for (std::uint32_t i = 0; i < places; ++i, --unit)
-      *unit = unit[-1];
-    if (places != 0) *unit = '.';
-    out[length] = 0;
-  });
-}
-
 // The value of a good field, wherever its point falls.
 PWFData shiftedValue(const core::PackedField& field, int places) {
   // The minus counts as a position when the point is placed: Packed.MinusCountsAsAPosition.
@@ -90,10 +76,14 @@ PWFData DataCnv::PckdDecToDec(const unsigned char* source, int size, int virtual
   const core::PackedWord field(source, bytes, packedEndian == eEndianLittle);
   const std::uint32_t minus = field.sign() == core::kPackedMinus;
   const std::uint32_t length = 2 * bytes - 1 + minus + (places != 0);
-  if (!field.isAllDigitsButSign() || !core::isGoodSign(field.sign(), sign != eSignNone) ||
+  if (!field.isAllDigitsButSign() || (core::isNegativeSign(field.sign()) && sign == eSignNone) ||
       length > TextValue::kInlineUnits) [[unlikely]]
     return readPackedTraced(source, size, virtualDecimalPoint, sign);
-  return shortValue(field, minus, length, places);
+  return TextValue::make(DECIMAL, length, [&](unsigned short* out) {
+    *out = '-';
+    field.writePointed(2 * bytes - 1 - places, out + minus);  // 17 units at most: the text's room and its terminator
+    out[length] = 0;
+  });
 }
 
 // All cases, with trace and argument tests; the member itself keeps to the frequent one.
@@ -121,6 +111,15 @@ void DataCnv::refusePacked(const core::PackedField& field, ESign sign, const uns
 void DataCnv::PckdDecFromDec(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint,
                              ESign sign) {
   if (!debugTraceOn() && text != nullptr && target != nullptr) [[likely]] {
+    const auto bytes = static_cast<std::uint32_t>(size);
+    const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);
+    if (bytes - 1 < core::PackedWord::kMaxSize && places < 16) {
+      std::uint64_t shortDigits;
+      bool negative;
+      if (core::shortIntegerDigits(text, places, shortDigits, negative) &&
+          core::packShort(shortDigits, packedSign(negative, sign), target, bytes, packedEndian == eEndianLittle))
+        return;
+    }
     core::DigitBuffer buffer;
     core::IntegerDigits number;
     if (core::integerDigits(text, virtualDecimalPoint, buffer, number) && number.count == number.digits.size() &&
@@ -133,10 +132,15 @@ void DataCnv::PckdDecFromDec(const unsigned short* text, unsigned char* target, 
 }
 
 inline void DataCnv::packNumber(const core::IntegerDigits& number, unsigned char* target, int size, ESign sign) {
-  char nibble = 0;
-  GetPackedDecimalSign(static_cast<short>(sign != eSignNone), number.negative, &nibble);
-  core::packDigits(number.digits, static_cast<unsigned char>(nibble), {target, roomOf(size)},
+  core::packDigits(number.digits, packedSign(number.negative, sign), {target, roomOf(size)},
                    packedEndian == eEndianLittle);
+}
+
+// The half byte of the sign as it is written.
+inline unsigned DataCnv::packedSign(bool negative, ESign sign) {
+  char nibble = 0;
+  GetPackedDecimalSign(static_cast<short>(sign != eSignNone), negative, &nibble);
+  return static_cast<unsigned char>(nibble);
 }
 
 // All cases, with trace and argument tests; the member itself keeps to the frequent one.
