@@ -117,7 +117,7 @@ void CopybookSource::raise(Place place, const std::string& message) const {
   std::string text = std::string(fileName_) + ':' + std::to_string(place.line) + ':' + std::to_string(place.column) +
                      ": " + message + "\n      |" + shown;
   if (place.column <= kMaxShownLine) text += "\n      |" + std::string(place.column - 1, ' ') + '^';
-  throw CopybookError(std::move(text), std::string(fileName_), place.line, place.column, message);
+  throw CopybookError(text, std::string(fileName_), place.line, place.column, message);
 }
 
 void CopybookSource::raise(const std::string& message) const {
