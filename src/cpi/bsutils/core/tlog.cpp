@@ -1,0 +1,126 @@
+#include "core/tlog.hpp"
+
+#include <algorithm>
+
+#include "core/decimaltext.hpp"
+#include "core/packeddigits.hpp"
+
+namespace oxr::core {
+namespace {
+
+// "0" plus a half byte, per byte, made "A" to "F" where the half byte is above 9.
+ByteVector hexVector(std::uint64_t bytes) {
+  const ByteVector digits = digitVector(bytes);
+  const ByteVector isLetter = reinterpret_cast<ByteVector>(digits > '9');
+  return digits + (isLetter & static_cast<unsigned char>('A' - '9' - 1));
+}
+
+// The bits of the half bytes in front of the digits, in a word whose first byte is lowest: of a byte the high half
+// comes first.
+constexpr std::uint64_t kInFront[] = {0x00, 0xF0, 0xFF};
+
+// Where the number stands in a text with its sign.
+struct NumberInText {
+  bool negative;
+  std::ptrdiff_t start;  // of the digits, the leading zeros not counted; -1 for an empty text
+};
+NumberInText findNumber(UnitView text) {
+  const auto length = static_cast<std::ptrdiff_t>(text.size());
+  const bool negative = !text.empty() && text[0] == '-';
+  const bool hasSign = negative || (!text.empty() && text[0] == '+');
+  const auto digit = text.find_first_not_of('0', hasSign);
+  // One zero stays. It is the sign that is left where there are no digits, and nothing of an empty text.
+  return {negative, digit == UnitView::npos ? length - 1 : static_cast<std::ptrdiff_t>(digit)};
+}
+
+// Bytes that a number takes in the fixed form, by the rule that goes out: it looks at the whole text and not at the
+// count of the digits. Tlog.FixedFormCountsByTheText.
+std::ptrdiff_t fixedFormBytes(std::ptrdiff_t length, const NumberInText& number) {
+  if (length % 2 != 0) return (length + 1 - number.start) / 2;
+  return (length - number.start) / 2 + (number.negative ? 1 : 0);
+}
+
+}  // namespace
+
+// Calls visit(word, index of its first byte) for each 8 bytes in normal order, the first one lowest.
+template <class Visit>
+void TlogField::visitWords(Visit visit) const {
+  const std::size_t size = bytes_.size();
+  for (std::size_t first = 0; first < size; first += kStep) {
+    const auto count = static_cast<std::uint32_t>(std::min(size - first, kStep));
+    const std::uint64_t word = loadBytes(bytes_.data() + (reversed_ ? size - first - count : first), count);
+    visit(reversed_ ? reversedBytes(word, count) : word, first);
+  }
+}
+
+UnitView TlogField::hexText(unsigned short* buffer) const {
+  visitWords([&](std::uint64_t word, std::size_t first) { writeSixteen(hexVector(word), buffer + 2 * first); });
+  return UnitView(buffer, 2 * bytes_.size());
+}
+
+std::optional<UnitView> TlogField::decimalText(unsigned short* buffer) const {
+  if (bytes_.empty()) return UnitView();
+  const TlogSign sign = tlogSign(reversed_ ? bytes_.back() : bytes_.front());
+  std::uint64_t inFront = kInFront[sign.halfBytes];
+  std::uint64_t faults = 0;
+  visitWords([&](std::uint64_t word, std::size_t first) {
+    faults |= aboveNine(word & ~inFront);
+    inFront = 0;
+    writeSixteen(digitVector(word), buffer + 2 * first);
+  });
+  if (faults != 0) return std::nullopt;
+  const std::uint32_t start = sign.halfBytes - sign.negative;
+  if (sign.negative) buffer[start] = '-';
+  return UnitView(buffer + start, 2 * bytes_.size() - start);
+}
+
+TlogFault packTlogDecimal(UnitView text, std::span<unsigned char> field, bool fixed) {
+  const auto length = static_cast<std::ptrdiff_t>(text.size());
+  const auto size = static_cast<std::ptrdiff_t>(field.size());
+  const NumberInText number = findNumber(text);
+  const bool odd = (length - number.start) % 2 != 0;
+  std::ptrdiff_t position = 0;
+  if (fixed) {
+    position = size - fixedFormBytes(length, number);
+    if (position < 0) return TlogFault::fieldTooSmall;
+    std::fill_n(field.begin(), position, static_cast<unsigned char>(0));
+  }
+
+  std::ptrdiff_t next = number.start;
+  const auto put = [&](unsigned byte) {
+    field[static_cast<std::size_t>(position++)] = static_cast<unsigned char>(byte);
+  };
+  // The value of the next character, above 9 for one that is no digit; there is none behind the text's end.
+  const auto take = [&]() -> unsigned {
+    const std::ptrdiff_t at = next++;
+    return at < 0 || at >= length ? ~0u : text[static_cast<std::size_t>(at)] - unsigned{'0'};
+  };
+  const unsigned filler = fixed ? 0 : kTlogFiller;
+  if (odd) {
+    if (position >= size) return TlogFault::fieldTooSmall;
+    const unsigned digit = take();
+    if (digit > 9) return TlogFault::notADigit;
+    put((number.negative ? kTlogMinus : filler) << 4 | digit);
+  } else if (number.negative) {
+    // In the fixed form the minus goes into the last of the zeros in front.
+    if (fixed && position-- == 0) return TlogFault::fieldTooSmall;
+    if (position >= size) return TlogFault::fieldTooSmall;
+    put(filler << 4 | kTlogMinus);
+  }
+  while (position < size) {
+    const unsigned high = take();
+    if (high > 9) return TlogFault::notADigit;
+    const unsigned low = take();
+    if (low > 9) return TlogFault::notADigit;
+    put(high << 4 | low);
+  }
+  return TlogFault::none;
+}
+
+void packTlogString(std::span<const unsigned char> characters, std::span<unsigned char> field) {
+  for (std::size_t i = 0; i < field.size(); ++i)
+    field[i] =
+        static_cast<unsigned char>(kTlogHalfBytes[characters[2 * i]] << 4 | kTlogHalfBytes[characters[2 * i + 1]]);
+}
+
+}  // namespace oxr::core
