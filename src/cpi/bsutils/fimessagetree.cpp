@@ -1,0 +1,3 @@
+#include "fimessagetree.hpp"
+
+FIMessageTree::~FIMessageTree() = default;

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "fitreeiterator.hpp"
+#include "kellogsource.hpp"
+
+// A message as a tree, for a writer to walk: the broker implements it. A tree has up to three contents, each with an
+// iterator that starts at its root and is null where the content is missing.
+//
+// Texts are zero-terminated, the tree's, and stay as long as it does.
+class OXR_EXPORT FIMessageTree : public KelOwnedLogSource {
+ public:
+  ~FIMessageTree() override;
+
+  // The model that the message follows; null for none.
+  virtual const unsigned short* getProjectId() const = 0;
+  // How many models that one leans on, and each, `index` from 0.
+  virtual int getNumProjDependencies() const = 0;
+  virtual const unsigned short* getProjDependency(int index) const = 0;
+  // What the parser said at the message's start and end.
+  virtual WorkerInfoPtr getMsgStartWorkerInfo() const = 0;
+  virtual WorkerInfoPtr getMsgEndWorkerInfo() const = 0;
+  virtual FITreeIterator getMsgHeaderIterator() const = 0;
+  virtual FITreeIterator getMsgContentIterator() const = 0;
+  virtual FITreeIterator getMsgFooterIterator() const = 0;
+  // The namespace of the message, null for none. Unused.
+  virtual const unsigned short* getMsgNamespaceURI() const = 0;
+
+ private:
+  objectHeader header{"QVTT", 32, 48};
+};
