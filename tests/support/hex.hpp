@@ -13,4 +13,14 @@ inline std::string fromHex(std::string_view digits) {
   return bytes;
 }
 
+// "C1C2F0" for the bytes.
+inline std::string toHex(std::string_view bytes) {
+  std::string digits;
+  for (const char byte : bytes) {
+    digits += "0123456789ABCDEF"[static_cast<unsigned char>(byte) >> 4];
+    digits += "0123456789ABCDEF"[byte & 15];
+  }
+  return digits;
+}
+
 }  // namespace oxr::test
