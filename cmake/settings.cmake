@@ -42,14 +42,9 @@ function(oxr_settings target)
                                            $<$<BOOL:${OXR_WARNINGS_AS_ERRORS}>:-Werror>)
 endfunction()
 
-# A library of our own. A folder that has no source yet gives an empty library, so that all targets always exist.
+# A library of our own.
 function(oxr_add_library target kind)
-  set(sources ${ARGN})
-  if(NOT sources)
-    set(sources "${PROJECT_BINARY_DIR}/empty.cpp")
-    file(WRITE "${sources}" "")
-  endif()
-  add_library(${target} ${kind} ${sources})
+  add_library(${target} ${kind} ${ARGN})
   oxr_settings(${target})
   if(kind STREQUAL "SHARED")
     set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})

@@ -18,20 +18,15 @@ set_property(SOURCE ${PROJECT_SOURCE_DIR}/tests/oxrrec/copybook_test.cpp
                     ${PROJECT_SOURCE_DIR}/tests/oxrrec/shareddata_test.cpp
              APPEND PROPERTY COMPILE_DEFINITIONS OXR_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/tools/oxrrec/samples"
                              OXR_SHARED_DATA_DIR="${OXR_SHARED_DATA_DIR}")
-target_link_libraries(oxr_tests PRIVATE oxrbitstreamutilities oxrcore GTest::gmock GTest::gtest_main)
-if(TARGET oxrrec_parts)
-  target_link_libraries(oxr_tests PRIVATE oxrrec_parts)
-endif()
-if(TARGET oxrrec)
-  add_dependencies(oxr_tests oxrrec)
-  set_property(SOURCE ${PROJECT_SOURCE_DIR}/tests/oxrrec/decode_test.cpp
-               APPEND PROPERTY COMPILE_DEFINITIONS OXR_TOOL_PATH="$<TARGET_FILE:oxrrec>")
-endif()
+set_property(SOURCE ${PROJECT_SOURCE_DIR}/tests/oxrrec/decode_test.cpp
+             APPEND PROPERTY COMPILE_DEFINITIONS OXR_TOOL_PATH="$<TARGET_FILE:oxrrec>")
+target_link_libraries(oxr_tests PRIVATE oxrrec_parts oxrbitstreamutilities oxrcore GTest::gmock GTest::gtest_main)
+add_dependencies(oxr_tests oxrrec)
 # The names of the tests are asked for when ctest runs: a build must not fail because a test binary cannot start.
 gtest_discover_tests(oxr_tests DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 
 # The clients are built without sanitizers, so that only a plain build can serve them.
-if(TARGET oxrrec AND NOT OXR_SANITIZE AND NOT OXR_FUZZ)
+if(NOT OXR_SANITIZE AND NOT OXR_FUZZ)
   add_test(NAME install COMMAND "${PROJECT_SOURCE_DIR}/tests/install/run" "${PROJECT_BINARY_DIR}" "${CMAKE_COMMAND}"
                                 "${CMAKE_CXX_COMPILER}")
   set_tests_properties(install PROPERTIES TIMEOUT 300)
