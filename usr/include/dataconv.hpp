@@ -19,6 +19,8 @@ class DecimalFormat;
 U_NAMESPACE_END
 
 namespace oxr {
+struct FieldLook;
+struct PointLook;
 struct IntegerKind;
 struct NumberField;
 struct NumberKind;
@@ -200,6 +202,21 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   // InputData Too Long", "decimal", "packed decimal", `size`, the text.
   void PckdDecFromDec(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint, ESign sign);
 
+  // ---- Packed decimals as numbers: what PckdDecToDec gives, turned into a number, and numbers as PckdDecFromDec
+  // writes them. The failures of both pass through, and those of the members named. A usual field takes no text and no
+  // heap.
+
+  // The nearest double, as PWFStringTodouble reads the decimal's text.
+  double PckdDecToDbl(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
+  // The places behind the point are cut. Out of bounds beyond 64 bits, and too long, "Overflow converting a PWFInt64 to
+  // PWFInt32", for an Int32 within 64 bits, as IntFromDec has it.
+  PWFInt64 PckdDecToPWFInt64(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
+  PWFInt32 PckdDecToInt32(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
+  // The digits that doubleToUString writes; places beyond `virtualDecimalPoint` are cut.
+  void PckdDecFromDbl(double value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign);
+  void PckdDecFromPWFInt64(PWFInt64 value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign);
+  void PckdDecFromInt32(PWFInt32 value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign);
+
   // ---- External decimals: a digit a character of the code page, the sign where ESign says
 
   // Puts the sign on digits: "+" or "-" in front (eSignLeadingSeparate) or behind; for the included forms the digit is
@@ -252,6 +269,58 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   // "INF", a NaN "NaN".
   void Int64ToUString(long value, KelWstring& out);
   void doubleToUString(double value, KelWstring& out, bool exponential);
+  // The same as STRING: a double in exponential form, a decimal without zeros that mean nothing. The buffer form puts a
+  // zero behind the text; out of bounds where `length` units are too few for both. `length` out: of the text.
+  PWFData StrFromInt64(long value);
+  PWFData StrFromDbl(double value);
+  void StrFromDbl(double value, unsigned short* out, int& length);
+  PWFData StrFromDec(const unsigned short* value);
+
+  // The text of a number in a field of a message. `length`: of the field in, of the text out, in code units; a buffer
+  // gets so many, and no zero behind them. `sign`: eSignNone, or where `minusText` and `plusText` go, both
+  // zero-terminated; with `showPlus` a decimal that isn't negative gets `plusText`. `padField`: fill the field, see
+  // PadData; a pad that is a digit goes between sign and digits, any other around both. `decimalPoint`: the message's
+  // point, zero-terminated. `precision`: see adjustPrecisionForString, -3 is the exponential form of a double. With
+  // `useVirtualDecimalPoint`, the digits without a point, `precision` of them being places; of 0 places nothing is cut.
+  // Places are cut, never rounded. A decimal is canonical text, zero-terminated.
+  //
+  // Internal error, in this order: null buffer, null decimal, a length below 1, a null sign text, an included sign.
+  // Invalid data: see validateDecimal. Out of bounds: a number below zero with eSignNone ("string (no sign)"), an
+  // integer or double too long for the field; too long: a decimal too long for it. `length` stays as it was then.
+  //
+  // Example:
+  //   int length = 6;
+  //   converter.StrFromInt64(-12, text, length, eSignTrailingSeparate, u"CR", u"", true, eJustifyRight, '0', true);
+  //   // "0012CR"
+  void StrFromInt64(long value, KelWstring& out, int& length, ESign sign, const unsigned short* minusText,
+                    const unsigned short* plusText, bool padField, EJustification justification, unsigned short padChar,
+                    bool padCharIsUnicode);
+  void StrFromInt64(long value, unsigned short* out, int& length, ESign sign, const unsigned short* minusText,
+                    const unsigned short* plusText, bool padField, EJustification justification, unsigned short padChar,
+                    bool padCharIsUnicode);
+  void StrFromInt32(int value, unsigned short* out, int& length, ESign sign, const unsigned short* minusText,
+                    const unsigned short* plusText, bool padField, EJustification justification, unsigned short padChar,
+                    bool padCharIsUnicode);
+  void StrFromDbl(double value, KelWstring& out, int& length, bool useVirtualDecimalPoint, int precision,
+                  const unsigned short* decimalPoint, ESign sign, const unsigned short* minusText,
+                  const unsigned short* plusText, bool padField, EJustification justification, unsigned short padChar,
+                  bool padCharIsUnicode);
+  void StrFromDbl(double value, unsigned short* out, int& length, bool useVirtualDecimalPoint, int precision,
+                  const unsigned short* decimalPoint, ESign sign, const unsigned short* minusText,
+                  const unsigned short* plusText, bool padField, EJustification justification, unsigned short padChar,
+                  bool padCharIsUnicode);
+  void StrFromDec(const unsigned short* value, KelWstring& out, int& length, bool useVirtualDecimalPoint, int precision,
+                  const unsigned short* decimalPoint, ESign sign, const unsigned short* minusText,
+                  const unsigned short* plusText, bool padField, EJustification justification, unsigned short padChar,
+                  bool padCharIsUnicode, bool showPlus);
+  void StrFromDec(const unsigned short* value, unsigned short* out, int& length, bool useVirtualDecimalPoint,
+                  int precision, const unsigned short* decimalPoint, ESign sign, const unsigned short* minusText,
+                  const unsigned short* plusText, bool padField, EJustification justification, unsigned short padChar,
+                  bool padCharIsUnicode, bool showPlus);
+  // A canonical decimal as text in the code page, its point `scale` positions further right; `size`: room in, bytes
+  // out. Internal error: null text, null bytes, a size below 1. Too long: "decimal", "string", "<size> bytes", the
+  // text.
+  void StrFromDec(const unsigned short* value, unsigned char* bytes, int& size, int scale);
 
   // ---- Numbers from text
   //
@@ -458,6 +527,10 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   void writePackedTraced(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint,
                          ESign sign);
   unsigned packedSign(bool negative, ESign sign);
+  double packedToDouble(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
+  PWFInt64 packedToInt64(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
+  PWFInt32 packedToInt32(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
+  bool quickPack(PWFInt64 value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign);
   [[gnu::visibility("hidden")]] void packNumber(const oxr::core::IntegerDigits& number, unsigned char* target, int size,
                                                 ESign sign);
   bool integerText(const unsigned short* text, int places, KelWstring& digits);
@@ -470,6 +543,11 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
                         bool customSign, const unsigned short* positiveSignTable,
                         const unsigned short* negativeSignTable);
   void formatDouble(const icu::DecimalFormat& formatter, double value, KelWstring& out, bool exponential);
+  [[gnu::visibility("hidden")]] void padDigits(KelWstring& text, oxr::FieldLook& look, bool negative);
+  [[gnu::visibility("hidden")]] void signAndPad(KelWstring& text, const oxr::FieldLook& look, bool negative);
+  [[gnu::visibility("hidden")]] void placePoint(KelWstring& text, const oxr::PointLook& point, bool exponential);
+  [[gnu::visibility("hidden")]] void formatInteger(const oxr::FailureSite& site, long value, KelWstring& out,
+                                                   int& length, oxr::FieldLook look, const char* width);
   [[gnu::visibility("hidden")]] PWFUInt64 integerFrom(const oxr::FailureSite& site, const oxr::IntegerKind& kind,
                                                       const oxr::TextField& field);
   [[gnu::visibility("hidden")]] bool numberFrom(const oxr::FailureSite& site, const oxr::NumberKind& kind,
