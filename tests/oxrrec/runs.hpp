@@ -13,24 +13,13 @@
 #include <vector>
 
 #include "program.hpp"
+#include "support/hex.hpp"
 
 // Runs the program within the test, on files of its own.
 
 namespace oxr::rec::test {
 
-// The bytes of "F1 F2,41": blanks and commas do not count.
-inline std::string fromHex(std::string_view hex) {
-  std::string bytes;
-  std::string digits;
-  for (const char c : hex) {
-    if (c == ' ' || c == ',') continue;
-    digits += c;
-    if (digits.size() < 2) continue;
-    bytes += static_cast<char>(std::stoi(digits, nullptr, 16));
-    digits.clear();
-  }
-  return bytes;
-}
+using oxr::test::fromHex;
 
 // A folder that goes with the object.
 class Folder {

@@ -5,11 +5,16 @@
 
 namespace oxr::test {
 
-// The bytes of "C1C2F0".
+// The bytes of "C1 C2,F0": blanks and commas do not count.
 inline std::string fromHex(std::string_view digits) {
-  std::string bytes;
-  for (std::size_t i = 0; i + 1 < digits.size(); i += 2)
-    bytes += static_cast<char>(std::stoi(std::string(digits.substr(i, 2)), nullptr, 16));
+  std::string bytes, pair;
+  for (const char c : digits) {
+    if (c == ' ' || c == ',') continue;
+    pair += c;
+    if (pair.size() < 2) continue;
+    bytes += static_cast<char>(std::stoi(pair, nullptr, 16));
+    pair.clear();
+  }
   return bytes;
 }
 

@@ -4,6 +4,7 @@
 
 #include "core/growingrun.hpp"
 #include "support/headers.hpp"
+#include "support/rows.hpp"
 #include "support/tracing.hpp"
 #include "textbffr/script.hpp"
 
@@ -146,6 +147,9 @@ TEST(TextBufferReader, ReadsAndMovesAsScripted) {
       {1208, "FF62", "c c", "\uFFFD/1@1 b/1@2"},
       {1200, "DD1E 0062", "c c", "\uFFFD/2@2 b/2@4"},
       {943, "8820 62", "c c", "\x1A/1@1  /1@2"},
+      {5488, "FF 62", "c c", "\uFFFD/1@1 b/1@2"},
+      {1388, "0E FDFD 5BCF 0F 81", "c c c", "\uFFFD/3@3 中/2@5 a/2@7"},
+      {kShifted, "0E FEFE 4541 0F C1", "S2 s1 s1 s1", "\uFFFD一@0 \uFFFD@3 一@5 A@7"},
       {kShifted, "0F0E0F0E 4541 0F", "c c", "一/6@6 false/1@7"},
       {kShifted, "0E0F0E0F 0E45", "c", "false/6@6"},
       {kShifted, "0E0F0E0F0E0F0E0F0E0F0E0F0E0F0E0F0E0F0E0F0E0F0E0F 0E4541 0F", "C c s1", "一/27@0 一/27@27 false@27"},
@@ -169,6 +173,7 @@ TEST(TextBufferReader, ReadsAndMovesAsScripted) {
       {kShifted, "0E45", "s2 v2 s1 v1", "5502:11@0 5502:11@0 false@0 5502:11@0"},
       {5488, "9432BE", "s3 v1 c", "5502:11@0 5502:11@0 false/3@3"},
       {kShifted, "0E45410F 0E45420F", "v2 s2", "5502:11@0 一二@7"},  // longer than twice the longest
+      {1208, "62 00 C3", "s-1 c", "b@2 false/1@3"},                  // behind the zero, not behind what is cut off
       // Half a character, the other half first in what comes next, unless that is a character.
       {1200, "0061 D834 DD1E 0062 0063", "v2 s2 S1 s2 o2 c", "5502:11@0 a{d834}@6 {dd1e}@6 {dd1e}b@8 true@6 b/2@8"},
       {1208, "F09D849E 6263", "s1 S1 S3 c@4 s1", "{d834}@4 {dd1e}@4 false@4 b/1@5 c@6"},
@@ -279,33 +284,24 @@ struct ArrivingRun {
 };
 
 TEST(GrowingRun, ReadsFromTheStartAgainBehindWhatItHas) {
-  const struct {
-    const char* text;
-    std::size_t shown;
-    const char* result;  // units, bytes of the last conversion, status
-  } cases[] = {
-      {"abc", 3, "abc/3/0"},
-      {"ab", 2, "ab/2/0"},
-      {"ab\xC3", 3, "ab/3/11"},
-      {"ab\xC3\xA9", 3, "aba/1/0"},
-  };
-  for (const auto& [text, size, result] : cases) {
-    CPUnicodeConverter utf8(1208, eEndianBig);
-    ArrivingRun run{text, size};
-    unsigned short units[3];
-    const auto decode = [&](std::span<const char> bytes, std::span<unsigned short> room) {
+  // A page in which "<" and what follows are one character. The text, the bytes that are shown, the units, the bytes of
+  // the last conversion, the status.
+  for (const Row& c : rows("abc 3 abc 3 0; ab 2 ab 2 0; ab< 3 ab 3 11; ab<> 3 aba 1 0")) {
+    ArrivingRun run{c[0], std::stoul(c[1])};
+    int restarts = 0;
+    const auto decode = [](std::span<const char> bytes, std::span<unsigned short> room) {
       core::Decoded pass;
-      unsigned short* target = room.data();
-      const char* source = bytes.data();
-      utf8.toUnicode(target, target + room.size(), source, source + bytes.size(), nullptr, true, pass.status);
-      pass.units = static_cast<int>(target - room.data());
-      pass.bytes = static_cast<int>(source - bytes.data());
+      for (; pass.bytes < std::ssize(bytes) && pass.units < std::ssize(room); ++pass.bytes)
+        if (const char byte = bytes[static_cast<std::size_t>(pass.bytes)]; byte != '<')
+          room[static_cast<std::size_t>(pass.units++)] = static_cast<unsigned char>(byte);
+      if (bytes.back() == '<') pass.status = U_TRUNCATED_CHAR_FOUND;
       return pass;
     };
-    const core::Decoded done = core::readGrowingRun(run, units, 1, 3, decode, [&] { utf8.resetToUnicode(); });
-    EXPECT_EQ(shown(KelWstring(units, static_cast<unsigned>(done.units))) + '/' + std::to_string(done.bytes) + '/' +
-                  std::to_string(done.status),
-              result);
+    unsigned short units[3];
+    const core::Decoded done = core::readGrowingRun(run, units, 1, 3, decode, [&] { ++restarts; });
+    EXPECT_EQ(shown(KelWstring(units, static_cast<unsigned>(done.units))), c[2]);
+    EXPECT_TRUE(std::to_string(done.bytes) == c[3] && std::to_string(done.status) == c[4]) << shown(c);
+    EXPECT_EQ(restarts, c[0].size() > 2 && c[0][2] == '<');
   }
 }
 

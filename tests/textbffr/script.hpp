@@ -7,6 +7,7 @@
 #include <string>
 
 #include "support/failures.hpp"
+#include "support/hex.hpp"
 #include "support/text.hpp"
 #include "textbffr.hpp"
 
@@ -23,14 +24,6 @@ inline std::string shown(const KelWstring& text) {
     i += pair;
   }
   return result;
-}
-
-// Bytes from "C1 0E4541".
-inline std::string fromHex(const std::string& hex) {
-  std::string bytes;
-  for (std::size_t i = 0; i + 1 < hex.size(); i += hex[i] == ' ' ? 1 : 2)
-    if (hex[i] != ' ') bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
-  return bytes;
 }
 
 // A reader with its bytes that takes its operations as text and tells as text what they did.

@@ -19,15 +19,6 @@
 namespace oxr::test {
 namespace {
 
-std::string toHex(std::string_view bytes) {
-  std::string hex;
-  for (const char byte : bytes) {
-    const unsigned value = static_cast<unsigned char>(byte);
-    hex += {"0123456789ABCDEF"[value / 16], "0123456789ABCDEF"[value % 16]};
-  }
-  return hex;
-}
-
 // A text given as UTF-8, "<" and ">" in it for the halves of U+1F600.
 KelWstring textOf(const std::string& utf8) {
   KelWstring text = k(utf8);
