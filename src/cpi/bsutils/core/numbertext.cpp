@@ -21,15 +21,6 @@ constexpr std::array<UnitPair, 100> kPairs = [] {
   return pairs;
 }();
 
-// Those that a double holds exactly.
-constexpr auto kExactPowers = [] {
-  std::array<double, 23> powers{1.0};
-  for (std::size_t i = 1; i < powers.size(); ++i)
-    powers[i] = powers[i - 1] * 10;
-  return powers;
-}();
-static_assert(kExactPowers[22] == 1e22);
-
 std::int32_t binaryExponent(double magnitude) {
   return static_cast<std::int32_t>(std::bit_cast<std::uint64_t>(magnitude) >> 52) - 1023;
 }

@@ -37,6 +37,15 @@ inline constexpr auto kPowersOfTen = [] {
   return powers;
 }();
 
+// Those that a double holds exactly.
+inline constexpr auto kExactPowers = [] {
+  std::array<double, 23> powers{1.0};
+  for (std::size_t i = 1; i < powers.size(); ++i)
+    powers[i] = powers[i - 1] * 10;
+  return powers;
+}();
+static_assert(kExactPowers[22] == 1e22);
+
 // 1233 / 4096 is log10(2) from above, near enough for 64 bits: the guess is the count or one more than it.
 constexpr std::uint32_t IntegerText::digitCount(std::uint64_t value) {
   const auto bits = static_cast<std::uint32_t>(64 - __builtin_clzll(value | 1));
