@@ -7,6 +7,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "support/rows.hpp"
+
 namespace {
 
 using namespace oxr::rec;
@@ -65,54 +67,34 @@ struct Case {
   std::string_view expected;
 };
 
-constexpr Case kFields[] = {
-    {"PIC X", "text 1@0"},
-    {"pic is x(5)a(2)9", "text 8@0"},
-    {"PICTURE A(10) VALUE IS 'It''s, a. period' JUSTIFIED RIGHT", "text 10@0"},
-    {"PIC 9(5)", "zoned 5@0 5.0"},
-    {"PIC 99V9(3)", "zoned 5@0 5.3"},
-    {"PIC S9(13)V99", "zoned 15@0 15.2- in>"},
-    {"PIC S9(4) SIGN IS LEADING", "zoned 4@0 4.0- <in"},
-    {"PIC S9(4) TRAILING SEPARATE CHARACTER", "zoned 5@0 4.0- out>"},
-    {"SIGN LEADING SEPARATE PIC 99V99", "zoned 5@0 4.2- <out"},  // the clause makes it signed, S or not
-    {"PIC S9(3)V99 PACKED-DECIMAL", "packed 3@0 5.2-"},
-    {"PIC 9(6) USAGE IS COMPUTATIONAL-3 VALUE +12.5", "packed 4@0 6.0"},
-    {"PIC 9(255)", "zoned 255@0 255.0"},
+// The clauses of a field and what becomes of it.
+constexpr char kFields[] =
+    "PIC_X text_1@0; pic_is_x(5)a(2)9 text_8@0; PICTURE_A(10)_VALUE_IS_'It''s,_a._period'_JUSTIFIED_RIGHT text_10@0; "
+    "PIC_9(5) zoned_5@0_5.0; PIC_99V9(3) zoned_5@0_5.3; PIC_S9(13)V99 zoned_15@0_15.2-_in>; "
+    "PIC_S9(4)_SIGN_IS_LEADING zoned_4@0_4.0-_<in; PIC_S9(4)_TRAILING_SEPARATE_CHARACTER zoned_5@0_4.0-_out>; "
+    // the clause makes it signed, S or not
+    "SIGN_LEADING_SEPARATE_PIC_99V99 zoned_5@0_4.2-_<out; PIC_S9(3)V99_PACKED-DECIMAL packed_3@0_5.2-; "
+    "PIC_9(6)_USAGE_IS_COMPUTATIONAL-3_VALUE_+12.5 packed_4@0_6.0; PIC_9(255) zoned_255@0_255.0; "
     // P scales and takes no byte.
-    {"PIC SPPP9(5)", "zoned 5@0 5.8- in>"},
-    {"PIC VPP9(2) COMP-3", "packed 2@0 2.4"},
-    {"PIC S9(5)PPP COMP", "binary 4@0 5.-3-"},
-    {"PIC 9PPV COMP-3", "packed 1@0 1.-2"},
+    "PIC_SPPP9(5) zoned_5@0_5.8-_in>; PIC_VPP9(2)_COMP-3 packed_2@0_2.4; PIC_S9(5)PPP_COMP binary_4@0_5.-3-; "
+    "PIC_9PPV_COMP-3 packed_1@0_1.-2; "
     // Binary sizes: each limit and the digit behind it.
-    {"PIC 9 COMP", "binary 2@0 1.0"},
-    {"PIC S9(4) COMP-4", "binary 2@0 4.0-"},
-    {"PIC 9(5) COMP-0", "binary 4@0 5.0"},
-    {"PIC 9(7)V99 BINARY", "binary 4@0 9.2"},
-    {"PIC 9(10) COMPUTATIONAL", "binary 8@0 10.0"},
-    {"PIC S9(18) COMP-5", "nativeBinary 8@0 18.0-"},
-    {"PIC 9(19) COMP", "binary 9@0 19.0"},
-    {"PIC S9(18)V9(10) COMP", "binary 12@0 28.10-"},
-    {"PIC S9(37) COMPUTATIONAL-5", "nativeBinary 16@0 37.0-"},
-    {"COMP-1", "shortFloat 4@0"},
-    {"USAGE COMPUTATIONAL-2", "longFloat 8@0"},
+    "PIC_9_COMP binary_2@0_1.0; PIC_S9(4)_COMP-4 binary_2@0_4.0-; PIC_9(5)_COMP-0 binary_4@0_5.0; "
+    "PIC_9(7)V99_BINARY binary_4@0_9.2; PIC_9(10)_COMPUTATIONAL binary_8@0_10.0; "
+    "PIC_S9(18)_COMP-5 nativeBinary_8@0_18.0-; PIC_9(19)_COMP binary_9@0_19.0; "
+    "PIC_S9(18)V9(10)_COMP binary_12@0_28.10-; PIC_S9(37)_COMPUTATIONAL-5 nativeBinary_16@0_37.0-; "
+    "COMP-1 shortFloat_4@0; USAGE_COMPUTATIONAL-2 longFloat_8@0; "
     // Edited pictures: S, V and P take no byte, CR and DB two.
-    {"PIC +9(8)", "edited 9@0"},
-    {"PIC Z(6)VZZ-", "edited 9@0"},
-    {"PIC $$,$$9.99CR, VALUE 0", "edited 11@0"},
-    {"PIC **9.99db BLANK WHEN ZERO", "edited 8@0"},
-    {"PIC XX/XXB0X", "edited 8@0"},
-    {"PIC S9(3).99", "edited 6@0"},
-    {"PIC X(3) IS GLOBAL SYNC", "text 3@0"},
-    {"PIC 9(3) COMP-3 SYNCHRONIZED LEFT", "packed 2@0 3.0"},
-};
+    "PIC_+9(8) edited_9@0; PIC_Z(6)VZZ- edited_9@0; PIC_$$,$$9.99CR,_VALUE_0 edited_11@0; "
+    "PIC_**9.99db_BLANK_WHEN_ZERO edited_8@0; PIC_XX/XXB0X edited_8@0; PIC_S9(3).99 edited_6@0; "
+    "PIC_X(3)_IS_GLOBAL_SYNC text_3@0; PIC_9(3)_COMP-3_SYNCHRONIZED_LEFT packed_2@0_3.0";
 
 TEST(Copybook, FieldsHaveKindSizeDigitsAndSign) {
-  for (const Case& field : kFields) {
-    const std::string text = "01 R. 05 A " + std::string(field.text) + ".";
-    const std::string outlined = outlineOf(text);
+  for (const auto& field : oxr::test::rows(kFields)) {
+    const std::string outlined = outlineOf("01 R. 05 A " + field[0] + ".");
     const std::size_t at = outlined.find("[A ");
-    EXPECT_EQ(at == std::string::npos ? outlined : outlined.substr(at + 3, outlined.size() - at - 4), field.expected)
-        << field.text;
+    EXPECT_EQ(at == std::string::npos ? outlined : outlined.substr(at + 3, outlined.size() - at - 4), field[1])
+        << field[0];
   }
 }
 

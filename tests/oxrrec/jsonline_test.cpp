@@ -6,6 +6,7 @@
 
 #include "jsonhandler.hpp"
 #include "kelwstringconvertor.hpp"
+#include "support/rows.hpp"
 #include "support/text.hpp"
 
 namespace oxr::rec::test {
@@ -26,7 +27,7 @@ std::string written(Write write) {
   return json.substr(1, json.size() - 2);
 }
 
-std::string decimal(const char* text, bool pointsAsText) {
+std::string decimal(const std::string& text, bool pointsAsText) {
   const KelWstring units = oxr::fromUtf8(text);
   return written([&](JsonLine& line) {
     line.beginElement();
@@ -35,35 +36,16 @@ std::string decimal(const char* text, bool pointsAsText) {
 }
 
 TEST(JsonLine, DecimalsKeepTheirDigitsAndAreValid) {
-  const struct {
-    const char* text;
-    const char* number;
-    const char* string;
-  } cases[] = {
-      {"0", "0", "0"},
-      {"00123", "123", "123"},
-      {"000", "0", "0"},
-      {"-000", "-0", "-0"},
-      {"-007", "-7", "-7"},
-      {"000.50", "0.50", "\"0.50\""},
-      {".5", "0.5", "\"0.5\""},
-      {"-.123", "-0.123", "\"-0.123\""},
-      {"-0012.30", "-12.30", "\"-12.30\""},
-      {"12.", "12", "12"},
-      {"123456789012345678901234567890.10", "123456789012345678901234567890.10",
-       "\"123456789012345678901234567890.10\""},
-      // Not a decimal: never a bare word in the line.
-      {"", "\"\"", "\"\""},
-      {"-", "\"-\"", "\"-\""},
-      {".", "\".\"", "\".\""},
-      {"1.2.3", "\"1.2.3\"", "\"1.2.3\""},
-      {"1E5", "\"1E5\"", "\"1E5\""},
-      {"0x1\"", "\"0x1\\\"\"", "\"0x1\\\"\""},
-      {"12-", "\"12-\"", "\"12-\""},
-  };
-  for (const auto& [text, number, string] : cases) {
-    EXPECT_EQ(decimal(text, false), number) << text;
-    EXPECT_EQ(decimal(text, true), string) << text;
+  // The text, as a number, where decimals are text.
+  for (const auto& c : oxr::test::rows(
+           "0 0 0; 00123 123 123; 000 0 0; -000 -0 -0; -007 -7 -7; 000.50 0.50 \"0.50\"; .5 0.5 \"0.5\"; "
+           "-.123 -0.123 \"-0.123\"; -0012.30 -12.30 \"-12.30\"; 12. 12 12; "
+           "123456789012345678901234567890.10 123456789012345678901234567890.10 \"123456789012345678901234567890.10\"; "
+           // Not a decimal: never a bare word in the line.
+           "'' \"\" \"\"; - \"-\" \"-\"; . \".\" \".\"; 1.2.3 \"1.2.3\" \"1.2.3\"; 1E5 \"1E5\" \"1E5\"; "
+           "0x1\" \"0x1\\\"\" \"0x1\\\"\"; 12- \"12-\" \"12-\"")) {
+    EXPECT_EQ(decimal(c[0], false), c[1]) << c[0];
+    EXPECT_EQ(decimal(c[0], true), c[2]) << c[0];
   }
 }
 
