@@ -5,8 +5,8 @@
 
 #include "dataconv.hpp"
 
-// Binary integers of 2, 4 and 8 bytes, most significant first: the library, and the loop over the bytes that stands in
-// most programs.
+// Binary integers of 2, 4 and 8 bytes, most significant first, read and written: the library, and the loop over the
+// bytes that stands in most programs.
 namespace {
 
 using Field = std::array<unsigned char, 8>;
@@ -59,6 +59,47 @@ void integerReadUnsigned(benchmark::State& state) {
   readFields(state, [](DataCnv& cnv, const unsigned char* field, int size) { return cnv.UIntToUInt64(field, size); });
 }
 BENCHMARK(integerReadUnsigned)->Name("UIntToUInt64/library")->Arg(8);
+
+// With the range test that a field needs; in other regards the least that does it.
+void integerWritePlainLoop(benchmark::State& state) {
+  const int size = static_cast<int>(state.range(0));
+  Field field{};
+  std::int64_t value = 0x1234;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(value);
+    const int unused = 64 - 8 * size;
+    if (value << unused >> unused != value) state.SkipWithError("too long");
+    for (int i = size; i-- != 0;)
+      field[static_cast<std::size_t>(i)] = static_cast<unsigned char>(value >> 8 * (size - 1 - i));
+    benchmark::DoNotOptimize(field);
+  }
+}
+BENCHMARK(integerWritePlainLoop)->Name("IntFromInt64/plain loop")->Arg(2)->Arg(4)->Arg(8);
+
+void integerWrite64(benchmark::State& state) {
+  const int size = static_cast<int>(state.range(0));
+  Field field{};
+  PWFInt64 value = 0x1234;
+  DataCnv cnv = converter();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(value);
+    cnv.IntFromInt64(value, field.data(), size, eSignLeadingIncluded);
+    benchmark::DoNotOptimize(field);
+  }
+}
+BENCHMARK(integerWrite64)->Name("IntFromInt64/library")->Arg(2)->Arg(4)->Arg(8);
+
+void integerWriteDouble(benchmark::State& state) {
+  Field field{};
+  double value = 12.5;
+  DataCnv cnv = converter();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(value);
+    cnv.IntFromDbl(value, field.data(), 4, eSignLeadingIncluded, static_cast<int>(state.range(0)));
+    benchmark::DoNotOptimize(field);
+  }
+}
+BENCHMARK(integerWriteDouble)->Name("IntFromDbl/library (scale)")->Arg(0)->Arg(2);
 
 void swapEnds(benchmark::State& state) {
   const int size = static_cast<int>(state.range(0));

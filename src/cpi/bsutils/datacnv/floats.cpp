@@ -40,20 +40,19 @@ struct WordPair {
   }
 };
 
-// A float field, in the format and byte order of its object.
+// How a float field is written. Not for long: two settings of an object in registers.
 struct Format {
-  bool isHexadecimal;
-  bool isLittle;
+  EFloatFmt format;
+  EEndian order;
 
-  Format(EFloatFmt format, EEndian order)
-      : isHexadecimal(format == eFloatHexadecimal), isLittle(order == eEndianLittle) {}
-
+  bool isHexadecimal() const { return format == eFloatHexadecimal; }
+  bool isLittle() const { return order == eEndianLittle; }
   static bool isSize(int size) { return size == 4 || size == 8; }
 
   template <class Bits>
   Bits load(const unsigned char* bytes) const {
-    const Bits bits = core::loadBytes<Bits>(bytes, isLittle);
-    return isHexadecimal ? core::ieeeFromHex(bits) : bits;
+    const Bits bits = core::loadBytes<Bits>(bytes, isLittle());
+    return isHexadecimal() ? core::ieeeFromHex(bits) : bits;
   }
   double read(const unsigned char* bytes, int size) const {
     if (size == 4) return std::bit_cast<float>(load<std::uint32_t>(bytes));
@@ -62,7 +61,7 @@ struct Format {
 
   template <class Bits>
   void store(unsigned char* bytes, Bits bits) const {
-    core::storeBytes(bytes, isHexadecimal ? core::hexFromIeee(bits) : bits, isLittle);
+    core::storeBytes(bytes, isHexadecimal() ? core::hexFromIeee(bits) : bits, isLittle());
   }
   void write(unsigned char* bytes, int size, double value) const {
     // Rounded to nearest by the machine; beyond a float's range an infinity: Floats.WriteWhatIsTooLargeForTheField.
@@ -72,37 +71,35 @@ struct Format {
 };
 
 [[gnu::cold, gnu::noinline]] double readTraced(const KelLogSource* log, const unsigned char* source, int size,
-                                               Format format) {
+                                               EFloatFmt floatFormat, EEndian floatEndian) {
   const FunctionTrace trace(log, "DataCnv::FltToDbl", kDataCnvPath);
   if (source == nullptr) raiseInternalError(trace.site(), "Null input pointer passed into DataCnv::FltToDbl");
   if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid input size: ", size));
   if (!Format::isSize(size)) raiseInternalError(trace.site(), numbered("Invalid float size: ", size));
-  return format.read(source, size);
+  return Format{floatFormat, floatEndian}.read(source, size);
 }
 
 [[gnu::cold, gnu::noinline]] void writeTraced(const KelLogSource* log, double value, unsigned char* target, int size,
-                                              Format format) {
+                                              EFloatFmt floatFormat, EEndian floatEndian) {
   const FunctionTrace trace(log, "DataCnv::FltFromDbl", kDataCnvPath);
   if (target == nullptr) raiseInternalError(trace.site(), "Null output buffer pointer");
   if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid output buffer size: ", size));
   if (!Format::isSize(size)) raiseInternalError(trace.site(), numbered("Invalid float size: ", size));
-  format.write(target, size, value);
+  Format{floatFormat, floatEndian}.write(target, size, value);
 }
 
 }  // namespace
 
 double DataCnv::FltToDbl(const unsigned char* source, int size) {
-  const Format format(floatFormat, floatEndian);
   if (!debugTraceOn() && source != nullptr && Format::isSize(size)) [[likely]]
-    return format.read(source, size);
-  return readTraced(this, source, size, format);
+    return Format{floatFormat, floatEndian}.read(source, size);
+  return readTraced(this, source, size, floatFormat, floatEndian);
 }
 
 void DataCnv::FltFromDbl(double value, unsigned char* target, int size) {
-  const Format format(floatFormat, floatEndian);
   if (!debugTraceOn() && target != nullptr && Format::isSize(size)) [[likely]]
-    return format.write(target, size, value);
-  writeTraced(this, value, target, size, format);
+    return Format{floatFormat, floatEndian}.write(target, size, value);
+  writeTraced(this, value, target, size, floatFormat, floatEndian);
 }
 
 PWFData DataCnv::FltToDec(const unsigned char* source, int size, int virtualDecimalPoint) {
