@@ -2,6 +2,7 @@
 
 #include <unicode/unistr.h>
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -19,14 +20,16 @@ class DecimalFormat;
 U_NAMESPACE_END
 
 namespace oxr {
+struct ExternalForm;
 struct FieldLook;
-struct PointLook;
 struct IntegerKind;
 struct NumberField;
 struct NumberKind;
+struct PointLook;
 struct TextField;
 }  // namespace oxr
 namespace oxr::core {
+struct ExternalDigits;
 struct IntegerDigits;
 class PackedField;
 }  // namespace oxr::core
@@ -261,6 +264,47 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   PWFData ExtDecToDec(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
                       EJustification justification, int padChar, bool padCharIsUnicode, bool customSign,
                       const unsigned short* positiveSignTable, const unsigned short* negativeSignTable);
+
+  // The same as double, as text with its "-", and as integer; the scale left out where there is none. ExtDecToStr tests
+  // neither null nor size: both are toUnicodeString's internal error. ExtDecToInt64 says "Invalid extended decimal
+  // size: "; out of bounds is StrToInt64's.
+  double ExtDecToDbl(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
+                     EJustification justification, int padChar, bool padCharIsUnicode, bool customSign,
+                     const unsigned short* positiveSignTable, const unsigned short* negativeSignTable);
+  KelWstring ExtDecToStr(const unsigned char* source, int size, ESign sign, EJustification justification, int padChar,
+                         bool padCharIsUnicode, bool customSign, const unsigned short* positiveSignTable,
+                         const unsigned short* negativeSignTable);
+  PWFInt64 ExtDecToInt64(const unsigned char* source, int size, ESign sign, EJustification justification, int padChar,
+                         bool padCharIsUnicode, bool customSign, const unsigned short* positiveSignTable,
+                         const unsigned short* negativeSignTable);
+  // Writes canonical text into all `size` bytes of a field, its point moved by `places` (below 0: to the right), the
+  // rest cut. The first "-", wherever it is, makes it negative; zero has a sign, too. Pads stand between a separate
+  // sign and the digits. An included sign goes into the first or last byte even where that is a pad; with
+  // NVRA_POSITIVE_EBCDIC_OVERPUNCH in the environment when the library was loaded, an EBCDIC plus is the zone C instead
+  // of F. `size` stays.
+  // Too long: "string", "external decimal", `size`, the text. Out of bounds, "signed number", "unsigned external
+  // decimal", the text: below zero with eSignNone. Internal error: what else the conversion reports; and see
+  // ExtDecPadData.
+  //
+  // Example (CCSID 37):
+  //   unsigned char field[4];
+  //   int size = 4;
+  //   converter.UStringToExtDec(text, field, size, -1, eSignTrailingIncluded, eJustifyRight, '0', true, false, nullptr,
+  //                             nullptr);  // text "-1.25": F0 F0 F1 D2
+  void UStringToExtDec(const KelWstring& text, unsigned char* target, int& size, int places, ESign sign,
+                       EJustification justification, unsigned short padChar, bool padCharIsUnicode, bool customSign,
+                       const unsigned short* positiveSignTable, const unsigned short* negativeSignTable);
+  // The same for a decimal (zero-terminated; a "+" and white space are let pass), a double and an integer, with
+  // `virtualDecimalPoint` digits behind the point. Internal error, first: null text, null target, a size below 1.
+  void ExtDecFromDec(const unsigned short* text, unsigned char* target, int& size, int virtualDecimalPoint, ESign sign,
+                     EJustification justification, unsigned short padChar, bool padCharIsUnicode, bool customSign,
+                     const unsigned short* positiveSignTable, const unsigned short* negativeSignTable);
+  void ExtDecFromDbl(double value, unsigned char* target, int& size, int virtualDecimalPoint, ESign sign,
+                     EJustification justification, unsigned short padChar, bool padCharIsUnicode, bool customSign,
+                     const unsigned short* positiveSignTable, const unsigned short* negativeSignTable);
+  void ExtDecFromInt64(long value, unsigned char* target, int& size, ESign sign, EJustification justification,
+                       unsigned short padChar, bool padCharIsUnicode, bool customSign,
+                       const unsigned short* positiveSignTable, const unsigned short* negativeSignTable);
 
   // ---- Numbers to strings
 
@@ -535,13 +579,22 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
                                                 ESign sign);
   bool integerText(const unsigned short* text, int places, KelWstring& digits);
   void traceUnpacking(const unsigned char* source, int size, EEndian endian);
-  bool externalDigits(const oxr::FailureSite& site, KelWstring& text, const unsigned char* source, int size, ESign sign,
-                      bool customSign, const unsigned short* positiveSignTable,
-                      const unsigned short* negativeSignTable);
-  PWFData externalValue(const oxr::FailureSite& site, const unsigned char* source, int size, int virtualDecimalPoint,
-                        ESign sign, EJustification justification, unsigned short padChar, bool padCharIsUnicode,
-                        bool customSign, const unsigned short* positiveSignTable,
-                        const unsigned short* negativeSignTable);
+  [[gnu::visibility("hidden")]] bool externalDigits(const oxr::FailureSite& site, KelWstring& text,
+                                                    const unsigned char* source, int size,
+                                                    const oxr::ExternalForm& form);
+  [[gnu::visibility("hidden")]] void externalText(const oxr::FailureSite& site, KelWstring& text,
+                                                  const unsigned char* source, int size, int virtualDecimalPoint,
+                                                  const oxr::ExternalForm& form);
+  [[gnu::visibility("hidden")]] void externalString(KelWstring& text, const unsigned char* source, int size,
+                                                    const oxr::ExternalForm& form);
+  [[gnu::visibility("hidden")]] oxr::core::ExternalDigits quickDigits(const unsigned char* source, int size,
+                                                                      const oxr::ExternalForm& form,
+                                                                      std::array<unsigned short, 64>& units);
+  [[gnu::visibility("hidden")]] bool writeQuickly(const unsigned short* text, unsigned char* target, int size,
+                                                  int virtualDecimalPoint, const oxr::ExternalForm& form);
+  bool settleExternalCodes(unsigned short padChar);
+  [[gnu::visibility("hidden")]] void padExternal(KelWstring& digits, int characters, int freeBytes, bool& negative,
+                                                 const oxr::FailureSite& site, const oxr::ExternalForm& form);
   void formatDouble(const icu::DecimalFormat& formatter, double value, KelWstring& out, bool exponential);
   [[gnu::visibility("hidden")]] void padDigits(KelWstring& text, oxr::FieldLook& look, bool negative);
   [[gnu::visibility("hidden")]] void signAndPad(KelWstring& text, const oxr::FieldLook& look, bool negative);
@@ -555,6 +608,8 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   [[gnu::visibility("hidden")]] void settlePoint(const oxr::FailureSite& site, const oxr::NumberKind& kind,
                                                  const oxr::NumberField& field, KelWstring& text);
   [[gnu::visibility("hidden")]] void decimalFrom(const oxr::NumberField& field, KelWstring& text);
+  PWFInt64 tracedInteger(const KelWstring& digits);
+  static bool readsAsciiNumbers();
   double parsedDouble(const oxr::FailureSite& site, const KelWstring& text);
   double systemDouble(const oxr::FailureSite& site, const unsigned short* text, int length);
   unsigned short checkedPadUnit(unsigned short padChar, const oxr::FailureSite& site);
@@ -565,6 +620,16 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   static icu::UnicodeString _exponentSymbol;                     // filled together with the shared formatter
   static icu::UnicodeString _otherCaseExponentSymbol;            // the same in the other case
   static bool _symbolsAreAscii;  // the formatter's digits, signs and exponent are "0" to "9", "-", "+", "E"; as above
+
+  // What external decimals are written with in the code page, asked of the converter once, the pad once a change.
+  struct ExternalCodes {
+    bool areKnown = false;
+    bool areBytes = false;  // a byte each, digits in order
+    unsigned char zero = 0, plus = 0, minus = 0;
+    int padChar = -1;  // as a code unit; -1 before the first one
+    bool padIsByte = false;
+    unsigned char pad = 0;
+  };
 
   objectHeader header{"QVDC", 32, 320};
   int ccsid;
@@ -587,6 +652,7 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   bool strictNumericChecking;
   EMessageStandard messageStandard;
   int ebcdicState = -1;  // of IsCcsidEBCDIC: -1 not known, 0 no, 1 yes
+  ExternalCodes externalCodes;
   const unsigned short* localeDecimal;
   bool localeDecimalDiffers;
 };

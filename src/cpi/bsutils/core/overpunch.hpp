@@ -38,4 +38,20 @@ constexpr SignByte readOverpunch(Overpunch code, std::uint8_t byte) {
   return {byte, false, false};
 }
 
+// The byte of a plain digit with the sign in it. `positiveZone`: EBCDIC's C for plus, too, where F would say it as
+// well. What is no digit is changed alike.
+constexpr std::uint8_t writeOverpunch(Overpunch code, std::uint8_t byte, bool negative, bool positiveZone) {
+  switch (code) {
+    case Overpunch::ebcdic:
+      if (negative) return byte & 0xDF;
+      return positiveZone ? byte & 0xCF : byte;
+    case Overpunch::ascii:
+      return negative ? byte | 0x70 : byte;
+    case Overpunch::letters:
+      break;
+  }
+  if (byte == 0x30) return negative ? 0x7D : 0x7B;
+  return static_cast<std::uint8_t>(byte + (negative ? 0x19 : 0x10));
+}
+
 }  // namespace oxr::core

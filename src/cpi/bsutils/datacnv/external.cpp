@@ -4,7 +4,9 @@
 #include <span>
 
 #include "core/externaldigits.hpp"
+#include "core/numbertext.hpp"
 #include "core/padding.hpp"
+#include "datacnv/externalform.hpp"
 #include "datacnv/padchar.hpp"
 #include "datacnv/signform.hpp"
 #include "datacnv/sourcepath.hpp"
@@ -21,10 +23,6 @@ using namespace oxr;
 namespace {
 
 constexpr std::size_t kUsualField = 64;  // bytes of a field that need no heap
-
-// By the number of the ESign.
-constexpr core::SignPlace kSignPlaces[] = {core::SignPlace::none, core::SignPlace::firstDigit,
-                                           core::SignPlace::lastDigit, core::SignPlace::front, core::SignPlace::behind};
 
 core::PadPlace padPlace(EJustification justification) {
   if (justification == eJustifyRight) return core::PadPlace::front;
@@ -69,11 +67,6 @@ class EncodedText {
   int size_;
 };
 
-core::Overpunch overpunchCode(DataCnv& converter, bool customSign) {
-  if (converter.IsCcsidEBCDIC()) return core::Overpunch::ebcdic;
-  return customSign ? core::Overpunch::letters : core::Overpunch::ascii;
-}
-
 // Takes the sign out of the byte that carries it, in a private copy of the field.
 bool mendSignByte(const FailureSite& site, core::Overpunch code, unsigned char& byte) {
   const core::SignByte read = core::readOverpunch(code, byte);
@@ -84,6 +77,34 @@ bool mendSignByte(const FailureSite& site, core::Overpunch code, unsigned char& 
                                   static_cast<int>(byte));
   byte = read.digit;
   return read.negative;
+}
+
+ExternalForm formOf(ESign sign, EJustification justification, int padChar, bool padCharIsUnicode, bool customSign,
+                    const unsigned short* positiveSignTable, const unsigned short* negativeSignTable) {
+  return {sign,
+          justification,
+          static_cast<unsigned short>(padChar),
+          padCharIsUnicode,
+          customSign,
+          positiveSignTable,
+          negativeSignTable};
+}
+
+void requireField(const FailureSite& site, const unsigned char* source, int size, const char* badSize) {
+  if (source == nullptr) [[unlikely]]
+    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text, "Null input pointer");
+  if (size <= 0) [[unlikely]]
+    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
+                                  numbered(badSize, size));
+}
+
+constexpr std::size_t kExactDigits = 15;  // that a double always holds
+
+std::uint64_t wholeNumber(UnitView digits) {
+  std::uint64_t number = 0;
+  for (const unsigned short digit : digits)
+    number = number * 10 + (digit - unsigned{'0'});
+  return number;
 }
 
 }  // namespace
@@ -136,61 +157,118 @@ void DataCnv::ExtDecPadData(KelWstring& text, int targetLength, int paddingBytes
 // Decodes a field and takes its sign off; the result tells whether that was negative. An included sign is a matter of
 // bytes, mended ahead of the decoding; a separate one is a matter of text.
 bool DataCnv::externalDigits(const FailureSite& site, KelWstring& text, const unsigned char* source, int size,
-                             ESign sign, bool customSign, const unsigned short* positiveSignTable,
-                             const unsigned short* negativeSignTable) {
+                             const ExternalForm& form) {
   bool negative = false;
-  if (!isIncluded(sign)) {
+  if (source == nullptr) size = 0;  // which is refused, as no character has no bytes
+  if (!isIncluded(form.sign) || size <= 0) {
     toUnicodeString(text, source, size);
-    ExtDecRemoveSign(text, sign, positiveSignTable, negativeSignTable, negative);
+    ExtDecRemoveSign(text, form.sign, form.positiveSignTable, form.negativeSignTable, negative);
     return negative;
   }
-  const core::Overpunch code = overpunchCode(*this, customSign);
+  const core::Overpunch code = overpunchCode(*this, form.customSign);
   Scratch<unsigned char, kUsualField> field(static_cast<std::size_t>(size));
   std::memcpy(field.data(), source, field.size());
-  negative = mendSignByte(site, code, field.data()[sign == eSignLeadingIncluded ? 0 : size - 1]);
+  negative = mendSignByte(site, code, field.data()[form.sign == eSignLeadingIncluded ? 0 : size - 1]);
   toUnicodeString(text, field.data(), size);
   return negative;
 }
 
-// Any field, member by member.
-PWFData DataCnv::externalValue(const FailureSite& site, const unsigned char* source, int size, int virtualDecimalPoint,
-                               ESign sign, EJustification justification, unsigned short padChar, bool padCharIsUnicode,
-                               bool customSign, const unsigned short* positiveSignTable,
-                               const unsigned short* negativeSignTable) {
-  PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});
-  KelWstring& text = TextValue::text(value);
-  const bool negative =
-      externalDigits(site, text, source, size, sign, customSign, positiveSignTable, negativeSignTable);
-  ExtDecTrimData(text, justification, padChar, padCharIsUnicode);
+// The value of any field as decimal text, member by member.
+void DataCnv::externalText(const FailureSite& site, KelWstring& text, const unsigned char* source, int size,
+                           int virtualDecimalPoint, const ExternalForm& form) {
+  const bool negative = externalDigits(site, text, source, size, form);
+  ExtDecTrimData(text, form.justification, form.padChar, form.padCharIsUnicode);
   adjustDecimalForString(text, virtualDecimalPoint);
-  validateDecimal(text, sign);
+  validateDecimal(text, form.sign);
   // Behind the scale, unlike a packed decimal's, so that digits that are few get their zero: ExternalDecimal.Reads.
   if (negative) insertUnit(text, 0, '-');
-  return value;
+}
+
+// The digits of a frequent field, without a text in between; none where the field takes the general way.
+inline core::ExternalDigits DataCnv::quickDigits(const unsigned char* source, int size, const ExternalForm& form,
+                                                 core::ExternalUnits& units) {
+  const core::SingleByteTable* const page = SingleBytePage::tableOf(*getConverter());
+  if (page == nullptr || !form.padCharIsUnicode || static_cast<unsigned>(size) - 1 >= core::kMaxExternalBytes ||
+      !isKnownSign(form.sign) || source == nullptr || debugTraceOn()) [[unlikely]]
+    return {};
+  const core::ExternalLayout layout{
+      *page, isIncluded(form.sign) ? overpunchCode(*this, form.customSign) : core::Overpunch::ebcdic, form.signPlace(),
+      padPlace(form.justification), form.padChar};
+  return core::externalDigits({source, static_cast<std::size_t>(size)}, layout, units);
 }
 
 PWFData DataCnv::ExtDecToDec(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
                              EJustification justification, int padChar, bool padCharIsUnicode, bool customSign,
                              const unsigned short* positiveSignTable, const unsigned short* negativeSignTable) {
   const FunctionTrace trace(this, "DataCnv::ExtDecToDec", kDataCnvPath);
-  if (source == nullptr)
-    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
-                                  "Null input pointer");
-  if (size <= 0)
-    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
-                                  numbered("Invalid external decimal size: ", size));
-  const auto pad = static_cast<unsigned short>(padChar);
-  const core::SingleByteTable* const page = SingleBytePage::tableOf(*getConverter());
-  const bool isFrequent = page != nullptr && padCharIsUnicode && static_cast<unsigned>(size) <= core::kMaxExternalBytes;
-  if (isFrequent && isKnownSign(sign) && virtualDecimalPoint >= 0 && !debugTraceOn()) [[likely]] {
-    const core::ExternalLayout layout{*page,
-                                      isIncluded(sign) ? overpunchCode(*this, customSign) : core::Overpunch::ebcdic,
-                                      kSignPlaces[sign], padPlace(justification), pad};
+  requireField(trace.site(), source, size, "Invalid external decimal size: ");
+  const ExternalForm form =
+      formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable);
+  if (virtualDecimalPoint >= 0) [[likely]] {
     core::ExternalUnits units;
-    const auto number = core::externalDigits({source, static_cast<std::size_t>(size)}, layout, units);
+    const core::ExternalDigits number = quickDigits(source, size, form, units);
     if (!number.digits.empty()) [[likely]]
       return decimalValue(number, static_cast<std::uint32_t>(virtualDecimalPoint));
   }
-  return externalValue(trace.site(), source, size, virtualDecimalPoint, sign, justification, pad, padCharIsUnicode,
-                       customSign, positiveSignTable, negativeSignTable);
+  PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});
+  externalText(trace.site(), TextValue::text(value), source, size, virtualDecimalPoint, form);
+  return value;
+}
+
+double DataCnv::ExtDecToDbl(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
+                            EJustification justification, int padChar, bool padCharIsUnicode, bool customSign,
+                            const unsigned short* positiveSignTable, const unsigned short* negativeSignTable) {
+  const FunctionTrace trace(this, "DataCnv::ExtDecToDbl", kDataCnvPath);
+  requireField(trace.site(), source, size, "Invalid external decimal size: ");
+  const ExternalForm form =
+      formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable);
+  core::ExternalUnits units;
+  const core::ExternalDigits number = quickDigits(source, size, form, units);
+  // Both exact, so that the quotient is what reading the text would give: ExternalDecimal.QuickAndGeneralWayAgree.
+  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);
+  if (!number.digits.empty() && number.digits.size() <= kExactDigits && places < core::kExactPowers.size()) [[likely]] {
+    const double value = static_cast<double>(wholeNumber(number.digits)) / core::kExactPowers[places];
+    return number.negative ? -value : value;
+  }
+  KelBufferedWstring<16u> text;
+  externalText(trace.site(), text, source, size, virtualDecimalPoint, form);
+  return StrToDbl(text.characters(), static_cast<int>(text.length()));
+}
+
+// The traced frame of ExtDecToStr, into a text that may have room of its own.
+void DataCnv::externalString(KelWstring& text, const unsigned char* source, int size, const ExternalForm& form) {
+  const FunctionTrace trace(this, "DataCnv::ExtDecToStr", kDataCnvPath);
+  core::ExternalUnits units;
+  const core::ExternalDigits number = quickDigits(source, size, form, units);
+  if (number.digits.empty()) [[unlikely]] {
+    externalText(trace.site(), text, source, size, 0, form);
+    return;
+  }
+  unsigned short* out = text.resizeForOverwrite(static_cast<unsigned>(number.digits.size()) + number.negative);
+  if (number.negative) *out++ = '-';
+  std::copy(number.digits.begin(), number.digits.end(), out);
+}
+
+KelWstring DataCnv::ExtDecToStr(const unsigned char* source, int size, ESign sign, EJustification justification,
+                                int padChar, bool padCharIsUnicode, bool customSign,
+                                const unsigned short* positiveSignTable, const unsigned short* negativeSignTable) {
+  KelWstring text;
+  externalString(
+      text, source, size,
+      formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable));
+  return text;
+}
+
+PWFInt64 DataCnv::ExtDecToInt64(const unsigned char* source, int size, ESign sign, EJustification justification,
+                                int padChar, bool padCharIsUnicode, bool customSign,
+                                const unsigned short* positiveSignTable, const unsigned short* negativeSignTable) {
+  const FunctionTrace trace(this, "DataCnv::ExtDecToInt64", kDataCnvPath);
+  // "extended" where the others say "external": ExternalDecimal.RefusesBadFields.
+  requireField(trace.site(), source, size, "Invalid extended decimal size: ");
+  KelBufferedWstring<16u> text;
+  externalString(
+      text, source, size,
+      formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable));
+  return StrToInt64(text.characters(), static_cast<int>(text.length()), eSignLeadingSeparate, US_MINUS.characters(),
+                    US_PLUS.characters(), eTrimNone, eJustifyLeft, '0', true);
 }

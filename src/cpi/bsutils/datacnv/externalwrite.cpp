@@ -1,0 +1,187 @@
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+
+#include "core/externaldigits.hpp"
+#include "core/packeddigits.hpp"
+#include "datacnv/externalform.hpp"
+#include "datacnv/signform.hpp"
+#include "datacnv/sourcepath.hpp"
+#include "datacnv/textedit.hpp"
+#include "dataconv.hpp"
+#include "raise.hpp"
+#include "trace.hpp"
+
+using namespace oxr;
+
+namespace {
+
+// Read at load: a change of the environment later has no effect.
+const bool posEbcdicOverpunch = std::getenv("NVRA_POSITIVE_EBCDIC_OVERPUNCH") != nullptr;
+
+void requireTarget(const FailureSite& site, const unsigned char* target, int size) {
+  if (target == nullptr) [[unlikely]]
+    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
+                                  "Null output buffer pointer");
+  if (size < 1) [[unlikely]]
+    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
+                                  numbered("Invalid output buffer size: ", size));
+}
+
+int negated(int places) {
+  return -std::max(places, -std::numeric_limits<int>::max());
+}
+
+// The bytes that the text takes of the `size` that a field has.
+int encode(const FailureSite& site, DataCnv& converter, const KelWstring& text, unsigned char* target, int size) {
+  int used = size;
+  const UErrorCode status = converter.fromUnicodeString(text, target, used);
+  if (status == U_BUFFER_OVERFLOW_ERROR)
+    raise<KelConversionException>(site, failures::kTooLong, failures::kTooLong.text, "string", "external decimal", size,
+                                  text);
+  if (U_FAILURE(status))
+    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
+                                  numbered("Conversion to unicode string failed. Error code: ", status));
+  return used;
+}
+
+}  // namespace
+
+// Brings the characters of a field into the cache; false where one of them is not a byte, or the pad is none.
+bool DataCnv::settleExternalCodes(unsigned short padChar) {
+  static constexpr unsigned short kCharacters[] = {'+', '-', '0', '1', '2', '3', '4', '5', '6', '7', '8', '9'};
+  constexpr int kCount = std::size(kCharacters);
+  unsigned char bytes[4 * kCount];
+  int size = sizeof bytes;
+  ExternalCodes& codes = externalCodes;
+  if (!codes.areKnown) {
+    codes.areKnown = true;
+    const UErrorCode status = fromUnicodeString(KelBufferedWstring<16u>(kCharacters, kCount), bytes, size);
+    codes.areBytes =
+        U_SUCCESS(status) && size == kCount && getConverter()->getMinBytesPerChar() == 1 &&
+        std::adjacent_find(bytes + 2, bytes + kCount, [](int a, int b) { return b != a + 1; }) == bytes + kCount;
+    codes.plus = bytes[0], codes.minus = bytes[1], codes.zero = bytes[2];
+  }
+  if (codes.areBytes && codes.padChar != padChar) {
+    size = sizeof bytes;
+    const UErrorCode status = fromUnicodeString(KelBufferedWstring<16u>(&padChar, 1), bytes, size);
+    codes.padIsByte = U_SUCCESS(status) && size == 1;
+    codes.padChar = padChar;
+    codes.pad = bytes[0];
+  }
+  return codes.areBytes && codes.padIsByte;
+}
+
+// A number of plain digits in a field of single bytes, written in one go. False where it takes the general way.
+bool DataCnv::writeQuickly(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint,
+                           const ExternalForm& form) {
+  if (debugTraceOn() || !form.padCharIsUnicode || !isKnownSign(form.sign) || virtualDecimalPoint < 0 || size < 1 ||
+      target == nullptr)
+    return false;
+  core::DigitBuffer buffer;
+  core::IntegerDigits number;
+  if (!core::integerDigits(text, virtualDecimalPoint, buffer, number) || number.count != number.digits.size())
+    return false;
+  static constexpr unsigned short kZero = '0';
+  if (number.count == 0) number.digits = UnitView(&kZero, 1);
+  const core::SignPlace sign = form.signPlace();
+  const auto room = static_cast<std::size_t>(size);
+  if (number.digits.size() + core::isSeparate(sign) > room || (number.negative && sign == core::SignPlace::none) ||
+      !settleExternalCodes(form.padChar)) [[unlikely]]
+    return false;
+  const ExternalCodes& codes = externalCodes;
+  const auto code = isIncluded(form.sign) ? overpunchCode(*this, form.customSign) : core::Overpunch::ebcdic;
+  core::writeExternal(number.digits, number.negative,
+                      {codes.zero, codes.plus, codes.minus, codes.pad, code, posEbcdicOverpunch, sign,
+                       form.justification == eJustifyLeft},
+                      {target, room});
+  return true;
+}
+
+// Pads digits to the characters of the field, which has `freeBytes` left, and puts a separate sign on.
+void DataCnv::padExternal(KelWstring& digits, int characters, int freeBytes, bool& negative, const FailureSite& site,
+                          const ExternalForm& form) {
+  if (form.sign == eSignNone && negative) {
+    insertUnit(digits, 0, '-');
+    raise<KelConversionException>(site, failures::kOutOfBounds, failures::kOutOfBounds.text, "signed number",
+                                  "unsigned external decimal", digits);
+  }
+  if (!isKnownSign(form.sign)) return;
+  const bool isSeparate = form.sign != eSignNone && !isIncluded(form.sign);
+  ExtDecPadData(digits, characters - isSeparate, freeBytes, form.justification, form.padChar, form.padCharIsUnicode);
+  if (isSeparate) ExtDecAddSign(digits, form.sign, form.positiveSignTable, form.negativeSignTable, negative);
+}
+
+void DataCnv::UStringToExtDec(const KelWstring& text, unsigned char* target, int& size, int places, ESign sign,
+                              EJustification justification, unsigned short padChar, bool padCharIsUnicode,
+                              bool customSign, const unsigned short* positiveSignTable,
+                              const unsigned short* negativeSignTable) {
+  const FunctionTrace trace(this, "DataCnv::UStringToExtDec", kDataCnvPath);
+  const ExternalForm form{sign,       justification,     padChar,          padCharIsUnicode,
+                          customSign, positiveSignTable, negativeSignTable};
+  // A plus is not taken off here, and text may hold zeros that end it for others.
+  const bool isPlain = text[0] != '+' && UnitView(text.characters()).size() == text.length();
+  if (isPlain && writeQuickly(text.characters(), target, size, negated(places), form)) return;
+  KelBufferedWstring<16u> digits(text);
+  adjustDecimalForString(digits, places);
+  TrimFromDecimal(digits);
+  const unsigned minus = digits.find(US_MINUS, 0);
+  bool negative = minus != KelWstring::npos;
+  if (negative) digits.eraseInternal(minus, 1);
+  TrimData(digits, eTrimPadding, eJustifyRight, '0', true);
+  if (digits.length() == 0) setToZero(digits);
+  // Encoded twice: what the digits leave free of the field is known in bytes, and padding goes by characters.
+  const int room = target == nullptr ? 0 : size;
+  const int freeBytes = room - encode(trace.site(), *this, digits, target, room);
+  const int characters = freeBytes / getConverter()->getMinBytesPerChar() + static_cast<int>(digits.length());
+  padExternal(digits, characters, freeBytes, negative, trace.site(), form);
+  encode(trace.site(), *this, digits, target, room);
+  if (!isIncluded(sign)) return;
+  // A character's offset, which is a byte's only where each has one.
+  unsigned char& carrier = target[sign == eSignLeadingIncluded ? 0 : characters - 1];
+  carrier = core::writeOverpunch(overpunchCode(*this, customSign), carrier, negative, posEbcdicOverpunch);
+}
+
+void DataCnv::ExtDecFromDec(const unsigned short* text, unsigned char* target, int& size, int virtualDecimalPoint,
+                            ESign sign, EJustification justification, unsigned short padChar, bool padCharIsUnicode,
+                            bool customSign, const unsigned short* positiveSignTable,
+                            const unsigned short* negativeSignTable) {
+  const FunctionTrace trace(this, "DataCnv::ExtDecFromDec", kDataCnvPath);
+  if (text == nullptr) [[unlikely]]
+    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
+                                  "Null input pointer");
+  requireTarget(trace.site(), target, size);
+  if (writeQuickly(text, target, size, virtualDecimalPoint,
+                   {sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable}))
+    return;
+  KelBufferedWstring<16u> digits{UnitView(text)};
+  const bool negative = CheckSign(digits, eSignLeadingSeparate, US_MINUS.characters(), US_PLUS.characters());
+  TrimData(digits, eTrimSpaceBoth, eJustifyLeft, '0', true);
+  TrimData(digits, eTrimPadding, eJustifyRight, '0', true);
+  if (negative) insertUnit(digits, 0, '-');
+  UStringToExtDec(digits, target, size, negated(virtualDecimalPoint), sign, justification, padChar, padCharIsUnicode,
+                  customSign, positiveSignTable, negativeSignTable);
+}
+
+void DataCnv::ExtDecFromDbl(double value, unsigned char* target, int& size, int virtualDecimalPoint, ESign sign,
+                            EJustification justification, unsigned short padChar, bool padCharIsUnicode,
+                            bool customSign, const unsigned short* positiveSignTable,
+                            const unsigned short* negativeSignTable) {
+  const FunctionTrace trace(this, "DataCnv::ExtDecFromDbl", kDataCnvPath);
+  requireTarget(trace.site(), target, size);
+  KelBufferedWstring<16u> text;
+  doubleToUString(value, text, false);
+  UStringToExtDec(text, target, size, negated(virtualDecimalPoint), sign, justification, padChar, padCharIsUnicode,
+                  customSign, positiveSignTable, negativeSignTable);
+}
+
+void DataCnv::ExtDecFromInt64(long value, unsigned char* target, int& size, ESign sign, EJustification justification,
+                              unsigned short padChar, bool padCharIsUnicode, bool customSign,
+                              const unsigned short* positiveSignTable, const unsigned short* negativeSignTable) {
+  const FunctionTrace trace(this, "DataCnv::ExtDecFromInt64", kDataCnvPath);
+  requireTarget(trace.site(), target, size);
+  KelBufferedWstring<16u> text;
+  Int64ToUString(value, text);
+  UStringToExtDec(text, target, size, 0, sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable,
+                  negativeSignTable);
+}
