@@ -71,6 +71,33 @@ TEST(Allocations, FieldsOfShortTextMakeNone) {
   EXPECT_EQ(allocationsOf([&] { converter.IntToInt64(packed, 8, eSignLeadingIncluded); }), 0u);
 }
 
+TEST(Allocations, NumbersOfShortTextMakeNone) {
+  const KelWstring text = u"**1234567890,12-"_k, integer = u"-12345678"_k, plain = u"-1234567890.1234"_k,
+                   point = u","_k;
+  const unsigned short *const minus = DataCnv::US_MINUS.characters(), *const plus = DataCnv::US_PLUS.characters();
+  for (const bool isStrict : {false, true}) {
+    DataCnv converter = converterFor(37, eEndianBig, eEndianBig, eFloatIeeeBig, isStrict);
+    const auto field = [&](bool padIsUnicode, auto read) {
+      return allocationsOf([&] {
+        read(text.characters(), 16, false, 2, point.characters(), eSignTrailingSeparate, minus, plus, eTrimPadding,
+             eJustifyRight, static_cast<unsigned short>(padIsUnicode ? '*' : 0x5C), padIsUnicode);
+      });
+    };
+    for (const bool padIsUnicode : {false, true}) {  // a pad in the code page keeps a field from the quick way
+      EXPECT_EQ(field(padIsUnicode, [&](auto... a) { converter.StrToDbl(a...); }), 0u);
+      EXPECT_EQ(field(padIsUnicode, [&](auto... a) { converter.StrToDec(a...); }), 0u);
+      EXPECT_EQ(allocationsOf([&] {
+                  converter.StrToInt64(integer.characters(), 9, eSignLeadingSeparate, minus, plus, eTrimPadding,
+                                       eJustifyRight, 0x5C, padIsUnicode);
+                }),
+                0u);
+    }
+    EXPECT_EQ(allocationsOf([&] { converter.StrToDbl(plain.characters(), 16); }), 0u);
+    EXPECT_EQ(allocationsOf([&] { converter.PWFStringTodouble(plain); }), 0u);
+    EXPECT_EQ(allocationsOf([&] { converter.UStringToInt64(integer); }), 0u);
+  }
+}
+
 TEST(Allocations, LongTextMakesItsOneBlock) {
   DataCnv converter = converterFor(37);
   const unsigned char packed[16] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x1C};

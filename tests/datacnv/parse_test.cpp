@@ -504,6 +504,31 @@ TEST(NumbersFromText, QuickAndGeneralWayAgree) {
   EXPECT_GT(quick, count);  // of twice as many readings
 }
 
+// Frequent fields are read without a copy, which must not show either: with trace on all go member by member.
+TEST(NumbersFromText, FieldsReadWithoutACopyAreReadTheSame) {
+  std::mt19937 random(20261121);
+  const auto oneOf = [&](std::string_view choices) { return std::string(1, choices[random() % choices.size()]); };
+  for (int i = 0; i < 4'000; ++i) {
+    std::string text = random() % 2 ? oneOf("-+ *0C") : "";
+    for (std::size_t n = random() % 20; n > 0; --n)
+      text += oneOf(random() % 8 ? "0123456789" : ",.*0 -e");
+    if (random() % 2) text += oneOf("-+ *0C");
+    Field field(Row{text, "p" + std::to_string(static_cast<int>(random() % 6) - 3), "d" + oneOf(",.,.5"),
+                    "s" + std::to_string(random() % 6), "t" + std::to_string(random() % 6),
+                    "j" + std::to_string(random() % 3), random() % 2 ? "k2A" : "k30", random() % 8 ? "m-" : "mC", "c37",
+                    random() % 8 ? "c37" : "v", random() % 8 ? "c37" : "L", random() % 8 ? "c37" : "m"},
+                1);
+    const bool isStrict = random() % 2;
+    const auto readAll = [&] {
+      return int32Of(field, isStrict) + ' ' + int64Of(field, isStrict) + ' ' + doubleOf(field, isStrict);
+    };
+    std::string general;
+    tracedAt(4, [&] { general = readAll(); });
+    ASSERT_EQ(readAll(), general) << text << " p" << field.precision << " s" << field.sign << " t" << field.trim << " j"
+                                  << field.justification << (isStrict ? " strict" : "");
+  }
+}
+
 // Neither ICU's default locale nor the process's own may change a reading.
 void expectTheSameNumbers(bool hasAsciiExponent) {
   for (const bool isStrict : {false, true}) {

@@ -1,22 +1,21 @@
 #include "core/numberreading.hpp"
 
-#include <algorithm>
+#include <array>
 #include <charconv>
-#include <limits>
 
 namespace oxr::core {
 
 namespace {
 
-// What a unit is above "0"; above 9 for all but a digit.
-constexpr std::uint32_t above0(unsigned short unit) {
-  return static_cast<std::uint16_t>(unit - '0');
-}
+constexpr std::size_t kShortDigits = 18;
 
-// What signed text comes to beyond its digits.
-constexpr bool isSign(unsigned short unit) {
-  return unit == '-' || unit == '+';
-}
+// All of them exact.
+constexpr std::array<double, kShortDigits + 1> kPowersOfTen = [] {
+  std::array<double, kShortDigits + 1> powers{1};
+  for (std::size_t i = 1; i < powers.size(); ++i)
+    powers[i] = powers[i - 1] * 10;
+  return powers;
+}();
 
 constexpr bool isExponentLetter(unsigned short unit) {
   return (unit | 0x20) == 'e';
@@ -26,29 +25,27 @@ constexpr bool isNumberUnit(unsigned short unit) {
   return static_cast<std::uint16_t>(unit - '+') <= '9' - '+' || isExponentLetter(unit);
 }
 
-}  // namespace
-
-IntegerReading readInteger(UnitView text) {
-  constexpr std::uint64_t kMax = std::numeric_limits<std::int64_t>::max();
-  const bool negative = text.starts_with(u'-');
-  if (!text.empty() && isSign(text[0])) text.remove_prefix(1);
-  std::uint64_t value = 0;
-  std::size_t i = 0;
-  // Sixteen digits always fit. By fours, the multiplications don't wait for each other.
-  for (const std::size_t fours = std::min<std::size_t>(text.size(), 16) & ~std::size_t{3}; i < fours; i += 4) {
-    const std::uint32_t a = above0(text[i]), b = above0(text[i + 1]), c = above0(text[i + 2]), d = above0(text[i + 3]);
-    if (a > 9 || b > 9 || c > 9 || d > 9) return {.fault = IntegerReading::Fault::noDigit};
-    value = value * 10000 + (a * 1000 + b * 100 + c * 10 + d);
+// The part of readPlainDouble() that needs all the care that there is.
+std::optional<double> readThroughChars(UnitView text) {
+  constexpr std::size_t kMostUnits = 64;
+  if (text.empty() || text.size() > kMostUnits) return {};
+  char chars[kMostUnits];
+  char* end = chars;
+  bool hasExponent = false;
+  for (const unsigned short unit : text) {
+    if (!isNumberUnit(unit)) return {};  // std::from_chars knows words, too
+    hasExponent |= isExponentLetter(unit);
+    *end++ = static_cast<char>(unit);
   }
-  for (; i < text.size(); ++i) {
-    const std::uint32_t digit = above0(text[i]);
-    if (digit > 9) return {.fault = IntegerReading::Fault::noDigit};
-    if (value > kMax / 10 || (value == kMax / 10 && digit > kMax % 10 + negative))
-      return {.fault = IntegerReading::Fault::outOfBounds};
-    value = value * 10 + digit;
-  }
-  return {.value = static_cast<std::int64_t>(negative ? 0 - value : value)};
+  double value;
+  const auto [endOfNumber, error] = std::from_chars(chars, end, value);
+  if (error != std::errc() || endOfNumber != end) return {};
+  // ICU makes infinity of "0E999999999999".
+  if (value == 0 && hasExponent) return {};
+  return value;
 }
+
+}  // namespace
 
 bool isWithin(UnitView digits, std::string_view limit) {
   if (digits.size() != limit.size()) return digits.size() < limit.size();
@@ -62,19 +59,31 @@ std::uint64_t sumOfDigits(UnitView digits) {
   return sum;
 }
 
+std::optional<double> readShortDecimal(UnitView text, unsigned short point) {
+  constexpr std::uint64_t kExact = std::uint64_t{1} << 53;  // up to here each integer is a double
+  if (text.size() > kShortDigits + 1) return {};
+  std::uint64_t digits = 0;
+  std::size_t pointAt = text.size();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const std::uint32_t digit = aboveZero(text[i]);
+    if (digit <= 9) {
+      digits = digits * 10 + digit;
+    } else {
+      if (text[i] != point || pointAt != text.size()) return {};
+      pointAt = i;
+    }
+  }
+  const bool hasPoint = pointAt != text.size();
+  if (text.size() == hasPoint || digits > kExact) return {};
+  // Both exact, so that the one division rounds as it should.
+  const std::size_t places = hasPoint ? text.size() - pointAt - 1 : 0;
+  return static_cast<double>(digits) / kPowersOfTen[places];
+}
+
 std::optional<double> readPlainDouble(UnitView text) {
-  constexpr std::size_t kMostUnits = 64;
-  if (text.size() > kMostUnits) return {};
-  // std::from_chars knows words, too.
-  if (!std::all_of(text.begin(), text.end(), isNumberUnit)) return {};
-  char chars[kMostUnits];
-  std::transform(text.begin(), text.end(), chars, [](unsigned short unit) { return static_cast<char>(unit); });
-  double value;
-  const auto [end, error] = std::from_chars(chars, chars + text.size(), value);
-  if (error != std::errc() || end != chars + text.size()) return {};
-  // ICU makes infinity of "0E999999999999".
-  if (value == 0 && std::any_of(text.begin(), text.end(), isExponentLetter)) return {};
-  return value;
+  const bool negative = text.starts_with(u'-');
+  if (const auto value = readShortDecimal(text.substr(negative), '.')) return negative ? -*value : *value;
+  return readThroughChars(text);
 }
 
 }  // namespace oxr::core

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "dataconv.hpp"
 
 namespace oxr {
@@ -26,5 +28,14 @@ struct NumberField : TextField {
   int precision;
   const unsigned short* decimalPoint;
 };
+
+// What is left of a field without padding and sign. It lies in the field.
+struct BareNumber {
+  UnitView text;  // not empty
+  bool negative;
+};
+// Finds it as TrimData and CheckSign would, without their trace and a copy. Nothing for a field that those would
+// refuse, that has a pad in the code page, or in which nothing is left.
+std::optional<BareNumber> bareNumber(const TextField& field);
 
 }  // namespace oxr

@@ -1,8 +1,10 @@
 #include <unicode/uchar.h>
 
 #include <iterator>
+#include <optional>
 
 #include "core/decimaltext.hpp"
+#include "core/numberreading.hpp"
 #include "core/strictnumber.hpp"
 #include "datacnv/numberfield.hpp"
 #include "datacnv/signform.hpp"
@@ -68,6 +70,23 @@ void requireField(const FailureSite& site, const NumberKind& kind, const NumberF
 void requireOwnPoint(const FailureSite& site, const NumberField& field, const KelWstring& text) {
   if (field.decimalPoint[0] == '.' || findPoint(text) == KelWstring::npos) return;
   refuse(site, field.precision == 0 ? failures::kStrictPlaces : failures::kStrictDecimalPoint, field);
+}
+
+// The value of a frequent field: ASCII digits with at most a point of one unit among them, and no fault.
+std::optional<double> quickDouble(const NumberField& field, bool isStrict) {
+  if (field.decimalPoint == nullptr || field.useVirtualDecimalPoint || field.precision == core::kExplicitPoint)
+    return {};
+  const unsigned short point = field.decimalPoint[0];
+  const bool isPlainPoint = point != 0 && field.decimalPoint[1] == 0 && core::aboveZero(point) > 9;
+  if (!isPlainPoint || (isStrict && u_isdigit(field.padChar))) return {};
+  const auto number = bareNumber(field);
+  if (!number) return {};
+  const auto value = core::readShortDecimal(number->text, point);
+  if (!value) return {};
+  if (isStrict && core::strictFault(number->text, number->text.find(point), {false, field.precision, true}) !=
+                      core::StrictFault::none)
+    return {};
+  return number->negative ? -*value : *value;
 }
 
 }  // namespace
@@ -142,14 +161,15 @@ double DataCnv::StrToDbl(const unsigned short* text, int length, bool useVirtual
                          const unsigned short* plusText, ETrimType trim, EJustification justification,
                          unsigned short padChar, bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::StrToDbl", kDataCnvPath);
+  const NumberField field{{text, length, sign, minusText, plusText, trim, justification, padChar, padCharIsUnicode},
+                          useVirtualDecimalPoint,
+                          precision,
+                          decimalPoint};
+  if (readsAsciiNumbers()) [[likely]] {
+    if (const auto value = quickDouble(field, strictNumericChecking)) return *value;
+  }
   KelBufferedWstring<16u> number;
-  const bool negative =
-      numberFrom(trace.site(), kDouble,
-                 {{text, length, sign, minusText, plusText, trim, justification, padChar, padCharIsUnicode},
-                  useVirtualDecimalPoint,
-                  precision,
-                  decimalPoint},
-                 number);
+  const bool negative = numberFrom(trace.site(), kDouble, field, number);
   const double value = number.length() == 0 ? 0.0 : PWFStringTodouble(number);
   return negative ? -value : value;
 }

@@ -49,6 +49,12 @@ void encode(const FailureSite& site, CPUnicodeConverter& converter, char*& targe
 
 }  // namespace
 
+// Whether ICU need not be asked about plain numbers. It is asked while there is no formatter yet, whose symbols could
+// be looked at: the first number of the process makes it. With trace on it is asked about all, which shows it at work.
+bool DataCnv::readsAsciiNumbers() {
+  return _global_decFormatter.load(std::memory_order_acquire) != nullptr && _symbolsAreAscii && !debugTraceOn();
+}
+
 // Whatever ICU takes.
 double DataCnv::parsedDouble(const FailureSite& site, const KelWstring& text) {
   const icu::DecimalFormat& formatter = *getDecimalFormatter();
@@ -66,9 +72,7 @@ double DataCnv::parsedDouble(const FailureSite& site, const KelWstring& text) {
 double DataCnv::PWFStringTodouble(const KelWstring& text) {
   // The traced name isn't the operation's own: NumbersFromText.TraceUnderTheirNames.
   const FunctionTrace trace(this, "DataCnv::UStringTodouble", kDataCnvPath);
-  // Symbols can be looked at once there is a formatter; the first text of the process makes it.
-  const bool symbolsAreAscii = _global_decFormatter.load(std::memory_order_acquire) != nullptr && _symbolsAreAscii;
-  if (symbolsAreAscii && !debugTraceOn()) [[likely]] {
+  if (readsAsciiNumbers()) [[likely]] {
     if (const auto value = core::readPlainDouble(text.view())) return *value;
   }
   return parsedDouble(trace.site(), text);

@@ -1,6 +1,7 @@
 #include <unicode/uchar.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include "core/numberreading.hpp"
 #include "datacnv/numberfield.hpp"
@@ -55,6 +56,18 @@ void requireField(const FailureSite& site, const IntegerKind& kind, const TextFi
                                   numbered("Sign type invalid for context: ", field.sign));
 }
 
+// The value of a frequent field: ASCII digits, fewer than any limit has.
+std::optional<PWFUInt64> quickInteger(const IntegerKind& kind, const TextField& field) {
+  if (debugTraceOn()) return {};
+  const auto number = bareNumber(field);
+  if (!number || number->text.size() >= std::strlen(kind.positiveLimit) || core::aboveZero(number->text[0]) > 9)
+    return {};
+  const core::IntegerReading reading = core::readInteger(number->text);
+  if (reading.fault != core::IntegerReading::Fault::none) return {};
+  const auto magnitude = static_cast<PWFUInt64>(reading.value);
+  return number->negative ? 0 - magnitude : magnitude;
+}
+
 bool isDigit(unsigned short unit) {
   return u_isdigit(unit) != 0;
 }
@@ -63,6 +76,7 @@ bool isDigit(unsigned short unit) {
 
 // The value in two's complement, for the caller to narrow.
 PWFUInt64 DataCnv::integerFrom(const FailureSite& site, const IntegerKind& kind, const TextField& field) {
+  if (const auto quick = quickInteger(kind, field)) return *quick;
   requireField(site, kind, field);
   KelBufferedWstring<16u> digits(field.view());
   const unsigned short pad = field.padCharIsUnicode ? field.padChar : uncheckedPadUnit(field.padChar);
@@ -96,12 +110,20 @@ PWFInt64 DataCnv::StrToInt64(const unsigned short* text, int length, ESign sign,
 }
 
 PWFInt64 DataCnv::UStringToInt64(const KelWstring& digits) {
+  const core::IntegerReading reading = core::readInteger(digits.view());
+  if (reading.fault == core::IntegerReading::Fault::none && !debugTraceOn()) [[likely]]
+    return reading.value;
+  return tracedInteger(digits);
+}
+
+// All of UStringToInt64.
+[[gnu::cold, gnu::noinline]] PWFInt64 DataCnv::tracedInteger(const KelWstring& digits) {
   const FunctionTrace trace(this, "DataCnv::UStringToInt64", kDataCnvPath);
   const core::IntegerReading reading = core::readInteger(digits.view());
   using Fault = core::IntegerReading::Fault;
-  if (reading.fault == Fault::noDigit) [[unlikely]]
+  if (reading.fault == Fault::noDigit)
     raise<KelConversionException>(trace.site(), failures::kInvalidData, failures::kInvalidData.text, "string", digits);
-  if (reading.fault == Fault::outOfBounds) [[unlikely]]
+  if (reading.fault == Fault::outOfBounds)
     raise<KelConversionException>(trace.site(), failures::kOutOfBounds, failures::kOutOfBounds.text, "string",
                                   "8-byte integer", digits);
   return reading.value;
