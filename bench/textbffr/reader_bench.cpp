@@ -86,7 +86,7 @@ void sections(benchmark::State& state) {
 }
 BENCHMARK(sections)
     ->Name("TextBufferReader/getPWFStringSection (CCSID, count; -1 up to the end of 64 KiB)")
-    ->ArgsProduct({{kEbcdic, kUtf8}, {16, 64, -1}});
+    ->ArgsProduct({{kEbcdic, kUtf8}, {16, 32, 64, -1}});
 
 void textByIcu(benchmark::State& state) {
   const std::string text = textOf(state.range(0), state.range(1));

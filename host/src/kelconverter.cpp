@@ -1,6 +1,8 @@
 #include "kelconverter.hpp"
 
 #include <unicode/ucnv_err.h>
+#include <unicode/uniset.h>
+#include <unicode/uset.h>
 
 #include <bit>
 #include <map>
@@ -50,11 +52,6 @@ std::string pageName(unsigned ccsid, bool bigEndian) {
   return bigEndian ? page->bigEndian : page->littleEndian;
 }
 
-struct CloseConverter {
-  void operator()(UConverter* converter) const { ucnv_close(converter); }
-};
-using OwnedConverter = std::unique_ptr<UConverter, CloseConverter>;
-
 // Whether each byte is a character, whatever stands before it.
 bool isSingleByte(const UConverter* converter) {
   const UConverterType type = ucnv_getType(converter);
@@ -62,36 +59,72 @@ bool isSingleByte(const UConverter* converter) {
          ucnv_getMaxCharSize(converter) == 1;
 }
 
-// The table of a single-byte code page; null when a byte does not give exactly one code unit.
-std::unique_ptr<const KelConverter::SingleByteTable> makeTable(const UConverter* shared) {
-  if (!isSingleByte(shared)) return nullptr;
+// A converter of our own with the settings that the tables are promised for; null when ICU cannot make it.
+icu::LocalUConverterPointer cloneForTables(const UConverter* shared) {
   UErrorCode status = U_ZERO_ERROR;
-  const OwnedConverter converter(ucnv_clone(shared, &status));
-  ucnv_setToUCallBack(converter.get(), UCNV_TO_U_CALLBACK_SUBSTITUTE, nullptr, nullptr, nullptr, &status);
-  if (U_FAILURE(status)) return nullptr;
-  ucnv_setFallback(converter.get(), true);
+  icu::LocalUConverterPointer converter(ucnv_clone(shared, &status));
+  ucnv_setToUCallBack(converter.getAlias(), UCNV_TO_U_CALLBACK_SUBSTITUTE, nullptr, nullptr, nullptr, &status);
+  ucnv_setFromUCallBack(converter.getAlias(), UCNV_FROM_U_CALLBACK_SUBSTITUTE, nullptr, nullptr, nullptr, &status);
+  if (U_FAILURE(status)) return icu::LocalUConverterPointer();
+  ucnv_setFallback(converter.getAlias(), true);
+  return converter;
+}
+
+// The table of a single-byte code page; null when a byte does not give exactly one code unit.
+std::unique_ptr<const KelConverter::SingleByteTable> makeTable(UConverter* converter) {
   auto table = std::make_unique<KelConverter::SingleByteTable>();
   for (std::size_t i = 0; i < table->size(); ++i) {
     const char byte = static_cast<char>(i);
     const char* source = &byte;
     char16_t units[4];  // room to see that there is more than one
     char16_t* target = units;
-    ucnv_toUnicode(converter.get(), &target, units + 4, &source, source + 1, nullptr, true, &status);
+    UErrorCode status = U_ZERO_ERROR;
+    ucnv_toUnicode(converter, &target, units + 4, &source, source + 1, nullptr, true, &status);
     if (U_FAILURE(status) || target != units + 1) return nullptr;
     (*table)[i] = units[0];
   }
   return table;
 }
 
+// The byte that a code unit becomes in any text, or kNoByte. Without a flush the converter keeps a unit that may be the
+// beginning of more, such as a leading surrogate.
+unsigned short byteOf(UConverter* converter, char16_t unit) {
+  char bytes[16];  // room to see that there is more than one
+  char* target = bytes;
+  const char16_t* source = &unit;
+  UErrorCode status = U_ZERO_ERROR;
+  ucnv_fromUnicode(converter, &target, bytes + sizeof bytes, &source, source + 1, nullptr, false, &status);
+  const bool isWhole = target == bytes + 1 && ucnv_fromUCountPending(converter, &status) == 0 && U_SUCCESS(status);
+  ucnv_resetFromUnicode(converter);
+  return isWhole ? static_cast<unsigned char>(bytes[0]) : KelConverter::kNoByte;
+}
+
+// The way back. Only the characters of the code page are asked for, a few hundred out of all code units.
+std::unique_ptr<const KelConverter::UnitTable> makeUnitTable(UConverter* converter) {
+  icu::UnicodeSet characters;
+  UErrorCode status = U_ZERO_ERROR;
+  ucnv_getUnicodeSet(converter, characters.toUSet(), UCNV_ROUNDTRIP_AND_FALLBACK_SET, &status);
+  characters.retain(0, 0xFFFF).remove(0xD800, 0xDFFF);
+  auto table = std::make_unique<KelConverter::UnitTable>();
+  table->fill(KelConverter::kNoByte);
+  for (int i = 0; U_SUCCESS(status) && i < characters.getRangeCount(); ++i)
+    for (UChar32 unit = characters.getRangeStart(i); unit <= characters.getRangeEnd(i); ++unit)
+      (*table)[static_cast<std::size_t>(unit)] = byteOf(converter, static_cast<char16_t>(unit));
+  return table;
+}
+
 }  // namespace
 
-KelConverter::KelConverter(UConverter* converter, UErrorCode status) : status_(status), converter_(converter) {
-  if (converter_ != nullptr) table_ = makeTable(converter_);
+KelConverter::KelConverter(icu::LocalUConverterPointer converter, UErrorCode status)
+    : status_(status), converter_(std::move(converter)) {
+  if (converter_.isNull() || !isSingleByte(converter_.getAlias())) return;
+  const icu::LocalUConverterPointer ours = cloneForTables(converter_.getAlias());
+  if (ours.isNull()) return;
+  table_ = makeTable(ours.getAlias());
+  if (table_ != nullptr) unitTable_ = makeUnitTable(ours.getAlias());
 }
 
-KelConverter::~KelConverter() {
-  ucnv_close(converter_);
-}
+KelConverter::~KelConverter() = default;
 
 // Failures are kept by their status alone: whoever asks for one CCSID after the other must not fill the memory.
 class KelConverter::Cache {
@@ -103,10 +136,13 @@ class KelConverter::Cache {
     const auto known = pages_.find(key);
     if (known != pages_.end()) return known->second.get();
     UErrorCode status = U_ZERO_ERROR;
-    OwnedConverter opened(ucnv_open(pageName(ccsid, bigEndian).c_str(), &status));
-    std::unique_ptr<KelConverter>& place = opened != nullptr ? pages_[key] : failures_[status];
-    if (place == nullptr) place.reset(new KelConverter(opened.release(), status));
-    return place.get();
+    icu::LocalUConverterPointer opened(ucnv_open(pageName(ccsid, bigEndian).c_str(), &status));
+    const bool isPage = opened.isValid();
+    // Made before it has a place: when there is no memory, the next call must not find an empty one.
+    std::unique_ptr<KelConverter> made(new KelConverter(std::move(opened), status));
+    return (isPage ? pages_.emplace(key, std::move(made)).first->second
+                   : failures_.emplace(status, std::move(made)).first->second)
+        .get();
   }
 
  private:

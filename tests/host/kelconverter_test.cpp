@@ -92,6 +92,27 @@ TEST(KelConverter, TableOfASingleBytePageEqualsIcusConversion) {
   }
 }
 
+// The way back holds exactly what the code page has: each character of a byte, and no unit that ICU substitutes, leaves
+// out or waits behind.
+TEST(KelConverter, UnitTableOfASingleBytePageEqualsIcusConversion) {
+  for (const unsigned ccsid : {37u, 500u, 1047u, 1140u, 819u, 1252u, 367u, 437u, 424u, 850u}) {
+    SCOPED_TRACE(ccsid);
+    const KelConverter* const page = KelConverter::createConverter(ccsid, 0, nullptr);
+    ASSERT_NE(page->unitTable(), nullptr);
+    const OwnedConverter clone = cloneOf(*page);
+    UErrorCode status = U_ZERO_ERROR;
+    ucnv_setFromUCallBack(clone.get(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+    for (unsigned unit = 0; unit < 0x10000; ++unit) {
+      const char16_t text[] = {static_cast<char16_t>(unit), u'A'};
+      char bytes[8] = {};
+      status = U_ZERO_ERROR;
+      const int length = ucnv_fromUChars(clone.get(), bytes, sizeof bytes, text, 2, &status);
+      const bool has = U_SUCCESS(status) && length == 2;
+      ASSERT_EQ((*page->unitTable())[unit], has ? static_cast<unsigned char>(bytes[0]) : KelConverter::kNoByte) << unit;
+    }
+  }
+}
+
 TEST(KelConverterThreads, AllThreadsShareOneConverterAPage) {
   std::vector<std::thread> threads;
   std::vector<const KelConverter*> pages(4);

@@ -10,8 +10,10 @@
 #include "oxrexport.hpp"
 #include "pwftypes.hpp"
 
+class KelConverter;
 namespace oxr {
 class ConverterState;
+struct DirectPath;
 struct SingleBytePage;
 }  // namespace oxr
 
@@ -88,13 +90,37 @@ class OXR_EXPORT CPUnicodeConverter : public CPBaseUnicodeConverter {
   void fromUnicodeString(char* target, int& targetLength, const KelWstring& source, UErrorCode& conversionStatus) const;
 
  private:
+  friend struct oxr::DirectPath;
   friend struct oxr::SingleBytePage;
   friend class oxr::ConverterState;
+
+  // Code pages that have a way around ICU.
+  enum class Form : unsigned char { eOther, eSingleByte, eUtf8, eUtf16Big, eUtf16Little };
+
+  [[gnu::visibility("hidden")]] Form formOf(const KelConverter& shared) const;
+  void decodeStep(unsigned short*& target, const unsigned short* targetLimit, const char*& source,
+                  const char* sourceLimit, int* offsets, bool flush, UErrorCode& stepStatus) const;
+  void encodeStep(char*& target, const char* targetLimit, const unsigned short*& source,
+                  const unsigned short* sourceLimit, int* offsets, bool flush, UErrorCode& stepStatus) const;
+  [[gnu::visibility("hidden")]] void decodeByIcu(unsigned short*& target, const unsigned short* targetLimit,
+                                                 const char*& source, const char* sourceLimit, int* offsets, bool flush,
+                                                 UErrorCode& stepStatus) const;
+  [[gnu::visibility("hidden")]] void encodeByIcu(char*& target, const char* targetLimit, const unsigned short*& source,
+                                                 const unsigned short* sourceLimit, int* offsets, bool flush,
+                                                 UErrorCode& stepStatus) const;
+  int decodeWhole(unsigned short* target, int room, const char* source, int length, UErrorCode& wholeStatus) const;
+  int encodeWhole(char* target, int room, const unsigned short* source, int length, UErrorCode& wholeStatus) const;
+  void decodeInPasses(KelWstring& target, const char* source, int length, UErrorCode& wholeStatus) const;
+  [[gnu::visibility("hidden")]] void forgetHeldUnits() const;
 
   icu::LocalUConverterPointer converter;  // lies in cloneBuffer when it fits
   int cloneSize = 1024;                   // bytes of cloneBuffer offered to ICU
   alignas(16) char cloneBuffer[8192];
-  const std::array<unsigned short, 256>* byteTable = nullptr;  // the host's; null unless a byte is always a character
-  bool holdsUnitsBack = false;  // toUnicode() ran out of room: ICU may owe units from before
+  const std::array<unsigned short, 256>* byteTable = nullptr;    // the host's; null unless a byte is always a character
+  const std::array<unsigned short, 65536>* unitTable = nullptr;  // the way back
+  Form form = Form::eOther;
+  // ICU may owe units, or bytes, from before or be in the middle of a character: the next conversion is ICU's.
+  mutable bool holdsUnitsBack = false;
+  mutable bool holdsBytesBack = false;
   objectHeader header{"QVTC", 8240, 8256};
 };

@@ -3,11 +3,14 @@
 #include <unicode/ucnv_err.h>
 
 #include <algorithm>
+#include <span>
+#include <string_view>
 
+#include "directpath.hpp"
 #include "isrange.hpp"
-#include "kelalloc.hpp"
 #include "kelconverter.hpp"
 #include "raise.hpp"
+#include "scratch.hpp"
 #include "singlebytepage.hpp"
 #include "trace.hpp"
 
@@ -22,6 +25,13 @@ class Trace : public FunctionTrace {
  public:
   explicit Trace(const char* function) : FunctionTrace(nullptr, function, kSourcePath) {}
 };
+
+// Conversions with trace on, out of the way: with trace off not even the object that traces is made.
+template <class Convert>
+[[gnu::cold, gnu::noinline]] void traced(const char* function, Convert convert) {
+  const Trace trace(function);
+  convert();
+}
 
 // ICU's own callback would also substitute a character that the end of the input cuts off, and the caller would never
 // learn that bytes are missing.
@@ -60,46 +70,23 @@ void requireConverted(const Trace& trace, UErrorCode status, const char* text) {
     raise<KelConversionException>(trace.site(), failures::kInternalError, text, static_cast<int>(status));
 }
 
-// Whole conversions; the result is the number of units, or bytes, written. After an error the converter starts anew: a
-// later text must not begin with what found no room in this one.
-int decode(UConverter* converter, unsigned short* target, int room, const char* source, int length,
-           UErrorCode& status) {
-  if (U_SUCCESS(status) && !(isRange(target, room) && isRange(source, length))) status = U_ILLEGAL_ARGUMENT_ERROR;
-  if (U_FAILURE(status)) return 0;
-  char16_t* const begin = toIcu(target);
-  char16_t* end = begin;
-  ucnv_toUnicode(converter, &end, begin + room, &source, source + length, nullptr, true, &status);
-  if (U_FAILURE(status)) ucnv_resetToUnicode(converter);
-  return static_cast<int>(end - begin);
-}
-
-int encode(UConverter* converter, char* target, int room, const unsigned short* source, int length,
-           UErrorCode& status) {
-  if (U_SUCCESS(status) && !(isRange(target, room) && isRange(source, length))) status = U_ILLEGAL_ARGUMENT_ERROR;
-  if (U_FAILURE(status)) return 0;
-  const char16_t* from = toIcu(source);
-  char* end = target;
-  ucnv_fromUnicode(converter, &end, target + room, &from, from + length, nullptr, true, &status);
-  if (U_FAILURE(status)) ucnv_resetFromUnicode(converter);
-  return static_cast<int>(end - target);
-}
-
-// Any text through ICU, a work area after the other. A text may have more units than `room`: characters above U+FFFF,
-// and units held back from before.
-void decodeInPasses(UConverter* converter, KelWstring& target, const char* source, int length, UErrorCode& status) {
-  // Less than the shortest character still needs a unit's room, or units held back would overflow for ever.
-  const int room = std::max(length / ucnv_getMinCharSize(converter), 1);
-  const KelBlock<unsigned short> work = allocateBlock<unsigned short>(static_cast<unsigned long>(room));
-  target.eraseInternal(0, KelWstring::npos);
-  char16_t* const begin = toIcu(work.get());
-  const char* const limit = source + length;
-  do {
-    status = U_ZERO_ERROR;
-    char16_t* end = begin;
-    ucnv_toUnicode(converter, &end, begin + room, &source, limit, nullptr, true, &status);
-    target.appendInternal(work.get(), static_cast<unsigned>(end - begin), 0);
-  } while (status == U_BUFFER_OVERFLOW_ERROR);
-  if (U_FAILURE(status)) ucnv_resetToUnicode(converter);
+// The first stretch of a conversion, on the way around ICU. True when that was all: the source is used up, or the room.
+template <class From, class To>
+[[gnu::always_inline]] inline bool takeDirectPath(const CPUnicodeConverter& page, const From*& source,
+                                                  const From* sourceLimit, To*& target, const To* targetLimit,
+                                                  UErrorCode& status) {
+  constexpr std::ptrdiff_t kMost = 0x3FFFFFFF;  // of longer ranges ICU thinks that they are a mistake
+  const std::ptrdiff_t length = sourceLimit - source, room = targetLimit - target;
+  if (U_FAILURE(status) || length <= 0 || length > kMost || room < 0 || room > kMost) return false;
+  const core::Progress done = DirectPath::convert(page, std::span(source, static_cast<std::size_t>(length)),
+                                                  std::span(target, static_cast<std::size_t>(room)));
+  if (done.read == 0) return false;
+  source += done.read;
+  target += done.written;
+  if (source == sourceLimit) return true;
+  if (target != targetLimit) return false;
+  status = U_BUFFER_OVERFLOW_ERROR;
+  return true;
 }
 
 }  // namespace
@@ -126,44 +113,146 @@ CPUnicodeConverter::CPUnicodeConverter(int ccsid, EEndian endian) : CPBaseUnicod
   requireConverter(trace, status, failures::kConverterSetup, ccsid);
   ucnv_setFallback(converter.getAlias(), true);
   byteTable = shared->singleByteTable();
+  unitTable = shared->unitTable();
+  form = formOf(*shared);
 }
 
 CPUnicodeConverter::~CPUnicodeConverter() {
   converter.adoptInstead(nullptr);  // while the buffer that it lies in is still there
 }
 
+CPUnicodeConverter::Form CPUnicodeConverter::formOf(const KelConverter& shared) const {
+  if (shared.singleByteTable() != nullptr) return Form::eSingleByte;
+  UErrorCode ignored = U_ZERO_ERROR;
+  // Only the plain forms have these names; a form that reads or writes a mark has a longer one.
+  const std::string_view icuName = ucnv_getName(converter.getAlias(), &ignored);
+  if (icuName == "UTF-8") return Form::eUtf8;
+  if (icuName == "UTF-16BE") return Form::eUtf16Big;
+  return icuName == "UTF-16LE" ? Form::eUtf16Little : Form::eOther;
+}
+
+// One conversion: around ICU as far as that goes, the rest through it. With offsets all is ICU's. Inline, as a field is
+// converted in the time of a few calls.
+[[gnu::always_inline]] inline void CPUnicodeConverter::decodeStep(unsigned short*& target,
+                                                                  const unsigned short* targetLimit,
+                                                                  const char*& source, const char* sourceLimit,
+                                                                  int* offsets, bool flush,
+                                                                  UErrorCode& stepStatus) const {
+  if (offsets != nullptr || !takeDirectPath(*this, source, sourceLimit, target, targetLimit, stepStatus))
+    decodeByIcu(target, targetLimit, source, sourceLimit, offsets, flush, stepStatus);
+}
+
+[[gnu::always_inline]] inline void CPUnicodeConverter::encodeStep(char*& target, const char* targetLimit,
+                                                                  const unsigned short*& source,
+                                                                  const unsigned short* sourceLimit, int* offsets,
+                                                                  bool flush, UErrorCode& stepStatus) const {
+  if (offsets != nullptr || !takeDirectPath(*this, source, sourceLimit, target, targetLimit, stepStatus))
+    encodeByIcu(target, targetLimit, source, sourceLimit, offsets, flush, stepStatus);
+}
+
+[[gnu::noinline]] void CPUnicodeConverter::decodeByIcu(unsigned short*& target, const unsigned short* targetLimit,
+                                                       const char*& source, const char* sourceLimit, int* offsets,
+                                                       bool flush, UErrorCode& stepStatus) const {
+  if (U_FAILURE(stepStatus)) return;
+  char16_t* const begin = toIcu(target);
+  char16_t* end = begin;
+  ucnv_toUnicode(converter.getAlias(), &end, toIcu(targetLimit), &source, sourceLimit, offsets, flush, &stepStatus);
+  target += end - begin;
+  UErrorCode ignored = U_ZERO_ERROR;
+  holdsUnitsBack = U_FAILURE(stepStatus) || (!flush && ucnv_toUCountPending(converter.getAlias(), &ignored) != 0);
+}
+
+[[gnu::noinline]] void CPUnicodeConverter::encodeByIcu(char*& target, const char* targetLimit,
+                                                       const unsigned short*& source, const unsigned short* sourceLimit,
+                                                       int* offsets, bool flush, UErrorCode& stepStatus) const {
+  if (U_FAILURE(stepStatus)) return;
+  const char16_t* const begin = toIcu(source);
+  const char16_t* end = begin;
+  ucnv_fromUnicode(converter.getAlias(), &target, targetLimit, &end, toIcu(sourceLimit), offsets, flush, &stepStatus);
+  source += end - begin;
+  UErrorCode ignored = U_ZERO_ERROR;
+  holdsBytesBack = U_FAILURE(stepStatus) || (!flush && ucnv_fromUCountPending(converter.getAlias(), &ignored) != 0);
+}
+
+// Whole conversions; the result is the number of units, or bytes, written. After an error the converter starts anew: a
+// later text must not begin with what found no room in this one.
+int CPUnicodeConverter::decodeWhole(unsigned short* target, int room, const char* source, int length,
+                                    UErrorCode& wholeStatus) const {
+  if (U_SUCCESS(wholeStatus) && !(isRange(target, room) && isRange(source, length)))
+    wholeStatus = U_ILLEGAL_ARGUMENT_ERROR;
+  if (U_FAILURE(wholeStatus)) return 0;
+  unsigned short* end = target;
+  decodeStep(end, target + room, source, source + length, nullptr, true, wholeStatus);
+  if (U_FAILURE(wholeStatus)) forgetHeldUnits();
+  return static_cast<int>(end - target);
+}
+
+int CPUnicodeConverter::encodeWhole(char* target, int room, const unsigned short* source, int length,
+                                    UErrorCode& wholeStatus) const {
+  if (U_SUCCESS(wholeStatus) && !(isRange(target, room) && isRange(source, length)))
+    wholeStatus = U_ILLEGAL_ARGUMENT_ERROR;
+  if (U_FAILURE(wholeStatus)) return 0;
+  char* end = target;
+  encodeStep(end, target + room, source, source + length, nullptr, true, wholeStatus);
+  if (U_FAILURE(wholeStatus)) {
+    ucnv_resetFromUnicode(converter.getAlias());
+    holdsBytesBack = false;
+  }
+  return static_cast<int>(end - target);
+}
+
+// A work area after the other. A text may have more units than fit into the first: characters above U+FFFF, and units
+// held back from before.
+void CPUnicodeConverter::decodeInPasses(KelWstring& target, const char* source, int length,
+                                        UErrorCode& wholeStatus) const {
+  // Less than the shortest character still needs a unit's room, or units held back would overflow for ever.
+  const int room = std::max(length / ucnv_getMinCharSize(converter.getAlias()), 1);
+  Scratch<unsigned short, 256> work(static_cast<std::size_t>(room));
+  const auto pass = [&, limit = source + length] {
+    wholeStatus = U_ZERO_ERROR;
+    unsigned short* end = work.data();
+    decodeStep(end, work.data() + room, source, limit, nullptr, true, wholeStatus);
+    return static_cast<unsigned>(end - work.data());
+  };
+  target.assignInternal(work.data(), pass(), 0);
+  while (wholeStatus == U_BUFFER_OVERFLOW_ERROR)
+    target.appendInternal(work.data(), pass(), 0);
+  if (U_FAILURE(wholeStatus)) forgetHeldUnits();
+}
+
+void CPUnicodeConverter::forgetHeldUnits() const {
+  ucnv_resetToUnicode(converter.getAlias());
+  holdsUnitsBack = false;
+}
+
 int CPUnicodeConverter::toUnicode(unsigned short*& target, const unsigned short* targetLimit, const char*& source,
                                   const char* sourceLimit, int* offsets, signed char flush,
                                   UErrorCode& conversionStatus) {
-  const Trace trace("CPUnicodeConverter::toUnicode");
-  char16_t* const begin = toIcu(target);
-  char16_t* end = begin;
-  ucnv_toUnicode(converter.getAlias(), &end, toIcu(targetLimit), &source, sourceLimit, offsets, flush,
-                 &conversionStatus);
-  target += end - begin;
-  if (conversionStatus == U_BUFFER_OVERFLOW_ERROR)
-    holdsUnitsBack = true;
-  else if (U_SUCCESS(conversionStatus))
-    holdsUnitsBack = false;
+  if (debugTraceOn()) [[unlikely]]
+    traced("CPUnicodeConverter::toUnicode", [=, this, &target, &source, &conversionStatus] {
+      decodeStep(target, targetLimit, source, sourceLimit, offsets, flush != 0, conversionStatus);
+    });
+  else
+    decodeStep(target, targetLimit, source, sourceLimit, offsets, flush != 0, conversionStatus);
   return conversionStatus;
 }
 
 int CPUnicodeConverter::fromUnicode(char*& target, const char* targetLimit, const unsigned short*& source,
                                     const unsigned short* sourceLimit, int* offsets, signed char flush,
                                     UErrorCode& conversionStatus) {
-  const Trace trace("CPUnicodeConverter::fromUnicode");
-  const char16_t* const begin = toIcu(source);
-  const char16_t* end = begin;
-  ucnv_fromUnicode(converter.getAlias(), &target, targetLimit, &end, toIcu(sourceLimit), offsets, flush,
-                   &conversionStatus);
-  source += end - begin;
+  if (debugTraceOn()) [[unlikely]]
+    traced("CPUnicodeConverter::fromUnicode", [=, this, &target, &source, &conversionStatus] {
+      encodeStep(target, targetLimit, source, sourceLimit, offsets, flush != 0, conversionStatus);
+    });
+  else
+    encodeStep(target, targetLimit, source, sourceLimit, offsets, flush != 0, conversionStatus);
   return conversionStatus;
 }
 
 void CPUnicodeConverter::fromUnicode(char* target, int* targetLength, const unsigned short* source, int sourceLength) {
   const Trace trace("CPUnicodeConverter::fromUnicode");
   UErrorCode conversionStatus = U_ZERO_ERROR;
-  const int written = encode(converter.getAlias(), target, *targetLength, source, sourceLength, conversionStatus);
+  const int written = encodeWhole(target, *targetLength, source, sourceLength, conversionStatus);
   requireConverted(trace, conversionStatus, "Error converting to text to codepage");
   *targetLength = written;
 }
@@ -173,7 +262,7 @@ void CPUnicodeConverter::fromLocalToUnicode(unsigned short* target, int* targetL
   const Trace trace("CPUnicodeConverter::fromLocalToUnicode");
   const CPUnicodeConverter local(kLocalCcsid, eEndianLittle);
   UErrorCode conversionStatus = U_ZERO_ERROR;
-  const int written = decode(local.converter.getAlias(), target, *targetLength, source, sourceLength, conversionStatus);
+  const int written = local.decodeWhole(target, *targetLength, source, sourceLength, conversionStatus);
   requireConverted(trace, conversionStatus, "Error converting from local codepage to unicode");
   *targetLength = written;
 }
@@ -183,7 +272,7 @@ void CPUnicodeConverter::fromUnicodeToLocal(char* target, int* targetLength, con
   const Trace trace("CPUnicodeConverter::fromUnicodeToLocal");
   const CPUnicodeConverter local(kLocalCcsid, eEndianLittle);
   UErrorCode conversionStatus = U_ZERO_ERROR;
-  const int written = encode(local.converter.getAlias(), target, *targetLength, source, sourceLength, conversionStatus);
+  const int written = local.encodeWhole(target, *targetLength, source, sourceLength, conversionStatus);
   requireConverted(trace, conversionStatus, "Error converting to text to local codepage");
   *targetLength = written;
 }
@@ -210,8 +299,7 @@ const char* CPUnicodeConverter::getName(UErrorCode& nameStatus) const {
 
 void CPUnicodeConverter::resetToUnicode() {
   const Trace trace("CPUnicodeConverter::resetToUnicode");
-  ucnv_resetToUnicode(converter.getAlias());
-  holdsUnitsBack = false;
+  forgetHeldUnits();
 }
 
 void CPUnicodeConverter::toUnicodeString(KelWstring& target, const char* source, int length,
@@ -224,7 +312,7 @@ void CPUnicodeConverter::toUnicodeString(KelWstring& target, const char* source,
                             target.resizeForOverwrite(count));
     conversionStatus = U_ZERO_ERROR;
   } else {
-    decodeInPasses(converter.getAlias(), target, source, length, conversionStatus);
+    decodeInPasses(target, source, length, conversionStatus);
   }
 }
 
@@ -233,6 +321,6 @@ void CPUnicodeConverter::fromUnicodeString(char* target, int& targetLength, cons
   if (targetLength <= 0)
     conversionStatus = U_ILLEGAL_ARGUMENT_ERROR;
   else
-    targetLength = encode(converter.getAlias(), target, targetLength, source.characters(),
-                          static_cast<int>(source.length()), conversionStatus);
+    targetLength =
+        encodeWhole(target, targetLength, source.characters(), static_cast<int>(source.length()), conversionStatus);
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "directpath.hpp"
 #include "singlebytepage.hpp"
 
 namespace oxr {
@@ -52,7 +53,7 @@ Decoded decodeOnward(KelBufferPointer& window, CPUnicodeConverter& converter, in
 }
 
 void restart(CPUnicodeConverter& converter) {
-  if (SingleBytePage::tableOf(converter) == nullptr) converter.resetToUnicode();
+  if (!DirectPath::isAtStart(converter)) converter.resetToUnicode();
 }
 
 void dropHeldUnits(CPUnicodeConverter& converter) {

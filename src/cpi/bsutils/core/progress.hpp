@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstddef>
+
+namespace oxr::core {
+
+// How far a conversion came: elements taken from its input and put to its output.
+struct Progress {
+  std::size_t read = 0;
+  std::size_t written = 0;
+};
+
+}  // namespace oxr::core
