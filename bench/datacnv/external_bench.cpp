@@ -80,6 +80,91 @@ BENCHMARK(readLatin)->Name("ExtDecToDec/Latin-1 overpunch, scale 2")->Arg(10);
 BENCHMARK(readUtf8)->Name("ExtDecToDec/UTF-8 overpunch, scale 2")->Arg(10);
 BENCHMARK(readBytePad)->Name("ExtDecToDec/EBCDIC, pad in the code page")->Arg(10);
 
+// A text of `size` digits, two of them behind the point.
+std::array<unsigned short, 24> textOf(std::size_t size) {
+  std::array<unsigned short, 24> text{'-'};
+  for (std::size_t i = 0, out = 1; i < size; ++i) {
+    if (i == size - 2) text[out++] = '.';
+    text[out++] = static_cast<unsigned short>('0' + (i + 1) % 10);
+  }
+  return text;
+}
+
+void writePlainLoop(benchmark::State& state) {
+  const auto size = static_cast<std::size_t>(state.range(0));
+  auto text = textOf(size);
+  Field field{};
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(text);
+    const unsigned short* in = text.data();
+    const bool negative = *in == '-';
+    in += negative;
+    unsigned char digits[32];
+    std::size_t count = 0;
+    bool valid = true;
+    for (; *in != 0; ++in) {
+      if (*in == '.') continue;
+      valid &= *in >= '0' && *in <= '9';
+      digits[count++] = static_cast<unsigned char>(0xF0 | (*in & 15));
+    }
+    if (!valid || count > size) state.SkipWithError("bad text");
+    std::size_t out = 0;
+    while (out < size - count)
+      field[out++] = 0xF0;
+    for (std::size_t i = 0; i < count; ++i)
+      field[out++] = digits[i];
+    if (negative) field[size - 1] &= 0xDF;
+    benchmark::DoNotOptimize(field);
+  }
+}
+BENCHMARK(writePlainLoop)->Name("ExtDecFromDec/plain loop")->Arg(5)->Arg(10)->Arg(18);
+
+void write(benchmark::State& state, int ccsid, bool padIsUnicode = true) {
+  int size = static_cast<int>(state.range(0));
+  auto text = textOf(static_cast<std::size_t>(size));
+  Field field{};
+  DataCnv cnv = converter(ccsid);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(text);
+    cnv.ExtDecFromDec(text.data(), field.data(), size, 2, eSignTrailingIncluded, eJustifyRight,
+                      padIsUnicode ? '0' : 0xF0, padIsUnicode, false, nullptr, nullptr);
+    benchmark::DoNotOptimize(field);
+  }
+}
+void writeOverpunched(benchmark::State& state) {
+  write(state, 37);
+}
+void writeBytePad(benchmark::State& state) {
+  write(state, 37, false);
+}
+BENCHMARK(writeOverpunched)->Name("ExtDecFromDec/EBCDIC overpunch, scale 2")->Arg(5)->Arg(10)->Arg(18);
+BENCHMARK(writeBytePad)->Name("ExtDecFromDec/EBCDIC, pad in the code page")->Arg(10);
+
+void writeInteger(benchmark::State& state) {
+  int size = 10;
+  long value = -1234567890;
+  Field field{};
+  DataCnv cnv = converter(37);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(value);
+    cnv.ExtDecFromInt64(value, field.data(), size, eSignTrailingIncluded, eJustifyRight, '0', true, false, nullptr,
+                        nullptr);
+    benchmark::DoNotOptimize(field);
+  }
+}
+BENCHMARK(writeInteger)->Name("ExtDecFromInt64/EBCDIC overpunch, 10 digits");
+
+void readDouble(benchmark::State& state) {
+  Field field = fieldOf(10, 0xF0);
+  DataCnv cnv = converter(37);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(field);
+    benchmark::DoNotOptimize(
+        cnv.ExtDecToDbl(field.data(), 10, 2, eSignTrailingIncluded, eJustifyRight, ' ', true, false, nullptr, nullptr));
+  }
+}
+BENCHMARK(readDouble)->Name("ExtDecToDbl/EBCDIC overpunch, 10 digits, scale 2");
+
 #ifdef OXR_HAVE_LIBCOB
 void cobolMove(benchmark::State& state) {
   const auto size = static_cast<std::size_t>(state.range(0));
