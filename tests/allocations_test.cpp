@@ -98,6 +98,67 @@ TEST(Allocations, NumbersOfShortTextMakeNone) {
   }
 }
 
+TEST(Allocations, PackedAndLogFieldsAsNumbersAndTextMakeNone) {
+  DataCnv converter = converterFor(819);
+  const unsigned char field[] = {0x12, 0x34, 0x56, 0x78, 0x90, 0x12, 0x34, 0x5D};
+  unsigned char target[8];
+  int written = 0;
+  const PWFData number(u"-123456789012345"_k.characters(), DECIMAL), digits(u"123456789012345A"_k);
+  const auto none = [](auto call) { EXPECT_EQ(allocationsOf(call), 0u); };
+  none([&] { converter.PckdDecToDbl(field, 8, 2, eSignTrailingIncluded); });
+  none([&] { converter.PckdDecToPWFInt64(field, 8, 2, eSignTrailingIncluded); });
+  none([&] { converter.PckdDecToInt32(field + 4, 4, 0, eSignTrailingIncluded); });
+  none([&] { converter.PckdDecFromDbl(-12345678.25, target, 8, 2, eSignTrailingIncluded); });
+  none([&] { converter.PckdDecFromPWFInt64(-123456789012, target, 8, 2, eSignTrailingIncluded); });
+  none([&] { converter.PckdDecFromInt32(-12345678, target, 8, -2, eSignNone); });
+  none([&] { converter.TLOGPckdStrToStr(field, 8, eEndianBig); });
+  none([&] {
+    KelBufferedWstring<16u> text;
+    converter.TLOGFLPckdDecToDec(field, text, 7, eEndianLittle, eTrimPadding, eJustifyLeft, 15, false);
+  });
+  none([&] { converter.TLOGPWFDataToPckdDecimal(number, target, 8, eEndianBig, false, written); });
+  none([&] { converter.TLOGPWFDataToPckdStr(digits, target, 8, eEndianBig); });
+}
+
+TEST(Allocations, NumbersWrittenShortMakeNone) {
+  DataCnv converter = converterFor(37);
+  const KelWstring decimal = u"-1234567.89"_k, point = u","_k;
+  const unsigned short *const minus = DataCnv::US_MINUS.characters(), *const plus = DataCnv::US_PLUS.characters();
+  unsigned short units[16];
+  unsigned char zoned[11];
+  int size = sizeof zoned;
+  for (const bool padIsUnicode : {false, true}) {  // a pad in the code page keeps a zoned field from the quick way
+    const auto pad = static_cast<unsigned short>(padIsUnicode ? '*' : 0x5C);
+    const auto none = [&](auto write) {
+      EXPECT_EQ(allocationsOf([&] {
+                  int length = 16;
+                  write(length, eSignTrailingSeparate, minus, plus, true, eJustifyRight, pad, padIsUnicode);
+                }),
+                0u);
+    };
+    none([&](int& length, auto... look) { converter.StrFromInt64(-123456, units, length, look...); });
+    none([&](int& length, auto... look) { converter.StrFromInt64(-123456, text, length, look...); });
+    none([&](int& length, auto... look) {
+      converter.StrFromDbl(-1234.56, units, length, false, 2, point.characters(), look...);
+    });
+    none([&](int& length, auto... look) {
+      converter.StrFromDec(decimal.characters(), units, length, false, 2, point.characters(), look..., true);
+    });
+    const auto noneZoned = [&](auto call) {
+      const unsigned short* const noTable = nullptr;
+      EXPECT_EQ(allocationsOf(
+                    [&] { call(eSignTrailingIncluded, eJustifyRight, pad, padIsUnicode, false, noTable, noTable); }),
+                0u);
+    };
+    noneZoned([&](auto... form) { converter.ExtDecFromDec(decimal.characters(), zoned, size, 2, form...); });
+    noneZoned([&](auto... form) { converter.ExtDecToDec(zoned, size, 2, form...); });
+    noneZoned([&](auto... form) { converter.ExtDecToDbl(zoned, size, 2, form...); });
+    noneZoned([&](auto... form) { converter.ExtDecToInt64(zoned, size, form...); });
+    noneZoned([&](auto... form) { converter.ExtDecFromDbl(-1234.56, zoned, size, 2, form...); });
+    noneZoned([&](auto... form) { converter.ExtDecFromInt64(-123456, zoned, size, form...); });
+  }
+}
+
 TEST(Allocations, LongTextMakesItsOneBlock) {
   DataCnv converter = converterFor(37);
   const unsigned char packed[16] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x1C};
