@@ -124,6 +124,8 @@ TEST(Allocations, NumbersWrittenShortMakeNone) {
   DataCnv converter = converterFor(37);
   const KelWstring decimal = u"-1234567.89"_k, point = u","_k;
   const unsigned short *const minus = DataCnv::US_MINUS.characters(), *const plus = DataCnv::US_PLUS.characters();
+  KelBufferedWstring<16u> text;
+  KelBufferedWstring<16u> shownText;
   unsigned short units[16];
   unsigned char zoned[11];
   int size = sizeof zoned;
@@ -137,7 +139,7 @@ TEST(Allocations, NumbersWrittenShortMakeNone) {
                 0u);
     };
     none([&](int& length, auto... look) { converter.StrFromInt64(-123456, units, length, look...); });
-    none([&](int& length, auto... look) { converter.StrFromInt64(-123456, text, length, look...); });
+    none([&](int& length, auto... look) { converter.StrFromInt64(-123456, shownText, length, look...); });
     none([&](int& length, auto... look) {
       converter.StrFromDbl(-1234.56, units, length, false, 2, point.characters(), look...);
     });
