@@ -23,34 +23,31 @@ inline constexpr std::uint64_t kSign64 = std::uint64_t{1} << 63;
 // HexFloat.ConvertsKnownPatterns.
 constexpr std::uint32_t ieeeFromHex(std::uint32_t hex) {
   constexpr std::uint32_t kLargest = 0x7F7FFFFFu;
-  if ((hex & ~kSign32) == 0) return hex;
   const std::uint32_t sign = hex & kSign32;
-  int biased = 4 * static_cast<int>(hex >> 24 & 0x7F) - 130;
+  std::uint32_t exponent = 4 * (hex >> 24 & 0x7F) - 131;  // excess 126; below 0 beyond all that fit
   std::uint32_t fraction = hex << 8;
-  if (fraction != 0) [[likely]] {
-    const int zeros = std::countl_zero(fraction);
-    fraction <<= zeros;
-    biased -= zeros;
-  } else {
+  if (fraction == 0) [[unlikely]] {
+    if (hex == sign) return sign;
     fraction = kSign32;
-    ++biased;
+    ++exponent;
   }
-  if (biased > 254) return sign | kLargest;
-  if (biased < 1) return sign;  // no denormals
-  return sign + (static_cast<std::uint32_t>(biased - 1) << 23) + (fraction >> 8);
+  const auto zeros = static_cast<unsigned>(std::countl_zero(fraction));
+  exponent -= zeros;
+  if (exponent < 254) [[likely]]
+    return (sign | exponent << 23) + (fraction << zeros >> 8);
+  return static_cast<std::int32_t>(exponent) < 0 ? sign : sign | kLargest;  // no denormals
 }
 
 // Only the high word tells a zero, whose low word goes through untouched; and a fraction with nothing but zeros in the
 // high word is not normalised. No result needs clamping: an IEEE double reaches further than any exponent here.
 constexpr std::uint64_t ieeeFromHex(std::uint64_t hex) {
-  constexpr std::uint64_t kHighFraction = 0x00FFFFFF'00000000u;
   const std::uint64_t sign = hex & kSign64;
-  std::uint64_t biased = 4 * (hex >> 56 & 0x7F) + 766;
-  if ((hex & kHighFraction) == 0) [[unlikely]]
-    return (hex & ~kSign64) >> 32 == 0 ? hex : sign | (biased - 3) << 52 | static_cast<std::uint32_t>(hex);
+  std::uint64_t exponent = 4 * (hex >> 56 & 0x7F) + 765;  // excess 1022
   std::uint64_t mantissa = hex << 8;
-  const int zeros = std::countl_zero(mantissa);
-  biased -= static_cast<unsigned>(zeros);
+  if (mantissa >> 40 == 0) [[unlikely]]
+    return (hex & ~kSign64) >> 32 == 0 ? hex : sign | (exponent - 2) << 52 | static_cast<std::uint32_t>(hex);
+  const auto zeros = static_cast<unsigned>(std::countl_zero(mantissa));
+  exponent -= zeros;
   // Of 56 bits two are dropped, the next is rounded away. Shorter fractions have zeros there.
   mantissa = mantissa << zeros >> 10;
   std::uint64_t rounded = (mantissa + 1) >> 1;
@@ -61,10 +58,10 @@ constexpr std::uint64_t ieeeFromHex(std::uint64_t hex) {
     rounded = (high + 1) >> 1 << 32 | (high & 1) << 31;
     if (rounded >> 53 != 0) {
       rounded = (rounded + 1) >> 1;
-      ++biased;
+      ++exponent;
     }
   }
-  return sign + ((biased - 1) << 52) + rounded;
+  return (sign | exponent << 52) + rounded;
 }
 
 // No result needs clamping: the exponents of a float lie within those of the hexadecimal format.

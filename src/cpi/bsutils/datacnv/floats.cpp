@@ -40,65 +40,75 @@ struct WordPair {
   }
 };
 
-// How a float field is written. Not for long: two settings of an object in registers.
-struct Format {
-  EFloatFmt format;
-  EEndian order;
+constexpr int kFloatSize = 4;
+constexpr int kDoubleSize = 8;
 
-  bool isHexadecimal() const { return format == eFloatHexadecimal; }
-  bool isLittle() const { return order == eEndianLittle; }
-  static bool isSize(int size) { return size == 4 || size == 8; }
+bool isFloatSize(int size) {
+  return size == kFloatSize || size == kDoubleSize;
+}
 
-  template <class Bits>
-  Bits load(const unsigned char* bytes) const {
-    const Bits bits = core::loadBytes<Bits>(bytes, isLittle());
-    return isHexadecimal() ? core::ieeeFromHex(bits) : bits;
-  }
-  double read(const unsigned char* bytes, int size) const {
-    if (size == 4) return std::bit_cast<float>(load<std::uint32_t>(bytes));
-    return std::bit_cast<double>(load<std::uint64_t>(bytes));
-  }
+// The bits of a field of sizeof(Bits) bytes, as IEEE ones. Only those have a byte order: hexadecimal ones are big.
+template <class Bits>
+Bits load(const unsigned char* bytes, EFloatFmt format, EEndian order) {
+  if (format == eFloatHexadecimal) [[likely]]
+    return core::ieeeFromHex(core::loadBytes<Bits>(bytes, false));
+  return core::loadBytes<Bits>(bytes, order == eEndianLittle);
+}
+double readFloat(const unsigned char* bytes, EFloatFmt format, EEndian order) {
+  return std::bit_cast<float>(load<std::uint32_t>(bytes, format, order));
+}
+double readDouble(const unsigned char* bytes, EFloatFmt format, EEndian order) {
+  return std::bit_cast<double>(load<std::uint64_t>(bytes, format, order));
+}
 
-  template <class Bits>
-  void store(unsigned char* bytes, Bits bits) const {
-    core::storeBytes(bytes, isHexadecimal() ? core::hexFromIeee(bits) : bits, isLittle());
-  }
-  void write(unsigned char* bytes, int size, double value) const {
-    // Rounded to nearest by the machine; beyond a float's range an infinity: Floats.WriteWhatIsTooLargeForTheField.
-    if (size == 4) return store(bytes, std::bit_cast<std::uint32_t>(static_cast<float>(value)));
-    store(bytes, std::bit_cast<std::uint64_t>(value));
-  }
-};
+template <class Bits>
+void store(unsigned char* bytes, Bits bits, EFloatFmt format, EEndian order) {
+  if (format == eFloatHexadecimal) [[likely]]
+    return core::storeBytes(bytes, core::hexFromIeee(bits), false);
+  core::storeBytes(bytes, bits, order == eEndianLittle);
+}
+void writeFloat(double value, unsigned char* bytes, EFloatFmt format, EEndian order) {
+  // Rounded to nearest by the machine; beyond a float's range an infinity: Floats.WriteWhatIsTooLargeForTheField.
+  store(bytes, std::bit_cast<std::uint32_t>(static_cast<float>(value)), format, order);
+}
+void writeDouble(double value, unsigned char* bytes, EFloatFmt format, EEndian order) {
+  store(bytes, std::bit_cast<std::uint64_t>(value), format, order);
+}
 
 [[gnu::cold, gnu::noinline]] double readTraced(const KelLogSource* log, const unsigned char* source, int size,
-                                               EFloatFmt floatFormat, EEndian floatEndian) {
+                                               EFloatFmt format, EEndian order) {
   const FunctionTrace trace(log, "DataCnv::FltToDbl", kDataCnvPath);
   if (source == nullptr) raiseInternalError(trace.site(), "Null input pointer passed into DataCnv::FltToDbl");
   if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid input size: ", size));
-  if (!Format::isSize(size)) raiseInternalError(trace.site(), numbered("Invalid float size: ", size));
-  return Format{floatFormat, floatEndian}.read(source, size);
+  if (!isFloatSize(size)) raiseInternalError(trace.site(), numbered("Invalid float size: ", size));
+  return size == kFloatSize ? readFloat(source, format, order) : readDouble(source, format, order);
 }
 
 [[gnu::cold, gnu::noinline]] void writeTraced(const KelLogSource* log, double value, unsigned char* target, int size,
-                                              EFloatFmt floatFormat, EEndian floatEndian) {
+                                              EFloatFmt format, EEndian order) {
   const FunctionTrace trace(log, "DataCnv::FltFromDbl", kDataCnvPath);
   if (target == nullptr) raiseInternalError(trace.site(), "Null output buffer pointer");
   if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid output buffer size: ", size));
-  if (!Format::isSize(size)) raiseInternalError(trace.site(), numbered("Invalid float size: ", size));
-  Format{floatFormat, floatEndian}.write(target, size, value);
+  if (!isFloatSize(size)) raiseInternalError(trace.site(), numbered("Invalid float size: ", size));
+  (size == kFloatSize ? writeFloat : writeDouble)(value, target, format, order);
 }
 
 }  // namespace
 
+// The quick way first: a good field, and no trace.
 double DataCnv::FltToDbl(const unsigned char* source, int size) {
-  if (!debugTraceOn() && source != nullptr && Format::isSize(size)) [[likely]]
-    return Format{floatFormat, floatEndian}.read(source, size);
+  if (!debugTraceOn() && source != nullptr) [[likely]] {
+    if (size == kDoubleSize) return readDouble(source, floatFormat, floatEndian);
+    if (size == kFloatSize) return readFloat(source, floatFormat, floatEndian);
+  }
   return readTraced(this, source, size, floatFormat, floatEndian);
 }
 
 void DataCnv::FltFromDbl(double value, unsigned char* target, int size) {
-  if (!debugTraceOn() && target != nullptr && Format::isSize(size)) [[likely]]
-    return Format{floatFormat, floatEndian}.write(target, size, value);
+  if (!debugTraceOn() && target != nullptr) [[likely]] {
+    if (size == kDoubleSize) return writeDouble(value, target, floatFormat, floatEndian);
+    if (size == kFloatSize) return writeFloat(value, target, floatFormat, floatEndian);
+  }
   writeTraced(this, value, target, size, floatFormat, floatEndian);
 }
 

@@ -40,28 +40,20 @@ constexpr Range rangeOf(const char* type) {
           static_cast<double>(kMost), type};
 }
 
-// By sign, then by bytes. A size that no integer has takes nothing, so that one test sees to size and range.
-constexpr Range kRanges[2][kMaxSize + 1] = {
-    {{},
-     rangeOf<PWFUInt8>("PWFUInt8"),
-     rangeOf<PWFUInt16>("PWFUInt16"),
-     {},
-     rangeOf<PWFUInt32>("PWFUInt32"),
-     {},
-     {},
-     {},
-     rangeOf<PWFUInt64>("PWFUInt64")},
-    {{},
-     rangeOf<PWFInt8>("PWFInt8"),
-     rangeOf<PWFInt16>("PWFInt16"),
-     {},
-     rangeOf<PWFInt32>("PWFInt32"),
-     {},
-     {},
-     {},
-     rangeOf<PWFInt64>("PWFInt64")},
+// By bytes, then unsigned and signed. A size that no integer has takes nothing, so that one test sees to size and
+// range.
+constexpr Range kRanges[kMaxSize + 1][2] = {
+    {},
+    {rangeOf<PWFUInt8>("PWFUInt8"), rangeOf<PWFInt8>("PWFInt8")},
+    {rangeOf<PWFUInt16>("PWFUInt16"), rangeOf<PWFInt16>("PWFInt16")},
+    {},
+    {rangeOf<PWFUInt32>("PWFUInt32"), rangeOf<PWFInt32>("PWFInt32")},
+    {},
+    {},
+    {},
+    {rangeOf<PWFUInt64>("PWFUInt64"), rangeOf<PWFInt64>("PWFInt64")},
 };
-static_assert(kRanges[1][8].mostReal == 0x1p63 && kRanges[0][8].mostReal == 0x1p64 && kRanges[0][4].least == 0);
+static_assert(kRanges[8][1].mostReal == 0x1p63 && kRanges[8][0].mostReal == 0x1p64 && kRanges[3][1].most == 0);
 
 // What the three writings of an integer differ in.
 struct Writing {
@@ -81,7 +73,7 @@ struct Field {
   bool isSigned;
 
   bool isKnownSize(int maxSize) const { return core::isIntegerSize(size) && size <= maxSize; }
-  const Range& range() const { return kRanges[isSigned][size]; }
+  const Range& range() const { return kRanges[static_cast<unsigned>(size)][isSigned]; }
   void store(std::uint64_t value) const { core::storeInteger(bytes, value, size, order == eEndianLittle); }
 };
 
