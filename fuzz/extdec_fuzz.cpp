@@ -1,6 +1,9 @@
-// External decimals of any bytes, settings and code pages against a naive model of the field's text: steps on plain
-// strings, one after the other. Whatever is raised is one of the failures that a bad field has.
+// External decimals of any bytes, settings and code pages, read and written, against a naive model: steps on plain
+// strings, one after the other. Whatever is raised is the failure that the model comes to.
 
+#include <unicode/uchar.h>
+
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <optional>
@@ -10,11 +13,13 @@
 
 #include "dataconv.hpp"
 #include "kelexception.hpp"
+#include "support/textmodel.hpp"
+
+using namespace oxr::fuzz;
 
 namespace {
 
 using Bytes = std::vector<unsigned char>;
-using Text = std::u16string;
 
 struct Page {
   int ccsid;
@@ -23,11 +28,7 @@ struct Page {
 constexpr Page kPages[] = {{37, true},  {500, true},   {819, false}, {1208, false},
                            {939, true}, {1200, false}, {943, false}, {1232, false}};
 
-constexpr int kInternal = 5502, kInvalid = 5505;
-
-struct Refused {
-  int number;
-};
+constexpr int kInternal = 5502, kInvalid = 5505, kOutOfBounds = 5506, kTooLong = 5507, kPaddingSize = 5521;
 
 struct Settings {
   Page page;
@@ -35,10 +36,6 @@ struct Settings {
   unsigned short pad;
   bool padIsUnicode, customSign;
 };
-
-void require(bool holds) {
-  if (!holds) std::abort();
-}
 
 // The code page itself is the business of another fuzz binary.
 Text decoded(DataCnv& converter, const Bytes& field) {
@@ -112,34 +109,6 @@ void modelTrim(DataCnv& converter, const Settings& settings, Text& text) {
   if (text.empty()) text = u"0";
 }
 
-void modelShift(int places, Text& text) {
-  if (places == 0) return;
-  std::size_t point = text.find(u'.');
-  const bool hadPoint = point != Text::npos;
-  if (hadPoint)
-    text.erase(point, 1);
-  else
-    point = text.size();
-  const std::size_t digits = text.size();
-  for (; places < 0; ++places)
-    if (++point > text.size()) text += u'0';
-  bool isBeyond = false;
-  for (; places > 0; --places) {
-    isBeyond |= point == 0;
-    if (point == 0)
-      text.insert(0, 1, u'0');
-    else
-      --point;
-  }
-  if (isBeyond) text.insert(point++, 1, u'0');
-  if (point <= digits || isBeyond) text.insert(point, 1, u'.');
-  const std::size_t first = text.find(u'.');
-  if (first == 0)
-    text.insert(0, 1, u'0');
-  else if (first == text.size() - 1)
-    text.pop_back();
-}
-
 void modelValidate(int sign, const Text& text) {
   int points = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -176,6 +145,121 @@ Text readText(DataCnv& converter, const Settings& settings, const Bytes& field) 
   return Text(value.getDecimalValue(), value.getDecimalValue() + value.getDecimalLength());
 }
 
+// Pads to `characters`, in code units or in bytes of the code page.
+void modelPad(DataCnv& converter, const Settings& settings, int characters, int freeBytes, Text& text) {
+  const int missing = characters - static_cast<int>(text.size());
+  if (missing == 0) return;
+  const Bytes pad = encoded(converter, Text(1, char16_t{settings.pad}));
+  if (static_cast<int>(pad.size()) > converter.getConverter()->getMaxBytesPerChar()) throw Refused{kOutOfBounds};
+  if (pad.empty() || freeBytes % static_cast<int>(pad.size()) != 0) throw Refused{kPaddingSize};
+  const auto count = static_cast<std::size_t>(std::max(missing, 0));
+  if (settings.padIsUnicode) {
+    text.insert(settings.justification == 1 ? text.size() : 0, Text(count, char16_t{settings.pad}));
+  } else if (settings.justification == 1 || settings.justification == 2) {
+    Bytes bytes = encoded(converter, text);
+    bytes.insert(settings.justification == 1 ? bytes.end() : bytes.begin(), count,
+                 static_cast<unsigned char>(settings.pad));
+    text = decoded(converter, bytes);
+  }
+}
+
+Bytes modelFitting(DataCnv& converter, const Text& text, std::size_t room) {
+  const Bytes bytes = encoded(converter, text);
+  if (bytes.size() > room) throw Refused{kTooLong};
+  return bytes;
+}
+
+void modelCarrySign(const Settings& settings, bool negative, unsigned char& byte) {
+  const int plain = byte;
+  if (settings.page.isEbcdic)
+    byte = static_cast<unsigned char>(negative ? plain & ~0x20 : plain);
+  else if (!settings.customSign)
+    byte = static_cast<unsigned char>(negative ? plain | 0x70 : plain);
+  else if (plain == '0')
+    byte = negative ? '}' : '{';
+  else
+    byte = static_cast<unsigned char>(plain + (negative ? 'J' - '1' : 'A' - '1'));
+}
+
+// What a field of 0xEE becomes.
+Bytes modelField(DataCnv& converter, const Settings& settings, Text text, bool isDecimal, std::size_t size) {
+  bool negative = false;
+  if (isDecimal) {
+    text.erase(std::min(text.find(u'\0'), text.size()));
+    negative = modelSeparateSign(eSignLeadingSeparate, text);
+    while (!text.empty() && u_isWhitespace(text.front()))
+      text.erase(0, 1);
+    while (!text.empty() && u_isWhitespace(text.back()))
+      text.pop_back();
+    text.erase(0, text.find_first_not_of(u'0'));
+    if (negative) text.insert(0, 1, u'-');
+  }
+  if (!text.empty()) modelShift(-settings.scale, text);
+  text.erase(std::min(text.find(u'.'), text.size()));
+  const std::size_t minus = text.find(u'-');
+  negative = minus != Text::npos;
+  if (negative) text.erase(minus, 1);
+  text.erase(0, text.find_first_not_of(u'0'));
+  if (text.empty()) text = u"0";
+
+  Bytes field(size, 0xEE);
+  const auto put = [&](const Bytes& bytes) { std::copy(bytes.begin(), bytes.end(), field.begin()); };
+  const Bytes digits = modelFitting(converter, text, size);
+  put(digits);
+  const int freeBytes = static_cast<int>(size - digits.size());
+  const int characters = freeBytes / converter.getConverter()->getMinBytesPerChar() + static_cast<int>(text.size());
+  const bool isSeparate = settings.sign == 3 || settings.sign == 4;
+  if (settings.sign == 0 && negative) throw Refused{kOutOfBounds};
+  if (settings.sign >= 0 && settings.sign <= 4) modelPad(converter, settings, characters - isSeparate, freeBytes, text);
+  if (isSeparate) text.insert(settings.sign == 3 ? 0 : text.size(), 1, negative ? u'-' : u'+');
+  put(modelFitting(converter, text, size));
+  if (settings.sign == 1) modelCarrySign(settings, negative, field[0]);
+  if (settings.sign == 2) modelCarrySign(settings, negative, field[static_cast<std::size_t>(characters) - 1]);
+  return field;
+}
+
+Bytes writtenField(DataCnv& converter, const Settings& settings, const Text& text, bool isDecimal, std::size_t size) {
+  Bytes field(size, 0xEE);
+  int room = static_cast<int>(size);
+  const std::basic_string<unsigned short> units(text.begin(), text.end());
+  const auto write = [&](auto... form) {
+    if (isDecimal)
+      converter.ExtDecFromDec(units.c_str(), field.data(), room, settings.scale, form...);
+    else
+      converter.UStringToExtDec(KelWstring(units.data(), static_cast<unsigned>(units.size())), field.data(), room,
+                                -settings.scale, form...);
+  };
+  write(static_cast<ESign>(settings.sign), static_cast<EJustification>(settings.justification), settings.pad,
+        settings.padIsUnicode, settings.customSign, nullptr, nullptr);
+  return field;
+}
+
+// Mostly characters of numbers.
+Text textFrom(const Bytes& bytes) {
+  constexpr std::u16string_view kCharacters = u"0123456789.-0+ 0,";
+  Text text;
+  for (const unsigned char byte : bytes)
+    text += byte < 0xF0 ? kCharacters[byte % kCharacters.size()] : static_cast<char16_t>(byte * 0x1357);
+  return text;
+}
+
+// Both come to the same, be it a value or a refusal.
+template <class Model, class Library>
+void requireSame(Model model, Library library) {
+  std::optional<decltype(model())> expected;
+  int refused = 0;
+  try {
+    expected = model();
+  } catch (const Refused& failure) {
+    refused = failure.number;
+  }
+  try {
+    require(library() == expected);
+  } catch (const KelRecoverableException& e) {
+    require(e.oxrMessageNumber() == refused);
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -190,17 +274,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Bytes field(data + 5, data + size);
   DataCnv converter(settings.page.ccsid, eEndianBig, eEndianBig, eFloatHexadecimal, 53, nullptr, false, nullptr, 0,
                     true, 12, false, eMessageStandardDefault, nullptr);
-  std::optional<Text> expected;
-  int refused = 0;
-  try {
-    expected = modelText(converter, settings, field);
-  } catch (const Refused& failure) {
-    refused = failure.number;
-  }
-  try {
-    require(readText(converter, settings, field) == expected);
-  } catch (const KelConversionException& e) {
-    require(e.oxrMessageNumber() == refused);
-  }
+  requireSame([&] { return modelText(converter, settings, field); },
+              [&] { return readText(converter, settings, field); });
+  const bool isDecimal = (data[0] & 32) != 0;
+  const std::size_t room = 1 + data[5] % 24;
+  const Text text = textFrom(field);
+  requireSame([&] { return modelField(converter, settings, text, isDecimal, room); },
+              [&] { return writtenField(converter, settings, text, isDecimal, room); });
   return 0;
 }
