@@ -181,7 +181,8 @@ TEST(TextBufferReader, ReadsAndMovesAsScripted) {
       {kShifted, "C1 0E4541 4542 4543 0F C2 0E45", "s2 C V1@9 S1 C@9 S1 R9,10 S1 s9 v2@10 s-1 s2 c",
        "A一@4 二/2@4 B@4 二@4 B/1@4 二@4 B@4 二@4 false@4 5502:11@4 5502:11@4 二三@8 B/2@10"},
       {kShifted, "0E4541 4542 0F", "r0,3 c", "一@3 \uFF65/1@4"},  // a range is a text of its own
-      {kShifted, "0E4541 4542 0F", "s1 g3,5", "一@3 \uFF65\uFF62@5"},
+      {kShifted, "0E4541 C1C2 C3", "s1 g3,5 c", "一@3 AB@5 C/1@6"},
+      {kShifted, "0E4541 C1C2 C3", "s1 r3,5 c", "一@3 AB@5 C/1@6"},
       // Ranges.
       {1208, "6162 C3A9 63", "r1,4 g1,2 r99,99 r4,3 r4,6 r-1,3 r-2147483648,2147483647 g5,5",
        "bé@4 b@2 @2 false@2 false@2 false@2 false@2 @5"},
