@@ -202,7 +202,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Settings set{(data[0] & 1) != 0 ? eEndianLittle : eEndianBig, (data[0] & 2) != 0 ? eTrimPadding : eTrimNone,
                      static_cast<EJustification>(data[0] >> 2 & 3), static_cast<unsigned short>(data[1] & 31),
                      (data[0] & 16) != 0};
-  checkReaders(converter, Bytes(data + 3, data + size), set);
+  // Any bytes, or digits behind a first byte of any kind, so that long fields are good ones, too.
+  Bytes field(data + 3, data + size);
+  for (std::size_t i = 1; (data[2] & 8) != 0 && i < field.size(); ++i)
+    field[i] = static_cast<unsigned char>(field[i] / 10 % 10 << 4 | field[i] % 10);
+  if (set.little() && (data[2] & 16) != 0) std::reverse(field.begin(), field.end());
+  checkReaders(converter, field, set);
 
   // Mostly digits, so that texts are good ones for long; the field is about as long as they need.
   std::string text;

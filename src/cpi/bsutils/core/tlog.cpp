@@ -78,7 +78,6 @@ TlogFault packTlogDecimal(UnitView text, std::span<unsigned char> field, bool fi
   const auto length = static_cast<std::ptrdiff_t>(text.size());
   const auto size = static_cast<std::ptrdiff_t>(field.size());
   const NumberInText number = findNumber(text);
-  const bool odd = (length - number.start) % 2 != 0;
   std::ptrdiff_t position = 0;
   if (fixed) {
     position = size - fixedFormBytes(length, number);
@@ -86,33 +85,27 @@ TlogFault packTlogDecimal(UnitView text, std::span<unsigned char> field, bool fi
     std::fill_n(field.begin(), position, static_cast<unsigned char>(0));
   }
 
-  std::ptrdiff_t next = number.start;
+  // Above 9 for a character that is no digit.
+  const auto digitAt = [text](std::ptrdiff_t at) { return text[static_cast<std::size_t>(at)] - unsigned{'0'}; };
   const auto put = [&](unsigned byte) {
     field[static_cast<std::size_t>(position++)] = static_cast<unsigned char>(byte);
   };
-  // The value of the next character, above 9 for one that is no digit; there is none behind the text's end.
-  const auto take = [&]() -> unsigned {
-    const std::ptrdiff_t at = next++;
-    return at < 0 || at >= length ? ~0u : text[static_cast<std::size_t>(at)] - unsigned{'0'};
-  };
   const unsigned filler = fixed ? 0 : kTlogFiller;
-  if (odd) {
+  std::ptrdiff_t next = number.start;
+  if ((length - next) % 2 != 0) {
     if (position >= size) return TlogFault::fieldTooSmall;
-    const unsigned digit = take();
-    if (digit > 9) return TlogFault::notADigit;
-    put((number.negative ? kTlogMinus : filler) << 4 | digit);
+    if (next < 0 || digitAt(next) > 9) return TlogFault::notADigit;
+    put((number.negative ? kTlogMinus : filler) << 4 | digitAt(next++));
   } else if (number.negative) {
     // In the fixed form the minus goes into the last of the zeros in front.
     if (fixed && position-- == 0) return TlogFault::fieldTooSmall;
     if (position >= size) return TlogFault::fieldTooSmall;
     put(filler << 4 | kTlogMinus);
   }
-  while (position < size) {
-    const unsigned high = take();
-    if (high > 9) return TlogFault::notADigit;
-    const unsigned low = take();
-    if (low > 9) return TlogFault::notADigit;
-    put(high << 4 | low);
+  // An even count of characters is left; digits beyond the field are dropped.
+  for (; position < size; next += 2) {
+    if (next == length || digitAt(next) > 9 || digitAt(next + 1) > 9) return TlogFault::notADigit;
+    put(digitAt(next) << 4 | digitAt(next + 1));
   }
   return TlogFault::none;
 }

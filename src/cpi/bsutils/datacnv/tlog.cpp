@@ -25,7 +25,8 @@ std::size_t fieldSize(int size) {
 }
 
 // The entry of a reading member shows how much is read, and in which order.
-FunctionTrace readingTrace(const KelLogSource* source, const char* function, int size, EEndian endian) {
+[[gnu::always_inline]] inline FunctionTrace readingTrace(const KelLogSource* source, const char* function, int size,
+                                                         EEndian endian) {
   const int order = endian;
   return FunctionTrace(source, function, kDataCnvPath, [&](KelLog::FastItem& item) { item << size << order; });
 }
