@@ -196,11 +196,11 @@ TEST(CPBase64Converter, RefusesACutGroup) {
 TEST(CPBase64Converter, ShowsItsTables) {
   CPBase64Converter::initEncodeTable();
   CPBase64Converter::initDecodeTable();
+  EXPECT_TRUE(std::equal(kAlphabet, kAlphabet + 64, CPBase64Converter::encodeTable.begin()));
   const auto& values = CPBase64Converter::decodeTable;
   for (unsigned value = 0; value < 64; ++value)
-    EXPECT_EQ(values[CPBase64Converter::encodeTable[value]], value);
-  EXPECT_EQ(values['='], 0);
-  EXPECT_EQ(std::count(values.begin(), values.end(), 128), 0x10000 - 65);
+    EXPECT_EQ(values[static_cast<unsigned char>(kAlphabet[value])], value);
+  EXPECT_TRUE(values['='] == 0 && std::count(values.begin(), values.end(), 128) == 0x10000 - 65);
 }
 
 }  // namespace

@@ -9,9 +9,7 @@ namespace {
 
 TEST(CpUtils, DumpsBytesAsLowerCaseDigits) {
   const unsigned char bytes[] = {0x00, 0xAB, 0x7F, 0xFF};
-  EXPECT_EQ(CPUtils::binaryDump(bytes, 4), "0x00ab7fff");
-  EXPECT_EQ(CPUtils::binaryDump(bytes, 1), "0x00");
-  EXPECT_EQ(CPUtils::binaryDump(bytes, 0), "0x");
+  EXPECT_EQ(CPUtils::binaryDump(bytes, 4) + ' ' + CPUtils::binaryDump(bytes, 1), "0x00ab7fff 0x00");
   EXPECT_EQ(CPUtils::binaryDump(nullptr, -1), "0x");
 }
 
