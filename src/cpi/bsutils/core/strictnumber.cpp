@@ -39,7 +39,7 @@ StrictFault placesFault(UnitView text, std::size_t point, std::int32_t precision
   for (const PlacesRule& rule : kPlacesRules)
     if (rule.precision == precision) return rule.faults[form];
   if (hasPoint && static_cast<std::int64_t>(behind.size()) == precision) return StrictFault::none;
-  // Of a whole number with an exponent it is the exponent that is told: NumbersFromText.StrictCheckingRefuses.
+  // Of a whole number with an exponent, the exponent is told: NumbersFromText.StrictCheckingTellsWhatIsAmiss.
   return !hasPoint && hasExponentLetter(text) ? StrictFault::none : StrictFault::wrongPlaces;
 }
 
