@@ -310,27 +310,6 @@ TEST(Copybook, DescribesTheSamples) {
   EXPECT_EQ(parts.maxSize() * 5, std::filesystem::file_size(OXR_SAMPLES_DIR "/parts.bin"));
 }
 
-struct SharedCase {
-  const char* file;
-  std::uint32_t size;
-  std::size_t items;
-};
-
-TEST(Copybook, LaysOutSharedCopybooks) {
-  const std::filesystem::path folder = OXR_SHARED_DATA_DIR;
-  if (!std::filesystem::exists(folder / "README.md")) GTEST_SKIP() << "no shared data";
-  constexpr SharedCase kCases[] = {
-      {"code-pages/layout.cob", 45, 7},           {"floats/layout.cob", 12, 3},
-      {"occurs-segments/accounts.cob", 2202, 15}, {"occurs-segments/customers.cob", 183, 18},
-      {"occurs-segments/nested.cob", 9, 6},       {"occurs-segments/segments.cob", 108, 32},
-  };
-  for (const SharedCase& shared : kCases) {
-    const Layout layout = readCopybook(folder / shared.file);
-    EXPECT_EQ(layout.maxSize(), shared.size) << shared.file;
-    EXPECT_EQ(layout.items.size(), shared.items) << shared.file;
-  }
-}
-
 // A line of the list is: level, name, number of the field, start, end, length; positions from 1.
 TEST(Copybook, PlacesFieldsWhereThePublishedListHasThem) {
   const std::filesystem::path folder = std::filesystem::path(OXR_SHARED_DATA_DIR) / "numeric-types";
