@@ -277,9 +277,9 @@ TEST(Integers, WhatWasWrittenReadsBack) {
     const EEndian order{static_cast<int>(random() % 3)};
     const ESign sign{static_cast<int>(random() % 2)};
     DataCnv cnv = converterFor(37, order);
-    const int unused = 64 - 8 * size + (sign == kSigned || size == 8 ? 0 : 1);
-    PWFInt64 value = static_cast<PWFInt64>(random()) >> std::min(unused, 63);
-    if (sign == kUnsigned) value &= size == 8 ? std::numeric_limits<PWFInt64>::max() : (PWFInt64{1} << 8 * size) - 1;
+    const PWFInt64 number = static_cast<PWFInt64>(random()) >> (64 - 8 * size);
+    const std::uint64_t most = ~std::uint64_t{0} >> (size == 8 ? 1 : 64 - 8 * size);
+    const PWFInt64 value = sign == kSigned ? number : static_cast<PWFInt64>(static_cast<std::uint64_t>(number) & most);
     SCOPED_TRACE(std::to_string(value) + " in " + std::to_string(size));
     const std::string bytes = fromHex(writtenAs("PWFInt64", cnv, value, size, sign));
     const auto* const field = reinterpret_cast<const unsigned char*>(bytes.data());
