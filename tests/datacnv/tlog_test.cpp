@@ -187,15 +187,15 @@ TEST(Tlog, WritersTestTheTargetThenTheType) {
   DataCnv converter = converterFor(819);
   unsigned char target[2];
   int written = 7;
-  EXPECT_EQ(converter.TLOGPWFDataToPckdDecimal(PWFData(u"1"_k), nullptr, 2, eEndianLittle, true, written), nullptr);
-  EXPECT_EQ(converter.TLOGPWFDataToPckdStr(decimal("1"), nullptr, 2, eEndianLittle), nullptr);
-  EXPECT_EQ(written, 7);
-  EXPECT_EQ(raisedBy([&] {
-              converter.TLOGPWFDataToPckdDecimal(PWFData(u"1"_k), target, 2, eEndianBig, true, written);
-            }).inserts.back(),
-            "Logical type not equal to decimal");
-  EXPECT_EQ(raisedBy([&] { converter.TLOGPWFDataToPckdStr(decimal("1"), target, 2, eEndianBig); }).inserts.back(),
+  const PWFData text(u"1"_k), number = decimal("1");
+  EXPECT_EQ(converter.TLOGPWFDataToPckdDecimal(text, nullptr, 2, eEndianLittle, true, written), nullptr);
+  EXPECT_EQ(converter.TLOGPWFDataToPckdStr(number, nullptr, 2, eEndianLittle), nullptr);
+  EXPECT_EQ(
+      raisedBy([&] { converter.TLOGPWFDataToPckdDecimal(text, target, 2, eEndianBig, true, written); }).inserts.back(),
+      "Logical type not equal to decimal");
+  EXPECT_EQ(raisedBy([&] { converter.TLOGPWFDataToPckdStr(number, target, 2, eEndianBig); }).inserts.back(),
             "Logical type not equal to string");
+  EXPECT_EQ(written, 7);
 }
 
 // Every width and sign in both forms; a negative one only where it fills its field, since no reader looks for a minus

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdint>
 
 #include "core/numbertext.hpp"
@@ -92,15 +93,20 @@ void DataCnv::PckdDecFromDbl(double value, unsigned char* target, int size, int 
 bool DataCnv::quickPack(PWFInt64 value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign) {
   constexpr std::uint32_t kMaxDigits = 2 * core::PackedWord::kMaxSize - 1;
   const std::uint64_t magnitude = value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
-  const auto bytes = static_cast<std::uint32_t>(size);
-  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);
-  if (debugTraceOn() || target == nullptr || bytes - 1 >= core::PackedWord::kMaxSize || places >= kMaxDigits ||
+  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than there are digits
+  if (debugTraceOn() || target == nullptr || size <= 0 || places >= kMaxDigits ||
       magnitude >= core::kPowersOfTen[kMaxDigits - places])
     return false;
   char nibble;
   GetPackedDecimalSign(static_cast<short>(sign != eSignNone), value < 0, &nibble);
-  return core::packShort(core::halfBytesOfNumber(magnitude) << 4 * places, static_cast<unsigned char>(nibble), target,
-                         bytes, packedEndian == eEndianLittle);
+  const auto bytes = static_cast<std::uint32_t>(size);
+  const std::uint32_t filled = std::min(bytes, core::PackedWord::kMaxSize);
+  const bool reversed = packedEndian == eEndianLittle;
+  if (!core::packShort(core::halfBytesOfNumber(magnitude) << 4 * places, static_cast<unsigned char>(nibble),
+                       target + (reversed ? 0 : bytes - filled), filled, reversed))
+    return false;
+  std::fill_n(target + (reversed ? filled : 0), bytes - filled, static_cast<unsigned char>(0));
+  return true;
 }
 
 void DataCnv::PckdDecFromPWFInt64(PWFInt64 value, unsigned char* target, int size, int virtualDecimalPoint,
