@@ -29,6 +29,7 @@ struct PointLook;
 struct TextField;
 }  // namespace oxr
 namespace oxr::core {
+enum class Overpunch;
 struct ExternalDigits;
 struct IntegerDigits;
 class PackedField;
@@ -593,6 +594,12 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   [[gnu::visibility("hidden")]] bool writeQuickly(const unsigned short* text, unsigned char* target, int size,
                                                   int virtualDecimalPoint, const oxr::ExternalForm& form);
   bool settleExternalCodes(unsigned short padChar);
+  bool readsZones();
+  [[gnu::visibility("hidden")]] oxr::core::Overpunch overpunchCode(bool customSign);
+  [[gnu::visibility("hidden")]] PWFData readZonedText(const oxr::FailureSite& site, const unsigned char* source,
+                                                      int size, int virtualDecimalPoint, const oxr::ExternalForm& form);
+  [[gnu::visibility("hidden")]] bool writeShortZoned(const unsigned short* text, unsigned char* target, int size,
+                                                     int virtualDecimalPoint, const oxr::ExternalForm& form);
   [[gnu::visibility("hidden")]] void padExternal(KelWstring& digits, int characters, int freeBytes, bool& negative,
                                                  const oxr::FailureSite& site, const oxr::ExternalForm& form);
   void formatDouble(const icu::DecimalFormat& formatter, double value, KelWstring& out, bool exponential);
@@ -625,6 +632,7 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   struct ExternalCodes {
     bool areKnown = false;
     bool areBytes = false;  // a byte each, digits in order
+    bool areZoned = false;  // F0 to F9 or 30 to 39, and nothing else reads as them
     unsigned char zero = 0, plus = 0, minus = 0;
     int padChar = -1;  // as a code unit; -1 before the first one
     bool padIsByte = false;

@@ -112,6 +112,18 @@ inline constexpr std::array<unsigned char, 32> kSelect = [] {
   return select;
 }();
 
+// The characters as units, with a point behind the first `whole` of them, 1 to 16. Without a branch: a point behind the
+// last digit is there for the caller to write over.
+inline void writePointedSixteen(ByteVector characters, std::uint32_t whole, unsigned short* out) {
+  const ByteVector none = {};
+  const ByteVector later =
+      __builtin_shufflevector(none, characters, 0, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30);
+  ByteVector isWhole;
+  std::memcpy(&isWhole, kSelect.data() + 16 - whole, sizeof isWhole);
+  writeSixteen((characters & isWhole) | (later & ~isWhole), out);
+  out[whole] = '.';
+}
+
 // Up to 8 bytes of a field in a register, the last one in normal order uppermost.
 class PackedWord {
  public:
@@ -131,17 +143,9 @@ class PackedWord {
 
   // Writes the half bytes as digits. Always 16 units are written, those behind the field's end without meaning.
   void write(unsigned short* out) const { writeSixteen(digitVector(bytes_ >> free_), out); }
-  // The same with a point behind the first `whole` digits, 1 to 15. Without a branch: a point behind the last digit is
-  // there for the caller to write over.
+  // The same with a point behind the first `whole` digits, 1 to 15.
   void writePointed(std::uint32_t whole, unsigned short* out) const {
-    const ByteVector digits = digitVector(bytes_ >> free_);
-    const ByteVector none = {};
-    const ByteVector later =
-        __builtin_shufflevector(none, digits, 0, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30);
-    ByteVector isWhole;
-    std::memcpy(&isWhole, kSelect.data() + 16 - whole, sizeof isWhole);
-    writeSixteen((digits & isWhole) | (later & ~isWhole), out);
-    out[whole] = '.';
+    writePointedSixteen(digitVector(bytes_ >> free_), whole, out);
   }
 
  private:

@@ -6,6 +6,7 @@
 #include "core/externaldigits.hpp"
 #include "core/numbertext.hpp"
 #include "core/padding.hpp"
+#include "core/zonedword.hpp"
 #include "datacnv/externalform.hpp"
 #include "datacnv/padchar.hpp"
 #include "datacnv/signform.hpp"
@@ -98,6 +99,13 @@ void requireField(const FailureSite& site, const unsigned char* source, int size
                                   numbered(badSize, size));
 }
 
+// Whether a digit that is also the pad stands where padding would.
+bool endsInPad(const core::ZonedWord& word, std::uint32_t size, const ExternalForm& form) {
+  const unsigned pad = form.padChar - unsigned{'0'};
+  return (form.justification == eJustifyRight && word.digit(0) == pad) ||
+         (form.justification == eJustifyLeft && word.digit(size - 1) == pad);
+}
+
 constexpr std::size_t kExactDigits = 15;  // that a double always holds
 
 std::uint64_t wholeNumber(UnitView digits) {
@@ -165,7 +173,7 @@ bool DataCnv::externalDigits(const FailureSite& site, KelWstring& text, const un
     ExtDecRemoveSign(text, form.sign, form.positiveSignTable, form.negativeSignTable, negative);
     return negative;
   }
-  const core::Overpunch code = overpunchCode(*this, form.customSign);
+  const core::Overpunch code = overpunchCode(form.customSign);
   Scratch<unsigned char, kUsualField> field(static_cast<std::size_t>(size));
   std::memcpy(field.data(), source, field.size());
   negative = mendSignByte(site, code, field.data()[form.sign == eSignLeadingIncluded ? 0 : size - 1]);
@@ -191,10 +199,17 @@ inline core::ExternalDigits DataCnv::quickDigits(const unsigned char* source, in
   if (page == nullptr || !form.padCharIsUnicode || static_cast<unsigned>(size) - 1 >= core::kMaxExternalBytes ||
       !isKnownSign(form.sign) || source == nullptr || debugTraceOn()) [[unlikely]]
     return {};
-  const core::ExternalLayout layout{
-      *page, isIncluded(form.sign) ? overpunchCode(*this, form.customSign) : core::Overpunch::ebcdic, form.signPlace(),
-      padPlace(form.justification), form.padChar};
+  const core::ExternalLayout layout{*page,
+                                    isIncluded(form.sign) ? overpunchCode(form.customSign) : core::Overpunch::ebcdic,
+                                    form.signPlace(), padPlace(form.justification), form.padChar};
   return core::externalDigits({source, static_cast<std::size_t>(size)}, layout, units);
+}
+
+// Whether the digits are read as they lie: bytes of one zone, each a character.
+inline bool DataCnv::readsZones() {
+  if (!externalCodes.areKnown) [[unlikely]]
+    settleExternalCodes(' ');
+  return externalCodes.areZoned && SingleBytePage::tableOf(*converter) != nullptr && !debugTraceOn();
 }
 
 PWFData DataCnv::ExtDecToDec(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
@@ -204,6 +219,33 @@ PWFData DataCnv::ExtDecToDec(const unsigned char* source, int size, int virtualD
   requireField(trace.site(), source, size, "Invalid external decimal size: ");
   const ExternalForm form =
       formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable);
+  const auto bytes = static_cast<std::uint32_t>(size);
+  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than any field has
+  // The most frequent field keeps in registers: digits alone, one of them perhaps with the sign, the point behind
+  // another, the text inside the value.
+  if (bytes <= core::ZonedWord::kMaxSize && places < bytes && readsZones()) [[likely]] {
+    core::ZonedWord word(source, bytes, externalCodes.zero);
+    core::SignByte carrier{.valid = padCharIsUnicode && (sign == eSignNone || isIncluded(sign))};
+    if (isIncluded(sign) && padCharIsUnicode) {
+      const std::uint32_t position = sign == eSignLeadingIncluded ? 0 : bytes - 1;
+      carrier = core::readOverpunch(overpunchCodeOf(externalCodes.zero, customSign), source[position]);
+      word.replace(position, source[position], carrier.digit);
+    }
+    const std::uint32_t length = bytes + carrier.negative + (places != 0);
+    if (carrier.valid && word.isAllDigits() && length <= TextValue::kInlineUnits && !endsInPad(word, bytes, form))
+        [[likely]]
+      return TextValue::make(DECIMAL, length, [&](unsigned short* out) {
+        *out = '-';
+        word.writePointed(bytes - places, out + carrier.negative);  // 17 units at most: the text's room
+        out[length] = 0;
+      });
+  }
+  return readZonedText(trace.site(), source, size, virtualDecimalPoint, form);
+}
+
+// All other fields.
+PWFData DataCnv::readZonedText(const FailureSite& site, const unsigned char* source, int size, int virtualDecimalPoint,
+                               const ExternalForm& form) {
   if (virtualDecimalPoint >= 0) [[likely]] {
     core::ExternalUnits units;
     const core::ExternalDigits number = quickDigits(source, size, form, units);
@@ -211,7 +253,7 @@ PWFData DataCnv::ExtDecToDec(const unsigned char* source, int size, int virtualD
       return decimalValue(number, static_cast<std::uint32_t>(virtualDecimalPoint));
   }
   PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});
-  externalText(trace.site(), TextValue::text(value), source, size, virtualDecimalPoint, form);
+  externalText(site, TextValue::text(value), source, size, virtualDecimalPoint, form);
   return value;
 }
 

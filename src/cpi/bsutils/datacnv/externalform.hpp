@@ -23,10 +23,15 @@ struct ExternalForm {
   }
 };
 
-// How a digit carries a sign in the converter's code page.
-inline core::Overpunch overpunchCode(DataCnv& converter, bool customSign) {
-  if (converter.IsCcsidEBCDIC()) return core::Overpunch::ebcdic;
-  return customSign ? core::Overpunch::letters : core::Overpunch::ascii;
+// How a digit carries a sign in a code page whose "0" is `zero`, and in the object's code page.
+inline oxr::core::Overpunch overpunchCodeOf(unsigned char zero, bool customSign) {
+  using enum oxr::core::Overpunch;
+  if (zero == 0xF0) return ebcdic;
+  return customSign ? letters : ascii;
 }
 
 }  // namespace oxr
+
+inline oxr::core::Overpunch DataCnv::overpunchCode(bool customSign) {
+  return oxr::overpunchCodeOf(IsCcsidEBCDIC() ? 0xF0 : '0', customSign);
+}

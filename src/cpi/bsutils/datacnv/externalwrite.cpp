@@ -4,12 +4,14 @@
 
 #include "core/externaldigits.hpp"
 #include "core/packeddigits.hpp"
+#include "core/zonedword.hpp"
 #include "datacnv/externalform.hpp"
 #include "datacnv/signform.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
 #include "raise.hpp"
+#include "singlebytepage.hpp"
 #include "trace.hpp"
 
 using namespace oxr;
@@ -61,6 +63,10 @@ bool DataCnv::settleExternalCodes(unsigned short padChar) {
         U_SUCCESS(status) && size == kCount && getConverter()->getMinBytesPerChar() == 1 &&
         std::adjacent_find(bytes + 2, bytes + kCount, [](int a, int b) { return b != a + 1; }) == bytes + kCount;
     codes.plus = bytes[0], codes.minus = bytes[1], codes.zero = bytes[2];
+    const core::SingleByteTable* const page = SingleBytePage::tableOf(*getConverter());
+    codes.areZoned = codes.areBytes && codes.zero % 16 == 0 && page != nullptr;
+    for (unsigned digit = 0; digit <= 9; ++digit)
+      codes.areZoned = codes.areZoned && (*page)[codes.zero + digit] == '0' + digit;
   }
   if (codes.areBytes && codes.padChar != padChar) {
     size = sizeof bytes;
@@ -90,11 +96,40 @@ bool DataCnv::writeQuickly(const unsigned short* text, unsigned char* target, in
       !settleExternalCodes(form.padChar)) [[unlikely]]
     return false;
   const ExternalCodes& codes = externalCodes;
-  const auto code = isIncluded(form.sign) ? overpunchCode(*this, form.customSign) : core::Overpunch::ebcdic;
+  const auto code = isIncluded(form.sign) ? overpunchCode(form.customSign) : core::Overpunch::ebcdic;
   core::writeExternal(number.digits, number.negative,
                       {codes.zero, codes.plus, codes.minus, codes.pad, code, posEbcdicOverpunch, sign,
                        form.justification == eJustifyLeft},
                       {target, room});
+  return true;
+}
+
+// The most frequent field of all: up to 16 bytes, up to 15 digits, kept in registers, no padding behind them.
+inline bool DataCnv::writeShortZoned(const unsigned short* text, unsigned char* target, int size,
+                                     int virtualDecimalPoint, const ExternalForm& form) {
+  const auto bytes = static_cast<std::uint32_t>(size);
+  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);
+  std::uint64_t digits;
+  bool negative;
+  if (bytes > core::ZonedWord::kMaxSize || places > 15 || !isKnownSign(form.sign) || !form.padCharIsUnicode ||
+      form.justification == eJustifyLeft || !core::shortIntegerDigits(text, places, digits, negative) ||
+      (externalCodes.padChar != form.padChar && !settleExternalCodes(form.padChar)) || !externalCodes.padIsByte ||
+      externalCodes.zero % 16 != 0)
+    return false;
+  const ExternalCodes& codes = externalCodes;
+  const bool isSeparate = form.sign >= eSignLeadingSeparate;
+  const std::uint32_t count = core::significantDigits(digits);
+  const std::uint32_t room = bytes - isSeparate;
+  if (count > room || (negative && form.sign == eSignNone)) return false;
+  unsigned char* const start = target + (form.sign == eSignLeadingSeparate);
+  core::writeZoned(digits, codes.zero, start, room);
+  if (codes.pad != codes.zero) std::fill_n(start, room - count, codes.pad);
+  unsigned char& carrier =
+      target[form.sign == eSignLeadingIncluded || form.sign == eSignLeadingSeparate ? 0 : bytes - 1];
+  if (isSeparate)
+    carrier = negative ? codes.minus : codes.plus;
+  else if (form.sign != eSignNone)
+    carrier = core::writeOverpunch(overpunchCodeOf(codes.zero, form.customSign), carrier, negative, posEbcdicOverpunch);
   return true;
 }
 
@@ -139,7 +174,7 @@ void DataCnv::UStringToExtDec(const KelWstring& text, unsigned char* target, int
   if (!isIncluded(sign)) return;
   // A character's offset, which is a byte's only where each has one.
   unsigned char& carrier = target[sign == eSignLeadingIncluded ? 0 : characters - 1];
-  carrier = core::writeOverpunch(overpunchCode(*this, customSign), carrier, negative, posEbcdicOverpunch);
+  carrier = core::writeOverpunch(overpunchCode(customSign), carrier, negative, posEbcdicOverpunch);
 }
 
 void DataCnv::ExtDecFromDec(const unsigned short* text, unsigned char* target, int& size, int virtualDecimalPoint,
@@ -151,8 +186,10 @@ void DataCnv::ExtDecFromDec(const unsigned short* text, unsigned char* target, i
     raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
                                   "Null input pointer");
   requireTarget(trace.site(), target, size);
-  if (writeQuickly(text, target, size, virtualDecimalPoint,
-                   {sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable}))
+  const ExternalForm form{sign,       justification,     padChar,          padCharIsUnicode,
+                          customSign, positiveSignTable, negativeSignTable};
+  if (!debugTraceOn() && (writeShortZoned(text, target, size, virtualDecimalPoint, form) ||
+                          writeQuickly(text, target, size, virtualDecimalPoint, form)))
     return;
   KelBufferedWstring<16u> digits{UnitView(text)};
   const bool negative = CheckSign(digits, eSignLeadingSeparate, US_MINUS.characters(), US_PLUS.characters());
