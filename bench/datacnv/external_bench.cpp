@@ -166,6 +166,7 @@ void readDouble(benchmark::State& state) {
 BENCHMARK(readDouble)->Name("ExtDecToDbl/EBCDIC overpunch, 10 digits, scale 2");
 
 #ifdef OXR_HAVE_LIBCOB
+// From one zoned field to another, as an overpunched sign and a scale of 2 become those of the target.
 void cobolMove(benchmark::State& state) {
   const auto size = static_cast<std::size_t>(state.range(0));
   const auto digits = static_cast<unsigned short>(size);
@@ -179,7 +180,25 @@ void cobolMove(benchmark::State& state) {
     benchmark::DoNotOptimize(target);
   }
 }
-BENCHMARK(cobolMove)->Name("ExtDecToDec/COBOL move to display")->Arg(5)->Arg(10)->Arg(18);
+BENCHMARK(cobolMove)->Name("ExtDecToDec/COBOL move of zoned to zoned")->Arg(5)->Arg(10)->Arg(18);
+
+// To and from text like the library's: a picture of -9(8).99 has the sign and the point of "-12345678.90".
+void cobolEdit(benchmark::State& state, bool isRead) {
+  constexpr cob_pic_symbol kPicture[] = {{'-', 1}, {'9', 8}, {'.', 1}, {'9', 2}, {0, 0}};
+  Field zoned = fieldOf(10, 0x30);
+  zoned[9] |= 0x40;
+  std::array<unsigned char, 12> edited{'-', '1', '2', '3', '4', '5', '6', '7', '8', '.', '9', '0'};
+  const oxr::bench::CobolMove::Field zonedField{COB_TYPE_NUMERIC_DISPLAY, 10, 2, zoned.data(), 10};
+  const oxr::bench::CobolMove::Field editedField{COB_TYPE_NUMERIC_EDITED, 10, 2, edited.data(), 12, kPicture};
+  oxr::bench::CobolMove move(isRead ? zonedField : editedField, isRead ? editedField : zonedField);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(zoned);
+    benchmark::DoNotOptimize(edited);
+    move();
+  }
+}
+BENCHMARK_CAPTURE(cobolEdit, read, true)->Name("ExtDecToDec/COBOL move of zoned to text/10");
+BENCHMARK_CAPTURE(cobolEdit, write, false)->Name("ExtDecFromDec/COBOL move of text to zoned/10");
 #endif
 
 }  // namespace

@@ -17,6 +17,7 @@ class CobolMove {
     short scale;
     unsigned char* bytes;
     std::size_t size;
+    const cob_pic_symbol* picture = nullptr;  // of an edited field, to an empty entry
   };
 
   CobolMove(const Field& from, const Field& to)
@@ -38,7 +39,7 @@ class CobolMove {
 
  private:
   static cob_field_attr attributes(const Field& field) {
-    return {static_cast<unsigned short>(field.type), field.digits, field.scale, COB_FLAG_HAVE_SIGN, nullptr};
+    return {static_cast<unsigned short>(field.type), field.digits, field.scale, COB_FLAG_HAVE_SIGN, field.picture};
   }
 
   cob_field_attr fromAttributes_, toAttributes_;
