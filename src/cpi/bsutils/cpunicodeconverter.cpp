@@ -11,7 +11,6 @@
 #include "kelconverter.hpp"
 #include "raise.hpp"
 #include "scratch.hpp"
-#include "singlebytepage.hpp"
 #include "trace.hpp"
 
 using namespace oxr;
@@ -206,7 +205,7 @@ int CPUnicodeConverter::encodeWhole(char* target, int room, const unsigned short
 void CPUnicodeConverter::decodeInPasses(KelWstring& target, const char* source, int length,
                                         UErrorCode& wholeStatus) const {
   // Less than the shortest character still needs a unit's room, or units held back would overflow for ever.
-  const int room = std::max(length / ucnv_getMinCharSize(converter.getAlias()), 1);
+  const int room = form == Form::eUtf8 ? length : std::max(length / ucnv_getMinCharSize(converter.getAlias()), 1);
   Scratch<unsigned short, 256> work(static_cast<std::size_t>(room));
   const auto pass = [&, limit = source + length] {
     wholeStatus = U_ZERO_ERROR;
@@ -214,7 +213,8 @@ void CPUnicodeConverter::decodeInPasses(KelWstring& target, const char* source, 
     decodeStep(end, work.data() + room, source, limit, nullptr, true, wholeStatus);
     return static_cast<unsigned>(end - work.data());
   };
-  target.assignInternal(work.data(), pass(), 0);
+  const unsigned first = pass();
+  std::copy_n(work.data(), first, target.resizeForOverwrite(first));
   while (wholeStatus == U_BUFFER_OVERFLOW_ERROR)
     target.appendInternal(work.data(), pass(), 0);
   if (U_FAILURE(wholeStatus)) forgetHeldUnits();
@@ -306,14 +306,17 @@ void CPUnicodeConverter::toUnicodeString(KelWstring& target, const char* source,
                                          UErrorCode& conversionStatus) const {
   if (length <= 0 || source == nullptr) {
     conversionStatus = U_ILLEGAL_ARGUMENT_ERROR;
-  } else if (const core::SingleByteTable* const table = SingleBytePage::tableOf(*this)) {
-    const auto count = static_cast<unsigned>(length);
-    core::decodeSingleBytes({reinterpret_cast<const unsigned char*>(source), count}, *table,
-                            target.resizeForOverwrite(count));
-    conversionStatus = U_ZERO_ERROR;
-  } else {
-    decodeInPasses(target, source, length, conversionStatus);
+    return;
   }
+  const std::span bytes(source, static_cast<std::size_t>(length));
+  if (const std::size_t count = holdsUnitsBack ? 0 : DirectPath::unitsOf(*this, bytes)) {
+    unsigned short* const units = target.resizeForOverwrite(static_cast<unsigned>(count));
+    if (DirectPath::convert(*this, bytes, std::span(units, count)).read == bytes.size()) {
+      conversionStatus = U_ZERO_ERROR;
+      return;
+    }
+  }
+  decodeInPasses(target, source, length, conversionStatus);
 }
 
 void CPUnicodeConverter::fromUnicodeString(char* target, int& targetLength, const KelWstring& source,

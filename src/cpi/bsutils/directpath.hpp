@@ -59,6 +59,22 @@ struct DirectPath {
     return {};
   }
 
+  // The number of units of a text where it is known before it is converted; 0 where it is not.
+  static std::size_t unitsOf(const CPUnicodeConverter& page, std::span<const char> bytes) {
+    switch (page.form) {
+      case Form::eSingleByte:
+        return bytes.size();
+      case Form::eUtf8:
+        return core::isAscii(bytesOf(bytes)) ? bytes.size() : 0;
+      case Form::eUtf16Big:
+      case Form::eUtf16Little:
+        return bytes.size() % 2 == 0 ? bytes.size() / 2 : 0;
+      case Form::eOther:
+        break;
+    }
+    return 0;
+  }
+
   // Whether the converter is in its initial state on the way to Unicode, as far as can be told at no cost.
   static bool isAtStart(const CPUnicodeConverter& page) { return page.form != Form::eOther && !page.holdsUnitsBack; }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <span>
 
 #include "core/progress.hpp"
@@ -10,6 +13,21 @@
 // Both stop in front of what is not a whole, well-formed character and of a character that finds no room. The output
 // behind what was written may be overwritten, up to its end.
 namespace oxr::core {
+
+// Whether all bytes are below 0x80, each a character by itself.
+inline bool isAscii(std::span<const unsigned char> bytes) {
+  using Word = std::uint64_t;
+  const auto word = [&](std::size_t at) {
+    Word value;
+    std::memcpy(&value, bytes.data() + at, sizeof value);
+    return value;
+  };
+  if (bytes.size() < sizeof(Word)) return std::ranges::all_of(bytes, [](unsigned char byte) { return byte < 0x80; });
+  Word all = word(bytes.size() - sizeof(Word));  // may overlap the one before
+  for (std::size_t at = 0; at + sizeof(Word) <= bytes.size(); at += sizeof(Word))
+    all |= word(at);
+  return (all & 0x8080'8080'8080'8080) == 0;
+}
 
 Progress decodeUtf8(std::span<const unsigned char> bytes, std::span<unsigned short> units);
 Progress encodeUtf8(std::span<const unsigned short> units, std::span<unsigned char> bytes);

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "core/growingrun.hpp"
+#include "directpath.hpp"
 #include "isrange.hpp"
 #include "kelalloc.hpp"
 #include "raise.hpp"
@@ -135,7 +136,14 @@ inline void TextBufferWriter::append(const char* function, const unsigned short*
   if (converter == nullptr) raiseNoConverter(siteOf(function));
   const int room = roomFor(length);
   char* const target = buffer->reserveForAppend(room);
-  buffer->commitAppend(convert(pageFor(mayDropBom), target, room, text, length, [] { return siteOf(kFromUnicode); }));
+  CPUnicodeConverter& page = pageFor(mayDropBom);
+  if (length > 0 && text != nullptr && target != nullptr) {
+    const auto count = static_cast<std::size_t>(length);
+    const core::Progress direct =
+        DirectPath::convert(page, std::span(text, count), {target, static_cast<std::size_t>(room)});
+    if (direct.read == count) return buffer->commitAppend(static_cast<int>(direct.written));
+  }
+  buffer->commitAppend(convert(page, target, room, text, length, [] { return siteOf(kFromUnicode); }));
 }
 
 void TextBufferWriter::appendTraced(const char* function, const unsigned short* text, int length, bool mayDropBom) {
