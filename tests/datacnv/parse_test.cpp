@@ -119,7 +119,7 @@ std::string integerOf(const Field& field, bool isStrict, auto member) {
   return outcome(field, [&] { return std::to_string(field.integer(isStrict, member)); });
 }
 std::string decimalOf(const Field& field, bool isStrict) {
-  const std::string text = outcome(field, [&] { return shownDecimal(field.number(isStrict, kDec)); });
+  std::string text = outcome(field, [&] { return shownDecimal(field.number(isStrict, kDec)); });
   EXPECT_EQ(outcome(field, [&] { return toUtf8(field.number(isStrict, kDecimal)); }), text);
   return text;
 }
@@ -441,6 +441,7 @@ TEST(NumbersFromText, QuickAndGeneralWayAgree) {
   int quick = 0;
   for (int done = 0; done < count; done += kBatch) {
     std::vector<KelWstring> batch;
+    batch.reserve(kBatch);
     std::vector<std::uint64_t> general;
     for (int i = 0; i < kBatch; ++i)
       batch.push_back(k(hardText(random)));
