@@ -309,9 +309,9 @@ void CPUnicodeConverter::toUnicodeString(KelWstring& target, const char* source,
     return;
   }
   const std::span bytes(source, static_cast<std::size_t>(length));
-  if (const std::size_t count = holdsUnitsBack ? 0 : DirectPath::unitsOf(*this, bytes)) {
+  if (const std::size_t count = DirectPath::unitsOf(*this, bytes)) {
     unsigned short* const units = target.resizeForOverwrite(static_cast<unsigned>(count));
-    if (DirectPath::convert(*this, bytes, std::span(units, count)).read == bytes.size()) {
+    if (DirectPath::convertAll(*this, bytes, std::span(units, count))) {
       conversionStatus = U_ZERO_ERROR;
       return;
     }

@@ -59,8 +59,10 @@ struct DirectPath {
     return {};
   }
 
-  // The number of units of a text where it is known before it is converted; 0 where it is not.
+  // The number of units of a text where it is known before it is converted; 0 where it is not, and while the converter
+  // holds something from before.
   static std::size_t unitsOf(const CPUnicodeConverter& page, std::span<const char> bytes) {
+    if (page.holdsUnitsBack) return 0;
     switch (page.form) {
       case Form::eSingleByte:
         return bytes.size();
@@ -73,6 +75,13 @@ struct DirectPath {
         break;
     }
     return 0;
+  }
+
+  // Converts such a text into units.size() units, that many; false when it is not well formed.
+  static bool convertAll(const CPUnicodeConverter& page, std::span<const char> bytes, std::span<unsigned short> units) {
+    if (page.form != Form::eUtf8) return convert(page, bytes, units).read == bytes.size();
+    core::widenAscii(bytesOf(bytes), units.data());  // unitsOf() has looked at all of them
+    return true;
   }
 
   // Whether the converter is in its initial state on the way to Unicode, as far as can be told at no cost.

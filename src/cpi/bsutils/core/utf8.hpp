@@ -29,6 +29,9 @@ inline bool isAscii(std::span<const unsigned char> bytes) {
   return (all & 0x8080'8080'8080'8080) == 0;
 }
 
+// The units of ASCII, one for each byte, to `units`.
+void widenAscii(std::span<const unsigned char> bytes, unsigned short* units);
+
 Progress decodeUtf8(std::span<const unsigned char> bytes, std::span<unsigned short> units);
 Progress encodeUtf8(std::span<const unsigned short> units, std::span<unsigned char> bytes);
 

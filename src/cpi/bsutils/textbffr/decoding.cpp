@@ -38,6 +38,10 @@ Decoded decode(CPUnicodeConverter& converter, const char* source, const char* en
 
 Decoded decodeOnward(KelBufferPointer& window, CPUnicodeConverter& converter, int start,
                      std::span<unsigned short> target, int maxBytes) {
+  const std::span shown(window.getOffsetPointer(start), window.getEndPointer());
+  const core::Progress direct = DirectPath::convert(converter, shown, target);
+  if (direct.written == target.size() && !target.empty())
+    return {static_cast<int>(direct.written), static_cast<int>(direct.read), U_ZERO_ERROR};
   window.extendLength(kCharacterSlack, true);
   Decoded run;
   for (;;) {
