@@ -598,6 +598,8 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   [[gnu::visibility("hidden")]] oxr::core::Overpunch overpunchCode(bool customSign);
   [[gnu::visibility("hidden")]] PWFData readZonedText(const oxr::FailureSite& site, const unsigned char* source,
                                                       int size, int virtualDecimalPoint, const oxr::ExternalForm& form);
+  [[gnu::visibility("hidden")]] void writeZonedTraced(const unsigned short* text, unsigned char* target, int& size,
+                                                      int virtualDecimalPoint, const oxr::ExternalForm& form);
   [[gnu::visibility("hidden")]] bool writeShortZoned(const unsigned short* text, unsigned char* target, int size,
                                                      int virtualDecimalPoint, const oxr::ExternalForm& form);
   [[gnu::visibility("hidden")]] void padExternal(KelWstring& digits, int characters, int freeBytes, bool& negative,

@@ -47,7 +47,8 @@ class ZonedWord {
 };
 
 // Fills a field of 1 to 16 bytes with the lowest half bytes of `digits`, as many as it has bytes.
-inline void writeZoned(std::uint64_t digits, unsigned char zone, unsigned char* field, std::uint32_t size) {
+[[gnu::always_inline]] inline void writeZoned(std::uint64_t digits, unsigned char zone, unsigned char* field,
+                                              std::uint32_t size) {
   const auto halves =
       std::bit_cast<std::array<std::uint64_t, 2>>((digitVector(__builtin_bswap64(digits)) & 0x0F) | zone);
   if (size <= 8) {

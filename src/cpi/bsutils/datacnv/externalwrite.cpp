@@ -105,13 +105,13 @@ bool DataCnv::writeQuickly(const unsigned short* text, unsigned char* target, in
 }
 
 // The most frequent field of all: up to 16 bytes, up to 15 digits, kept in registers, no padding behind them.
-inline bool DataCnv::writeShortZoned(const unsigned short* text, unsigned char* target, int size,
-                                     int virtualDecimalPoint, const ExternalForm& form) {
+[[gnu::always_inline]] inline bool DataCnv::writeShortZoned(const unsigned short* text, unsigned char* target, int size,
+                                                            int virtualDecimalPoint, const ExternalForm& form) {
   const auto bytes = static_cast<std::uint32_t>(size);
   const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);
   std::uint64_t digits;
   bool negative;
-  if (bytes > core::ZonedWord::kMaxSize || places > 15 || !isKnownSign(form.sign) || !form.padCharIsUnicode ||
+  if (bytes - 1 >= core::ZonedWord::kMaxSize || places > 15 || !isKnownSign(form.sign) || !form.padCharIsUnicode ||
       form.justification == eJustifyLeft || !core::shortIntegerDigits(text, places, digits, negative) ||
       (externalCodes.padChar != form.padChar && !settleExternalCodes(form.padChar)) || !externalCodes.padIsByte ||
       externalCodes.zero % 16 != 0)
@@ -181,23 +181,29 @@ void DataCnv::ExtDecFromDec(const unsigned short* text, unsigned char* target, i
                             ESign sign, EJustification justification, unsigned short padChar, bool padCharIsUnicode,
                             bool customSign, const unsigned short* positiveSignTable,
                             const unsigned short* negativeSignTable) {
+  const ExternalForm form{sign,       justification,     padChar,          padCharIsUnicode,
+                          customSign, positiveSignTable, negativeSignTable};
+  if (debugTraceOn() || text == nullptr || target == nullptr ||
+      !writeShortZoned(text, target, size, virtualDecimalPoint, form)) [[unlikely]]
+    writeZonedTraced(text, target, size, virtualDecimalPoint, form);
+}
+
+// All cases, with trace and argument tests; the member itself keeps to the frequent one.
+void DataCnv::writeZonedTraced(const unsigned short* text, unsigned char* target, int& size, int virtualDecimalPoint,
+                               const ExternalForm& form) {
   const FunctionTrace trace(this, "DataCnv::ExtDecFromDec", kDataCnvPath);
-  if (text == nullptr) [[unlikely]]
+  if (text == nullptr)
     raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
                                   "Null input pointer");
   requireTarget(trace.site(), target, size);
-  const ExternalForm form{sign,       justification,     padChar,          padCharIsUnicode,
-                          customSign, positiveSignTable, negativeSignTable};
-  if (!debugTraceOn() && (writeShortZoned(text, target, size, virtualDecimalPoint, form) ||
-                          writeQuickly(text, target, size, virtualDecimalPoint, form)))
-    return;
+  if (writeQuickly(text, target, size, virtualDecimalPoint, form)) return;
   KelBufferedWstring<16u> digits{UnitView(text)};
   const bool negative = CheckSign(digits, eSignLeadingSeparate, US_MINUS.characters(), US_PLUS.characters());
   TrimData(digits, eTrimSpaceBoth, eJustifyLeft, '0', true);
   TrimData(digits, eTrimPadding, eJustifyRight, '0', true);
   if (negative) insertUnit(digits, 0, '-');
-  UStringToExtDec(digits, target, size, negated(virtualDecimalPoint), sign, justification, padChar, padCharIsUnicode,
-                  customSign, positiveSignTable, negativeSignTable);
+  UStringToExtDec(digits, target, size, negated(virtualDecimalPoint), form.sign, form.justification, form.padChar,
+                  form.padCharIsUnicode, form.customSign, form.positiveSignTable, form.negativeSignTable);
 }
 
 void DataCnv::ExtDecFromDbl(double value, unsigned char* target, int& size, int virtualDecimalPoint, ESign sign,
