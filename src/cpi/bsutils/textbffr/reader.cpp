@@ -50,15 +50,21 @@ bool mayHoldStates(UConverterType type) {
   }
 }
 
+inline bool isShown(const KelBufferPointer& window, int offset) {
+  return static_cast<unsigned>(offset) - static_cast<unsigned>(window.windowOffset()) <
+         static_cast<unsigned>(window.windowLength());
+}
+
+inline unsigned short unitAt(const KelBufferPointer& window, const core::SingleByteTable& table, int offset) {
+  return table[static_cast<unsigned char>(*window.getOffsetPointer(offset))];
+}
+
 // One character of a single-byte code page; nothing where there is no byte. The window shows more bytes than the one:
 // the next are likely to be asked for next.
-inline Decoded decodeByte(KelBufferPointer& window, const core::SingleByteTable& table, int offset,
-                          unsigned short& target) {
+Decoded decodeByte(KelBufferPointer& window, const core::SingleByteTable& table, int offset, unsigned short& target) {
   constexpr int kAhead = 4096;
-  const unsigned inWindow = static_cast<unsigned>(offset) - static_cast<unsigned>(window.windowOffset());
-  const bool shown = inWindow < static_cast<unsigned>(window.windowLength());
-  if (!shown && !window.moveOffsetWindow(offset, kAhead, true)) return {};
-  target = table[static_cast<unsigned char>(*window.getOffsetPointer(offset))];
+  if (!isShown(window, offset) && !window.moveOffsetWindow(offset, kAhead, true)) return {};
+  target = unitAt(window, table, offset);
   return {1, 1, U_ZERO_ERROR};
 }
 
@@ -124,14 +130,24 @@ void TextBufferReader::leaveAt(int offset) {
 }
 
 bool TextBufferReader::getCharacter(unsigned short* target, bool moveOffset, int* bytesConsumed, int offset) {
-  // Called for each character of a text: with trace off not even the object that traces is made.
-  if (!debugTraceOn()) [[likely]]
-    return readCharacter(*target, moveOffset, bytesConsumed, resolved(offset));
+  // Called for each character of a text: with trace off not even the object that traces is made, and a byte that the
+  // window shows is read without a call, so that no register need be saved.
+  if (!debugTraceOn()) [[likely]] {
+    const int start = resolved(offset);
+    const core::SingleByteTable* const table = SingleBytePage::tableOf(*converter);
+    if (table == nullptr || !isShown(*pointer, start)) [[unlikely]]
+      return readCharacter(*target, moveOffset, bytesConsumed, start);
+    *target = unitAt(*pointer, *table, start);
+    if (bytesConsumed != nullptr) *bytesConsumed = 1;
+    if (moveOffset) currentOffset = toLength(std::int64_t{currentOffset} + 1);
+    return true;
+  }
   const Trace trace("TextBufferReader::getCharacter");
   return readCharacter(*target, moveOffset, bytesConsumed, resolved(offset));
 }
 
-inline bool TextBufferReader::readCharacter(unsigned short& target, bool moveOffset, int* bytesConsumed, int start) {
+[[gnu::noinline]] bool TextBufferReader::readCharacter(unsigned short& target, bool moveOffset, int* bytesConsumed,
+                                                       int start) {
   const core::SingleByteTable* const table = SingleBytePage::tableOf(*converter);
   const Decoded character =
       table != nullptr ? decodeByte(*pointer, *table, start, target) : decodeCharacter(target, start, moveOffset);
