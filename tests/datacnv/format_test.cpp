@@ -5,11 +5,11 @@
 #include <bit>
 #include <cmath>
 #include <cstdlib>
-#include <functional>
 #include <limits>
 #include <memory>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "dataconv.hpp"
@@ -42,39 +42,20 @@ struct Field {
 Field fieldOf(const Row& row, std::size_t first) {
   Field f{.length = std::stoi(row[first])};
   for (std::size_t i = first + 1; i < row.size(); ++i) {
+    const char key = row[i][0];
     const std::string value = row[i].substr(1);
-    switch (row[i][0]) {
-      case 's':
-        f.sign = static_cast<ESign>(std::stoi(value));
-        break;
-      case 'm':
-        f.minus = k(value);
-        break;
-      case '+':
-        f.plus = k(value);
-        break;
-      case '.':
-        f.point = k(value);
-        break;
-      case 'v':
-        f.isVirtual = true;
-        break;
-      case 'p':
-        f.precision = std::stoi(value);
-        break;
-      case 'j':
-        f.justification = static_cast<EJustification>(std::stoi(value));
-        break;
-      case 'f':
-        f.pads = true, f.pad = k(value)[0];
-        break;
-      case 'F':
-        f.pads = true, f.padIsUnicode = false, f.pad = static_cast<unsigned short>(std::stoi(value, nullptr, 16));
-        break;
-      case 'S':
-        f.showPlus = true;
-        break;
-    }
+    if (key == 's') f.sign = static_cast<ESign>(std::stoi(value));
+    if (key == 'm') f.minus = k(value);
+    if (key == '+') f.plus = k(value);
+    if (key == '.') f.point = k(value);
+    if (key == 'p') f.precision = std::stoi(value);
+    if (key == 'j') f.justification = static_cast<EJustification>(std::stoi(value));
+    if (key == 'f') f.pad = k(value)[0];
+    if (key == 'F') f.pad = static_cast<unsigned short>(std::stoi(value, nullptr, 16));
+    f.isVirtual |= key == 'v';
+    f.pads |= key == 'f' || key == 'F';
+    f.padIsUnicode &= key != 'F';
+    f.showPlus |= key == 'S';
   }
   return f;
 }
@@ -83,22 +64,18 @@ Field fieldOf(const Row& row, std::size_t first) {
 template <class Out>
 void write(const std::string& value, Out& out, Field& f) {
   DataCnv cnv = converterFor(500);
-  const auto* const minus = f.minus.characters();
-  const auto* const plus = f.plus.characters();
   const std::string number = value.substr(1);
-  if constexpr (!std::is_same_v<Out, KelWstring>)
-    if (value[0] == 'i')
-      return cnv.StrFromInt32(std::stoi(number), out, f.length, f.sign, minus, plus, f.pads, f.justification, f.pad,
-                              f.padIsUnicode);
-  if (value[0] == 'i' || value[0] == 'l')
-    cnv.StrFromInt64(std::stol(number), out, f.length, f.sign, minus, plus, f.pads, f.justification, f.pad,
-                     f.padIsUnicode);
-  else if (value[0] == 'd')
-    cnv.StrFromDbl(std::strtod(number.c_str(), nullptr), out, f.length, f.isVirtual, f.precision, f.point.characters(),
-                   f.sign, minus, plus, f.pads, f.justification, f.pad, f.padIsUnicode);
-  else
-    cnv.StrFromDec(k(number).characters(), out, f.length, f.isVirtual, f.precision, f.point.characters(), f.sign, minus,
-                   plus, f.pads, f.justification, f.pad, f.padIsUnicode, f.showPlus);
+  const auto call = [&](auto... look) {
+    if constexpr (!std::is_same_v<Out, KelWstring>)
+      if (value[0] == 'i') return cnv.StrFromInt32(std::stoi(number), out, f.length, look...);
+    if (value[0] == 'i' || value[0] == 'l') return cnv.StrFromInt64(std::stol(number), out, f.length, look...);
+    if (value[0] == 'd')
+      return cnv.StrFromDbl(std::strtod(number.c_str(), nullptr), out, f.length, f.isVirtual, f.precision,
+                            f.point.characters(), look...);
+    cnv.StrFromDec(k(number).characters(), out, f.length, f.isVirtual, f.precision, f.point.characters(), look...,
+                   f.showPlus);
+  };
+  call(f.sign, f.minus.characters(), f.plus.characters(), f.pads, f.justification, f.pad, f.padIsUnicode);
 }
 
 // Value, text, field. The buffer forms must do the same, and touch nothing behind the text.
@@ -142,7 +119,8 @@ TEST(Format, WritesDoubles) {
 TEST(Format, WritesDecimals) {
   expectTexts(
       "D5 +5 9 S; D5 5+ 9 S s4; D-5 -5 9 S; D5 +005 4 S f0; D5 __+5 4 S f_; D5 005 4 S f0 s0; D5 PL005 5 S f0 +PL;"
-      "D007.500 7.5 9; D007.500 7.50 9 p2; D-0.999 -0.9 9 p1; D0.00 0 9; D '' 9; D-12.345 -1234 9 v p2; D12.50 12.5 9 v "
+      "D007.500 7.5 9; D007.500 7.50 9 p2; D-0.999 -0.9 9 p1; D0.00 0 9; D '' 9; D-12.345 -1234 9 v p2; D12.50 12.5 9 "
+      "v "
       "p0;"
       "D1,234.5 1,234.5 9; D+5 5 9; D+5 +5 9 +PL; D.5 .5 9 p-3; D12 12 9 p-3; D12 12. 9 p-2; D-.5 0,5- 9 s4 .,;"
       "D12345678901234567890.5 12345678901234567890.5 30; D-0 CR0 9 mCR");
@@ -158,10 +136,10 @@ TEST(Format, RefusesWhatAFieldCannotShow) {
             "5507 decimal string 3 -1.25 D-1.25 3; 5507 decimal string 1 +5 D+5 1 S; 5505 decimal 1e5 D1e5 9;"
             "5505 decimal 5- D5- 9 s4")) {
     const std::size_t inserts = c[0] == "5505" ? 2 : c[0] == "5506" ? 3 : 4;
-    std::vector<std::string> expected = {c[0] == "5505"   ? "CPI Converter Input Data Invalid"
-                                         : c[0] == "5506" ? "CPI Converter Input Data Out Of Bounds"
-                                                          : "CPI InputData Too Long"};
-    expected.insert(expected.end(), c.begin() + 1, c.begin() + 1 + static_cast<std::ptrdiff_t>(inserts));
+    Row expected(c.begin(), c.begin() + 1 + static_cast<std::ptrdiff_t>(inserts));
+    expected[0] = inserts == 2   ? "CPI Converter Input Data Invalid"
+                  : inserts == 3 ? "CPI Converter Input Data Out Of Bounds"
+                                 : "CPI InputData Too Long";
     Field field = fieldOf(c, inserts + 2);
     const int length = field.length;
     std::vector<unsigned short> buffer(40);
@@ -175,55 +153,43 @@ TEST(Format, RefusesWhatAFieldCannotShow) {
 TEST(Format, ChecksArgumentsInOrder) {
   DataCnv cnv = converterFor(500);
   KelWstring text;
-  unsigned short buffer[9];
-  const auto* const minus = DataCnv::US_MINUS.characters();
-  const auto* const five = u"5"_k.characters();
-  const unsigned short* const none = nullptr;
-  const auto internal = [](const char* what) { return conversionFailure(5502, {"CPI Internal Error", what}); };
-  const auto expectOrder = [&](auto call) {
-    int length = 0;
-    EXPECT_EQ(raisedBy([&] { call(length, eSignLeadingIncluded, none); }), internal("Invalid output buffer length: 0"));
-    length = 1;
-    EXPECT_EQ(raisedBy([&] { call(length, eSignLeadingIncluded, none); }), internal("Null sign string pointer"));
-    EXPECT_EQ(raisedBy([&] { call(length, eSignTrailingIncluded, minus); }),
-              internal("Sign type invalid for context: 2"));
+  const KelWstring bad = u"x"_k;
+  const unsigned short *const x = bad.characters(), *const none = nullptr;
+  unsigned short buffer[9], *const nowhere = nullptr;
+  unsigned char byte, *const noBytes = nullptr;
+  int length;
+  using Look = std::tuple<ESign, const unsigned short*, const unsigned short*>;
+  const auto expect = [&](const char* what, auto call, const Look& look = {eSignNone, nullptr, nullptr}) {
+    const auto& [sign, minus, plus] = look;
+    EXPECT_EQ(raisedBy([&] { call(sign, minus, plus, false, eJustifyLeft, static_cast<unsigned short>(' '), true); }),
+              conversionFailure(5502, {"CPI Internal Error", what}));
   };
-  expectOrder([&](int& length, ESign sign, const unsigned short* plus) {
-    cnv.StrFromInt64(-1, text, length, sign, minus, plus, false, eJustifyLeft, ' ', true);
-  });
-  expectOrder([&](int& length, ESign sign, const unsigned short* plus) {
-    cnv.StrFromInt32(-1, buffer, length, sign, plus, minus, false, eJustifyLeft, ' ', true);
-  });
-  expectOrder([&](int& length, ESign sign, const unsigned short* plus) {
-    cnv.StrFromDbl(-1, text, length, false, 0, none, sign, minus, plus, false, eJustifyLeft, ' ', true);
-  });
-  expectOrder([&](int& length, ESign sign, const unsigned short* plus) {
-    const auto* const bad = u"x"_k.characters();
-    cnv.StrFromDec(bad, text, length, false, 0, none, sign, minus, plus, false, eJustifyLeft, ' ', true, false);
-  });
-  int length = 0;
-  unsigned short* const nowhere = nullptr;
-  for (const auto& call : std::vector<std::function<void()>>{
-           [&] { cnv.StrFromInt64(1, nowhere, length, eSignNone, none, none, false, eJustifyLeft, ' ', true); },
-           [&] { cnv.StrFromInt32(1, nowhere, length, eSignNone, none, none, false, eJustifyLeft, ' ', true); },
-           [&] {
-             cnv.StrFromDbl(1, nowhere, length, false, 0, none, eSignNone, none, none, false, eJustifyLeft, ' ', true);
-           },
-           [&] {
-             cnv.StrFromDec(none, nowhere, length, false, 0, none, eSignNone, none, none, false, eJustifyLeft, ' ',
-                            true, false);
-           },
-           [&] { cnv.StrFromDbl(1, nowhere, length); }, [&] { cnv.StrFromDec(five, nullptr, length, 0); }})
-    EXPECT_EQ(raisedBy(call), internal("Null output buffer pointer"));
-  unsigned char bytes[1];
-  EXPECT_EQ(raisedBy([&] { cnv.StrFromDec(none, nullptr, length, 0); }), internal("Null input pointer"));
-  EXPECT_EQ(raisedBy([&] { cnv.StrFromDec(five, bytes, length, 0); }), internal("Invalid output buffer size: 0"));
-  EXPECT_EQ(raisedBy([&] {
-              cnv.StrFromDec(none, text, length, false, 0, none, eSignNone, none, none, false, eJustifyLeft, ' ', true,
-                             false);
-            }),
-            internal("Null input pointer"));
-  EXPECT_EQ(raisedBy([&] { cnv.StrFromDec(none); }), internal("Null input pointer"));
+  const auto expectOrder = [&](auto call) {
+    length = 0;
+    expect("Invalid output buffer length: 0", call);
+    length = 1;
+    expect("Null sign string pointer", call, {eSignLeadingIncluded, none, x});
+    expect("Null sign string pointer", call, {eSignLeadingIncluded, x, none});
+    expect("Sign type invalid for context: 1", call, {eSignLeadingIncluded, x, x});
+    expect("Sign type invalid for context: 2", call, {eSignTrailingIncluded, x, x});
+  };
+  expectOrder([&](auto... look) { cnv.StrFromInt64(-1, text, length, look...); });
+  expectOrder([&](auto... look) { cnv.StrFromInt32(-1, buffer, length, look...); });
+  expectOrder([&](auto... look) { cnv.StrFromDbl(-1, text, length, false, 0, none, look...); });
+  expectOrder([&](auto... look) { cnv.StrFromDec(x, text, length, false, 0, none, look..., false); });
+  length = 0;
+  constexpr const char* kNullBuffer = "Null output buffer pointer";
+  expect(kNullBuffer, [&](auto... look) { cnv.StrFromInt64(1, nowhere, length, look...); });
+  expect(kNullBuffer, [&](auto... look) { cnv.StrFromInt32(1, nowhere, length, look...); });
+  expect(kNullBuffer, [&](auto... look) { cnv.StrFromDbl(1, nowhere, length, false, 0, none, look...); });
+  expect(kNullBuffer, [&](auto... look) { cnv.StrFromDec(none, nowhere, length, false, 0, none, look..., false); });
+  expect(kNullBuffer, [&](auto...) { cnv.StrFromDbl(1, nowhere, length); });
+  expect(kNullBuffer, [&](auto...) { cnv.StrFromDec(x, noBytes, length, 0); });
+  expect("Null input pointer", [&](auto...) { cnv.StrFromDec(none, noBytes, length, 0); });
+  expect("Null input pointer",
+         [&](auto... look) { cnv.StrFromDec(none, text, length, false, 0, none, look..., false); });
+  expect("Null input pointer", [&](auto...) { cnv.StrFromDec(none); });
+  expect("Invalid output buffer size: 0", [&](auto...) { cnv.StrFromDec(x, &byte, length, 0); });
 }
 
 // Code page, room, scale, decimal, bytes or the inserts of the failure.
@@ -359,6 +325,16 @@ TEST_F(FormatLocales, ChangeNothing) {
             EXPECT_EQ(texts,
                       "-1234567.25 -1.23456725E+6 0.0000001 1.E-7 -100000000000000000000000. -1.E+23 INF INF NaN NaN ");
             expectTexts("d-1234.5 -1234.5 9; D-1234.5 -1234.5 9; i-1234 -1234 9; d-1234.5 -1234,5 9 .,");
+            unsigned char zoned[6];
+            int size = 6;
+            const auto with = [](auto call) {
+              const unsigned short* const none = nullptr;
+              return call(eSignTrailingIncluded, eJustifyRight, static_cast<unsigned short>('0'), true, false, none,
+                          none);
+            };
+            with([&](auto... form) { cnv.ExtDecFromDbl(-1234.5, zoned, size, 1, form...); });
+            EXPECT_EQ(std::string(zoned, zoned + 6), fromHex("F0F1F2F3F4D5"));
+            EXPECT_EQ(with([&](auto... form) { return cnv.ExtDecToDbl(zoned, 6, 1, form...); }), -1234.5);
           }
           std::exit(HasFailure() ? 1 : 0);
         },
