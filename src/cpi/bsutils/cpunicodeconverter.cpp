@@ -207,6 +207,14 @@ void CPUnicodeConverter::decodeInPasses(KelWstring& target, const char* source, 
   // Less than the shortest character still needs a unit's room, or units held back would overflow for ever.
   const int room = form == Form::eUtf8 ? length : std::max(length / ucnv_getMinCharSize(converter.getAlias()), 1);
   Scratch<unsigned short, 256> work(static_cast<std::size_t>(room));
+  // Mostly one pass is all, and ICU has no part in it.
+  const std::span bytes(source, static_cast<std::size_t>(length));
+  const core::Progress direct = DirectPath::convert(*this, bytes, std::span(work.data(), work.size()));
+  if (direct.read == bytes.size()) {
+    std::copy_n(work.data(), direct.written, target.resizeForOverwrite(static_cast<unsigned>(direct.written)));
+    wholeStatus = U_ZERO_ERROR;
+    return;
+  }
   const auto pass = [&, limit = source + length] {
     wholeStatus = U_ZERO_ERROR;
     unsigned short* end = work.data();
