@@ -408,7 +408,8 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
                   const unsigned short* plusText, ETrimType trim, EJustification justification, unsigned short padChar,
                   bool padCharIsUnicode);
   // All that strtod takes in the C locale, whatever the process's locale is: white space in front, hexadecimal, the
-  // words for infinity. 0 for an empty text.
+  // words for infinity. 0 for an empty text. Invalid data for a negative length and for text that is no number or has
+  // anything behind it; an internal error where the text has no UTF-8 form.
   double StrToDbl(const unsigned short* text, int length);
   // Digits "0" to "9" with an optional sign in front; 0 where there are none. Zeros in front cost nothing here.
   PWFInt64 UStringToInt64(const KelWstring& digits);
@@ -456,7 +457,7 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   // A value with a "+" or leading zeros in the text may come out a byte short in the fixed form, without its last
   // digits. Out of bounds, "Decimal", "TLOG Packed Decimal", the text: the field is too small for the sign or the first
   // digit. Invalid data, "decimal", the text: a character that is no digit, or none left while there is room.
-  unsigned char* TLOGPWFDataToPckdDecimal(const PWFData& value, unsigned char* target, int size, EEndian endian,
+  unsigned char* TLOGPWFDataToPckdDecimal(PWFData& value, unsigned char* target, int size, EEndian endian,
                                           bool fixed, int& written);
   // Writes a STRING, two characters a byte as the code page has them. "A" to "F" and "a" to "f" by their ASCII codes
   // are 10 to 15, of any other character the low four bits count. Missing characters are 0, further ones are dropped.
@@ -604,7 +605,7 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
                                                      int virtualDecimalPoint, const oxr::ExternalForm& form);
   [[gnu::visibility("hidden")]] void padExternal(KelWstring& digits, int characters, int freeBytes, bool& negative,
                                                  const oxr::FailureSite& site, const oxr::ExternalForm& form);
-  void formatDouble(const icu::DecimalFormat& formatter, double value, KelWstring& out, bool exponential);
+  void formatDouble(double value, KelWstring& out, bool exponential);
   [[gnu::visibility("hidden")]] void padDigits(KelWstring& text, oxr::FieldLook& look, bool negative);
   [[gnu::visibility("hidden")]] void signAndPad(KelWstring& text, const oxr::FieldLook& look, bool negative);
   [[gnu::visibility("hidden")]] void placePoint(KelWstring& text, const oxr::PointLook& point, bool exponential);

@@ -99,9 +99,9 @@ void DataCnv::Int64ToUString(long value, KelWstring& out) {
 
 void DataCnv::doubleToUString(double value, KelWstring& out, bool exponential) {
   const FunctionTrace trace(this, "DataCnv::doubleToUString", kDataCnvPath);
-  const icu::DecimalFormat* const formatter = getDecimalFormatter();
-  if (!_symbolsAreAscii || !std::isfinite(value)) [[unlikely]] {
-    formatDouble(*formatter, value, out, exponential);
+  // The first double of the process makes the formatter: until then its symbols are not known.
+  if (!readsAsciiNumbers() || !std::isfinite(value)) [[unlikely]] {
+    formatDouble(value, out, exponential);
     return;
   }
   const core::DoubleText number(value);
@@ -110,14 +110,13 @@ void DataCnv::doubleToUString(double value, KelWstring& out, bool exponential) {
   else if (!number.isNines()) [[likely]]
     number.writeExponential(out.resizeForOverwrite(number.exponentialLength()));
   else  // "0.09999999999999999E+1" at times, which is ICU's to decide: Format.WritesDoublesAsTheFormatterDoes
-    formatDouble(*formatter, value, out, true);
+    formatDouble(value, out, true);
 }
 
-// The formatter's own text. A clone a notation, since a switch from one to the other makes ICU build the formatter
-// anew.
-void DataCnv::formatDouble(const icu::DecimalFormat& formatter, double value, KelWstring& out, bool exponential) {
+// The formatter's own text. A clone a notation: a switch from one to the other makes ICU build the formatter anew.
+void DataCnv::formatDouble(double value, KelWstring& out, bool exponential) {
   std::unique_ptr<icu::DecimalFormat>& notation = notations[exponential ? 1 : 0];
-  if (notation == nullptr) notation = makeNotation(formatter, exponential);
+  if (notation == nullptr) notation = makeNotation(*getDecimalFormatter(), exponential);
   icu::UnicodeString text;
   icu::FieldPosition position;
   notation->format(value, text, position);
