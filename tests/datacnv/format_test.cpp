@@ -160,9 +160,10 @@ TEST(Format, ChecksArgumentsInOrder) {
   int length;
   using Look = std::tuple<ESign, const unsigned short*, const unsigned short*>;
   const auto expect = [&](const char* what, auto call, const Look& look = {eSignNone, nullptr, nullptr}) {
-    const auto& [sign, minus, plus] = look;
-    EXPECT_EQ(raisedBy([&] { call(sign, minus, plus, false, eJustifyLeft, static_cast<unsigned short>(' '), true); }),
-              conversionFailure(5502, {"CPI Internal Error", what}));
+    const auto withLook = [&](auto... signs) {
+      call(signs..., false, eJustifyLeft, static_cast<unsigned short>(' '), true);
+    };
+    EXPECT_EQ(raisedBy([&] { std::apply(withLook, look); }), conversionFailure(5502, {"CPI Internal Error", what}));
   };
   const auto expectOrder = [&](auto call) {
     length = 0;
