@@ -4,6 +4,7 @@
 #include <span>
 
 #include "core/externaldigits.hpp"
+#include "core/numberreading.hpp"
 #include "core/numbertext.hpp"
 #include "core/padding.hpp"
 #include "core/zonedword.hpp"
@@ -107,13 +108,6 @@ bool endsInPad(const core::ZonedWord& word, std::uint32_t size, const ExternalFo
 }
 
 constexpr std::size_t kExactDigits = 15;  // that a double always holds
-
-std::uint64_t wholeNumber(UnitView digits) {
-  std::uint64_t number = 0;
-  for (const unsigned short digit : digits)
-    number = number * 10 + (digit - unsigned{'0'});
-  return number;
-}
 
 }  // namespace
 
@@ -269,7 +263,7 @@ double DataCnv::ExtDecToDbl(const unsigned char* source, int size, int virtualDe
   // Both exact, so that the quotient is what reading the text would give: ExternalDecimal.QuickAndGeneralWayAgree.
   const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);
   if (!number.digits.empty() && number.digits.size() <= kExactDigits && places < core::kExactPowers.size()) [[likely]] {
-    const double value = static_cast<double>(wholeNumber(number.digits)) / core::kExactPowers[places];
+    const double value = static_cast<double>(core::sumOfDigits(number.digits)) / core::kExactPowers[places];
     return number.negative ? -value : value;
   }
   KelBufferedWstring<16u> text;
