@@ -159,6 +159,19 @@ TEST(DirectPath, EveryCodeUnitAndEveryByteConvertsAsIcuConvertsIt) {
   }
 }
 
+// Lead and trail bytes on both sides of each limit: overlong forms, surrogates, what lies above U+10FFFF, cut ones.
+TEST(DirectPath, Utf8AtItsLimitsConvertsAsIcuConvertsIt) {
+  Lockstep both({1208, eEndianBig, "UTF-8"});
+  for (int lead = 0xC0; lead < 0x100; ++lead)
+    for (const char second : "\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0")
+      for (const char third : "\x7F\x80\xBF\xC0")
+        for (const char fourth : "\x7F\x80\xBF\xC0") {
+          const std::string bytes{static_cast<char>(lead), second, third, fourth, 'A'};
+          for (std::size_t length = 2; length <= bytes.size(); ++length)
+            ASSERT_GE(both.decode(bytes.substr(0, length), 8, true), 0) << toHex(bytes);
+        }
+}
+
 class RandomText {
  public:
   unsigned below(unsigned limit) { return static_cast<unsigned>(random_()) % limit; }

@@ -58,8 +58,8 @@ class OXR_EXPORT CPUnicodeConverter : public CPBaseUnicodeConverter {
   CPUnicodeConverter& operator=(const CPUnicodeConverter&) = delete;
   ~CPUnicodeConverter();
 
-  // ucnv_toUnicode and ucnv_fromUnicode, unchanged: the pointers move, `conversionStatus` is ICU's. `offsets` may be
-  // null. What found no room stays in the object and comes out first next time. The result is the status once more.
+  // As ucnv_toUnicode and ucnv_fromUnicode: the pointers move, `conversionStatus` is ICU's; room behind the text may be
+  // overwritten. `offsets` may be null. What found no room comes out first next time. The result is the status again.
   int toUnicode(unsigned short*& target, const unsigned short* targetLimit, const char*& source,
                 const char* sourceLimit, int* offsets, signed char flush, UErrorCode& conversionStatus);
   int fromUnicode(char*& target, const char* targetLimit, const unsigned short*& source,
