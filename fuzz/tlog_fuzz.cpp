@@ -183,7 +183,7 @@ void checkWriters(DataCnv& converter, const std::string& text, int size, bool fi
   std::string expected = modelWrittenDecimal(text, size, fixed);
   if (expected != kInvalid && expected != kSmall && set.little()) expected = mirrored(expected);
   require(outcomeOf([&] {
-            const PWFData value(units.characters(), DECIMAL);
+            PWFData value(units.characters(), DECIMAL);
             converter.TLOGPWFDataToPckdDecimal(value, target.data(), size, set.endian, fixed, written);
             require(written == size);
             return nibblesOf(target, false);

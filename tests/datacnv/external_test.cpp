@@ -214,7 +214,9 @@ TEST(ExternalDecimal, Writes) {
       "f-1234.56 8 \"-__12345 819 3 1; f1e-7 3 \"000 819 0 2 p30; f1e20 21 \"100000000000000000000 819 0 0;"
       "t12 4 5050F1F2 500 0 0 b50; t-12 5 F1F2505060 500 4 0 b50 j1; t-12 4 F0F0F1D2 939 2 0 p30;"
       // The field is measured in characters, what is free of it in bytes.
-      "t-12 10 0030003000310032002D 1200 4 0 p30; d-1.5 4 \"-015 1208 3 1 p30");
+      "t-12 10 0030003000310032002D 1200 4 0 p30; d-1.5 4 \"-015 1208 3 1 p30;"
+      // Characters that become no bytes do not lead the sign behind the field.
+      "d-\u200B\u200B1 1 D1 500 2 0 p30");
   const std::string digits(70, '7');  // beyond what goes the quick way
   EXPECT_EQ(written("d" + digits, 71, {.ccsid = 819}), " " + digits);
 }

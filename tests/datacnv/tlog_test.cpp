@@ -129,10 +129,10 @@ std::string writtenBy(int size, const std::string& text, Write write) {
 }
 std::string packed(const std::string& text, int size, EEndian endian, bool fixed) {
   DataCnv converter = converterFor(819);
+  PWFData value = decimal(text);
   return writtenBy(size, text, [&](unsigned char* target) {
     int written = -1;
-    unsigned char* const result =
-        converter.TLOGPWFDataToPckdDecimal(decimal(text), target, size, endian, fixed, written);
+    unsigned char* const result = converter.TLOGPWFDataToPckdDecimal(value, target, size, endian, fixed, written);
     EXPECT_EQ(written, size);
     return result;
   });
@@ -187,7 +187,7 @@ TEST(Tlog, WritersTestTheTargetThenTheType) {
   DataCnv converter = converterFor(819);
   unsigned char target[2];
   int written = 7;
-  const PWFData text(u"1"_k), number = decimal("1");
+  PWFData text(u"1"_k), number = decimal("1");
   EXPECT_EQ(converter.TLOGPWFDataToPckdDecimal(text, nullptr, 2, eEndianLittle, true, written), nullptr);
   EXPECT_EQ(converter.TLOGPWFDataToPckdStr(number, nullptr, 2, eEndianLittle), nullptr);
   EXPECT_EQ(
@@ -229,7 +229,7 @@ TEST(Tlog, TracesUnderTheirNames) {
   converter.getConverter();
   KelWstring text;
   int written = 0;
-  const PWFData one = decimal("1");
+  PWFData one = decimal("1");
   const PWFData oneText(u"1"_k);
   const auto named = [](const std::string& name, const std::string& inserts, const std::string& inner) {
     return "> DataCnv::" + name + inserts + '\n' + inner + "< DataCnv::" + name + '\n';

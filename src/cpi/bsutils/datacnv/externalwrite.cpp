@@ -172,8 +172,9 @@ void DataCnv::UStringToExtDec(const KelWstring& text, unsigned char* target, int
   padExternal(digits, characters, freeBytes, negative, trace.site(), form);
   encode(trace.site(), *this, digits, target, room);
   if (!isIncluded(sign)) return;
-  // A character's offset, which is a byte's only where each has one.
-  unsigned char& carrier = target[sign == eSignLeadingIncluded ? 0 : characters - 1];
+  // A character's offset, which is a byte's only where each has one. Characters that became fewer bytes or none must
+  // not lead it behind the field.
+  unsigned char& carrier = target[sign == eSignLeadingIncluded ? 0 : std::min(characters, room) - 1];
   carrier = core::writeOverpunch(overpunchCode(customSign), carrier, negative, posEbcdicOverpunch);
 }
 

@@ -3,6 +3,7 @@
 
 #include "core/numbertext.hpp"
 #include "core/packednumber.hpp"
+#include "core/scaling.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
 #include "textvalue.hpp"
@@ -28,6 +29,11 @@ bool quickInteger(const unsigned char* source, int size, EEndian endian, int pla
   core::PackedNumber number;
   return quickNumber(source, size, endian, sign, number) && core::wholePart(number.magnitude, places) &&
          core::toInteger(number.magnitude, number.negative, value);
+}
+
+// A scale beyond any use, cut to where the number is settled.
+int settledScale(int virtualDecimalPoint, int size) {
+  return core::settledPlaces(virtualDecimalPoint, 2 * static_cast<std::size_t>(std::max(size, 0)));
 }
 
 }  // namespace
@@ -62,13 +68,13 @@ PWFInt32 DataCnv::PckdDecToInt32(const unsigned char* source, int size, int virt
 
 double DataCnv::packedToDouble(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(this, "DataCnv::PckdDecToDbl", kDataCnvPath);
-  PWFData decimal = PckdDecToDec(source, size, virtualDecimalPoint, sign);
+  PWFData decimal = PckdDecToDec(source, size, settledScale(virtualDecimalPoint, size), sign);
   return PWFStringTodouble(TextValue::text(decimal));
 }
 
 PWFInt64 DataCnv::packedToInt64(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(this, "DataCnv::PckdDecToPWFInt64", kDataCnvPath);
-  const PWFData decimal = PckdDecToDec(source, size, virtualDecimalPoint, sign);
+  const PWFData decimal = PckdDecToDec(source, size, settledScale(virtualDecimalPoint, size), sign);
   unsigned char integer[8];
   IntFromDec(decimal.getDecimalValue(), integer, sizeof integer, 0);
   return IntToInt64(integer, sizeof integer, eSignLeadingIncluded);
@@ -76,7 +82,7 @@ PWFInt64 DataCnv::packedToInt64(const unsigned char* source, int size, int virtu
 
 PWFInt32 DataCnv::packedToInt32(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(this, "DataCnv::PckdDecToInt32", kDataCnvPath);
-  const PWFData decimal = PckdDecToDec(source, size, virtualDecimalPoint, sign);
+  const PWFData decimal = PckdDecToDec(source, size, settledScale(virtualDecimalPoint, size), sign);
   unsigned char integer[4];
   IntFromDec(decimal.getDecimalValue(), integer, sizeof integer, 0);
   return IntToInt32(integer, sizeof integer, eSignLeadingIncluded);

@@ -77,7 +77,9 @@ std::optional<double> quickDouble(const NumberField& field, bool isStrict) {
   if (field.decimalPoint == nullptr || field.useVirtualDecimalPoint || field.precision == core::kExplicitPoint)
     return {};
   const unsigned short point = field.decimalPoint[0];
-  const bool isPlainPoint = point != 0 && field.decimalPoint[1] == 0 && core::aboveZero(point) > 9;
+  // Nor an exponent's letter, which strict checking would look for.
+  const bool isPlainPoint =
+      point != 0 && field.decimalPoint[1] == 0 && core::aboveZero(point) > 9 && point != 'e' && point != 'E';
   if (!isPlainPoint || (isStrict && u_isdigit(field.padChar))) return {};
   const auto number = bareNumber(field);
   if (!number) return {};

@@ -149,7 +149,7 @@ void DataCnv::TLOGFLPckdDecToDec(const unsigned char* source, KelWstring& target
   TLOGPckdDecToDec(source, target, size, endian);
 }
 
-unsigned char* DataCnv::TLOGPWFDataToPckdDecimal(const PWFData& value, unsigned char* target, int size, EEndian endian,
+unsigned char* DataCnv::TLOGPWFDataToPckdDecimal(PWFData& value, unsigned char* target, int size, EEndian endian,
                                                  bool fixed, int& written) {
   const FunctionTrace trace(nullptr, "DataCnv::TLOGPWFDataToPckdDecimal", kDataCnvPath);
   if (target == nullptr) return nullptr;
@@ -175,7 +175,8 @@ unsigned char* DataCnv::TLOGPWFDataToPckdStr(const PWFData& value, unsigned char
       ")",
       kDataCnvPath);
   if (target == nullptr) return nullptr;
-  const PWFString& text = value.getPWFStringValue();
+  const unsigned short* const units = value.getStringValue();
+  const KelBufferedWstring<16u> text(units, static_cast<unsigned>(value.getStringLength()));
   const std::size_t bytes = fieldSize(size);
   // Characters that the text does not have count as zero.
   Scratch<unsigned char, 64> characters(2 * bytes);
