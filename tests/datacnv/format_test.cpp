@@ -295,8 +295,10 @@ TEST(Format, WritesIntegersAsTheStandardLibraryDoes) {
     cnv.Int64ToUString(value, text);
     ASSERT_EQ(toUtf8(text), std::to_string(value));
   };
-  std::int64_t power = 1;
-  for (int i = 0; i < 19; ++i, power *= 10)
+  using Limits = std::numeric_limits<std::int64_t>;
+  for (const std::int64_t limit : {Limits::min(), Limits::max(), Limits::max() / 10})
+    expectSame(limit);
+  for (std::int64_t power = 1; power < Limits::max() / 10; power *= 10)
     for (const std::int64_t value : {power, power - 1, -power, 1 - power})
       expectSame(value);
   for (int i = 0; i < 5'000; ++i)
