@@ -5,10 +5,13 @@
 
 #include "dataconv.hpp"
 #include "support/cobol.hpp"
+#include "support/converter.hpp"
 
 // External decimals of 5, 10 and 18 digits: the library, the plain loop that a good engineer would write for the same
 // EBCDIC bytes and the same kind of object, and a COBOL run time's move of display fields (its own code page is ASCII).
 namespace {
+
+using oxr::bench::converterFor;
 
 using Field = std::array<unsigned char, 18>;
 
@@ -17,11 +20,6 @@ Field fieldOf(std::size_t size, unsigned char zero) {
   for (std::size_t i = 0; i < size; ++i)
     field[i] = static_cast<unsigned char>(zero + (i + 1) % 10);
   return field;
-}
-
-DataCnv converter(int ccsid) {
-  return DataCnv(ccsid, eEndianBig, eEndianBig, eFloatHexadecimal, 53, nullptr, false, nullptr, 0, true, 12, false,
-                 eMessageStandardDefault, nullptr);
 }
 
 void plainLoop(benchmark::State& state) {
@@ -51,7 +49,7 @@ BENCHMARK(plainLoop)->Name("ExtDecToDec/plain loop")->Arg(5)->Arg(10)->Arg(18);
 void read(benchmark::State& state, int ccsid, unsigned char zero, ESign sign, int scale, bool padIsUnicode = true) {
   const int size = static_cast<int>(state.range(0));
   Field field = fieldOf(static_cast<std::size_t>(size), zero);
-  DataCnv cnv = converter(ccsid);
+  DataCnv cnv = converterFor(ccsid);
   for (auto _ : state) {
     benchmark::DoNotOptimize(field);
     PWFData value = cnv.ExtDecToDec(field.data(), size, scale, sign, eJustifyRight, padIsUnicode ? ' ' : 0x40,
@@ -123,7 +121,7 @@ void write(benchmark::State& state, int ccsid, bool padIsUnicode = true) {
   int size = static_cast<int>(state.range(0));
   auto text = textOf(static_cast<std::size_t>(size));
   Field field{};
-  DataCnv cnv = converter(ccsid);
+  DataCnv cnv = converterFor(ccsid);
   for (auto _ : state) {
     benchmark::DoNotOptimize(text);
     cnv.ExtDecFromDec(text.data(), field.data(), size, 2, eSignTrailingIncluded, eJustifyRight,
@@ -144,7 +142,7 @@ void writeInteger(benchmark::State& state) {
   int size = 10;
   long value = -1234567890;
   Field field{};
-  DataCnv cnv = converter(37);
+  DataCnv cnv = converterFor(37);
   for (auto _ : state) {
     benchmark::DoNotOptimize(value);
     cnv.ExtDecFromInt64(value, field.data(), size, eSignTrailingIncluded, eJustifyRight, '0', true, false, nullptr,
@@ -156,7 +154,7 @@ BENCHMARK(writeInteger)->Name("ExtDecFromInt64/EBCDIC overpunch, 10 digits");
 
 void readDouble(benchmark::State& state) {
   Field field = fieldOf(10, 0xF0);
-  DataCnv cnv = converter(37);
+  DataCnv cnv = converterFor(37);
   for (auto _ : state) {
     benchmark::DoNotOptimize(field);
     benchmark::DoNotOptimize(

@@ -6,19 +6,17 @@
 #include <cstdint>
 
 #include "dataconv.hpp"
+#include "support/converter.hpp"
 
 // Float fields, most significant byte first: the library, and the arithmetic that a good engineer would write for the
 // same bytes: the fraction as an integer, times a power of two.
 namespace {
 
+using oxr::bench::converterFor;
+
 using Field = std::array<unsigned char, 8>;
 
 constexpr Field kHundred = {0x42, 0x64, 0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC};
-
-DataCnv converter(EFloatFmt format) {
-  return DataCnv(37, eEndianBig, eEndianBig, format, 53, nullptr, false, nullptr, 0, true, 12, false,
-                 eMessageStandardDefault, nullptr);
-}
 
 void hexReadPlain(benchmark::State& state) {
   const auto size = static_cast<std::size_t>(state.range(0));
@@ -39,7 +37,7 @@ BENCHMARK(hexReadPlain)->Name("FltToDbl/hexadecimal, plain arithmetic")->Arg(4)-
 void floatRead(benchmark::State& state, EFloatFmt format) {
   const int size = static_cast<int>(state.range(0));
   Field field = kHundred;
-  DataCnv cnv = converter(format);
+  DataCnv cnv = converterFor(37, format);
   for (auto _ : state) {
     benchmark::DoNotOptimize(field);
     double value = cnv.FltToDbl(field.data(), size);
@@ -72,7 +70,7 @@ void floatWrite(benchmark::State& state, EFloatFmt format) {
   const int size = static_cast<int>(state.range(0));
   Field field{};
   double value = 100.0703125;
-  DataCnv cnv = converter(format);
+  DataCnv cnv = converterFor(37, format);
   for (auto _ : state) {
     benchmark::DoNotOptimize(value);
     cnv.FltFromDbl(value, field.data(), size);

@@ -9,17 +9,15 @@
 #include <random>
 
 #include "dataconv.hpp"
+#include "support/converter.hpp"
 
 // Numbers as text: the library, the standard library's digits widened to code units, and ICU's formatter set up for the
 // same text. Field forms stand beside the plain ones that they begin with.
 namespace {
 
-constexpr std::size_t kCount = 256;
+using oxr::bench::converterFor;
 
-DataCnv converter() {
-  return DataCnv(37, eEndianBig, eEndianBig, eFloatHexadecimal, 53, nullptr, false, nullptr, 0, true, 12, false,
-                 eMessageStandardDefault, nullptr);
-}
+constexpr std::size_t kCount = 256;
 
 std::array<std::int64_t, kCount> integers() {
   std::mt19937_64 random(1);
@@ -57,7 +55,7 @@ BENCHMARK(integerByStandardLibrary)->Name("Int64ToUString/std::to_chars and wide
 
 void integer(benchmark::State& state) {
   const auto values = integers();
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor();
   KelBufferedWstring<32u> text;
   std::size_t i = 0;
   for (auto _ : state) {
@@ -69,7 +67,7 @@ BENCHMARK(integer)->Name("Int64ToUString/library");
 
 void integerField(benchmark::State& state) {
   const auto values = integers();
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor();
   unsigned short field[24];
   std::size_t i = 0;
   for (auto _ : state) {
@@ -84,7 +82,7 @@ BENCHMARK(integerField)->Name("StrFromInt64/field of 22");
 // Arguments: exponential form, all digits.
 void doubleByIcu(benchmark::State& state) {
   const auto values = doubles(state.range(1) != 0);
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor();
   const std::unique_ptr<icu::DecimalFormat> format(cnv.getDecimalFormatter()->clone());
   format->setScientificNotation(state.range(0) != 0);
   format->setMaximumIntegerDigits(state.range(0) != 0 ? 1 : 9999);
@@ -103,7 +101,7 @@ BENCHMARK(doubleByIcu)
 
 void doubleText(benchmark::State& state) {
   const auto values = doubles(state.range(1) != 0);
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor();
   KelBufferedWstring<32u> text;
   std::size_t i = 0;
   for (auto _ : state) {
@@ -115,7 +113,7 @@ BENCHMARK(doubleText)->Name("doubleToUString/library (exponential, long)")->Args
 
 void doubleField(benchmark::State& state) {
   const auto values = doubles(false);
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor();
   unsigned short field[24];
   std::size_t i = 0;
   for (auto _ : state) {
@@ -130,7 +128,7 @@ BENCHMARK(doubleField)->Name("StrFromDbl/field of 22");
 
 void decimalField(benchmark::State& state) {
   constexpr unsigned short kText[] = {'-', '1', '2', '3', '4', '5', '6', '7', '8', '9', '0', '.', '5', '0', 0};
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor();
   unsigned short field[24];
   for (auto _ : state) {
     int length = 22;

@@ -4,19 +4,17 @@
 #include <cstdint>
 
 #include "dataconv.hpp"
+#include "support/converter.hpp"
 
 // Binary integers of 2, 4 and 8 bytes, most significant first, read and written: the library, and the loop over the
 // bytes that stands in most programs.
 namespace {
 
+using oxr::bench::converterFor;
+
 using Field = std::array<unsigned char, 8>;
 
 constexpr Field kField = {0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0};
-
-DataCnv converter() {
-  return DataCnv(37, eEndianBig, eEndianBig, eFloatHexadecimal, 53, nullptr, false, nullptr, 0, true, 12, false,
-                 eMessageStandardDefault, nullptr);
-}
 
 void integerPlainLoop(benchmark::State& state) {
   const int size = static_cast<int>(state.range(0));
@@ -35,7 +33,7 @@ template <class Read>
 void readFields(benchmark::State& state, Read read) {
   const int size = static_cast<int>(state.range(0));
   Field field = kField;
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor();
   for (auto _ : state) {
     benchmark::DoNotOptimize(field);
     auto value = read(cnv, field.data(), size);
@@ -80,7 +78,7 @@ void integerWrite64(benchmark::State& state) {
   const int size = static_cast<int>(state.range(0));
   Field field{};
   PWFInt64 value = 0x1234;
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor();
   for (auto _ : state) {
     benchmark::DoNotOptimize(value);
     cnv.IntFromInt64(value, field.data(), size, eSignLeadingIncluded);
@@ -92,7 +90,7 @@ BENCHMARK(integerWrite64)->Name("IntFromInt64/library")->Arg(2)->Arg(4)->Arg(8);
 void integerWriteDouble(benchmark::State& state) {
   Field field{};
   double value = 12.5;
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor();
   for (auto _ : state) {
     benchmark::DoNotOptimize(value);
     cnv.IntFromDbl(value, field.data(), 4, eSignLeadingIncluded, static_cast<int>(state.range(0)));

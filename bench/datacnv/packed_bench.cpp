@@ -5,10 +5,13 @@
 
 #include "dataconv.hpp"
 #include "support/cobol.hpp"
+#include "support/converter.hpp"
 
 // Packed fields of 3, 8 and 16 bytes: the library, the plain loop that a good engineer would write for the same bytes
 // and the same kind of object, and a COBOL run time's move to display.
 namespace {
+
+using oxr::bench::converterFor;
 
 using Field = std::array<unsigned char, 16>;
 
@@ -18,11 +21,6 @@ Field fieldOf(std::size_t size) {
     field[i] = static_cast<unsigned char>(i % 5 << 4 | (i + 3) % 10);
   field[size - 1] = static_cast<unsigned char>((field[size - 1] & 0xF0) | 0x0C);
   return field;
-}
-
-DataCnv converter() {
-  return DataCnv(37, eEndianBig, eEndianBig, eFloatHexadecimal, 53, nullptr, false, nullptr, 0, true, 12, false,
-                 eMessageStandardDefault, nullptr);
 }
 
 // What a PWFData holds, with its text open to a loop.
@@ -54,7 +52,7 @@ void packedRead(benchmark::State& state) {
   const int size = static_cast<int>(state.range(0));
   const int scale = static_cast<int>(state.range(1));
   Field field = fieldOf(static_cast<std::size_t>(size));
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor();
   for (auto _ : state) {
     benchmark::DoNotOptimize(field);
     PWFData value = cnv.PckdDecToDec(field.data(), size, scale, eSignLeadingIncluded);
@@ -103,7 +101,7 @@ void packedWrite(benchmark::State& state) {
   const int size = static_cast<int>(state.range(0));
   auto text = textOf(static_cast<std::size_t>(size));
   Field field{};
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor();
   for (auto _ : state) {
     benchmark::DoNotOptimize(text);
     cnv.PckdDecFromDec(text.data(), field.data(), size, 2, eSignLeadingIncluded);

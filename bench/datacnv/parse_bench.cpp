@@ -9,13 +9,11 @@
 
 #include "dataconv.hpp"
 #include "kelwstringconvertor.hpp"
+#include "support/converter.hpp"
 
 namespace {
 
-DataCnv converter() {
-  return DataCnv(37, eEndianBig, eEndianBig, eFloatIeeeBig, 53, nullptr, false, nullptr, 0, true, 12, false,
-                 eMessageStandardDefault, nullptr);
-}
+using oxr::bench::converterFor;
 
 template <class T>
 T narrowed(const KelWstring& text) {
@@ -29,7 +27,7 @@ T narrowed(const KelWstring& text) {
 
 template <class F>
 void repeat(benchmark::State& state, const char* utf8, F read) {
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor();
   cnv.getDecimalFormatter();
   const KelWstring text = oxr::fromUtf8(utf8);
   for (auto _ : state) {

@@ -4,10 +4,13 @@
 #include <cstddef>
 
 #include "dataconv.hpp"
+#include "support/converter.hpp"
 
 // Transaction-log fields of 4, 8 and 32 bytes: the library, and the plain loop that a good engineer would write for the
 // same bytes and the same kind of text.
 namespace {
+
+using oxr::bench::converterFor;
 
 using Field = std::array<unsigned char, 32>;
 using Text = KelBufferedWstring<16u>;
@@ -18,11 +21,6 @@ constexpr Field kField = [] {
     field[i] = static_cast<unsigned char>(i % 5 << 4 | (i + 3) % 10);
   return field;
 }();
-
-DataCnv converter() {
-  return DataCnv(819, eEndianBig, eEndianBig, eFloatHexadecimal, 53, nullptr, false, nullptr, 0, true, 12, false,
-                 eMessageStandardDefault, nullptr);
-}
 
 void decimalPlainLoop(benchmark::State& state) {
   const auto size = static_cast<std::size_t>(state.range(0));
@@ -46,7 +44,7 @@ BENCHMARK(decimalPlainLoop)->Name("TLOGPckdDecToDec/plain loop")->Arg(4)->Arg(8)
 void decimalRead(benchmark::State& state) {
   const int size = static_cast<int>(state.range(0));
   Field field = kField;
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor(819);
   for (auto _ : state) {
     benchmark::DoNotOptimize(field);
     Text text;
@@ -75,7 +73,7 @@ BENCHMARK(stringPlainLoop)->Name("TLOGPckdStrToStr/plain loop")->Arg(4)->Arg(8)-
 void stringRead(benchmark::State& state) {
   const int size = static_cast<int>(state.range(0));
   Field field = kField;
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor(819);
   for (auto _ : state) {
     benchmark::DoNotOptimize(field);
     Text text;
@@ -111,7 +109,7 @@ void decimalWrite(benchmark::State& state) {
   const int size = static_cast<int>(state.range(0));
   PWFData value = valueOf(size, DECIMAL);
   Field field{};
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor(819);
   int written = 0;
   for (auto _ : state) {
     benchmark::DoNotOptimize(value);
@@ -125,7 +123,7 @@ void stringWrite(benchmark::State& state) {
   const int size = static_cast<int>(state.range(0));
   PWFData value = valueOf(size, STRING);
   Field field{};
-  DataCnv cnv = converter();
+  DataCnv cnv = converterFor(819);
   for (auto _ : state) {
     benchmark::DoNotOptimize(value);
     cnv.TLOGPWFDataToPckdStr(value, field.data(), size, eEndianBig);

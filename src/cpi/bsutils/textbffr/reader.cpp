@@ -5,6 +5,7 @@
 
 #include "converterstate.hpp"
 #include "cputils.hpp"
+#include "directpath.hpp"
 #include "raise.hpp"
 #include "scratch.hpp"
 #include "singlebytepage.hpp"
@@ -252,12 +253,16 @@ PWFData TextBufferReader::getString(int startOffset, int endOffset, bool moveOff
 // All that the window shows, as a text of its own.
 PWFData TextBufferReader::shownText() const {
   const int length = pointer->windowLength();
-  if (const core::SingleByteTable* const table = SingleBytePage::tableOf(*converter))
-    return TextValue::make(STRING, static_cast<std::uint64_t>(length),
-                           [&](unsigned short* units) { decodeShownBytes(*pointer, *table, units); });
+  const char* const source = pointer->getOffsetPointer(pointer->windowOffset());
+  const std::span bytes(source, static_cast<std::size_t>(length));
+  if (const std::size_t count = DirectPath::unitsOf(*converter, bytes))
+    return TextValue::make(STRING, count, [&](unsigned short* units) {
+      int room = static_cast<int>(count);  // ICU gives as many, a substitute for what is not well formed
+      if (!DirectPath::convertAll(*converter, bytes, {units, count})) toUnicode(units, &room, source, length);
+    });
   int units = toLength(std::int64_t{2} * length);
   Scratch<unsigned short, 256> work(static_cast<std::size_t>(units));
-  toUnicode(work.data(), &units, pointer->getOffsetPointer(pointer->windowOffset()), length);
+  toUnicode(work.data(), &units, source, length);
   return PWFData(work.data(), units);
 }
 
