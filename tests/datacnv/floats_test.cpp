@@ -14,6 +14,7 @@
 #include "support/failures.hpp"
 #include "support/guarded.hpp"
 #include "support/hex.hpp"
+#include "support/randomcases.hpp"
 #include "support/rows.hpp"
 #include "support/text.hpp"
 #include "support/tracing.hpp"
@@ -239,11 +240,9 @@ class Patterns {
   std::mt19937_64 random_{20240229};
 };
 
-// As many patterns as OXR_FLOAT_PATTERNS says.
 TEST(HexFloat, AgreesWithTheWordByWordWay) {
-  const char* const count = std::getenv("OXR_FLOAT_PATTERNS");
   Patterns patterns;
-  for (long i = count != nullptr ? std::atol(count) : 200'000; i > 0; --i) {
+  for (long i = randomCases(200'000); i > 0; --i) {
     const std::uint64_t bits = patterns.next();
     const auto word = static_cast<std::uint32_t>(bits >> 32);
     ASSERT_EQ(converted(DataCnv::ConvertFloatHFPtoIEEE, word), words::ieeeFromHex(word)) << std::hex << word;
