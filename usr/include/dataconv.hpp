@@ -457,8 +457,8 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   // A value with a "+" or leading zeros in the text may come out a byte short in the fixed form, without its last
   // digits. Out of bounds, "Decimal", "TLOG Packed Decimal", the text: the field is too small for the sign or the first
   // digit. Invalid data, "decimal", the text: a character that is no digit, or none left while there is room.
-  unsigned char* TLOGPWFDataToPckdDecimal(PWFData& value, unsigned char* target, int size, EEndian endian,
-                                          bool fixed, int& written);
+  unsigned char* TLOGPWFDataToPckdDecimal(PWFData& value, unsigned char* target, int size, EEndian endian, bool fixed,
+                                          int& written);
   // Writes a STRING, two characters a byte as the code page has them. "A" to "F" and "a" to "f" by their ASCII codes
   // are 10 to 15, of any other character the low four bits count. Missing characters are 0, further ones are dropped.
   unsigned char* TLOGPWFDataToPckdStr(const PWFData& value, unsigned char* target, int size, EEndian endian);

@@ -1,21 +1,14 @@
 #include "core/numberreading.hpp"
 
-#include <array>
 #include <charconv>
+
+#include "core/numbertext.hpp"
 
 namespace oxr::core {
 
 namespace {
 
 constexpr std::size_t kShortDigits = 18;
-
-// All of them exact.
-constexpr std::array<double, kShortDigits + 1> kPowersOfTen = [] {
-  std::array<double, kShortDigits + 1> powers{1};
-  for (std::size_t i = 1; i < powers.size(); ++i)
-    powers[i] = powers[i - 1] * 10;
-  return powers;
-}();
 
 constexpr bool isExponentLetter(unsigned short unit) {
   return (unit | 0x20) == 'e';
@@ -77,7 +70,7 @@ std::optional<double> readShortDecimal(UnitView text, unsigned short point) {
   if (text.size() == hasPoint || digits > kExact) return {};
   // Both exact, so that the one division rounds as it should.
   const std::size_t places = hasPoint ? text.size() - pointAt - 1 : 0;
-  return static_cast<double>(digits) / kPowersOfTen[places];
+  return static_cast<double>(digits) / kExactPowers[places];
 }
 
 std::optional<double> readPlainDouble(UnitView text) {
