@@ -71,6 +71,7 @@ DoubleText::DoubleText(double value) : negative_(std::signbit(value)) {
 // the multiplication; and the division, of two exact numbers, is what reading does.
 bool DoubleText::takeShort(double magnitude) {
   constexpr double kLimit = 1e15;
+  constexpr double kHalf = 0.5;
   if (magnitude == 0) {
     digits_[count_++] = kZero;
     return true;
@@ -79,7 +80,7 @@ bool DoubleText::takeShort(double magnitude) {
   std::int32_t places = 14 - (binaryExponent(magnitude) * 1233 >> 12);  // or one more than fits; 22 at most
   double scaled = magnitude * kExactPowers[static_cast<std::size_t>(places)];
   if (scaled >= kLimit) scaled = magnitude * kExactPowers[static_cast<std::size_t>(--places)];
-  const auto number = static_cast<std::int64_t>(scaled + 0.5);
+  const auto number = static_cast<std::int64_t>(scaled + kHalf);  // the nearest, or the division tells
   if (static_cast<double>(number) / kExactPowers[static_cast<std::size_t>(places)] != magnitude) return false;
   exponent_ = static_cast<std::int32_t>(IntegerText::digitCount(static_cast<std::uint64_t>(number))) - 1 - places;
   const IntegerText digits(static_cast<std::int64_t>(withoutTrailingZeros(static_cast<std::uint64_t>(number))));
@@ -138,7 +139,7 @@ void DoubleText::writeExponential(unsigned short* out) const {
   *out++ = '.';
   out = std::copy_n(digits_ + 1, count_ - 1, out);
   *out++ = 'E';
-  *out++ = exponent_ < 0 ? '-' : '+';
+  *out++ = exponent_ < 0 ? u'-' : u'+';
   auto rest = static_cast<std::uint32_t>(std::abs(exponent_));
   for (std::uint32_t i = exponentDigits(rest); i-- != 0; rest /= 10)
     out[i] = static_cast<unsigned short>('0' + rest % 10);
