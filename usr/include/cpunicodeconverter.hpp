@@ -119,6 +119,8 @@ class OXR_EXPORT CPUnicodeConverter : public CPBaseUnicodeConverter {
   const std::array<unsigned short, 256>* byteTable = nullptr;    // the host's; null unless a byte is always a character
   const std::array<unsigned short, 65536>* unitTable = nullptr;  // the way back
   Form form = Form::eOther;
+  signed char minBytesPerChar = 0;
+  signed char maxBytesPerChar = 0;
   // ICU may owe units, or bytes, from before or be in the middle of a character: the next conversion is ICU's.
   mutable bool holdsUnitsBack = false;
   mutable bool holdsBytesBack = false;

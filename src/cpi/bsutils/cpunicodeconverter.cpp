@@ -114,6 +114,8 @@ CPUnicodeConverter::CPUnicodeConverter(int ccsid, EEndian endian) : CPBaseUnicod
   byteTable = shared->singleByteTable();
   unitTable = shared->unitTable();
   form = formOf(*shared);
+  minBytesPerChar = ucnv_getMinCharSize(converter.getAlias());
+  maxBytesPerChar = ucnv_getMaxCharSize(converter.getAlias());
 }
 
 CPUnicodeConverter::~CPUnicodeConverter() {
@@ -287,12 +289,12 @@ void CPUnicodeConverter::fromUnicodeToLocal(char* target, int* targetLength, con
 
 int CPUnicodeConverter::getMinBytesPerChar() const {
   const Trace trace("CPUnicodeConverter::getMinBytesPerChar");
-  return ucnv_getMinCharSize(converter.getAlias());
+  return minBytesPerChar;
 }
 
 int CPUnicodeConverter::getMaxBytesPerChar() const {
   const Trace trace("CPUnicodeConverter::getMaxBytesPerChar");
-  return ucnv_getMaxCharSize(converter.getAlias());
+  return maxBytesPerChar;
 }
 
 UConverterType CPUnicodeConverter::getType() const {
