@@ -6,22 +6,15 @@
 #include "dataconv.hpp"
 #include "support/cobol.hpp"
 #include "support/converter.hpp"
+#include "support/packedfield.hpp"
 
 // Packed fields of 3, 8 and 16 bytes: the library, the plain loop that a good engineer would write for the same bytes
 // and the same kind of object, and a COBOL run time's move to display.
 namespace {
 
 using oxr::bench::converterFor;
-
-using Field = std::array<unsigned char, 16>;
-
-Field fieldOf(std::size_t size) {
-  Field field{};
-  for (std::size_t i = 0; i < size; ++i)
-    field[i] = static_cast<unsigned char>(i % 5 << 4 | (i + 3) % 10);
-  field[size - 1] = static_cast<unsigned char>((field[size - 1] & 0xF0) | 0x0C);
-  return field;
-}
+using oxr::bench::packedFieldOf;
+using Field = oxr::bench::PackedField;
 
 // What a PWFData holds, with its text open to a loop.
 struct PlainValue {
@@ -33,7 +26,7 @@ struct PlainValue {
 
 void packedPlainLoop(benchmark::State& state) {
   const auto size = static_cast<std::size_t>(state.range(0));
-  Field field = fieldOf(size);
+  Field field = packedFieldOf(size);
   for (auto _ : state) {
     benchmark::DoNotOptimize(field);
     PlainValue value;
@@ -51,7 +44,7 @@ BENCHMARK(packedPlainLoop)->Name("PckdDecToDec/plain loop")->Arg(3)->Arg(8)->Arg
 void packedRead(benchmark::State& state) {
   const int size = static_cast<int>(state.range(0));
   const int scale = static_cast<int>(state.range(1));
-  Field field = fieldOf(static_cast<std::size_t>(size));
+  Field field = packedFieldOf(static_cast<std::size_t>(size));
   DataCnv cnv = converterFor();
   for (auto _ : state) {
     benchmark::DoNotOptimize(field);
@@ -114,7 +107,7 @@ BENCHMARK(packedWrite)->Name("PckdDecFromDec/library")->Arg(3)->Arg(8)->Arg(16);
 void packedCobol(benchmark::State& state) {
   const auto size = static_cast<std::size_t>(state.range(0));
   const auto digits = static_cast<unsigned short>(2 * size - 1);
-  Field field = fieldOf(size);
+  Field field = packedFieldOf(size);
   unsigned char display[32] = {};
   oxr::bench::CobolMove move({COB_TYPE_NUMERIC_PACKED, digits, 2, field.data(), size},
                              {COB_TYPE_NUMERIC_DISPLAY, digits, 2, display, digits});

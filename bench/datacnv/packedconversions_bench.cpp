@@ -1,28 +1,19 @@
 #include <benchmark/benchmark.h>
 
-#include <array>
 #include <cstddef>
 #include <type_traits>
 
 #include "dataconv.hpp"
 #include "support/converter.hpp"
+#include "support/packedfield.hpp"
 
 // Packed fields of 4, 8 and 10 bytes as machine numbers: the library, and the plain loop that a good engineer would
 // write for the same bytes.
 namespace {
 
 using oxr::bench::converterFor;
-
-using Field = std::array<unsigned char, 10>;
-
-// Small numbers for small fields, so that all of them fit 32 bits at 4 bytes.
-Field fieldOf(std::size_t size) {
-  Field field{};
-  for (std::size_t i = 0; i < size; ++i)
-    field[i] = static_cast<unsigned char>(i % 5 << 4 | (i + 3) % 10);
-  field[size - 1] = static_cast<unsigned char>((field[size - 1] & 0xF0) | 0x0C);
-  return field;
-}
+using oxr::bench::packedFieldOf;
+using Field = oxr::bench::PackedField;
 
 // False for a bad field.
 bool plainNumber(const Field& field, std::size_t size, long& number) {
@@ -41,7 +32,7 @@ bool plainNumber(const Field& field, std::size_t size, long& number) {
 
 void plainLoop(benchmark::State& state) {
   const auto size = static_cast<std::size_t>(state.range(0));
-  Field field = fieldOf(size);
+  Field field = packedFieldOf(size);
   for (auto _ : state) {
     benchmark::DoNotOptimize(field);
     long number = 0;
@@ -56,7 +47,7 @@ template <auto Member>
 void readNumber(benchmark::State& state) {
   const int size = static_cast<int>(state.range(0));
   const int scale = static_cast<int>(state.range(1));
-  Field field = fieldOf(static_cast<std::size_t>(size));
+  Field field = packedFieldOf(static_cast<std::size_t>(size));
   DataCnv cnv = converterFor();
   cnv.getDecimalFormatter();  // the first one of the process takes its time
   for (auto _ : state) {

@@ -360,6 +360,15 @@ TEST(ExternalDecimal, PadsFields) {
   EXPECT_THAT(tracedAt(4, [&] { converter.ExtDecPadData(text, 4, 2, eJustifyNone, 0xF0, false); }),
               EndsWith("DataCnv::ExtDecPadData: Possible internal error, eJustifyNone not handled\n"
                        "< DataCnv::ExtDecPadData\n"));
+  // Text and integers have no scale.
+  const unsigned char field[] = {0xF1, 0xF2};
+  const auto isScaled = [&](auto read) {
+    return tracedAt(4, read).find("adjustDecimalForString") != std::string::npos;
+  };
+  EXPECT_TRUE(isScaled(
+      [&] { converter.ExtDecToDec(field, 2, 0, eSignNone, eJustifyRight, '0', true, false, nullptr, nullptr); }));
+  EXPECT_FALSE(isScaled(
+      [&] { converter.ExtDecToInt64(field, 2, eSignNone, eJustifyRight, '0', true, false, nullptr, nullptr); }));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "cpunicodeconverter.hpp"
 #include "kelheader.hpp"
@@ -585,7 +586,8 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
                                                     const unsigned char* source, int size,
                                                     const oxr::ExternalForm& form);
   [[gnu::visibility("hidden")]] void externalText(const oxr::FailureSite& site, KelWstring& text,
-                                                  const unsigned char* source, int size, int virtualDecimalPoint,
+                                                  const unsigned char* source, int size,
+                                                  std::optional<int> virtualDecimalPoint,
                                                   const oxr::ExternalForm& form);
   [[gnu::visibility("hidden")]] void externalString(KelWstring& text, const unsigned char* source, int size,
                                                     const oxr::ExternalForm& form);

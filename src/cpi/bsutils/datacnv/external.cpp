@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <span>
 
 #include "core/externaldigits.hpp"
@@ -175,12 +176,12 @@ bool DataCnv::externalDigits(const FailureSite& site, KelWstring& text, const un
   return negative;
 }
 
-// The value of any field as decimal text, member by member.
+// The value of any field as decimal text, member by member; without places where there is no scale.
 void DataCnv::externalText(const FailureSite& site, KelWstring& text, const unsigned char* source, int size,
-                           int virtualDecimalPoint, const ExternalForm& form) {
+                           std::optional<int> virtualDecimalPoint, const ExternalForm& form) {
   const bool negative = externalDigits(site, text, source, size, form);
   ExtDecTrimData(text, form.justification, form.padChar, form.padCharIsUnicode);
-  adjustDecimalForString(text, virtualDecimalPoint);
+  if (virtualDecimalPoint) adjustDecimalForString(text, *virtualDecimalPoint);
   validateDecimal(text, form.sign);
   // Behind the scale, unlike a packed decimal's, so that digits that are few get their zero: ExternalDecimal.Reads.
   if (negative) insertUnit(text, 0, '-');
@@ -277,7 +278,7 @@ void DataCnv::externalString(KelWstring& text, const unsigned char* source, int 
   core::ExternalUnits units;
   const core::ExternalDigits number = quickDigits(source, size, form, units);
   if (number.digits.empty()) [[unlikely]] {
-    externalText(trace.site(), text, source, size, 0, form);
+    externalText(trace.site(), text, source, size, {}, form);
     return;
   }
   unsigned short* out = text.resizeForOverwrite(static_cast<unsigned>(number.digits.size()) + number.negative);
