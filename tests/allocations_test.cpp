@@ -103,7 +103,7 @@ TEST(Allocations, PackedAndLogFieldsAsNumbersAndTextMakeNone) {
   const unsigned char field[] = {0x12, 0x34, 0x56, 0x78, 0x90, 0x12, 0x34, 0x5D};
   unsigned char target[8];
   int written = 0;
-  PWFData number(u"-123456789012345"_k.characters(), DECIMAL), digits(u"123456789012345A"_k);
+  PWFData number(u"-123456789012345"_k.characters(), DECIMAL), digits(u"123456789012345A1234"_k);
   const auto none = [](auto call) { EXPECT_EQ(allocationsOf(call), 0u); };
   none([&] { converter.PckdDecToDbl(field, 8, 2, eSignTrailingIncluded); });
   none([&] { converter.PckdDecToPWFInt64(field, 8, 2, eSignTrailingIncluded); });

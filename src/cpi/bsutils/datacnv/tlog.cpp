@@ -175,8 +175,8 @@ unsigned char* DataCnv::TLOGPWFDataToPckdStr(const PWFData& value, unsigned char
       ")",
       kDataCnvPath);
   if (target == nullptr) return nullptr;
-  const unsigned short* const units = value.getStringValue();
-  const KelBufferedWstring<16u> text(units, static_cast<unsigned>(value.getStringLength()));
+  static_cast<void>(value.getStringValue());  // refuses another type under its own name
+  const PWFString& text = value.getPWFStringValue();
   const std::size_t bytes = fieldSize(size);
   // Characters that the text does not have count as zero.
   Scratch<unsigned char, 64> characters(2 * bytes);
