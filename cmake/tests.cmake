@@ -7,13 +7,13 @@ file(GLOB_RECURSE test_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/*.
 list(FILTER test_sources EXCLUDE REGEX "/tests/install/")
 if(OXR_SANITIZE)
   # It replaces the allocation functions, which belong to the sanitizers here.
-  list(FILTER test_sources EXCLUDE REGEX "/tests/allocations_test.cpp$")
+  list(FILTER test_sources EXCLUDE REGEX "/tests/datacnv/allocations_test.cpp$")
 endif()
 add_executable(oxr_tests ${test_sources})
 oxr_settings(oxr_tests)
 target_include_directories(oxr_tests PRIVATE "${PROJECT_SOURCE_DIR}/tests")
 # Only where they are used: all other objects are the same in each build folder, one entry of the compiler cache.
-set_property(SOURCE ${PROJECT_SOURCE_DIR}/tests/oxrrec/copybook_test.cpp
+set_property(SOURCE ${PROJECT_SOURCE_DIR}/tests/records/copybook_test.cpp
                     ${PROJECT_SOURCE_DIR}/tests/oxrrec/decode_test.cpp
                     ${PROJECT_SOURCE_DIR}/tests/oxrrec/shareddata_test.cpp
              APPEND PROPERTY COMPILE_DEFINITIONS OXR_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/tools/oxrrec/samples"

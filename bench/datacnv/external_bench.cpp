@@ -4,8 +4,8 @@
 #include <cstddef>
 
 #include "dataconv.hpp"
-#include "support/cobol.hpp"
-#include "support/converter.hpp"
+#include "harness/cobol.hpp"
+#include "harness/converter.hpp"
 
 // External decimals of 5, 10 and 18 digits: the library, the plain loop that a good engineer would write for the same
 // EBCDIC bytes and the same kind of object, and a COBOL run time's move of display fields (its own code page is ASCII).

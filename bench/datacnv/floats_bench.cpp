@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "dataconv.hpp"
-#include "support/converter.hpp"
+#include "harness/converter.hpp"
 
 // Float fields, most significant byte first: the library, and the arithmetic that a good engineer would write for the
 // same bytes: the fraction as an integer, times a power of two.

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "dataconv.hpp"
-#include "support/converter.hpp"
+#include "harness/converter.hpp"
 
 // Binary integers of 2, 4 and 8 bytes, most significant first, read and written: the library, and the loop over the
 // bytes that stands in most programs.

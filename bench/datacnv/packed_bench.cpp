@@ -4,9 +4,9 @@
 #include <cstddef>
 
 #include "dataconv.hpp"
-#include "support/cobol.hpp"
-#include "support/converter.hpp"
-#include "support/packedfield.hpp"
+#include "harness/cobol.hpp"
+#include "harness/converter.hpp"
+#include "harness/packedfield.hpp"
 
 // Packed fields of 3, 8 and 16 bytes: the library, the plain loop that a good engineer would write for the same bytes
 // and the same kind of object, and a COBOL run time's move to display.

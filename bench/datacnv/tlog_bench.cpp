@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "dataconv.hpp"
-#include "support/converter.hpp"
+#include "harness/converter.hpp"
 
 // Transaction-log fields of 4, 8 and 32 bytes: the library, and the plain loop that a good engineer would write for the
 // same bytes and the same kind of text.

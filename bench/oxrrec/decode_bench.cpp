@@ -8,7 +8,7 @@
 #include <sstream>
 #include <string>
 
-#include "decode.hpp"
+#include "oxrrec/decode.hpp"
 
 namespace {
 

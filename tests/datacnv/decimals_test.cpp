@@ -4,10 +4,10 @@
 #include <string>
 
 #include "dataconv.hpp"
-#include "support/converter.hpp"
-#include "support/failures.hpp"
-#include "support/rows.hpp"
-#include "support/text.hpp"
+#include "harness/converter.hpp"
+#include "harness/failures.hpp"
+#include "harness/rows.hpp"
+#include "harness/text.hpp"
 
 namespace oxr::test {
 namespace {

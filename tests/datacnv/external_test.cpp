@@ -8,13 +8,13 @@
 #include <vector>
 
 #include "dataconv.hpp"
+#include "harness/converter.hpp"
+#include "harness/failures.hpp"
+#include "harness/hex.hpp"
+#include "harness/rows.hpp"
+#include "harness/text.hpp"
+#include "harness/tracing.hpp"
 #include "host/process.hpp"
-#include "support/converter.hpp"
-#include "support/failures.hpp"
-#include "support/hex.hpp"
-#include "support/rows.hpp"
-#include "support/text.hpp"
-#include "support/tracing.hpp"
 
 namespace oxr::test {
 namespace {

@@ -10,15 +10,15 @@
 
 #include "core/hexfloat.hpp"
 #include "dataconv.hpp"
-#include "support/converter.hpp"
-#include "support/failures.hpp"
-#include "support/guarded.hpp"
-#include "support/hex.hpp"
-#include "support/randomcases.hpp"
-#include "support/rows.hpp"
-#include "support/text.hpp"
-#include "support/tracing.hpp"
-#include "support/wordfloats.hpp"
+#include "harness/converter.hpp"
+#include "harness/failures.hpp"
+#include "harness/guarded.hpp"
+#include "harness/hex.hpp"
+#include "harness/randomcases.hpp"
+#include "harness/rows.hpp"
+#include "harness/text.hpp"
+#include "harness/tracing.hpp"
+#include "harness/wordfloats.hpp"
 
 namespace oxr::test {
 namespace {

@@ -11,13 +11,13 @@
 #include <vector>
 
 #include "dataconv.hpp"
-#include "support/converter.hpp"
-#include "support/failures.hpp"
-#include "support/guarded.hpp"
-#include "support/hex.hpp"
-#include "support/rows.hpp"
-#include "support/text.hpp"
-#include "support/tracing.hpp"
+#include "harness/converter.hpp"
+#include "harness/failures.hpp"
+#include "harness/guarded.hpp"
+#include "harness/hex.hpp"
+#include "harness/rows.hpp"
+#include "harness/text.hpp"
+#include "harness/tracing.hpp"
 
 namespace oxr::test {
 namespace {

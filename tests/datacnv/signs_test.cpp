@@ -4,11 +4,11 @@
 #include <string>
 
 #include "dataconv.hpp"
-#include "support/converter.hpp"
-#include "support/failures.hpp"
-#include "support/rows.hpp"
-#include "support/text.hpp"
-#include "support/tracing.hpp"
+#include "harness/converter.hpp"
+#include "harness/failures.hpp"
+#include "harness/rows.hpp"
+#include "harness/text.hpp"
+#include "harness/tracing.hpp"
 
 namespace oxr::test {
 namespace {

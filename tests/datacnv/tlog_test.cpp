@@ -7,12 +7,12 @@
 
 #include "cputils.hpp"
 #include "dataconv.hpp"
-#include "support/converter.hpp"
-#include "support/failures.hpp"
-#include "support/hex.hpp"
-#include "support/rows.hpp"
-#include "support/text.hpp"
-#include "support/tracing.hpp"
+#include "harness/converter.hpp"
+#include "harness/failures.hpp"
+#include "harness/hex.hpp"
+#include "harness/rows.hpp"
+#include "harness/text.hpp"
+#include "harness/tracing.hpp"
 
 namespace oxr::test {
 namespace {

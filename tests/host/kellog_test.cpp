@@ -14,10 +14,10 @@
 #include <thread>
 #include <vector>
 
+#include "harness/text.hpp"
 #include "host/process.hpp"
 #include "kelexception.hpp"
 #include "kellogsource.hpp"
-#include "support/text.hpp"
 
 namespace oxr::test {
 namespace {

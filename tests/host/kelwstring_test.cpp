@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "support/text.hpp"
+#include "harness/text.hpp"
 
 namespace oxr::test {
 namespace {

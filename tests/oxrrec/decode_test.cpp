@@ -1,12 +1,12 @@
-#include "decode.hpp"
+#include "oxrrec/decode.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <csignal>
 
+#include "harness/rows.hpp"
 #include "oxrrec/runs.hpp"
-#include "support/rows.hpp"
 
 namespace oxr::rec::test {
 namespace {

@@ -12,8 +12,8 @@
 #include <string_view>
 #include <vector>
 
-#include "program.hpp"
-#include "support/hex.hpp"
+#include "harness/hex.hpp"
+#include "oxrrec/program.hpp"
 
 // Runs the program within the test, on files of its own.
 

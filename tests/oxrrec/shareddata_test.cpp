@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "oxrrec/runs.hpp"
-#include "rapidjson.hpp"
+#include "records/json/rapidjson.hpp"
 // Behind rapidjson.hpp, which sets it up.
 #include <rapidjson/document.h>
 

@@ -1,4 +1,4 @@
-#include "decode.hpp"
+#include "oxrrec/decode.hpp"
 
 #include <unistd.h>
 
@@ -6,10 +6,10 @@
 #include <new>
 #include <utility>
 
-#include "fileinput.hpp"
-#include "fileoutput.hpp"
-#include "jsonhandler.hpp"
-#include "progress.hpp"
+#include "oxrrec/progress.hpp"
+#include "records/framing/fileinput.hpp"
+#include "records/framing/fileoutput.hpp"
+#include "records/json/jsonhandler.hpp"
 
 namespace oxr::rec {
 

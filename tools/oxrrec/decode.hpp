@@ -5,9 +5,9 @@
 #include <ostream>
 #include <string>
 
-#include "copybook.hpp"
-#include "fieldconverter.hpp"
-#include "recordworker.hpp"
+#include "records/copybook/copybook.hpp"
+#include "records/fields/fieldconverter.hpp"
+#include "records/recordworker.hpp"
 
 namespace oxr::rec {
 

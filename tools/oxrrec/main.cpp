@@ -3,7 +3,7 @@
 #include <csignal>
 #include <iostream>
 
-#include "program.hpp"
+#include "oxrrec/program.hpp"
 
 int main(int count, char** arguments) {
   // A reader that goes away shows as a failed write, which is told like any other.

@@ -1,4 +1,4 @@
-#include "options.hpp"
+#include "oxrrec/options.hpp"
 
 #include <CLI/CLI.hpp>
 #include <map>

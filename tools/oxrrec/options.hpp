@@ -4,7 +4,7 @@
 #include <string>
 #include <variant>
 
-#include "decode.hpp"
+#include "oxrrec/decode.hpp"
 
 namespace oxr::rec {
 

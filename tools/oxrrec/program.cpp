@@ -1,7 +1,7 @@
-#include "program.hpp"
+#include "oxrrec/program.hpp"
 
-#include "fileoutput.hpp"
-#include "options.hpp"
+#include "oxrrec/options.hpp"
+#include "records/framing/fileoutput.hpp"
 
 namespace oxr::rec {
 

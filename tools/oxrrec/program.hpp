@@ -2,7 +2,7 @@
 
 #include <span>
 
-#include "decode.hpp"
+#include "oxrrec/decode.hpp"
 
 namespace oxr::rec {
 

@@ -1,4 +1,4 @@
-#include "progress.hpp"
+#include "oxrrec/progress.hpp"
 
 #include <cmath>
 #include <cstdio>

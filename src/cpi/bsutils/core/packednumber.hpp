@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <limits>
 
-#include "core/numbertext.hpp"
-#include "core/packeddigits.hpp"
+#include "core/numbertextwrite.hpp"
+#include "core/packedfield.hpp"
 
 // Packed decimals of few digits as machine numbers, without a text in between.
 namespace oxr::core {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "core/decimaltext.hpp"
-#include "core/packeddigits.hpp"
+#include "core/packedfield.hpp"
 
 namespace oxr::core {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <span>
 
-#include "core/progress.hpp"
+#include "core/advance.hpp"
 
 // UTF-16 in either byte order, from and to units in this machine's order, as far as the text is well formed.
 namespace oxr::core {

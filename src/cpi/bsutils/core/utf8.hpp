@@ -5,7 +5,7 @@
 #include <cstring>
 #include <span>
 
-#include "core/progress.hpp"
+#include "core/advance.hpp"
 
 // UTF-8 and UTF-16 in this machine's order, one into the other, as far as the text is well formed. Several times faster
 // than a converter, which has to be ready for any code page, state and fault.

@@ -5,8 +5,8 @@
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
-#include "raise.hpp"
-#include "trace.hpp"
+#include "support/raise.hpp"
+#include "support/trace.hpp"
 
 using namespace oxr;
 

@@ -2,17 +2,17 @@
 #include <cstdlib>
 #include <limits>
 
+#include "codepage/singlebytepage.hpp"
 #include "core/externaldigits.hpp"
-#include "core/packeddigits.hpp"
-#include "core/zonedword.hpp"
+#include "core/externalword.hpp"
+#include "core/packedfield.hpp"
 #include "datacnv/externalform.hpp"
 #include "datacnv/signform.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
-#include "raise.hpp"
-#include "singlebytepage.hpp"
-#include "trace.hpp"
+#include "support/raise.hpp"
+#include "support/trace.hpp"
 
 using namespace oxr;
 

@@ -7,9 +7,9 @@
 #include "core/scaling.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
-#include "raise.hpp"
-#include "textvalue.hpp"
-#include "trace.hpp"
+#include "support/raise.hpp"
+#include "support/trace.hpp"
+#include "values/textinplace.hpp"
 
 using namespace oxr;
 

@@ -2,14 +2,14 @@
 #include <limits>
 #include <vector>
 
-#include "core/packeddigits.hpp"
+#include "core/packedfield.hpp"
 #include "core/pointshift.hpp"
 #include "cputils.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
-#include "raise.hpp"
-#include "textvalue.hpp"
-#include "trace.hpp"
+#include "support/raise.hpp"
+#include "support/trace.hpp"
+#include "values/textinplace.hpp"
 
 using namespace oxr;
 

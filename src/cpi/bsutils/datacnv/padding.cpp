@@ -8,9 +8,9 @@
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
-#include "raise.hpp"
-#include "scratch.hpp"
-#include "trace.hpp"
+#include "support/raise.hpp"
+#include "support/scratch.hpp"
+#include "support/trace.hpp"
 
 using namespace oxr;
 

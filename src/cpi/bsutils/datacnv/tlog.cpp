@@ -8,11 +8,11 @@
 #include "cputils.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
-#include "emptystring.hpp"
-#include "raise.hpp"
-#include "scratch.hpp"
-#include "textvalue.hpp"
-#include "trace.hpp"
+#include "support/emptystring.hpp"
+#include "support/raise.hpp"
+#include "support/scratch.hpp"
+#include "support/trace.hpp"
+#include "values/textinplace.hpp"
 
 using namespace oxr;
 

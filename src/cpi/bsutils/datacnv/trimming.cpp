@@ -4,8 +4,8 @@
 #include "core/padding.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
-#include "raise.hpp"
-#include "trace.hpp"
+#include "support/raise.hpp"
+#include "support/trace.hpp"
 
 using namespace oxr;
 

@@ -1,0 +1,106 @@
+#include <benchmark/benchmark.h>
+
+#include <cstddef>
+#include <type_traits>
+
+#include "dataconv.hpp"
+#include "harness/converter.hpp"
+#include "harness/packedfield.hpp"
+
+// Packed fields of 4, 8 and 10 bytes as machine numbers: the library, and the plain loop that a good engineer would
+// write for the same bytes.
+namespace {
+
+using oxr::bench::converterFor;
+using oxr::bench::packedFieldOf;
+using Field = oxr::bench::PackedField;
+
+// False for a bad field.
+bool plainNumber(const Field& field, std::size_t size, long& number) {
+  long value = 0;
+  for (std::size_t i = 0; i < size; ++i) {
+    const int high = field[i] >> 4;
+    const int low = field[i] & 15;
+    if (high > 9 || (i + 1 < size && low > 9)) return false;
+    value = value * 10 + high;
+    if (i + 1 < size) value = value * 10 + low;
+  }
+  const int sign = field[size - 1] & 15;
+  number = sign == 0x0D ? -value : value;
+  return sign > 9;
+}
+
+void plainLoop(benchmark::State& state) {
+  const auto size = static_cast<std::size_t>(state.range(0));
+  Field field = packedFieldOf(size);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(field);
+    long number = 0;
+    bool good = plainNumber(field, size, number);
+    benchmark::DoNotOptimize(good);
+    benchmark::DoNotOptimize(number);
+  }
+}
+BENCHMARK(plainLoop)->Name("PckdDecToPWFInt64/plain loop")->Arg(4)->Arg(8)->Arg(10);
+
+template <auto Member>
+void readNumber(benchmark::State& state) {
+  const int size = static_cast<int>(state.range(0));
+  const int scale = static_cast<int>(state.range(1));
+  Field field = packedFieldOf(static_cast<std::size_t>(size));
+  DataCnv cnv = converterFor();
+  cnv.getDecimalFormatter();  // the first one of the process takes its time
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(field);
+    auto number = (cnv.*Member)(field.data(), size, scale, eSignLeadingIncluded);
+    benchmark::DoNotOptimize(number);
+  }
+}
+BENCHMARK(readNumber<&DataCnv::PckdDecToInt32>)
+    ->Name("PckdDecToInt32/library (size, scale)")
+    ->ArgsProduct({{4}, {0, 2}});
+BENCHMARK(readNumber<&DataCnv::PckdDecToPWFInt64>)
+    ->Name("PckdDecToPWFInt64/library (size, scale)")
+    ->ArgsProduct({{4, 8, 10}, {0, 2}});
+BENCHMARK(readNumber<&DataCnv::PckdDecToDbl>)
+    ->Name("PckdDecToDbl/library (size, scale)")
+    ->ArgsProduct({{4, 8, 10}, {0, 2}});
+
+void plainWriteLoop(benchmark::State& state) {
+  const auto size = static_cast<std::size_t>(state.range(0));
+  long number = 1'234'567;
+  Field field{};
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(number);
+    long rest = number < 0 ? -number : number;
+    field[size - 1] = static_cast<unsigned char>(rest % 10 << 4 | (number < 0 ? 0x0D : 0x0C));
+    rest /= 10;
+    for (std::size_t i = size - 1; i-- != 0; rest /= 100)
+      field[i] = static_cast<unsigned char>(rest / 10 % 10 << 4 | rest % 10);
+    benchmark::DoNotOptimize(field);
+  }
+}
+BENCHMARK(plainWriteLoop)->Name("PckdDecFromPWFInt64/plain loop")->Arg(4)->Arg(8)->Arg(10);
+
+template <auto Member, class Number>
+void writeNumber(benchmark::State& state) {
+  const int size = static_cast<int>(state.range(0));
+  Number number = static_cast<Number>(1'234'567);
+  if constexpr (std::is_same_v<Number, double>) number /= 100;
+  Field field{};
+  DataCnv cnv = converterFor();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(number);
+    (cnv.*Member)(number, field.data(), size, std::is_same_v<Number, double> ? 2 : 0, eSignLeadingIncluded);
+    benchmark::DoNotOptimize(field);
+  }
+}
+BENCHMARK(writeNumber<&DataCnv::PckdDecFromInt32, PWFInt32>)->Name("PckdDecFromInt32/library")->Arg(4);
+BENCHMARK(writeNumber<&DataCnv::PckdDecFromPWFInt64, PWFInt64>)
+    ->Name("PckdDecFromPWFInt64/library")
+    ->Arg(4)
+    ->Arg(8)
+    ->Arg(10);
+BENCHMARK(writeNumber<&DataCnv::PckdDecFromDbl, double>)->Name("PckdDecFromDbl/library")->Arg(4)->Arg(8);
+
+}  // namespace

@@ -1,0 +1,187 @@
+// Counted and zero-terminated stretches of text.
+
+#include <unicode/ustring.h>
+
+#include <algorithm>
+#include <array>
+
+#include "buffers/decoding.hpp"
+#include "buffers/sourcepath.hpp"
+#include "codepage/converterstate.hpp"
+#include "codepage/singlebytepage.hpp"
+#include "support/raise.hpp"
+#include "support/scratch.hpp"
+#include "support/trace.hpp"
+#include "textbffr.hpp"
+#include "values/textinplace.hpp"
+
+using namespace oxr;
+
+namespace {
+
+// A terminated text is converted in chunks of this many units: it is never converted twice, and a short one is not made
+// to pay for the whole buffer.
+constexpr int kChunkUnits = 1024;
+
+// No code page gives more units for a byte than ICU's longest mapping has.
+constexpr std::int64_t kMostUnitsPerByte = 19;
+
+class Trace : public FunctionTrace {
+ public:
+  explicit Trace(const char* function) : FunctionTrace(nullptr, function, kTextBufferPath) {}
+
+  bool nothingToDo() {
+    const bool result = true;
+    exit([&](KelLog::FastItem& item) { item << "Zero target length, no work to do! Return: " << result; });
+    return result;
+  }
+};
+
+[[noreturn]] void raiseConversionError(const FailureSite& site, UErrorCode status) {
+  raise<KelConversionException>(site, failures::kInternalError,
+                                numbered("Conversion to unicode error. Error code: ", status));
+}
+
+// The run of bytes from `start` up to the window's end.
+struct Run {
+  KelBufferPointer& window;
+  int start;
+
+  std::span<const char> bytes() const { return {window.getOffsetPointer(start), window.getEndPointer()}; }
+  bool extend(int more, bool acceptShorter) { return window.extendLength(more, acceptShorter); }
+};
+
+// A run behind which the data ends, for now at least.
+Decoded decodeAtEnd(KelBufferPointer& window, CPUnicodeConverter& converter, int start,
+                    std::span<unsigned short> target, int minBytes, int maxBytes) {
+  Run run{window, start};
+  return core::readGrowingRun(
+      run, target, minBytes, maxBytes,
+      [&](std::span<const char> bytes, std::span<unsigned short> room) {
+        return decode(converter, bytes.data(), bytes.data() + bytes.size(), room, nullptr, true);
+      },
+      [&] { restart(converter); });
+}
+
+// What the window shows from `start` on, and no more: a character that is not all there is cut off.
+Decoded decodeShown(const KelBufferPointer& window, CPUnicodeConverter& converter, int start,
+                    std::span<unsigned short> target) {
+  const bool last = showsEnd(window);
+  const char* const end = window.getEndPointer();
+  Decoded run = decode(converter, window.getOffsetPointer(start), end, target, nullptr, last);
+  if (last || run.status != U_ZERO_ERROR || run.units == static_cast<int>(target.size())) return run;
+  // Not flushed, or the state would be lost for what follows; so ask what the converter still waits for.
+  const Decoded rest = decode(converter, end, end, target.subspan(static_cast<std::size_t>(run.units)), nullptr, true);
+  return {run.units + rest.units, run.bytes, rest.status};
+}
+
+}  // namespace
+
+bool TextBufferReader::getPWFStringSection(KelWstring& target, int charCount, bool moveOffset, int startOffset) {
+  Trace trace("TextBufferReader::getPWFStringSection");
+  if (charCount == 0) return trace.nothingToDo();
+  const int start = resolved(startOffset);
+  if (charCount < 0) {
+    readTerminated(trace.site(), target, start, moveOffset);
+    return true;
+  }
+  const int bytes = toLength(std::int64_t{minBytes} * charCount);
+  if (!pointer->moveOffsetWindow(start, bytes, false)) return false;
+  if (const core::SingleByteTable* const table = SingleBytePage::tableOf(*converter)) {
+    decodeShownBytes(*pointer, *table, target.appendForOverwrite(static_cast<unsigned>(charCount)));
+    if (moveOffset) leaveAt(start + charCount);
+    return true;
+  }
+  ConverterState kept(*converter, stateHeld);
+  beginAt(start);
+  Scratch<unsigned short, 256> work(static_cast<std::size_t>(charCount));
+  const std::span units(work.data(), work.size());
+  const int more = toLength(std::int64_t{maxBytes} * charCount) - bytes;
+  const bool atEnd = minBytes != maxBytes && !pointer->extendLength(more, true);
+  const Decoded run = atEnd ? decodeAtEnd(*pointer, *converter, start, units, minBytes, maxBytes)
+                            : decodeOnward(*pointer, *converter, start, units, maxBytes);
+  if (atEnd && U_FAILURE(run.status)) raiseConversionError(trace.site(), run.status);
+  if (run.units != charCount) return false;
+  target.appendInternal(units.data(), static_cast<unsigned>(charCount), 0);
+  if (moveOffset) {
+    kept.drop();
+    moveTo(start + run.bytes, units.back());
+  }
+  return true;
+}
+
+bool TextBufferReader::getStringSection(PWFData& target, int charCount, bool moveOffset, int startOffset) {
+  Trace trace("TextBufferReader::getStringSection");
+  if (charCount == 0) return trace.nothingToDo();
+  const int start = resolved(startOffset);
+  if (!pointer->moveOffsetWindow(start, 1, false))
+    raise<KelConversionException>(trace.site(), failures::kInternalError,
+                                  numbered("Invalid offset: ", start) +
+                                      numbered(" for buffer length: ", pointer->buffer()->bytesAvailable(0, false)));
+  if (charCount < 0) {
+    KelBufferedWstring<16u> text;
+    readTerminated(trace.site(), text, start, moveOffset);
+    target = PWFData(text);
+    return true;
+  }
+  pointer->setLength(toLength(std::int64_t{maxBytes} * charCount), true);
+  if (SingleBytePage::tableOf(*converter) != nullptr) {
+    if (pointer->windowLength() != charCount) return false;
+    target = shownText();
+    if (moveOffset) leaveAt(start + charCount);
+    return true;
+  }
+  // A count far beyond what is there must not ask for memory without need.
+  const std::int64_t most = kMostUnitsPerByte * pointer->windowLength() + kMostHeldUnits;
+  const int room = toLength(std::min<std::int64_t>(charCount, most));
+  ConverterState kept(*converter, stateHeld);
+  beginAt(start);
+  Decoded run;
+  const PWFData text = TextValue::make(STRING, static_cast<std::uint64_t>(room), [&](unsigned short* units) {
+    run = decodeShown(*pointer, *converter, start, {units, static_cast<std::size_t>(room)});
+  });
+  if (U_FAILURE(run.status) && run.status != U_BUFFER_OVERFLOW_ERROR) raiseConversionError(trace.site(), run.status);
+  if (run.units != charCount) return false;
+  if (moveOffset) {
+    kept.drop();
+    moveTo(start + run.bytes, text.getStringValue()[charCount - 1]);
+  }
+  target = text;
+  return true;
+}
+
+// Appends the text at `start` up to the next zero character, which is passed over.
+void TextBufferReader::readTerminated(const FailureSite& site, KelWstring& target, int start, bool moveOffset) {
+  if (!pointer->moveOffsetWindow(start, 1, false) || pointer->windowLength() == 0)
+    raise<KelConversionException>(site, failures::kTextBufferTooShort, failures::kTextBufferTooShort.text, dump(),
+                                  start, ">= 1");
+  pointer->setLength(maxBytes * kChunkUnits, true);
+  pointer->extendLength(kCharacterSlack, true);
+  ConverterState kept(*converter, stateHeld);
+  beginAt(start);
+  std::array<unsigned short, kChunkUnits> units;
+  std::array<int, kChunkUnits> offsets;
+  for (int chunkStart = start;;) {
+    const char* const source = pointer->getOffsetPointer(chunkStart);
+    const char* const end = pointer->getEndPointer();
+    if (end <= source)
+      raise<KelConversionException>(site, failures::kTerminatorNotFound, failures::kTerminatorNotFound.text, dump(),
+                                    start);
+    const Decoded chunk = decode(*converter, source, end, units, offsets.data(), showsEnd(*pointer));
+    const char16_t* const begin = toIcu(units.data());
+    if (const char16_t* const zero = u_memchr(begin, 0, chunk.units)) {
+      const auto length = static_cast<std::size_t>(zero - begin);
+      target.appendInternal(units.data(), static_cast<unsigned>(length), 0);
+      // A zero character is as short as any. What follows it is left where it is, with the shift in front of it.
+      if (moveOffset) {
+        kept.drop();
+        leaveAt(chunkStart + std::max(offsets[length], 0) + minBytes);
+      }
+      return;
+    }
+    target.appendInternal(units.data(), static_cast<unsigned>(chunk.units), 0);
+    chunkStart += chunk.bytes;
+    pointer->extendLength(maxBytes * kChunkUnits, true);
+    if (U_FAILURE(chunk.status) && chunk.status != U_BUFFER_OVERFLOW_ERROR) raiseConversionError(site, chunk.status);
+  }
+}

@@ -1,0 +1,82 @@
+#include "core/numbertextread.hpp"
+
+#include <charconv>
+
+#include "core/numbertextwrite.hpp"
+
+namespace oxr::core {
+
+namespace {
+
+constexpr std::size_t kShortDigits = 18;
+
+constexpr bool isExponentLetter(unsigned short unit) {
+  return (unit | 0x20) == 'e';
+}
+// "+" to "9", which are the signs, the point, the digits, and "," and "/": those end a number for std::from_chars, too.
+constexpr bool isNumberUnit(unsigned short unit) {
+  return static_cast<std::uint16_t>(unit - '+') <= '9' - '+' || isExponentLetter(unit);
+}
+
+// The part of readPlainDouble() that needs all the care that there is.
+std::optional<double> readThroughChars(UnitView text) {
+  constexpr std::size_t kMostUnits = 64;
+  if (text.empty() || text.size() > kMostUnits) return {};
+  char chars[kMostUnits];
+  char* end = chars;
+  bool hasExponent = false;
+  for (const unsigned short unit : text) {
+    if (!isNumberUnit(unit)) return {};  // std::from_chars knows words, too
+    hasExponent |= isExponentLetter(unit);
+    *end++ = static_cast<char>(unit);
+  }
+  double value;
+  const auto [endOfNumber, error] = std::from_chars(chars, end, value);
+  if (error != std::errc() || endOfNumber != end) return {};
+  // ICU makes infinity of "0E999999999999".
+  if (value == 0 && hasExponent) return {};
+  return value;
+}
+
+}  // namespace
+
+bool isWithin(UnitView digits, std::string_view limit) {
+  if (digits.size() != limit.size()) return digits.size() < limit.size();
+  return !std::lexicographical_compare(limit.begin(), limit.end(), digits.begin(), digits.end());
+}
+
+std::uint64_t sumOfDigits(UnitView digits) {
+  std::uint64_t sum = 0;
+  for (const unsigned short digit : digits)
+    sum = sum * 10 + digit - '0';
+  return sum;
+}
+
+std::optional<double> readShortDecimal(UnitView text, unsigned short point) {
+  constexpr std::uint64_t kExact = std::uint64_t{1} << 53;  // up to here each integer is a double
+  if (text.size() > kShortDigits + 1) return {};
+  std::uint64_t digits = 0;
+  std::size_t pointAt = text.size();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const std::uint32_t digit = aboveZero(text[i]);
+    if (digit <= 9) {
+      digits = digits * 10 + digit;
+    } else {
+      if (text[i] != point || pointAt != text.size()) return {};
+      pointAt = i;
+    }
+  }
+  const bool hasPoint = pointAt != text.size();
+  if (text.size() == hasPoint || digits > kExact) return {};
+  // Both exact, so that the one division rounds as it should.
+  const std::size_t places = hasPoint ? text.size() - pointAt - 1 : 0;
+  return static_cast<double>(digits) / kExactPowers[places];
+}
+
+std::optional<double> readPlainDouble(UnitView text) {
+  const bool negative = text.starts_with(u'-');
+  if (const auto value = readShortDecimal(text.substr(negative), '.')) return negative ? -*value : *value;
+  return readThroughChars(text);
+}
+
+}  // namespace oxr::core

@@ -1,0 +1,148 @@
+#include "core/numbertextwrite.hpp"
+
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+namespace oxr::core {
+
+namespace {
+
+constexpr unsigned short kZero = '0';
+
+// Two digits as units, for 0 to 99.
+using UnitPair = std::array<unsigned short, 2>;
+constexpr std::array<UnitPair, 100> kPairs = [] {
+  std::array<UnitPair, 100> pairs{};
+  for (unsigned i = 0; i < 100; ++i)
+    pairs[i] = {static_cast<unsigned short>('0' + i / 10), static_cast<unsigned short>('0' + i % 10)};
+  return pairs;
+}();
+
+std::int32_t binaryExponent(double magnitude) {
+  return static_cast<std::int32_t>(std::bit_cast<std::uint64_t>(magnitude) >> 52) - 1023;
+}
+
+template <std::uint32_t kZeros>
+void dropZeros(std::uint64_t& number) {
+  constexpr std::uint64_t kPower = kPowersOfTen[kZeros];  // a constant: division by it is a multiplication
+  if (number % kPower == 0) number /= kPower;
+}
+
+// Takes the zeros off the end of a number of 1 to 16 digits.
+std::uint64_t withoutTrailingZeros(std::uint64_t number) {
+  dropZeros<8>(number);
+  dropZeros<4>(number);
+  dropZeros<2>(number);
+  dropZeros<1>(number);
+  return number;
+}
+
+std::uint32_t exponentDigits(std::uint32_t exponent) {
+  return exponent < 10 ? 1 : exponent < 100 ? 2 : 3;
+}
+
+}  // namespace
+
+void IntegerText::write(unsigned short* out) const {
+  unsigned short* end = out + length_;
+  *out = '-';
+  std::uint64_t rest = magnitude_;
+  while (rest >= 100) {
+    end -= 2;
+    std::memcpy(end, &kPairs[rest % 100], sizeof(UnitPair));
+    rest /= 100;
+  }
+  if (rest >= 10)
+    std::memcpy(end - 2, &kPairs[rest], sizeof(UnitPair));
+  else
+    end[-1] = static_cast<unsigned short>('0' + rest);
+}
+
+DoubleText::DoubleText(double value) : negative_(std::signbit(value)) {
+  const double magnitude = std::abs(value);
+  if (!takeShort(magnitude)) takeAny(magnitude);
+}
+
+// Numbers of up to 15 digits, of usual size: no two of them are the same double, so that one that reads back as the
+// double is its shortest text. Scaled to 15 digits before the point, such a number is off by less than a quarter after
+// the multiplication; and the division, of two exact numbers, is what reading does.
+bool DoubleText::takeShort(double magnitude) {
+  constexpr double kLimit = 1e15;
+  constexpr double kHalf = 0.5;
+  if (magnitude == 0) {
+    digits_[count_++] = kZero;
+    return true;
+  }
+  if (magnitude < 1e-7 || magnitude >= kLimit) return false;
+  std::int32_t places = 14 - (binaryExponent(magnitude) * 1233 >> 12);  // or one more than fits; 22 at most
+  double scaled = magnitude * kExactPowers[static_cast<std::size_t>(places)];
+  if (scaled >= kLimit) scaled = magnitude * kExactPowers[static_cast<std::size_t>(--places)];
+  const auto number = static_cast<std::int64_t>(scaled + kHalf);  // the nearest, or the division tells
+  if (static_cast<double>(number) / kExactPowers[static_cast<std::size_t>(places)] != magnitude) return false;
+  exponent_ = static_cast<std::int32_t>(IntegerText::digitCount(static_cast<std::uint64_t>(number))) - 1 - places;
+  const IntegerText digits(static_cast<std::int64_t>(withoutTrailingZeros(static_cast<std::uint64_t>(number))));
+  count_ = digits.length();
+  digits.write(digits_);
+  return true;
+}
+
+void DoubleText::takeAny(double magnitude) {
+  char text[32];  // "d.ddddddddddddddddE-ddd", and room to spare
+  const char* const end = std::to_chars(text, text + sizeof text, magnitude, std::chars_format::scientific).ptr;
+  digits_[count_++] = static_cast<unsigned char>(text[0]);
+  const char* in = text + 1;
+  if (*in == '.')
+    while (*++in != 'e')
+      digits_[count_++] = static_cast<unsigned char>(*in);
+  const bool isSmall = *++in == '-';  // there is always a sign
+  while (++in != end)
+    exponent_ = exponent_ * 10 + (*in - '0');
+  if (isSmall) exponent_ = -exponent_;
+}
+
+bool DoubleText::isNines() const {
+  constexpr std::uint32_t kNines = 15;
+  return count_ >= kNines && std::all_of(digits_, digits_ + kNines, [](unsigned short digit) { return digit == '9'; });
+}
+
+std::uint32_t DoubleText::plainLength() const {
+  const auto distance = static_cast<std::uint32_t>(std::abs(exponent_));
+  const std::uint32_t units = exponent_ < 0 ? distance + count_ : std::max(distance + 1, count_);
+  return negative_ + units + 1;
+}
+
+void DoubleText::writePlain(unsigned short* out) const {
+  if (negative_) *out++ = '-';
+  if (exponent_ < 0) {
+    *out++ = kZero;
+    *out++ = '.';
+    std::copy_n(digits_, count_, std::fill_n(out, -exponent_ - 1, kZero));
+    return;
+  }
+  const auto whole = static_cast<std::uint32_t>(exponent_) + 1;
+  const std::uint32_t front = std::min(whole, count_);
+  out = std::fill_n(std::copy_n(digits_, front, out), whole - front, kZero);
+  *out++ = '.';
+  std::copy_n(digits_ + front, count_ - front, out);
+}
+
+std::uint32_t DoubleText::exponentialLength() const {
+  return negative_ + count_ + 3 + exponentDigits(static_cast<std::uint32_t>(std::abs(exponent_)));
+}
+
+void DoubleText::writeExponential(unsigned short* out) const {
+  if (negative_) *out++ = '-';
+  *out++ = digits_[0];
+  *out++ = '.';
+  out = std::copy_n(digits_ + 1, count_ - 1, out);
+  *out++ = 'E';
+  *out++ = exponent_ < 0 ? u'-' : u'+';
+  auto rest = static_cast<std::uint32_t>(std::abs(exponent_));
+  for (std::uint32_t i = exponentDigits(rest); i-- != 0; rest /= 10)
+    out[i] = static_cast<unsigned short>('0' + rest % 10);
+}
+
+}  // namespace oxr::core

@@ -1,0 +1,145 @@
+#include <unicode/dcfmtsym.h>
+#include <unicode/decimfmt.h>
+#include <unicode/numfmt.h>
+
+#include <algorithm>
+#include <iterator>
+#include <new>
+
+#include "datacnv/sourcepath.hpp"
+#include "dataconv.hpp"
+#include "support/raise.hpp"
+#include "support/scratch.hpp"
+#include "support/trace.hpp"
+#include "values/textinplace.hpp"
+
+using namespace oxr;
+
+// Nothing in the library asks for the formatter while it loads, so these are always built before they are used.
+KelMutex DataCnv::_global_decFormatterWriteMutex;
+std::atomic<icu::DecimalFormat*> DataCnv::_global_decFormatter = nullptr;
+icu::UnicodeString DataCnv::_exponentSymbol;
+icu::UnicodeString DataCnv::_otherCaseExponentSymbol;
+bool DataCnv::_symbolsAreAscii = false;
+
+namespace {
+
+// The default locale's formatter, but always with "." and ",". Null, and a status above zero, when there is none.
+std::unique_ptr<icu::DecimalFormat> makeFormatter(UErrorCode& status) {
+  std::unique_ptr<icu::NumberFormat> made(icu::NumberFormat::createInstance(status));
+  auto* const decimal = dynamic_cast<icu::DecimalFormat*>(made.get());
+  // A locale may ask for numbers in words, which no decimal formatter writes.
+  if (U_SUCCESS(status) && decimal == nullptr) status = U_UNSUPPORTED_ERROR;
+  if (U_FAILURE(status)) return nullptr;
+  static_cast<void>(made.release());
+  std::unique_ptr<icu::DecimalFormat> formatter(decimal);
+
+  formatter->applyPattern(icu::UnicodeString(), status);
+  icu::DecimalFormatSymbols symbols(*formatter->getDecimalFormatSymbols());
+  symbols.setSymbol(icu::DecimalFormatSymbols::kDecimalSeparatorSymbol, u'.', true);
+  symbols.setSymbol(icu::DecimalFormatSymbols::kGroupingSeparatorSymbol, u',', true);
+  // What is no number is the same text for all locales, too: Format.LocalesChangeNothing.
+  symbols.setSymbol(icu::DecimalFormatSymbols::kInfinitySymbol, icu::UnicodeString(u"INF"), false);
+  symbols.setSymbol(icu::DecimalFormatSymbols::kNaNSymbol, icu::UnicodeString(u"NaN"), false);
+  formatter->setDecimalFormatSymbols(symbols);
+  formatter->setRoundingIncrement(0.0);
+  formatter->setDecimalSeparatorAlwaysShown(true);
+  return formatter;
+}
+
+// Whether numbers can be read and written without ICU. Some locales have digits, a minus (U+2212) or an exponent
+// symbol of their own.
+bool hasAsciiSymbols(const icu::DecimalFormatSymbols& symbols) {
+  using Symbols = icu::DecimalFormatSymbols;
+  constexpr struct {
+    Symbols::ENumberFormatSymbol symbol;
+    char16_t text;
+  } kPresumed[] = {
+      {Symbols::kZeroDigitSymbol, u'0'},  {Symbols::kOneDigitSymbol, u'1'},   {Symbols::kTwoDigitSymbol, u'2'},
+      {Symbols::kThreeDigitSymbol, u'3'}, {Symbols::kFourDigitSymbol, u'4'},  {Symbols::kFiveDigitSymbol, u'5'},
+      {Symbols::kSixDigitSymbol, u'6'},   {Symbols::kSevenDigitSymbol, u'7'}, {Symbols::kEightDigitSymbol, u'8'},
+      {Symbols::kNineDigitSymbol, u'9'},  {Symbols::kMinusSignSymbol, u'-'},  {Symbols::kPlusSignSymbol, u'+'},
+      {Symbols::kExponentialSymbol, u'E'}};
+  return std::all_of(std::begin(kPresumed), std::end(kPresumed), [&](const auto& presumed) {
+    return symbols.getConstSymbol(presumed.symbol) == icu::UnicodeString(presumed.text);
+  });
+}
+
+// "e" of "E" and "E" of "e"; a symbol without case stays. Not by the locale's rules: the text parsed knows no locale.
+icu::UnicodeString otherCase(const icu::UnicodeString& symbol) {
+  icu::UnicodeString other(symbol);
+  other.toLower(icu::Locale::getRoot());
+  return other == symbol ? other.toUpper(icu::Locale::getRoot()) : other;
+}
+
+}  // namespace
+
+CPUnicodeConverter* DataCnv::getConverter() {
+  if (converter == nullptr) converter = std::make_unique<CPUnicodeConverter>(ccsid, integerEndian);
+  return converter.get();
+}
+
+bool DataCnv::IsCcsidEBCDIC() {
+  constexpr unsigned short kZero[] = {'0'};
+  constexpr unsigned char kEbcdicZero = 0xF0;
+  if (ebcdicState == -1) {
+    int size = getConverter()->getMaxBytesPerChar();
+    Scratch<unsigned char, 16> bytes(static_cast<std::size_t>(size));
+    bytes.data()[0] = 0;
+    fromUnicodeString(KelBufferedWstring<16u>(kZero, 1), bytes.data(), size);
+    ebcdicState = bytes.data()[0] == kEbcdicZero ? 1 : 0;
+  }
+  return ebcdicState == 1;
+}
+
+UErrorCode DataCnv::toUnicodeString(KelWstring& out, const unsigned char* bytes, int size) {
+  const FunctionTrace trace(this, "DataCnv::toUnicodeString", kDataCnvPath);
+  const CPUnicodeConverter& page = *getConverter();
+  if (size < page.getMinBytesPerChar())
+    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
+                                  numbered("size < MinBytesPerChar for codepage: ", ccsid));
+  UErrorCode status = U_ZERO_ERROR;
+  page.toUnicodeString(out, reinterpret_cast<const char*>(bytes), size, status);
+  return status;
+}
+
+UErrorCode DataCnv::fromUnicodeString(const KelWstring& text, unsigned char* bytes, int& size) {
+  UErrorCode status = U_ZERO_ERROR;
+  getConverter()->fromUnicodeString(reinterpret_cast<char*>(bytes), size, text, status);
+  return status;
+}
+
+PWFData DataCnv::RawCharsToPWFData(const char* bytes, int size) {
+  const FunctionTrace trace(this, "DataCnv::RawCharsToPWFData( const char* source, PWFInt32 size )", kDataCnvPath);
+  PWFData value = TextValue::make(STRING, 0, [](unsigned short*) {});
+  toUnicodeString(TextValue::text(value), reinterpret_cast<const unsigned char*>(bytes), size);
+  return value;
+}
+
+icu::DecimalFormat* DataCnv::getDecimalFormatter() {
+  if (decFormatter != nullptr) return decFormatter.get();
+  // Always in this order: the object's mutex, then the one of the process.
+  const KelMutex::Mutex lock(decFormatterMutex);
+  icu::DecimalFormat* shared = _global_decFormatter.load(std::memory_order_acquire);
+  if (shared == nullptr) {
+    const KelMutex::Mutex writeLock(_global_decFormatterWriteMutex);
+    shared = _global_decFormatter.load(std::memory_order_relaxed);
+    if (shared == nullptr) {
+      UErrorCode status = U_ZERO_ERROR;
+      std::unique_ptr<icu::DecimalFormat> made = makeFormatter(status);
+      if (made == nullptr)
+        raise<KelRecoverableException>(untracedSite(nullptr, "DataCnv::getDecimalFormatter", kDataCnvHeaderPath),
+                                       failures::kDecimalFormatter, failures::kDecimalFormatter.text,
+                                       failures::kDecimalFormatter.text, static_cast<int>(status));
+      _exponentSymbol = made->getDecimalFormatSymbols()->getConstSymbol(icu::DecimalFormatSymbols::kExponentialSymbol);
+      _otherCaseExponentSymbol = otherCase(_exponentSymbol);
+      _symbolsAreAscii = hasAsciiSymbols(*made->getDecimalFormatSymbols());
+      shared = made.release();
+      // Last, and with release: who sees the formatter sees the symbols, and never one half set up.
+      _global_decFormatter.store(shared, std::memory_order_release);
+    }
+  }
+  decFormatter.reset(shared->clone());
+  if (decFormatter == nullptr) throw std::bad_alloc();
+  return decFormatter.get();
+}

@@ -1,0 +1,73 @@
+#include <unicode/decimfmt.h>
+
+#include "datacnv/sourcepath.hpp"
+#include "dataconv.hpp"
+#include "kellocale.hpp"
+#include "kelwstringconvertor.hpp"
+#include "support/trace.hpp"
+
+using oxr::FunctionTrace;
+using oxr::kDataCnvPath;
+
+// Built at load and only read later; no member looks at them before the first object is made.
+const KelWstring DataCnv::UHEX_NUMBERS = convertString(L"0123456789abcdefABCDEF");
+const KelWstring DataCnv::US_PLUS = convertString(L"+");
+const KelWstring DataCnv::US_MINUS = convertString(L"-");
+const KelWstring DataCnv::US_DECIMAL = convertString(L".");
+const KelWstring DataCnv::DATE_PATTERN = convertString(L"yyyy-MM-dd");
+const KelWstring DataCnv::TIME_PATTERN = convertString(L"HH:mm:ss");
+const KelWstring DataCnv::TIMESTAMP_PATTERN = convertString(L"yyyy-MM-dd HH:mm:ss");
+const KelWstring DataCnv::MILLISEC_PATTERN = convertString(L".SSS");
+
+namespace {
+
+const KelWstring& localeDecimalText() {
+  if (!KelLocale::symbolsInitialised) KelLocale::initialiseExtendedInformation();
+  return KelLocale::iSymbols;
+}
+
+}  // namespace
+
+DataCnv::DataCnv(int codePage, EEndian endianOfIntegers, EEndian endianOfPacked, EFloatFmt formatOfFloats,
+                 int windowOfCentury, const unsigned short* nameOfTimeZone, bool flagOfDateTime,
+                 const unsigned short* textOfDateTime, int firstWeek, bool isLenient, char positiveSign,
+                 bool checksStrictly, EMessageStandard standard, const KelNamedLogSource* /*owner*/)
+    : ccsid(codePage),
+      centuryWindow(windowOfCentury),
+      integerEndian(endianOfIntegers),
+      packedEndian(endianOfPacked),
+      floatFormat(formatOfFloats),
+      floatEndian(formatOfFloats == eFloatIeeeLittle ? eEndianLittle : eEndianBig),
+      timeZoneName(nameOfTimeZone),
+      dateTimeFlag(flagOfDateTime),
+      lenient(isLenient),
+      dateTimeText(textOfDateTime),
+      positivePackedSign(positiveSign),
+      firstWeekOfYear(firstWeek),
+      strictNumericChecking(checksStrictly),
+      messageStandard(standard),
+      localeDecimal(localeDecimalText().characters()),
+      localeDecimalDiffers(!(KelLocale::iSymbols == US_DECIMAL)) {
+  const FunctionTrace trace(this, "DataCnv::DataCnv", kDataCnvPath);
+}
+
+DataCnv::~DataCnv() {
+  const FunctionTrace trace(this, "DataCnv::~DataCnv", kDataCnvPath);
+  converter.reset();
+  localConverter.reset();
+  if (decFormatter != nullptr) {
+    trace.fact("Deleting decFormatter");
+    decFormatter.reset();
+  }
+}
+
+void DataCnv::setDateTimeProperties(int windowOfCentury, const unsigned short* nameOfTimeZone,
+                                    const unsigned short* textOfDateTime, int firstWeek, bool isLenient,
+                                    bool flagOfDateTime) {
+  centuryWindow = windowOfCentury;
+  timeZoneName = nameOfTimeZone;
+  dateTimeText = textOfDateTime;
+  firstWeekOfYear = firstWeek;
+  lenient = isLenient;
+  dateTimeFlag = flagOfDateTime;
+}

@@ -1,0 +1,109 @@
+#include <unicode/decimfmt.h>
+
+#include <clocale>
+#include <cstdlib>
+
+#include "core/numbertextread.hpp"
+#include "datacnv/sourcepath.hpp"
+#include "dataconv.hpp"
+#include "support/isrange.hpp"
+#include "support/raise.hpp"
+#include "support/scratch.hpp"
+#include "support/trace.hpp"
+
+using namespace oxr;
+
+namespace {
+
+constexpr int kLocalCcsid = 1208;         // UTF-8
+constexpr std::size_t kUsualChars = 128;  // of a text that needs no heap
+
+double valueOf(const icu::Formattable& number) {
+  switch (number.getType()) {
+    case icu::Formattable::kLong:
+      return number.getLong();
+    case icu::Formattable::kInt64:
+      return static_cast<double>(number.getInt64());
+    default:
+      return number.getDouble();
+  }
+}
+
+// The process may have any locale, and change it: a number that was written with "." is read with "." all the same.
+locale_t plainLocale() {
+  static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
+  return locale;
+}
+
+void encode(const FailureSite& site, CPUnicodeConverter& converter, char*& target, char* limit,
+            const unsigned short* text, int length) {
+  UErrorCode status = U_ILLEGAL_ARGUMENT_ERROR;
+  if (isRange(text, length)) {
+    status = U_ZERO_ERROR;
+    converter.fromUnicode(target, limit, text, text + length, nullptr, true, status);
+  }
+  if (U_FAILURE(status))
+    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
+                                  "Error converting from unicode", static_cast<int>(status));
+}
+
+}  // namespace
+
+// Whether ICU need not be asked about plain numbers. It is asked while there is no formatter yet, whose symbols could
+// be looked at: the first number of the process makes it. With trace on it is asked about all, which shows it at work.
+bool DataCnv::readsAsciiNumbers() {
+  return _global_decFormatter.load(std::memory_order_acquire) != nullptr && _symbolsAreAscii && !debugTraceOn();
+}
+
+// Whatever ICU takes.
+double DataCnv::parsedDouble(const FailureSite& site, const KelWstring& text) {
+  const icu::DecimalFormat& formatter = *getDecimalFormatter();
+  icu::UnicodeString units(toIcu(text.characters()), static_cast<std::int32_t>(text.length()));
+  units.findAndReplace(_otherCaseExponentSymbol, _exponentSymbol);
+  icu::Formattable number;
+  UErrorCode status = U_ZERO_ERROR;
+  static_cast<const icu::NumberFormat&>(formatter).parse(units, number, status);
+  // A point alone counts as zero: NumbersFromText.CanonicalTextIsReadAsFarAsItGoes.
+  if (U_FAILURE(status) && !text.view().starts_with(u'.'))
+    raise<KelConversionException>(site, failures::kInvalidData, failures::kInvalidData.text, "string", text);
+  return valueOf(number);
+}
+
+double DataCnv::PWFStringTodouble(const KelWstring& text) {
+  // The traced name isn't the operation's own: NumbersFromText.TraceUnderTheirNames.
+  const FunctionTrace trace(this, "DataCnv::UStringTodouble", kDataCnvPath);
+  if (readsAsciiNumbers()) [[likely]] {
+    if (const auto value = core::readPlainDouble(text.view())) return *value;
+  }
+  return parsedDouble(trace.site(), text);
+}
+
+// Whatever strtod takes.
+double DataCnv::systemDouble(const FailureSite& site, const unsigned short* text, int length) {
+  constexpr unsigned short kEnd[1] = {};
+  if (localConverter == nullptr) localConverter = std::make_unique<CPUnicodeConverter>(kLocalCcsid, eEndianLittle);
+  const auto maxBytes = static_cast<std::size_t>(localConverter->getMaxBytesPerChar());
+  Scratch<char, kUsualChars> chars((static_cast<std::size_t>(length) + 1) * maxBytes);
+  char* const limit = chars.data() + chars.size();
+  char* end = chars.data();
+  encode(site, *localConverter, end, limit, text, length);
+  const char* const endOfText = end;
+  encode(site, *localConverter, end, limit, kEnd, 1);
+  char* endOfNumber = nullptr;
+  const double value = strtod_l(chars.data(), &endOfNumber, plainLocale());
+  if (endOfNumber != endOfText)
+    raise<KelConversionException>(site, failures::kInvalidData, failures::kInvalidData.text, "string",
+                                  KelWstring(text, static_cast<unsigned>(length)));
+  return value;
+}
+
+double DataCnv::StrToDbl(const unsigned short* text, int length) {
+  const FunctionTrace trace(this, "DataCnv::StrToDbl", kDataCnvPath);
+  if (length < 0)
+    raise<KelConversionException>(trace.site(), failures::kInvalidData,
+                                  "Tried to convert a zero length string to a double", "float");
+  if (text != nullptr && !debugTraceOn()) [[likely]] {
+    if (const auto value = core::readPlainDouble({text, static_cast<unsigned>(length)})) return *value;
+  }
+  return systemDouble(trace.site(), text, length);
+}

@@ -1,0 +1,290 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+
+#include "growingbytebuffer.hpp"
+#include "harness/failures.hpp"
+#include "harness/headers.hpp"
+#include "harness/hex.hpp"
+#include "harness/rows.hpp"
+#include "harness/text.hpp"
+#include "harness/tracing.hpp"
+#include "host/process.hpp"
+#include "textbffr.hpp"
+
+namespace oxr::test {
+namespace {
+
+// A text given as UTF-8, "<" and ">" in it for the halves of U+1F600.
+KelWstring textOf(const std::string& utf8) {
+  KelWstring text = k(utf8);
+  for (unsigned i = 0; i < text.length(); ++i)
+    if (text[i] == '<' || text[i] == '>') text.at(i) = text[i] == '<' ? 0xD83D : 0xDE00;
+  return text;
+}
+
+// Notes what is done to it: "r18 c8 a3 w2@1" for reserving, committing, appending and writing so many bytes.
+struct Message : GrowingByteBuffer {
+  explicit Message(std::string_view bytes = {}) {
+    GrowingByteBuffer::appendBytes(bytes.data(), static_cast<int>(bytes.size()));
+  }
+  void note(const std::string& call) { calls += call + ' '; }
+  char* reserveForAppend(int size) override {
+    return note('r' + std::to_string(size)), GrowingByteBuffer::reserveForAppend(size);
+  }
+  void commitAppend(int size) override { note('c' + std::to_string(size)), GrowingByteBuffer::commitAppend(size); }
+  void appendBytes(const char* bytes, int size) override {
+    note('a' + std::to_string(size)), GrowingByteBuffer::appendBytes(bytes, size);
+  }
+  void writeBytesAt(const char* bytes, int size, int offset) override {
+    note('w' + std::to_string(size) + '@' + std::to_string(offset));
+    GrowingByteBuffer::writeBytesAt(bytes, size, offset);
+  }
+  std::string calls;
+};
+
+// A writer with its message that takes its operations as text.
+struct Writer : Message, TextBufferWriter {
+  explicit Writer(int codePage, EEndian byteOrder = eEndianBig)
+      : TextBufferWriter(static_cast<Message*>(this), codePage, byteOrder) {}
+  using TextBufferWriter::bomlessConverter, TextBufferWriter::ccsid, TextBufferWriter::converter,
+      TextBufferWriter::endian, TextBufferWriter::pending;
+
+  // An operation is a letter, a number and a text: "a:x" appendStr, "A:x" appendStrAfterFlushed, "w3:x" writeStr at 3,
+  // "q:x" queueStr, "f" flush. Without a text it is as many dots as the number says, null with a "?" behind. The result
+  // is the calls of the message, and "!" with the last insert of a failure, and then the bytes.
+  std::string run(const std::string& script) {
+    std::istringstream operations(script);
+    for (std::string operation; operations >> operation;) {
+      const Raised raised = raisedBy([&] { runOne(operation); });
+      if (!raised.kind.empty()) note('!' + raised.inserts.back());
+    }
+    return calls + toHex(bytes());
+  }
+  void runOne(const std::string& operation) {
+    const std::size_t colon = operation.find(':');
+    const int number = std::atoi(operation.c_str() + 1);
+    const KelWstring text =
+        textOf(colon != std::string::npos ? operation.substr(colon + 1) : std::string(std::max(number, 0), '.'));
+    const int length = colon == std::string::npos && number < 0 ? number : static_cast<int>(text.length());
+    const unsigned short* const units = operation.back() == '?' ? nullptr : text.characters();
+    switch (operation[0]) {
+      case 'a':
+        return appendStr(units, length);
+      case 'A':
+        return appendStrAfterFlushed(units, length);
+      case 'w':
+        return writeStr(units, length, std::max(number, 0));
+      case 'q':
+        return queueStr(units, length);
+      default:
+        return flush();
+    }
+  }
+};
+
+TEST(TextBufferWriter, AppendsInEveryCodePage) {
+  // CCSID, byte order, two texts, bytes.
+  for (const Row& c :
+       rows("37 2 [ü] 5-中 BADCBBF5603F; 500 1 [ü] ! 4ADC5A4F; 1047 2 [^] {é AD5FBDC051; 1140 2 € _1 9F40F1; "
+            "819 -1 ï €ÿ EF1AFF; 1252 2 “中 ‡ 931A87; 850 2 Ａ 😀B 417F42; 0 2 aé €𝄞 61C3A9E282ACF09D849E; "
+            "1200 2 a𝄞 € 0061D834DD1E20AC; 1200 1 a𝄞 € 610034D81EDDAC20; 1232 2 a 𝄞 000000610001D11E; "
+            "943 2 A漢 ｱÿ 418ABFB17F; 930 2 漢 字 0E4F580F0E48F20F; 939 2 A漢 b C10E4F580F82; "  // shifts are closed
+            "1388 2 中 a文 0E5BCF0F810E57C30F; 5488 2 a中 𝄞 61D6D09432BE34; "
+            "1208 2 a< > 61EFBFBDEFBFBD; 1200 -1 a< >< 6100FDFFFDFFFDFF; "  // pairs torn apart
+            "1204 2 a b FEFF0061FEFF0062; 1205 1 '' b FFFE6200; 1236 1 a 𝄞 FFFE000061000000FFFE00001ED10100")) {
+    SCOPED_TRACE(shown(c));
+    Writer writer(std::stoi(c[0]), EEndian{std::stoi(c[1])});
+    writer.runOne("a:" + c[2]);
+    writer.appendStr(textOf(c[3]).characters());
+    if (c[0] == "37") writer.appendStr(nullptr);
+    EXPECT_EQ(toHex(writer.bytes()), c[4]);
+    EXPECT_EQ(writer.getCodepage(), c[0] == "0" ? 1208 : std::stoi(c[0]));
+  }
+  EXPECT_TRUE(Writer(-1, eEndianUnset).ccsid == 1208 && Writer(37, eEndianUnset).endian == eEndianLittle);
+}
+
+// Alone and among others of one byte, where shifts and marks take the most room in proportion.
+TEST(TextBufferWriter, ReservesRoomForEveryText) {
+  for (const int ccsid : {930, 1388, 1390, 1204, 1208, 1214, 1236, 1237, 5054, 5488, 25546}) {
+    SCOPED_TRACE(ccsid);
+    Writer writer(ccsid);
+    for (unsigned unit = 0; unit < 0x10000; unit += 7) {
+      const auto u = static_cast<unsigned short>(unit);
+      const unsigned short text[] = {u, 'A', 0xD83D, u};
+      for (const int length : {1, 2, 4})
+        ASSERT_EQ(raisedBy([&] { writer.appendStr(text, length); }), Raised()) << unit;
+      writer.setLength(0);
+    }
+  }
+}
+
+TEST(TextBufferWriter, ConvertsIntoMemory) {
+  const Writer writer(930);
+  const auto converted = [&](const std::string& utf8, int room) {
+    const KelWstring text = textOf(utf8);
+    char bytes[16] = {};
+    int size = room;
+    const Raised raised =
+        raisedBy([&] { writer.fromUnicode(bytes, &size, text.characters(), static_cast<int>(text.length()), true); });
+    EXPECT_EQ(bytes[std::max(room, 0)], 0);
+    EXPECT_TRUE(raised.kind.empty() || size == room);
+    return raised.kind.empty() ? toHex({bytes, static_cast<std::size_t>(size)}) : raised.inserts.back();
+  };
+  EXPECT_EQ(converted("A漢", 5), "C10E4F580F");
+  EXPECT_EQ(converted("B", -1), "1");
+  // Neither bytes that found no room nor the shift state come into the next text.
+  for (int room = 0; room < 5; ++room)
+    EXPECT_EQ(converted("A漢", room) + ' ' + converted("B", 8), "15 C2") << room;
+}
+
+TEST(TextBufferWriter, WritesStraightIntoTheMessageAndOverIt) {
+  const struct {
+    int ccsid;
+    std::string script, expected;
+  } cases[] = {
+      {1208, "a:a€", "r8 c4 61E282AC"},
+      {1236, "a:a", "r8 c8 FFFE000061000000"},  // the mark has four bytes
+      {37, "a-1 A-9 w-1 q-1", "r2 !1 r2 !1 !1 !1 "},
+      {37, "a1? A1? w1? q1? a0? A0? w0? q0?", "r3 !1 r3 !1 !1 !1 r2 c0 r2 c0 w0@0 "},  // null is an empty text only
+      {37, "a:ABCDE q:FG w1:12 w:Z", "r7 c5 r4 c2 w2@1 w1@0 E9F1F2C4C5C6C7"},
+      {37, "a:AB w1", "r4 c2 w1@1 C14B"},
+      // No room for shifts and marks; the queue then stays.
+      {930, "a:ABCD q:G w:漢 w:漢字", "r14 c4 !15 r5 c1 w6@0 0E4F5848F20F"},
+      {1204, "w:ABC", "!15 "},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(Writer(c.ccsid).run(c.script), c.expected) << c.script;
+}
+
+TEST(TextBufferWriter, QueuesTextUpToItsCapacity) {
+  const auto callsOf = [](int ccsid, const std::string& script) {
+    Writer writer(ccsid);
+    writer.run(script);
+    return writer.calls;
+  };
+  EXPECT_EQ(callsOf(37, "q1000 q24 q:") + callsOf(37, "q3000 q:"), "");
+  EXPECT_EQ(callsOf(37, "q1000 q24 a:A q:B f f"), "r3 c1 r1026 c1024 r3 c1 ");  // appending goes past the queue
+  EXPECT_EQ(callsOf(37, "q:A q3000 q: q:B f"), "r3 c1 r3002 c3000 r3 c1 ");
+  EXPECT_EQ(Writer(1208).run("q:< q:> q:< f q:> f"), "r11 c7 r5 c3 F09F9880EFBFBDEFBFBD");
+  // A pair whose first half fills the queue stays one; a half that nothing follows does not.
+  EXPECT_EQ(callsOf(1208, "q1023 q:< q:>a f"), "r3071 c1023 r11 c5 ");
+  EXPECT_EQ(callsOf(1208, "q1023 q:< q:a f"), "r3074 c1026 r5 c1 ");
+}
+
+// Ways into a code page with marks: twice after flushing, appended, queued. "*" where there is a second converter.
+std::string marksOf(int ccsid, EEndian endian) {
+  Writer writer(ccsid, endian);
+  writer.run("A:a A:b a:c q:d f");
+  return toHex(writer.bytes()) + (writer.bomlessConverter != nullptr ? "*" : "");
+}
+
+class TextBufferWriterMarks : public OwnProcess {};
+
+TEST_F(TextBufferWriterMarks, AreLeftOutInsideAMessageOnRequest) {
+  const auto expectMarks = [](std::string_view table) {
+    for (const Row& c : rows(table))
+      EXPECT_EQ(marksOf(std::stoi(c[0]), EEndian{std::stoi(c[1])}), c[2]) << shown(c);
+  };
+  const std::string unmarked =
+      "1200 1 6100620063006400; 1202 1 6100620063006400; 1232 2 00000061000000620000006300000064; 37 2 81828384; ";
+  if (std::getenv("NVRA_INSTREAM_BOMS_OFF") == nullptr)
+    expectMarks(unmarked +
+                "1204 2 FEFF0061FEFF0062FEFF0063FEFF0064; 1205 1 FFFE6100FFFE6200FFFE6300FFFE6400; "
+                "1236 1 FFFE000061000000FFFE000062000000FFFE000063000000FFFE000064000000");
+  const ScopedEnvironment off("NVRA_INSTREAM_BOMS_OFF", "");
+  EXPECT_EXIT(
+      {
+        expectMarks(unmarked +
+                    "1204 2 FEFF00610062FEFF00630064*; 1205 2 FEFF00610062FEFF00630064*; "
+                    "1204 1 FFFE61006200FFFE63006400*; 1236 1 FFFE00006100000062000000FFFE00006300000064000000*; "
+                    "1237 1 FFFE00006100000062000000FFFE00006300000064000000*; "
+                    // The mark's order is the machine's, the order of what has none the caller's.
+                    "1236 2 FFFE00006100000000000062FFFE00006300000000000064*");
+        std::exit(HasFailure() ? 1 : 0);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+TEST(TextBufferWriter, CopiesStretchesOfAReader) {
+  const std::string refused = "!Cannot_write_past_the_end_of_buffer";
+  // CCSID and byte order of the reader and of the writer, bytes, the stretch, the bytes that come of it.
+  for (const Row& c : rows(
+           "37 2 37 2 C1FF3FC4 1 3 FF3F; 37 2 37 1 C1C2 0 1 C1; 1204 2 1204 1 FEFF0041 0 3 FEFF00; "  // as they are
+           "1200 2 1200 2 00410042 0 3 004100; 1200 2 13488 2 410042004300440045 0 8 0041; "
+           "1200 2 1200 1 0041014203 0 4 41414242; 1200 1 1200 2 410042014300 1 4 424201; "  // of two the second, twice
+           // An eighth, in this machine's byte order.
+           "1200 2 1208 2 410042004300440045004600470048004900 0 17 4142; "
+           "1200 2 37 2 004100420043004400450046004700480049 1 17 C1C2; "
+           "1208 2 37 2 41C3BC42 0 3 C1DC; 1208 2 930 2 E6BCA2E5AD97FF 0 6 0E4F5848F20F; "
+           "930 2 1208 2 C10E4F580FC2 0 5 41E6BCA2; 37 2 1200 2 C1C2C3 0 2 00410042; 1208 2 37 2 41E282AC 0 2 !11; "
+           "37 2 37 2 C1C2 1 1 ''; 37 2 37 2 C1C2 0 2 " +
+           refused +
+           "; "  // no byte at the end
+           "37 2 1208 2 C1C2 2 2 " +
+           refused + "; 37 2 37 2 C1C2 1 0 " + refused + "; 37 2 37 2 C1C2 -1 1 " + refused +
+           "; 37 2 37 2 C1C2 -2147483648 2147483647 " + refused)) {
+    SCOPED_TRACE(shown(c));
+    const Message source(fromHex(c[4]));
+    TextBufferReader reader(&source, std::stoi(c[0]), EEndian{std::stoi(c[1])}, nullptr);
+    Writer writer(std::stoi(c[2]), EEndian{std::stoi(c[3])});
+    const Raised raised = raisedBy([&] { writer.appendBuf(&reader, std::stoi(c[5]), std::stoi(c[6])); });
+    EXPECT_EQ(raised.kind.empty() ? toHex(writer.bytes()) : '!' + raised.inserts.back(), c[7]);
+    EXPECT_TRUE(!c[7].empty() || writer.calls.empty());
+  }
+}
+
+TEST(TextBufferWriter, CopiesLongStretchesAndItsOwnMessage) {
+  std::string bytes;
+  for (int i = 0; i < 2500; ++i)
+    bytes += static_cast<char>(i * i / 7);
+  std::string pairs = bytes.substr(0, 2400);
+  for (std::size_t i = 0; i < pairs.size(); i += 2)
+    pairs[i] = bytes[i + 1];
+  Writer writer(1200, eEndianLittle);
+  writer.GrowingByteBuffer::appendBytes(bytes.data(), 2500);
+  TextBufferReader own(static_cast<Message*>(&writer), 1200, eEndianBig, nullptr);
+  writer.run("q:A");
+  writer.appendBuf(&own, 0, 2400);
+  EXPECT_EQ(writer.calls, "r4 c2 a1024 a1024 a352 ");
+  EXPECT_EQ(writer.bytes(), bytes + std::string("A\0", 2) + pairs);
+  // The queue is written even where the copy is refused.
+  writer.run("q:B");
+  EXPECT_NE(raisedBy([&] { writer.appendBuf(&own, 0, 2500); }), Raised());
+  EXPECT_EQ(writer.getLength(), 4904);
+}
+
+TEST(TextBufferWriter, FailsWithoutAConverter) {
+  EXPECT_EQ(raisedBy([] { Writer writer(99999); }),
+            recoverableFailure(2132, {"Invalid codepage (or missing table)", "99999", "ibm-99999"}));
+  Writer writer(37);
+  const Message source("abc");
+  TextBufferReader reader(&source, 37, eEndianBig, nullptr);
+  writer.converter.reset();
+  const Raised none = conversionFailure(5502, {"no valid converter"});
+  int size = 0;
+  EXPECT_EQ(raisedBy([&] { writer.appendBuf(&reader, 0, 1); }), none);
+  EXPECT_EQ(raisedBy([&] { writer.fromUnicode(nullptr, &size, nullptr, 0, true); }), none);
+  EXPECT_EQ(raisedBy([&] { writer.runOne("w:A"); }), none);
+  EXPECT_EQ(writer.run("a:A A:A q:A f"), "!no valid converter !no valid converter !no valid converter ");
+  EXPECT_EQ(writer.pending, u"A"_k);
+}
+
+TEST(TextBufferWriter, TracesItsOperations) {
+  EXPECT_EQ(headerOfA<Writer>("QDVW", 37), "QDVW 8 120 / 0OXR QDVW 8 120");
+  Writer writer(37);
+  EXPECT_EQ(tracedAt(3, [&] { writer.run("a:A"); }), "");
+  EXPECT_EQ(tracedAt(4, [&] { writer.run("a:A"); }),
+            "> TextBufferWriter::appendStr\n> TextBufferWriter::fromUnicode\n> CPUnicodeConverter::fromUnicode\n"
+            "< CPUnicodeConverter::fromUnicode\n< TextBufferWriter::fromUnicode\n< TextBufferWriter::appendStr\n");
+  EXPECT_THAT(tracedAt(3, [&] { writer.run("a-1"); }),
+              testing::MatchesRegex("TextBufferWriter::fromUnicode: Throwing exception\\|src/cpi/bsutils/textbffr\\|"
+                                    "[0-9]+\\|CP_INTERNAL_ERROR\\|error converting from unicode\\|1\n"));
+}
+
+}  // namespace
+}  // namespace oxr::test

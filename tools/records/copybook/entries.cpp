@@ -1,0 +1,356 @@
+#include "records/copybook/entries.hpp"
+
+#include <algorithm>
+
+// copybook = { entry };
+// entry    = level [ name | "FILLER" ] { clause } ( period | end of the copybook );
+// Keywords are not reserved: a word is a name or a clause by where it stands, so that fields may be called COUNT or
+// ADDRESS as they are in real layouts. Only a word that opens a clause can't be a name.
+
+namespace oxr::rec {
+
+namespace {
+
+constexpr std::size_t kMaxEntries = 16384;  // bounds the search for names, which compares each with each
+
+class EntryParser {
+ public:
+  EntryParser(const CopybookSource& source, SourceFormat format) : source_(source), lexer_(source, format) {}
+
+  std::vector<Entry> parse();
+
+ private:
+  using Reader = void (EntryParser::*)(Entry&, const Token&);
+  struct Clause {
+    std::string_view word;
+    Reader read;
+  };
+  static const Clause kClauses[];
+  static const Clause* findClause(const Token& token);
+
+  [[noreturn]] void raiseExpected(const std::string& what) {
+    source_.raise(lexer_.peek().place, "expected " + what + ", found " + quoted(lexer_.peek()));
+  }
+
+  // Takes the next token if it is this word.
+  bool accept(std::string_view word) {
+    if (!lexer_.peek().isWord(word)) return false;
+    lexer_.take();
+    return true;
+  }
+
+  template <class Value>
+  void requireUnset(const std::optional<Value>& value, const Token& word) {
+    if (value) source_.raise(word.place, "a second " + upperCase(word.text) + " in one entry");
+  }
+
+  unsigned readLevel();
+  Entry readEntry(unsigned level, Place place);
+  void readPeriod();
+  void readRenames();
+  void readCondition();
+  Token readName(const std::string& what);
+  std::uint32_t readTimes(const std::string& what);
+  void readNames();
+  void readValues();
+  bool acceptValue();
+
+  void picture(Entry& entry, const Token& word);
+  void usage(Entry& entry, const Token& word);
+  void usageByName(Entry& entry, const Token& word);
+  void sign(Entry& entry, const Token& word);
+  void occurs(Entry& entry, const Token& word);
+  void redefines(Entry& entry, const Token& word);
+  void value(Entry& entry, const Token& word);
+  void justified(Entry& entry, const Token& word);
+  void blankWhenZero(Entry& entry, const Token& word);
+  void synchronized(Entry& entry, const Token& word);
+  void withoutEffect(Entry& entry, const Token& word);
+  void copy(Entry& entry, const Token& word);
+
+  const CopybookSource& source_;
+  CopybookLexer lexer_;
+};
+
+const EntryParser::Clause EntryParser::kClauses[] = {
+    {"PIC", &EntryParser::picture},
+    {"PICTURE", &EntryParser::picture},
+    {"USAGE", &EntryParser::usage},
+    {"SIGN", &EntryParser::sign},
+    {"LEADING", &EntryParser::sign},
+    {"TRAILING", &EntryParser::sign},
+    {"OCCURS", &EntryParser::occurs},
+    {"REDEFINES", &EntryParser::redefines},
+    {"VALUE", &EntryParser::value},
+    {"VALUES", &EntryParser::value},
+    {"JUSTIFIED", &EntryParser::justified},
+    {"JUST", &EntryParser::justified},
+    {"BLANK", &EntryParser::blankWhenZero},
+    {"SYNCHRONIZED", &EntryParser::synchronized},
+    {"SYNC", &EntryParser::synchronized},
+    {"GLOBAL", &EntryParser::withoutEffect},
+    {"EXTERNAL", &EntryParser::withoutEffect},
+    {"COPY", &EntryParser::copy},
+    {"REPLACE", &EntryParser::copy},
+};
+
+const EntryParser::Clause* EntryParser::findClause(const Token& token) {
+  static constexpr Clause kUsageByName{"", &EntryParser::usageByName};
+  if (token.kind != TokenKind::word) return nullptr;
+  for (const Clause& clause : kClauses)
+    if (token.isWord(clause.word)) return &clause;
+  return findUsage(token) || isRefusedUsage(token) ? &kUsageByName : nullptr;
+}
+
+// PIC[TURE] [IS] picture
+void EntryParser::picture(Entry& entry, const Token& word) {
+  requireUnset(entry.picture, word);
+  accept("IS");
+  if (lexer_.peek().kind != TokenKind::word) raiseExpected("a picture");
+  Token token = lexer_.take();
+  auto result = parsePicture(token.text);
+  if (const auto* fault = std::get_if<PictureFault>(&result)) {
+    token.place.column += static_cast<std::uint32_t>(fault->position);
+    source_.raise(token.place, fault->message);
+  }
+  entry.picture = PictureClause{std::get<Picture>(result), std::move(token.text), token.place};
+}
+
+// USAGE [IS] name
+void EntryParser::usage(Entry& entry, const Token&) {
+  accept("IS");
+  const Token name = lexer_.peek();
+  if (!findUsage(name) && !isRefusedUsage(name)) raiseExpected("a usage such as COMP-3");
+  lexer_.take();
+  usageByName(entry, name);
+}
+
+void EntryParser::usageByName(Entry& entry, const Token& word) {
+  const auto usage = findUsage(word);
+  if (!usage) source_.raise(word.place, "the usage " + upperCase(word.text) + " is not supported");
+  requireUnset(entry.usage, word);
+  entry.usage = UsageClause{*usage, word.place};
+}
+
+// [SIGN [IS]] LEADING|TRAILING [SEPARATE [CHARACTER]]
+void EntryParser::sign(Entry& entry, const Token& word) {
+  requireUnset(entry.sign, word);
+  SignClause clause{word.isWord("LEADING"), false, word.place};
+  if (word.isWord("SIGN")) {
+    accept("IS");
+    clause.isLeading = accept("LEADING");
+    if (!clause.isLeading && !accept("TRAILING")) raiseExpected("LEADING or TRAILING after SIGN");
+  }
+  clause.isSeparate = accept("SEPARATE");
+  if (clause.isSeparate) accept("CHARACTER");
+  entry.sign = clause;
+}
+
+std::uint32_t EntryParser::readTimes(const std::string& what) {
+  const Token& token = lexer_.peek();
+  if (token.kind != TokenKind::word || !std::all_of(token.text.begin(), token.text.end(), isDigit)) raiseExpected(what);
+  std::uint32_t times = 0;
+  for (const char digit : token.text) {
+    times = times * 10 + static_cast<std::uint32_t>(digit - '0');
+    if (times > kMaxRecordBytes) source_.raise(token.place, "the number of times is too large");
+  }
+  lexer_.take();
+  return times;
+}
+
+Token EntryParser::readName(const std::string& what) {
+  if (!isName(lexer_.peek())) raiseExpected(what);
+  return lexer_.take();
+}
+
+// Names up to the next clause, at least one.
+void EntryParser::readNames() {
+  do {
+    readName("a name");
+    while (accept("OF") || accept("IN"))
+      readName("a name");
+  } while (isName(lexer_.peek()) && !findClause(lexer_.peek()) && !isOccursPhrase(lexer_.peek()));
+}
+
+// OCCURS n [TO n] [TIMES] [DEPENDING [ON] name { OF|IN name }] { ASCENDING|DESCENDING [KEY] [IS] names }
+//   { INDEXED [BY] names }
+void EntryParser::occurs(Entry& entry, const Token& word) {
+  requireUnset(entry.occurs, word);
+  OccursClause clause{1, 1, {}, word.place};
+  const Place timesPlace = lexer_.peek().place;
+  clause.max = readTimes("a number of times after OCCURS");
+  clause.min = clause.max;
+  const bool hasRange = accept("TO");
+  if (hasRange) clause.max = readTimes("the largest number of times after TO");
+  if (clause.max == 0 || clause.min > clause.max)
+    source_.raise(timesPlace, "the number of times must be 1 or more, a range must rise");
+  accept("TIMES");
+  for (;;) {
+    if (clause.counter.empty() && accept("DEPENDING")) {
+      accept("ON");
+      do {
+        clause.counter.push_back(readName("a name after DEPENDING ON"));
+      } while (accept("OF") || accept("IN"));
+    } else if (accept("ASCENDING") || accept("DESCENDING")) {
+      accept("KEY");
+      accept("IS");
+      readNames();
+    } else if (accept("INDEXED")) {
+      accept("BY");
+      readNames();
+    } else {
+      break;
+    }
+  }
+  if (hasRange && clause.counter.empty()) raiseExpected("DEPENDING ON after the range of OCCURS");
+  // Without a range the lower bound is not said; records with no occurrence are common.
+  if (!hasRange && !clause.counter.empty()) clause.min = 0;
+  entry.occurs = std::move(clause);
+}
+
+void EntryParser::redefines(Entry& entry, const Token& word) {
+  requireUnset(entry.redefines, word);
+  entry.redefines = readName("a name after REDEFINES");
+}
+
+// [ALL] literal | number | figurative constant
+bool EntryParser::acceptValue() {
+  const bool isAll = accept("ALL");
+  if (isValue(lexer_.peek())) {
+    lexer_.take();
+    return true;
+  }
+  if (isAll) raiseExpected("a literal after ALL");
+  return false;
+}
+
+// [IS|ARE] value { [THRU|THROUGH] value }
+void EntryParser::readValues() {
+  if (!accept("IS")) accept("ARE");
+  if (!acceptValue()) raiseExpected("a literal after VALUE");
+  for (;;) {
+    const bool isRange = accept("THRU") || accept("THROUGH");
+    if (acceptValue()) continue;
+    if (isRange) raiseExpected("a literal after THRU");
+    return;
+  }
+}
+
+void EntryParser::value(Entry&, const Token&) {
+  readValues();
+}
+
+void EntryParser::justified(Entry& entry, const Token&) {
+  accept("RIGHT");
+  entry.isJustified = true;
+}
+
+void EntryParser::blankWhenZero(Entry& entry, const Token&) {
+  accept("WHEN");
+  if (!accept("ZERO") && !accept("ZEROS") && !accept("ZEROES")) raiseExpected("ZERO after BLANK WHEN");
+  entry.isBlankWhenZero = true;
+}
+
+void EntryParser::synchronized(Entry& entry, const Token& word) {
+  if (!accept("LEFT")) accept("RIGHT");
+  entry.synchronized = word.place;
+}
+
+void EntryParser::withoutEffect(Entry&, const Token&) {}
+
+void EntryParser::copy(Entry&, const Token& word) {
+  source_.raise(word.place, upperCase(word.text) + " is not supported: put the text it stands for in its place");
+}
+
+// A missing period is forgiven at the end of the copybook only.
+void EntryParser::readPeriod() {
+  if (lexer_.peek().kind == TokenKind::end) return;
+  if (lexer_.peek().kind != TokenKind::period) raiseExpected("a clause or a period");
+  lexer_.take();
+}
+
+// 66 name RENAMES name { OF|IN name } [THRU|THROUGH name { OF|IN name }]
+void EntryParser::readRenames() {
+  readName("a name");
+  if (!accept("RENAMES")) raiseExpected("RENAMES");
+  do {
+    do {
+      readName("a name");
+    } while (accept("OF") || accept("IN"));
+  } while (accept("THRU") || accept("THROUGH"));
+}
+
+// 88 name VALUE[S] values [[WHEN] [SET] [TO] FALSE [IS] value]
+void EntryParser::readCondition() {
+  readName("a name");
+  if (!accept("VALUE") && !accept("VALUES")) raiseExpected("VALUE");
+  readValues();
+  if (lexer_.peek().isWord("WHEN") || lexer_.peek().isWord("FALSE")) {
+    for (const std::string_view word : {"WHEN", "SET", "TO"})
+      accept(word);
+    if (!accept("FALSE")) raiseExpected("FALSE");
+    accept("IS");
+    if (!acceptValue()) raiseExpected("a literal after FALSE");
+  }
+}
+
+unsigned EntryParser::readLevel() {
+  const Token& token = lexer_.peek();
+  if (token.isWord("COPY") || token.isWord("REPLACE")) {
+    Entry none;
+    copy(none, token);
+  }
+  const bool isLevel = token.kind == TokenKind::word && token.text.size() <= 2 &&
+                       std::all_of(token.text.begin(), token.text.end(), isDigit);
+  const unsigned level = isLevel ? static_cast<unsigned>(std::stoul(token.text)) : 0;
+  if (level == 0 || (level > 49 && level != 66 && level != 77 && level != 88))
+    raiseExpected("a level number (01 to 49, 66, 77 or 88)");
+  lexer_.take();
+  return level;
+}
+
+Entry EntryParser::readEntry(unsigned level, Place place) {
+  Entry entry;
+  entry.level = static_cast<std::uint8_t>(level);
+  entry.place = place;
+  // A usage that would be refused anyway is taken for a name: INDEX or OBJECT are met as fields.
+  if (lexer_.peek().kind == TokenKind::word && (!findClause(lexer_.peek()) || isRefusedUsage(lexer_.peek()))) {
+    const Token name = readName("a name");
+    if (!name.isWord("FILLER")) entry.name = name.text;
+  }
+  for (;;) {
+    if (accept("IS") && !lexer_.peek().isWord("GLOBAL") && !lexer_.peek().isWord("EXTERNAL"))
+      raiseExpected("GLOBAL or EXTERNAL after IS");
+    const Clause* clause = findClause(lexer_.peek());
+    if (!clause) return entry;
+    const Token word = lexer_.take();
+    (this->*clause->read)(entry, word);
+  }
+}
+
+std::vector<Entry> EntryParser::parse() {
+  std::vector<Entry> entries;
+  while (lexer_.peek().kind != TokenKind::end) {
+    const Place place = lexer_.peek().place;
+    const unsigned level = readLevel();
+    if (level == 66) {
+      readRenames();
+    } else if (level == 88) {
+      readCondition();
+    } else {
+      if (entries.size() == kMaxEntries)
+        source_.raise(place, "the copybook has more than " + std::to_string(kMaxEntries) + " entries");
+      entries.push_back(readEntry(level, place));
+    }
+    readPeriod();
+  }
+  return entries;
+}
+
+}  // namespace
+
+std::vector<Entry> parseEntries(const CopybookSource& source, SourceFormat format) {
+  return EntryParser(source, format).parse();
+}
+
+}  // namespace oxr::rec

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <span>
+
+#include "records/copybook/entries.hpp"
+#include "records/layout.hpp"
+
+namespace oxr::rec {
+
+// Finds the counter of each counted array, gives it a slot in layout.counters and marks the groups that hold it.
+// `entries` has the entry of each item, or null. Needs the tree and the fields of the items, no sizes of groups.
+// Throws CopybookError.
+void findCounters(const CopybookSource& source, std::span<const Entry* const> entries, Layout& layout);
+
+}  // namespace oxr::rec

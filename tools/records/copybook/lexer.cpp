@@ -1,0 +1,135 @@
+#include "records/copybook/lexer.hpp"
+
+#include <algorithm>
+#include <array>
+
+namespace oxr::rec {
+
+namespace {
+
+constexpr std::array<std::string_view, 8> kLiteralPrefixes = {"X", "N", "Z", "G", "NX", "B", "BX", "U"};
+
+bool isQuote(char c) {
+  return c == '"' || c == '\'';
+}
+
+bool isLiteralPrefix(std::string_view word) {
+  return std::any_of(kLiteralPrefixes.begin(), kLiteralPrefixes.end(),
+                     [&](std::string_view prefix) { return equalIgnoringCase(word, prefix); });
+}
+
+}  // namespace
+
+std::string quoted(const Token& token) {
+  constexpr std::size_t kShown = 40;
+  if (token.kind == TokenKind::period) return "the period";
+  if (token.kind == TokenKind::end) return "the end of the copybook";
+  std::string text = token.text.size() > kShown ? token.text.substr(0, kShown) + "..." : token.text;
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+  return token.kind == TokenKind::literal ? text : '\'' + text + '\'';
+}
+
+CopybookLexer::CopybookLexer(const CopybookSource& source, SourceFormat format)
+    : source_(source), reader_(source, format) {
+  hasLineAhead_ = reader_.next(lineAhead_);
+  nextLine();
+  ahead_ = scan();
+}
+
+Token CopybookLexer::take() {
+  Token token = std::move(ahead_);
+  ahead_ = token.kind == TokenKind::end ? token : scan();
+  return token;
+}
+
+Place CopybookLexer::here() const {
+  return {std::max(line_.number, 1U), static_cast<std::uint32_t>(at_ + 1)};
+}
+
+// False at the end of the copybook; the last line and its end are then still "here".
+bool CopybookLexer::nextLine() {
+  if (!hasLineAhead_) return false;
+  std::swap(line_, lineAhead_);
+  hasLineAhead_ = reader_.next(lineAhead_);
+  at_ = 0;
+  return true;
+}
+
+// Is the position behind a token: a blank, the end of the line, a comment?
+bool CopybookLexer::endsHere(std::size_t at) const {
+  return at >= line_.text.size() || line_.text[at] == ' ' || line_.text.compare(at, 2, "*>") == 0;
+}
+
+// Goes to the next token; false at the end of the copybook.
+bool CopybookLexer::skipSeparators() {
+  for (;;) {
+    const std::string& text = line_.text;
+    while (at_ < text.size() && (text[at_] == ' ' || ((text[at_] == ',' || text[at_] == ';') && endsHere(at_ + 1))))
+      ++at_;
+    if (at_ < text.size() && text.compare(at_, 2, "*>") != 0) return true;
+    if (!nextLine()) return false;
+  }
+}
+
+Token CopybookLexer::scan() {
+  const bool found = skipSeparators();
+  Token token{TokenKind::end, {}, here()};
+  if (!found) return token;
+  const char c = line_.text[at_];
+  if (c == '.' && endsHere(at_ + 1)) {
+    ++at_;
+    token.kind = TokenKind::period;
+    return token;
+  }
+  return isQuote(c) ? scanLiteral(std::move(token)) : scanWord(std::move(token));
+}
+
+// quote { character | quote quote } quote. In fixed format a literal that reaches the end of its line goes on behind
+// the quote that opens the text of a continuation line.
+Token CopybookLexer::scanLiteral(Token token) {
+  token.kind = TokenKind::literal;
+  const char quote = line_.text[at_];
+  token.text += line_.text[at_++];
+  for (;;) {
+    if (at_ == line_.text.size()) {
+      if (!hasLineAhead_ || !lineAhead_.isContinuation) source_.raise(token.place, "the literal has no closing quote");
+      nextLine();
+      at_ = line_.text.find_first_not_of(' ');  // a line with program text is never blank
+      if (line_.text[at_] != quote) source_.raise(here(), "expected the quote that continues the literal");
+      ++at_;
+      continue;
+    }
+    const char c = line_.text[at_++];
+    token.text += c;
+    if (c != quote) continue;
+    if (at_ == line_.text.size() || line_.text[at_] != quote) return token;
+    token.text += line_.text[at_++];
+  }
+}
+
+// Does the word that ends here go on in a continuation line? Then goes there.
+bool CopybookLexer::continueWord() {
+  if (!hasLineAhead_ || !lineAhead_.isContinuation) return false;
+  if (line_.text.find_first_not_of(' ', at_) != std::string::npos) return false;
+  const std::size_t first = lineAhead_.text.find_first_not_of(' ');
+  if (isQuote(lineAhead_.text[first])) return false;
+  nextLine();
+  at_ = first;
+  return true;
+}
+
+Token CopybookLexer::scanWord(Token token) {
+  token.kind = TokenKind::word;
+  do {
+    for (const std::string& text = line_.text; !endsHere(at_); ++at_) {
+      const char c = text[at_];
+      if ((c == '.' || c == ',' || c == ';') && endsHere(at_ + 1)) return token;
+      if (isQuote(c)) return isLiteralPrefix(token.text) ? scanLiteral(std::move(token)) : token;
+      token.text += c;
+    }
+  } while (continueWord());
+  return token;
+}
+
+}  // namespace oxr::rec

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <string>
+
+#include "records/copybook/source.hpp"
+
+namespace oxr::rec {
+
+enum class TokenKind : std::uint8_t {
+  word,     // anything between separators: names, keywords, numbers, pictures
+  literal,  // a quoted text, with its prefix (X, N, Z, ...) if it has one; Token::text is the source text
+  period,   // the end of an entry
+  end,      // the end of the copybook
+};
+
+struct Token {
+  TokenKind kind = TokenKind::end;
+  std::string text;
+  Place place;  // of the first character; behind the last program text for TokenKind::end
+
+  bool isWord(std::string_view word) const { return kind == TokenKind::word && equalIgnoringCase(text, word); }
+};
+
+// The token as messages show it: in quotes and shortened, or what it is.
+std::string quoted(const Token& token);
+
+// Cuts a copybook into tokens.
+//
+// Separators are blanks, the ends of lines, and "," ";" "." in front of a blank or the end of a line: "9(3).99" is one
+// word, "9(3). " is a word and a period. A literal or a word is joined over continuation lines.
+class CopybookLexer {
+ public:
+  CopybookLexer(const CopybookSource& source, SourceFormat format);
+
+  const Token& peek() const { return ahead_; }
+  // Throws CopybookError for a literal without its closing quote.
+  Token take();
+
+ private:
+  Token scan();
+  Token scanLiteral(Token token);
+  Token scanWord(Token token);
+  bool skipSeparators();
+  bool endsHere(std::size_t at) const;
+  bool nextLine();
+  bool continueWord();
+  Place here() const;
+
+  const CopybookSource& source_;
+  LineReader reader_;
+  ProgramLine line_;  // being read
+  ProgramLine lineAhead_;
+  bool hasLineAhead_ = false;
+  std::size_t at_ = 0;  // in line_.text
+  Token ahead_;
+};
+
+}  // namespace oxr::rec

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <deque>
+#include <string_view>
+#include <vector>
+
+#include "records/json/jsonline.hpp"
+#include "records/recordhandler.hpp"
+
+namespace oxr::rec {
+
+// Writes each message as a JSON object on a line of its own, in UTF-8.
+//
+//   STRING   a string, without the blanks at its end
+//   INTEGER  a number
+//   DECIMAL  a number with all its digits
+//   null     null
+//
+// Lines gather in memory: a record is there whole or not at all, since its user takes the lines between two records and
+// discards one that a fault ended.
+class JsonHandler final : public RecordHandler {
+ public:
+  struct Options {
+    bool pointsAsText = false;  // a decimal with a point as a string
+  };
+
+  // `names` are those of the worker's plan, each zero-terminated, and stay there unchanged: their JSON is made once.
+  // Other names can be reported too, but cost more.
+  JsonHandler(const std::vector<unsigned short>& names, const Options& options);
+
+  void startMessage(const WorkerInfoPtr& header, const WorkerInfoPtr& content) override;
+  void endMessage(const WorkerInfoPtr& info) override;
+  using RecordHandler::startElement;
+  void startElement(const unsigned short* name, unsigned short type, const WorkerInfoPtr& info, int index,
+                    int flags) override;
+  using RecordHandler::endElement;
+  void endElement(const unsigned short* name, const WorkerInfoPtr& info) override;
+  void data(const PWFData& value, const WorkerInfoPtr& info, int index, int flags) override;
+
+  // Forgets the last record, finished or not.
+  void discard();
+  // Forgets a record that was begun and not finished.
+  void discardUnfinished() {
+    if (isInRecord_) discard();
+  }
+  // The lines so far, to be taken between two records; clear() drops them.
+  std::string_view lines() const { return {out_.GetString(), out_.GetSize()}; }
+  std::size_t size() const { return out_.GetSize(); }
+  void clear();
+
+ private:
+  const JsonKey& keyFor(const unsigned short* name) {
+    // As numbers: a name of somebody else's lies in other memory, and such pointers do not compare.
+    const std::uintptr_t at =
+        (reinterpret_cast<std::uintptr_t>(name) - reinterpret_cast<std::uintptr_t>(names_)) / sizeof(unsigned short);
+    if (at < keyCount_ && keyAt_[at] != nullptr) [[likely]]
+      return *keyAt_[at];
+    return foreignKey(name);
+  }
+  const JsonKey& foreignKey(const unsigned short* name);
+  void startContainer(const unsigned short* name, unsigned short type, int index);
+  void endContainer();
+
+  const unsigned short* const names_;
+  const std::size_t keyCount_;  // units of the names
+  // For each unit of the names: the key of the name that begins there, else null.
+  std::vector<const JsonKey*> keyAt_;
+  std::deque<JsonKey> keys_;
+  JsonKey foreignKey_{UnitView()};  // of the last name that is not among them
+  const Options options_;
+  rapidjson::StringBuffer out_;
+  JsonLine line_{out_};
+  std::size_t lineStart_ = 0;  // of the last record
+  bool isInRecord_ = false;
+  std::vector<unsigned short> open_;  // types of the open groups and arrays
+  bool isInField_ = false;            // a field is open, inside them
+  bool hasData_ = false;              // and its value is written
+};
+
+}  // namespace oxr::rec

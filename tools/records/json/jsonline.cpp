@@ -1,0 +1,170 @@
+#include "records/json/jsonline.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+
+#include "kelwstring.hpp"
+
+namespace oxr::rec {
+
+namespace {
+
+// Texts are narrowed eight units at a time and tested on the way. A lane of a test is 0 for a unit that stands in a
+// JSON string as one byte, itself: ASCII but for control characters, the quote and the backslash.
+using Units = short __attribute__((vector_size(16)));
+using Bytes = unsigned char __attribute__((vector_size(8)));
+constexpr std::size_t kLanes = 8;
+
+Units refused(Units units) {
+  // As signed numbers, the units from U+8000 on are below the blank.
+  return (units < 0x20) | (units > 0x7F) | (units == '"') | (units == '\\');
+}
+
+bool isAny(Units lanes) {
+  std::uint64_t halves[2];
+  std::memcpy(halves, &lanes, sizeof lanes);
+  return (halves[0] | halves[1]) != 0;
+}
+
+Units load(const unsigned short* units) {
+  Units loaded;
+  std::memcpy(&loaded, units, sizeof loaded);
+  return loaded;
+}
+
+// Four units from each place.
+Units loadHalves(const unsigned short* low, const unsigned short* high) {
+  std::uint64_t halves[2];
+  std::memcpy(&halves[0], low, sizeof halves[0]);
+  std::memcpy(&halves[1], high, sizeof halves[1]);
+  Units loaded;
+  std::memcpy(&loaded, halves, sizeof loaded);
+  return loaded;
+}
+
+// Writes the text as bytes; false if a unit of it needs more than that, and `to` then holds nothing of use. The last
+// block overlaps the one in front of it, so that no unit outside the text is touched.
+bool narrow(UnitView text, char* to) {
+  const unsigned short* const from = text.data();
+  const std::size_t size = text.size();
+  Units bad{};
+  if (size >= kLanes) {
+    for (std::size_t at = 0;; at = at + 2 * kLanes <= size ? at + kLanes : size - kLanes) {
+      const Units units = load(from + at);
+      const auto bytes = __builtin_convertvector(units, Bytes);
+      std::memcpy(to + at, &bytes, sizeof bytes);
+      bad |= refused(units);
+      if (at + kLanes == size) return !isAny(bad);
+    }
+  }
+  if (size >= kLanes / 2) {
+    const Units units = loadHalves(from, from + size - kLanes / 2);
+    const auto bytes = __builtin_convertvector(units, Bytes);
+    std::uint32_t halves[2];
+    std::memcpy(halves, &bytes, sizeof bytes);
+    std::memcpy(to, &halves[0], sizeof halves[0]);
+    std::memcpy(to + size - kLanes / 2, &halves[1], sizeof halves[1]);
+    return !isAny(refused(units));
+  }
+  Units few{};
+  for (std::size_t i = 0; i < kLanes; ++i)
+    few[i] = i < size ? static_cast<short>(from[i]) : ' ';
+  for (std::size_t i = 0; i < size; ++i)
+    to[i] = static_cast<char>(from[i]);
+  return !isAny(refused(few));
+}
+
+constexpr bool isDigit(unsigned short unit) {
+  return unit >= '0' && unit <= '9';
+}
+
+// How many zeros may go: a digit stays behind them. Four at a time, for most fields are far wider than their values.
+std::size_t zerosInFront(UnitView digits) {
+  constexpr unsigned short kZeros[4] = {'0', '0', '0', '0'};
+  std::size_t at = 0;
+  while (at + 4 < digits.size() && std::memcmp(digits.data() + at, kZeros, sizeof kZeros) == 0 &&
+         isDigit(digits[at + 4]))
+    at += 4;
+  while (at + 1 < digits.size() && digits[at] == '0' && isDigit(digits[at + 1]))
+    ++at;
+  return at;
+}
+
+// Writes a decimal without its sign: where it ends, or null if it is none. `*point` is where its point is written, null
+// if it has none.
+char* writeDigits(UnitView digits, char* to, char** point) {
+  std::size_t at = zerosInFront(digits);
+  *point = nullptr;
+  if (at < digits.size() && digits[at] == '.' && digits.size() > at + 1) *to++ = '0';
+  char* const begin = to;
+  for (; at < digits.size(); ++at) {
+    *to = static_cast<char>(digits[at]);
+    if (!isDigit(digits[at])) {
+      if (digits[at] != '.' || *point != nullptr) return nullptr;
+      *point = to;
+    }
+    ++to;
+  }
+  if (to == begin) return nullptr;
+  if (*point == to - 1) {
+    *point = nullptr;
+    return to - 1 == begin ? nullptr : to - 1;
+  }
+  return to;
+}
+
+}  // namespace
+
+JsonKey::JsonKey(UnitView name) {
+  // A copy with a terminator, for the look behind the end.
+  const KelWstring copy(name);
+  rapidjson::StringBuffer out;
+  JsonLine(out).text(copy.view());
+  text_ = ',' + std::string(out.GetString(), out.GetSize()) + ':';
+  size_ = text_.size();
+  text_.append(kBlock + 1, ' ');
+}
+
+void JsonLine::text(UnitView text) {
+  char* const to = os_->Push(text.size() + 2);
+  if (narrow(text, to + 1)) {
+    to[0] = '"';
+    to[text.size() + 1] = '"';
+    return;
+  }
+  os_->Pop(text.size() + 2);
+  WriteString(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+}
+
+void JsonLine::integer(std::int64_t value) {
+  constexpr std::size_t kRoom = 20;
+  char* const to = os_->Push(kRoom);
+  os_->Pop(kRoom - static_cast<std::size_t>(std::to_chars(to, to + kRoom, value).ptr - to));
+}
+
+void JsonLine::decimal(UnitView value, bool pointsAsText) {
+  UnitView digits = value;
+  const bool isNegative = !digits.empty() && digits[0] == '-';
+  if (isNegative) digits.remove_prefix(1);
+  // A quote, the minus, and a zero in front of the point, or a quote behind.
+  const std::size_t room = digits.size() + 4;
+  char* const begin = os_->Push(room);
+  char* const start = begin + (pointsAsText ? 1 : 0);
+  *begin = '"';
+  if (isNegative) *start = '-';
+  char* point = nullptr;
+  char* end = writeDigits(digits, start + (isNegative ? 1 : 0), &point);
+  if (end == nullptr) {
+    os_->Pop(room);
+    return text(value);
+  }
+  if (point != nullptr && pointsAsText)
+    *end++ = '"';
+  else if (pointsAsText)
+    end = std::copy(begin + 1, end, begin);
+  os_->Pop(room - static_cast<std::size_t>(end - begin));
+}
+
+}  // namespace oxr::rec

@@ -1,0 +1,266 @@
+#include "records/recordworker.hpp"
+
+#include <limits>
+
+namespace oxr::rec {
+
+namespace {
+
+const WorkerInfoPtr& kNoInfo = WorkerInfoPtr::defaultWIP;
+
+constexpr std::int64_t kNotACount = -1;
+
+// The whole number that a count field holds, or kNotACount. One beyond any array counts as such too.
+std::int64_t countIn(const PWFData& value) {
+  if (value.isNull()) return kNotACount;
+  if (value.getDataLogicalType() == INTEGER) return value.getInt64Value();
+  const UnitView text(static_cast<const unsigned short*>(value.getDataValue()),
+                      static_cast<std::size_t>(value.getStringLength()));
+  std::int64_t count = 0;
+  for (const unsigned short unit : text) {
+    if (unit < '0' || unit > '9' || count > std::numeric_limits<std::uint32_t>::max()) return kNotACount;
+    count = 10 * count + (unit - '0');
+  }
+  return text.empty() ? kNotACount : count;
+}
+
+RecordForm recordForm(const RecordPlan& plan, const RecordWorker::Settings& settings) {
+  return {settings.header, settings.headerCountsItself, plan.isVariable(), plan.maxSize()};
+}
+
+}  // namespace
+
+RecordWorker::Owner RecordWorker::make(const RecordPlan& plan, const PhysicalForm& form, const Settings& settings,
+                                       FaultListener& listener) {
+  return Owner(new RecordWorker(plan, form, settings, listener));
+}
+
+RecordWorker::RecordWorker(const RecordPlan& plan, const PhysicalForm& form, const Settings& settings,
+                           FaultListener& listener)
+    : plan_(plan),
+      settings_(settings),
+      listener_(listener),
+      converter_(form),
+      reader_(recordForm(plan, settings)),
+      counters_(plan.counters()) {}
+
+void RecordWorker::initializeParse(int, MessageInfo*, int) {
+  isOpen_ = false;
+}
+
+void RecordWorker::setFIHandler(FIHandler* handler, bool adopt) {
+  if (handler != adopted_.get()) adopted_.reset(adopt ? handler : nullptr);
+  handler_ = handler;
+}
+
+void RecordWorker::parse(const BitstreamBuffer* buffer, std::vector<int>* path, int offset, int flags) {
+  parseFirst(buffer, path, true, offset, flags);
+  while (hasNext())
+    parseNext();
+}
+
+void RecordWorker::parseFirst(const BitstreamBuffer* buffer, std::vector<int>*, bool, int offset, int) {
+  if (handler_ == nullptr || buffer == nullptr) throw FIParseException();
+  reader_.open(buffer, offset, source_);
+  isOpen_ = true;
+  if (!reader_.atEnd()) readRecord();
+}
+
+void RecordWorker::parseNext() {
+  if (!hasNext()) throw FIParseException();
+  readRecord();
+}
+
+void RecordWorker::initializeWrite(MessageInfo*, int, int, int) {
+  throw FIWriteException();
+}
+
+void RecordWorker::setFIMessageTree(const FIMessageTree*, bool) {
+  throw FIWriteException();
+}
+
+void RecordWorker::write(WritableBitstreamBuffer*, int, int) {
+  throw FIWriteException();
+}
+
+const unsigned short* RecordWorker::getWorkerName() const {
+  static constexpr unsigned short kName[] = {'R', 'E', 'C', 'O', 'R', 'D', 'S', 0};
+  return kName;
+}
+
+void RecordWorker::readRecord() {
+  record_ = reader_.next();
+  shift_ = 0;
+  isLost_ = isShort_ = false;
+  arrays_.clear();
+  loops_.clear();
+  for (Counter& counter : counters_)
+    counter.state = Counter::State::unread;
+  handler_->startMessage(kNoInfo, kNoInfo);
+  walk();
+  checkLength();
+  handler_->endMessage(kNoInfo);
+  const bool hasOwnLength = reader_.headerSize() == 0 && plan_.isVariable();
+  reader_.finish(hasOwnLength ? static_cast<std::uint32_t>(plan_.maxSize() + shift_) : record_.size);
+}
+
+void RecordWorker::walk() {
+  const Step* step = plan_.steps().data();
+  const Step* const end = step + plan_.steps().size();
+  while (step != end) {
+    switch (step->op) {
+      case Op::field:
+        field(*step);
+        ++step;
+        break;
+      case Op::beginGroup:
+        handler_->startElement(plan_.name(*step), kGroupElement, kNoInfo, occurrence(*step), -1);
+        ++step;
+        break;
+      case Op::endGroup:
+        handler_->endElement(plan_.name(*step), kNoInfo);
+        ++step;
+        break;
+      case Op::beginArray:
+        step = beginArray(*step);
+        break;
+      case Op::endArray:
+        step = endArray(*step);
+        break;
+    }
+  }
+}
+
+int RecordWorker::occurrence(const Step& step) const {
+  return step.isOccurrence ? static_cast<int>(arrays_.back().index) : -1;
+}
+
+void RecordWorker::field(const Step& step) {
+  const unsigned short* const name = plan_.name(step);
+  if (name != nullptr) handler_->startElement(name, kFieldElement, kNoInfo, occurrence(step), -1);
+  const PWFData value = read(step);
+  if (step.slot != kNoSlot) keepCount(step, value);
+  if (name == nullptr) return;
+  handler_->data(value, kNoInfo, -1, -1);
+  handler_->endElement(name, kNoInfo);
+}
+
+PWFData RecordWorker::read(const Step& step) {
+  if (isLost_) return FieldConverter::null(step);
+  const auto at = static_cast<std::uint64_t>(step.offset + shift_);
+  if (at + step.size > record_.size) [[unlikely]] {
+    if (reader_.headerSize() == 0) reader_.refuseShort(at + step.size);
+    if (isShort_) return FieldConverter::null(step);
+    isShort_ = true;
+    return failed(step, 0, "the record ends after " + std::to_string(record_.size) + " bytes, before the field does");
+  }
+  try {
+    return converter_.convert(step, record_.data + at);
+  } catch (const KelRecoverableException& failure) {
+    return failed(step, failure.oxrMessageNumber(), faultText(failure));
+  } catch (const FieldRefused& refusal) {
+    return failed(step, 0, refusal.what());
+  }
+}
+
+PWFData RecordWorker::failed(const Step& step, int message, std::string reason) {
+  const auto at = static_cast<std::uint64_t>(step.offset + shift_);
+  report(step.item, at, bytesAt(at, step.size), message, std::move(reason));
+  return FieldConverter::null(step);
+}
+
+// The bytes of a field as far as the record has them.
+std::span<const unsigned char> RecordWorker::bytesAt(std::uint64_t offset, std::uint32_t size) const {
+  if (offset >= record_.size) return {};
+  return {record_.data + offset, std::min<std::uint64_t>(size, record_.size - offset)};
+}
+
+void RecordWorker::report(ItemIndex item, std::uint64_t offset, std::span<const unsigned char> bytes, int message,
+                          std::string reason) {
+  FieldFault fault{reader_.recordNumber(),
+                   reader_.recordOffset() + offset,
+                   fieldPath(plan_.layout(), item, arrays_),
+                   {bytes.begin(), bytes.end()},
+                   message,
+                   std::move(reason)};
+  if (!listener_.goOnAfter(fault)) throw FieldError(std::move(fault));
+}
+
+void RecordWorker::keepCount(const Step& step, const PWFData& value) {
+  Counter& counter = counters_[step.slot];
+  counter.value = countIn(value);
+  counter.state = value.isNull() ? Counter::State::bad : Counter::State::good;
+  counter.step = &step;
+  counter.at = static_cast<std::uint64_t>(step.offset + shift_);
+}
+
+// How many occurrences an array has. A count that is not known or not allowed is a fault of the count field, told once
+// for each array that goes by it; from there on the walk is lost, unless all arrays have their full size.
+std::int64_t RecordWorker::countFor(const Step& array) {
+  if (array.slot == kNoSlot) return array.max;
+  const Counter& counter = counters_[array.slot];
+  if (counter.state == Counter::State::good) {
+    if (counter.value >= array.min && counter.value <= array.max) return counter.value;
+    const std::string value = counter.value == kNotACount ? "no number of times" : std::to_string(counter.value);
+    report(counter.step->item, counter.at, bytesAt(counter.at, counter.step->size), 0,
+           "the count is " + value + ", not within " + std::to_string(array.min) + " and " + std::to_string(array.max) +
+               " as " + fieldPath(plan_.layout(), array.item, {}) + " asks");
+  } else if (counter.state == Counter::State::unread) {
+    report(array.item, static_cast<std::uint64_t>(array.offset + shift_), {}, 0, "no count was read for it");
+  }
+  isLost_ = isLost_ || plan_.isVariable();
+  return kNotACount;
+}
+
+// The step to go on with.
+const Step* RecordWorker::beginArray(const Step& step) {
+  const Step* const behind = plan_.steps().data() + step.target;
+  const Step* const body = &step + 1;
+  const Step* const end = behind - 1;
+  const unsigned short* const name = plan_.name(step);
+  const std::int64_t count = isLost_ && step.slot != kNoSlot ? kNotACount : countFor(step);
+  if (name != nullptr && count == kNotACount) {
+    handler_->startElement(name, kFieldElement, kNoInfo, -1, -1);
+    handler_->data(PWFData(STRING), kNoInfo, -1, -1);
+    handler_->endElement(name, kNoInfo);
+  }
+  if (count == kNotACount) return behind;
+  if (name != nullptr) handler_->startElement(name, kArrayElement, kNoInfo, -1, -1);
+  arrays_.push_back({step.item, 0});
+  loops_.push_back({static_cast<std::uint32_t>(count), shift_});
+  if (count > 0 && body != end) return body;
+  // Nothing to do in the occurrences: straight to the array's end.
+  arrays_.back().index = count > 0 ? static_cast<std::uint32_t>(count - 1) : 0;
+  shift_ += (count - 1) * std::int64_t{step.size};
+  return end;
+}
+
+const Step* RecordWorker::endArray(const Step& step) {
+  shift_ += step.size;
+  const OpenLoop& loop = loops_.back();
+  if (++arrays_.back().index < loop.count) return plan_.steps().data() + step.target;
+  shift_ = step.moves ? shift_ - std::int64_t{step.max} * step.size : loop.shiftBefore;
+  arrays_.pop_back();
+  loops_.pop_back();
+  if (const unsigned short* const name = plan_.name(step); name != nullptr) handler_->endElement(name, kNoInfo);
+  return &step + 1;
+}
+
+// The record has been walked: its length is known, and may differ from what the input says.
+void RecordWorker::checkLength() {
+  const bool isFramed = reader_.headerSize() != 0;
+  const auto size = static_cast<std::uint64_t>(plan_.maxSize() + shift_);
+  if (isLost_) {
+    if (isFramed) return;
+    throw FrameError("record " + std::to_string(reader_.recordNumber()) + " at byte " +
+                     std::to_string(reader_.position()) +
+                     ": its length hangs on a count that cannot be read, so the next record cannot be found");
+  }
+  if (size > record_.size && !isFramed) reader_.refuseShort(size);
+  if (size < record_.size && isFramed && !settings_.allowExtra)
+    report(kNoItem, size, bytesAt(size, record_.size), 0,
+           "the record has " + std::to_string(record_.size) + " bytes, " + std::to_string(record_.size - size) +
+               " more than its layout");
+}
+
+}  // namespace oxr::rec

@@ -1,0 +1,127 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "bitstreamworker.hpp"
+#include "records/fields/fieldconverter.hpp"
+#include "records/fields/fielderror.hpp"
+#include "records/framing/recordreader.hpp"
+#include "records/recordhandler.hpp"
+#include "records/recordplan.hpp"
+
+namespace oxr::rec {
+
+// The parser of record files: one message a record, in the events that RecordHandler describes.
+//
+// parseFirst reads the first record, parseNext each further one; parse reads all. An input without a byte has no
+// record, and parseFirst then makes no event. Writing is not supported: the writer's side throws FIWriteException.
+//
+// A field that cannot be read goes to the fault listener, which ends the work (a FieldError leaves the parse call, the
+// message unfinished) or has the worker go on with a null. An input that cannot be cut into records ends it with a
+// FrameError. Calls out of order throw FIParseException.
+//
+// Example:
+//   const auto worker = RecordWorker::make(plan, form, RecordWorker::Settings{}, listener);
+//   worker->setSource(&input);
+//   worker->initializeParse(-1, nullptr, -1);
+//   worker->setFIHandler(&handler, false);
+//   worker->parseFirst(input.first(), nullptr, true, 0, -1);
+//   while (worker->hasNext()) worker->parseNext();
+class RecordWorker final : public BitstreamWorker {
+ public:
+  struct Settings {
+    RecordForm::Header header = RecordForm::Header::none;
+    bool headerCountsItself = true;
+    bool allowExtra = false;  // a record may be longer than its layout
+  };
+  struct Release {
+    void operator()(RecordWorker* worker) const { worker->release(true); }
+  };
+  using Owner = std::unique_ptr<RecordWorker, Release>;
+
+  // The plan and the listener must outlive the worker. Throws KelRecoverableException for an unknown code page.
+  static Owner make(const RecordPlan& plan, const PhysicalForm& form, const Settings& settings,
+                    FaultListener& listener);
+
+  // Where the input goes on behind the buffer that parse or parseFirst gets; null, as at first: nowhere. The source
+  // must live until the last record was read.
+  void setSource(BufferSource* source) { source_ = source; }
+  // Records read so far, the one that a fault ended included.
+  std::uint64_t recordsRead() const { return reader_.recordNumber(); }
+
+  void initializeParse(int mode, MessageInfo* info, int flags) override;
+  void setFIHandler(FIHandler* handler, bool adopt) override;
+  FIHandler* getFIHandler() const override { return handler_; }
+  void parse(const BitstreamBuffer* buffer, std::vector<int>* path, int offset, int flags) override;
+  // `path`, `isWholeMessage` and `flags` are not looked at.
+  void parseFirst(const BitstreamBuffer* buffer, std::vector<int>* path, bool isWholeMessage, int offset,
+                  int flags) override;
+  void parseNext() override;
+  bool hasNext() const override { return isOpen_ && !reader_.atEnd(); }
+  PWFInt64 getNumBytesParsed() const override { return static_cast<PWFInt64>(reader_.position()); }
+
+  void initializeWrite(MessageInfo* info, int mode, int encoding, int flags) override;
+  void setFIMessageTree(const FIMessageTree* tree, bool adopt) override;
+  const FIMessageTree* getFIMessageTree() const override { return nullptr; }
+  void write(WritableBitstreamBuffer* buffer, int mode, int flags) override;
+
+  const DictionaryInfo* getWireFormatDescriptor() const override { return descriptor_; }
+  void setWireFormatDescriptor(const DictionaryInfo* descriptor) override { descriptor_ = descriptor; }
+  void release(bool) override { delete this; }
+  const unsigned short* getWorkerName() const override;
+
+ private:
+  // A count that arrays go by.
+  struct Counter {
+    enum class State : std::uint8_t { unread, good, bad } state = State::unread;
+    std::int64_t value = 0;
+    const Step* step = nullptr;  // of its field
+    std::uint64_t at = 0;        // of its field in the record
+  };
+  struct OpenLoop {
+    std::uint32_t count;
+    std::int64_t shiftBefore;  // at the array's start
+  };
+
+  RecordWorker(const RecordPlan& plan, const PhysicalForm& form, const Settings& settings, FaultListener& listener);
+  ~RecordWorker() override = default;
+
+  void readRecord();
+  void walk();
+  void field(const Step& step);
+  PWFData read(const Step& step);
+  PWFData failed(const Step& step, int message, std::string reason);
+  const Step* beginArray(const Step& step);
+  const Step* endArray(const Step& step);
+  void keepCount(const Step& step, const PWFData& value);
+  std::int64_t countFor(const Step& array);
+  void checkLength();
+  int occurrence(const Step& step) const;
+  std::span<const unsigned char> bytesAt(std::uint64_t offset, std::uint32_t size) const;
+  void report(ItemIndex item, std::uint64_t offset, std::span<const unsigned char> bytes, int message,
+              std::string reason);
+
+  const RecordPlan& plan_;
+  const Settings settings_;
+  FaultListener& listener_;
+  FieldConverter converter_;
+  RecordReader reader_;
+  BufferSource* source_ = nullptr;
+  FIHandler* handler_ = nullptr;
+  std::unique_ptr<FIHandler> adopted_;
+  const DictionaryInfo* descriptor_ = nullptr;
+  bool isOpen_ = false;
+
+  // Of the record in hand. A step's true place is its offset plus `shift_`: the bytes that short arrays in front lack,
+  // and the occurrences behind which the walk is.
+  RecordBytes record_;
+  std::int64_t shift_ = 0;
+  bool isLost_ = false;   // a count is not known: nobody can tell where anything behind its array is
+  bool isShort_ = false;  // the record ended before a field
+  std::vector<Counter> counters_;
+  std::vector<OpenArray> arrays_;  // the open ones, outermost first
+  std::vector<OpenLoop> loops_;    // the same ones
+};
+
+}  // namespace oxr::rec
