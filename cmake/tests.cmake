@@ -11,7 +11,8 @@ if(OXR_SANITIZE)
 endif()
 add_executable(oxr_tests ${test_sources})
 oxr_settings(oxr_tests)
-target_include_directories(oxr_tests PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+# The comparisons that fuzz targets and tests share lie in fuzz/.
+target_include_directories(oxr_tests PRIVATE "${PROJECT_SOURCE_DIR}/tests" "${PROJECT_SOURCE_DIR}")
 # Only where they are used: all other objects are the same in each build folder, one entry of the compiler cache.
 set_property(SOURCE ${PROJECT_SOURCE_DIR}/tests/records/copybook_test.cpp
                     ${PROJECT_SOURCE_DIR}/tests/oxrrec/decode_test.cpp

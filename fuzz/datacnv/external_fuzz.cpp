@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "dataconv.hpp"
-#include "harness/textmodel.hpp"
+#include "fuzz/harness/textmodel.hpp"
 #include "kelexception.hpp"
 
 using namespace oxr::fuzz;

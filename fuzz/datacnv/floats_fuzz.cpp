@@ -6,11 +6,11 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "../tests/harness/wordfloats.hpp"
 #include "core/byteorder.hpp"
 #include "core/hexfloat.hpp"
 #include "dataconv.hpp"
 #include "kelexception.hpp"
+#include "tests/harness/wordfloats.hpp"
 
 namespace {
 

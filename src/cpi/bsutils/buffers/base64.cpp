@@ -4,7 +4,7 @@
 
 #include "core/base64.hpp"
 #include "kelalloc.hpp"
-#include "support/raise.hpp"
+#include "support/support.hpp"
 
 const std::array<unsigned short, 64>& CPBase64Converter::encodeTable = oxr::core::kBase64Alphabet;
 const std::array<unsigned char, 0x10000>& CPBase64Converter::decodeTable = oxr::core::kBase64Values;
@@ -26,7 +26,7 @@ PWFData CPBase64Converter::binFromBase64(const unsigned short* text, int length)
   const auto [used, fault] = oxr::core::decodeBase64({text, units}, {block.get(), targetSize});
   if (fault != oxr::core::Base64Fault::none) {
     block.reset();
-    oxr::raise<KelConversionException>(
+    oxr::raiseBare<KelConversionException>(
         oxr::untracedSite(nullptr, "CPBase64Converter::binFromBase64", "src/cpi/bsutils/base64"),
         oxr::failures::kInternalError,
         fault == oxr::core::Base64Fault::incomplete ? "Input data incomplete"

@@ -6,7 +6,7 @@
 #include <limits>
 #include <string>
 
-#include "support/raise.hpp"
+#include "support/support.hpp"
 
 namespace oxr {
 
@@ -22,8 +22,7 @@ void put(char* target, const char* bytes, int length) {
 }
 
 [[noreturn, gnu::cold, gnu::noinline]] void raiseInvalidArgument(const char* function) {
-  raise<KelConversionException>(untracedSite(nullptr, function, kSourcePath), failures::kInternalError,
-                                failures::kInternalError.text, std::string("Invalid argument for ") + function);
+  raiseInternalError(untracedSite(nullptr, function, kSourcePath), std::string("Invalid argument for ") + function);
 }
 void require(bool holds, const char* function) {
   if (!holds) [[unlikely]]
@@ -70,7 +69,7 @@ KelBlock<char> GrowingByteBuffer::makeRoom(int offset, int size, const char* fun
     return nullptr;
   if (needed > kMostBytes)
     raise<KelConversionException>(untracedSite(nullptr, function, kSourcePath), failures::kTooLong,
-                                  failures::kTooLong.text, static_cast<long>(needed));
+                                  static_cast<long>(needed));
   const std::int64_t capacity = std::clamp(2 * std::int64_t{capacity_}, std::max(needed, kFewestBytes), kMostBytes);
   KelBlock<char> block = allocateBlock<char>(static_cast<unsigned long>(capacity));
   put(block.get(), data_.get(), length_);

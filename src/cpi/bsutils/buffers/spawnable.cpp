@@ -1,8 +1,7 @@
 #include <algorithm>
 
 #include "buffers/sourcepath.hpp"
-#include "support/raise.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 #include "textbffr.hpp"
 
 using namespace oxr;
@@ -45,8 +44,8 @@ void SpawnableTextBufferReader::spawnTextBufferReader(int length) {
   const FunctionTrace trace(nullptr, "SpawnableTextBufferReader::spawnTextBufferReader", kTextBufferPath);
   // The present window answers, so an inner stretch cannot go beyond an outer one.
   if (!pointer->offsetAvailable(currentOffset, std::max(length, -1) - 1))
-    raise<KelConversionException>(trace.site(), failures::kInternalError,
-                                  "Trying to spawn buffer that extends beyond the length available to it.");
+    raiseBare<KelConversionException>(trace.site(), failures::kInternalError,
+                                      "Trying to spawn buffer that extends beyond the length available to it.");
   auto window = std::make_unique<KelBufferPointer>(pointer->buffer(), currentOffset, length, true);
   windowStack.push_back(std::move(pointer));
   pointer = std::move(window);

@@ -9,9 +9,8 @@
 #include "codepage/directpath.hpp"
 #include "codepage/singlebytepage.hpp"
 #include "cputils.hpp"
-#include "support/raise.hpp"
 #include "support/scratch.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 #include "textbffr.hpp"
 #include "values/textinplace.hpp"
 
@@ -238,13 +237,12 @@ bool TextBufferReader::getPWFString(KelWstring& target, int startOffset, int end
 PWFData TextBufferReader::getString(int startOffset, int endOffset, bool moveOffset) {
   const Trace trace("TextBufferReader::getString");
   if (startOffset > endOffset)
-    raise<KelConversionException>(trace.site(), failures::kInternalError,
-                                  numbered("Start offset greater than end offset. Start offset = ", startOffset) +
-                                      numbered(" End offset = ", endOffset));
+    raiseBare<KelConversionException>(trace.site(), failures::kInternalError,
+                                      numbered("Start offset greater than end offset. Start offset = ", startOffset) +
+                                          numbered(" End offset = ", endOffset));
   const int length = toLength(std::int64_t{endOffset} - startOffset);
   if (!pointer->moveOffsetWindow(startOffset, length, false))
-    raise<KelConversionException>(trace.site(), failures::kTextBufferTooShort, failures::kTextBufferTooShort.text,
-                                  dump(), startOffset, endOffset);
+    raise<KelConversionException>(trace.site(), failures::kTextBufferTooShort, dump(), startOffset, endOffset);
   PWFData text = shownText();
   if (moveOffset) leaveAt(endOffset);
   return text;
@@ -269,7 +267,8 @@ PWFData TextBufferReader::shownText() const {
 void TextBufferReader::toUnicode(unsigned short* target, int* targetLength, const char* source,
                                  int sourceLength) const {
   const Trace trace("TextBufferReader::toUnicode");
-  if (converter == nullptr) raise<KelConversionException>(trace.site(), failures::kInternalError, "no valid converter");
+  if (converter == nullptr)
+    raiseBare<KelConversionException>(trace.site(), failures::kInternalError, "no valid converter");
   const ConverterState kept(*converter, stateHeld);
   restart(*converter);
   Decoded text{0, 0, U_ILLEGAL_ARGUMENT_ERROR};
@@ -277,7 +276,7 @@ void TextBufferReader::toUnicode(unsigned short* target, int* targetLength, cons
     text = decode(*converter, source, source + sourceLength, {target, static_cast<std::size_t>(*targetLength)}, nullptr,
                   true);
   if (U_FAILURE(text.status))
-    raise<KelConversionException>(trace.site(), failures::kInternalError, "error convering to unicode",
-                                  static_cast<int>(text.status));
+    raiseBare<KelConversionException>(trace.site(), failures::kInternalError, "error convering to unicode",
+                                      static_cast<int>(text.status));
   *targetLength = text.units;
 }

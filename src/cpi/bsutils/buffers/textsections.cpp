@@ -9,9 +9,8 @@
 #include "buffers/sourcepath.hpp"
 #include "codepage/converterstate.hpp"
 #include "codepage/singlebytepage.hpp"
-#include "support/raise.hpp"
 #include "support/scratch.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 #include "textbffr.hpp"
 #include "values/textinplace.hpp"
 
@@ -38,8 +37,8 @@ class Trace : public FunctionTrace {
 };
 
 [[noreturn]] void raiseConversionError(const FailureSite& site, UErrorCode status) {
-  raise<KelConversionException>(site, failures::kInternalError,
-                                numbered("Conversion to unicode error. Error code: ", status));
+  raiseBare<KelConversionException>(site, failures::kInternalError,
+                                    numbered("Conversion to unicode error. Error code: ", status));
 }
 
 // The run of bytes from `start` up to the window's end.
@@ -115,9 +114,10 @@ bool TextBufferReader::getStringSection(PWFData& target, int charCount, bool mov
   if (charCount == 0) return trace.nothingToDo();
   const int start = resolved(startOffset);
   if (!pointer->moveOffsetWindow(start, 1, false))
-    raise<KelConversionException>(trace.site(), failures::kInternalError,
-                                  numbered("Invalid offset: ", start) +
-                                      numbered(" for buffer length: ", pointer->buffer()->bytesAvailable(0, false)));
+    raiseBare<KelConversionException>(
+        trace.site(), failures::kInternalError,
+        numbered("Invalid offset: ", start) +
+            numbered(" for buffer length: ", pointer->buffer()->bytesAvailable(0, false)));
   if (charCount < 0) {
     KelBufferedWstring<16u> text;
     readTerminated(trace.site(), text, start, moveOffset);
@@ -153,8 +153,7 @@ bool TextBufferReader::getStringSection(PWFData& target, int charCount, bool mov
 // Appends the text at `start` up to the next zero character, which is passed over.
 void TextBufferReader::readTerminated(const FailureSite& site, KelWstring& target, int start, bool moveOffset) {
   if (!pointer->moveOffsetWindow(start, 1, false) || pointer->windowLength() == 0)
-    raise<KelConversionException>(site, failures::kTextBufferTooShort, failures::kTextBufferTooShort.text, dump(),
-                                  start, ">= 1");
+    raise<KelConversionException>(site, failures::kTextBufferTooShort, dump(), start, ">= 1");
   pointer->setLength(maxBytes * kChunkUnits, true);
   pointer->extendLength(kCharacterSlack, true);
   ConverterState kept(*converter, stateHeld);
@@ -164,9 +163,7 @@ void TextBufferReader::readTerminated(const FailureSite& site, KelWstring& targe
   for (int chunkStart = start;;) {
     const char* const source = pointer->getOffsetPointer(chunkStart);
     const char* const end = pointer->getEndPointer();
-    if (end <= source)
-      raise<KelConversionException>(site, failures::kTerminatorNotFound, failures::kTerminatorNotFound.text, dump(),
-                                    start);
+    if (end <= source) raise<KelConversionException>(site, failures::kTerminatorNotFound, dump(), start);
     const Decoded chunk = decode(*converter, source, end, units, offsets.data(), showsEnd(*pointer));
     const char16_t* const begin = toIcu(units.data());
     if (const char16_t* const zero = u_memchr(begin, 0, chunk.units)) {

@@ -10,9 +10,8 @@
 #include "core/resumablerun.hpp"
 #include "kelalloc.hpp"
 #include "support/isrange.hpp"
-#include "support/raise.hpp"
 #include "support/scratch.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 #include "textbffr.hpp"
 #include "textbffrwriter.hpp"
 
@@ -63,12 +62,12 @@ int markRoomOf(const CPUnicodeConverter& page) {
 }
 
 [[noreturn]] void raiseNoConverter(const FailureSite& site) {
-  raise<KelConversionException>(site, failures::kInternalError, "no valid converter");
+  raiseBare<KelConversionException>(site, failures::kInternalError, "no valid converter");
 }
 
 [[noreturn]] void raiseConversionError(const FailureSite& site, UErrorCode status) {
-  raise<KelConversionException>(site, failures::kInternalError, "error converting from unicode",
-                                static_cast<int>(status));
+  raiseBare<KelConversionException>(site, failures::kInternalError, "error converting from unicode",
+                                    static_cast<int>(status));
 }
 
 FailureSite siteOf(const char* function, int line = __builtin_LINE()) {
@@ -207,7 +206,7 @@ void TextBufferWriter::appendBuf(TextBufferReader* reader, int startOffset, int 
   if (converter == nullptr) raiseNoConverter(trace.site());
   // The end must be there, not only what lies before it. Kept: TextBufferWriter.CopiesStretchesOfAReader.
   if (startOffset < 0 || endOffset < startOffset || !reader->offsetAvailable(endOffset))
-    raise<KelConversionException>(trace.site(), failures::kInternalError, "Cannot write past the end of buffer");
+    raiseBare<KelConversionException>(trace.site(), failures::kInternalError, "Cannot write past the end of buffer");
   const int length = endOffset - startOffset;
   if (length == 0) return;
   const char* const bytes = reader->buffer->getData(startOffset);

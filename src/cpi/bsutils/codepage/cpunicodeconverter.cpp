@@ -9,9 +9,8 @@
 #include "codepage/directpath.hpp"
 #include "kelconverter.hpp"
 #include "support/isrange.hpp"
-#include "support/raise.hpp"
 #include "support/scratch.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 
 using namespace oxr;
 
@@ -60,13 +59,12 @@ std::string messageName(int ccsid, EEndian endian) {
 }
 
 void requireConverter(const Trace& trace, UErrorCode status, const Failure& failure, int ccsid) {
-  if (U_FAILURE(status))
-    raise<KelRecoverableException>(trace.site(), failure, failure.text, ccsid, static_cast<int>(status));
+  if (U_FAILURE(status)) raise<KelRecoverableException>(trace.site(), failure, ccsid, static_cast<int>(status));
 }
 
 void requireConverted(const Trace& trace, UErrorCode status, const char* text) {
   if (U_FAILURE(status))
-    raise<KelConversionException>(trace.site(), failures::kInternalError, text, static_cast<int>(status));
+    raiseBare<KelConversionException>(trace.site(), failures::kInternalError, text, static_cast<int>(status));
 }
 
 // The first stretch of a conversion, on the way around ICU. True when that was all: the source is used up, or the room.
@@ -103,8 +101,7 @@ CPUnicodeConverter::CPUnicodeConverter(int ccsid, EEndian endian) : CPBaseUnicod
   status = shared->status();
   converter.adoptInstead(cloneInto(cloneBuffer, cloneSize, shared->converter(), status));
   if (status == U_INVALID_TABLE_FORMAT || status == U_INVALID_TABLE_FILE || status == U_FILE_ACCESS_ERROR)
-    raise<KelRecoverableException>(trace.site(), failures::kInvalidCodePage, failures::kInvalidCodePage.text, ccsid,
-                                   name);
+    raise<KelRecoverableException>(trace.site(), failures::kInvalidCodePage, ccsid, name);
   requireConverter(trace, status, failures::kConverterCreation, ccsid);
   ucnv_setToUCallBack(converter.getAlias(), substituteAllButTruncation, nullptr, nullptr, nullptr, &status);
   requireConverter(trace, status, failures::kConverterSetup, ccsid);

@@ -8,9 +8,8 @@
 
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
-#include "support/raise.hpp"
 #include "support/scratch.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 #include "values/textinplace.hpp"
 
 using namespace oxr;
@@ -96,8 +95,7 @@ UErrorCode DataCnv::toUnicodeString(KelWstring& out, const unsigned char* bytes,
   const FunctionTrace trace(this, "DataCnv::toUnicodeString", kDataCnvPath);
   const CPUnicodeConverter& page = *getConverter();
   if (size < page.getMinBytesPerChar())
-    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
-                                  numbered("size < MinBytesPerChar for codepage: ", ccsid));
+    raiseInternalError(trace.site(), numbered("size < MinBytesPerChar for codepage: ", ccsid));
   UErrorCode status = U_ZERO_ERROR;
   page.toUnicodeString(out, reinterpret_cast<const char*>(bytes), size, status);
   return status;
@@ -130,7 +128,7 @@ icu::DecimalFormat* DataCnv::getDecimalFormatter() {
       if (made == nullptr)
         raise<KelRecoverableException>(untracedSite(nullptr, "DataCnv::getDecimalFormatter", kDataCnvHeaderPath),
                                        failures::kDecimalFormatter, failures::kDecimalFormatter.text,
-                                       failures::kDecimalFormatter.text, static_cast<int>(status));
+                                       static_cast<int>(status));
       _exponentSymbol = made->getDecimalFormatSymbols()->getConstSymbol(icu::DecimalFormatSymbols::kExponentialSymbol);
       _otherCaseExponentSymbol = otherCase(_exponentSymbol);
       _symbolsAreAscii = hasAsciiSymbols(*made->getDecimalFormatSymbols());

@@ -5,8 +5,7 @@
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
-#include "support/raise.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 
 using namespace oxr;
 
@@ -38,7 +37,7 @@ double powerOfTen(int power) {
 void DataCnv::validateDecimal(const KelWstring& text, ESign sign) {
   const FunctionTrace trace(this, "DataCnv::validateDecimal", kDataCnvPath);
   if (!core::isDecimalText(text.view(), sign != eSignTrailingSeparate)) [[unlikely]]
-    raise<KelConversionException>(trace.site(), failures::kInvalidData, failures::kInvalidData.text, "decimal", text);
+    raise<KelConversionException>(trace.site(), failures::kInvalidData, "decimal", text);
 }
 
 bool DataCnv::isDecimalValid(const KelWstring& text, bool pointRequired) {

@@ -16,9 +16,8 @@
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
-#include "support/raise.hpp"
 #include "support/scratch.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 #include "values/textinplace.hpp"
 
 using namespace oxr;
@@ -74,7 +73,7 @@ class EncodedText {
 bool mendSignByte(const FailureSite& site, core::Overpunch code, unsigned char& byte) {
   const core::SignByte read = core::readOverpunch(code, byte);
   if (!read.valid) [[unlikely]]
-    raise<KelConversionException>(site, failures::kInvalidData, failures::kInvalidData.text,
+    raise<KelConversionException>(site, failures::kInvalidData,
                                   code == core::Overpunch::ebcdic ? "External decimal - Invalid Positive sign code"
                                                                   : "External decimal - Custom Sign EBCDIC",
                                   static_cast<int>(byte));
@@ -95,10 +94,9 @@ ExternalForm formOf(ESign sign, EJustification justification, int padChar, bool 
 
 void requireField(const FailureSite& site, const unsigned char* source, int size, const char* badSize) {
   if (source == nullptr) [[unlikely]]
-    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text, "Null input pointer");
+    raiseInternalError(site, "Null input pointer");
   if (size <= 0) [[unlikely]]
-    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
-                                  numbered(badSize, size));
+    raiseInternalError(site, numbered(badSize, size));
 }
 
 // Whether a digit that is also the pad stands where padding would.
@@ -136,8 +134,8 @@ void DataCnv::ExtDecPadData(KelWstring& text, int targetLength, int paddingBytes
   if (missing == 0) return;
   const int padSize = GetPadCharLen(padChar);
   if (padSize == 0 || paddingBytes % padSize != 0)
-    raise<KelParserException>(trace.site(), failures::kInvalidPaddingSize, failures::kInvalidPaddingSize.text,
-                              padCharDump(padChar), padSize, targetLength, ccsid);
+    raise<KelParserException>(trace.site(), failures::kInvalidPaddingSize, padCharDump(padChar), padSize, targetLength,
+                              ccsid);
   const int count = static_cast<int>(std::clamp<std::int64_t>(missing, 0, std::numeric_limits<int>::max()));
   if (padCharIsUnicode) {
     PadData(text, count, justification, padChar, true);

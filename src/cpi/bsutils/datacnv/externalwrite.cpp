@@ -11,8 +11,7 @@
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
-#include "support/raise.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 
 using namespace oxr;
 
@@ -23,11 +22,9 @@ const bool posEbcdicOverpunch = std::getenv("NVRA_POSITIVE_EBCDIC_OVERPUNCH") !=
 
 void requireTarget(const FailureSite& site, const unsigned char* target, int size) {
   if (target == nullptr) [[unlikely]]
-    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
-                                  "Null output buffer pointer");
+    raiseInternalError(site, "Null output buffer pointer");
   if (size < 1) [[unlikely]]
-    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
-                                  numbered("Invalid output buffer size: ", size));
+    raiseInternalError(site, numbered("Invalid output buffer size: ", size));
 }
 
 int negated(int places) {
@@ -39,11 +36,9 @@ int encode(const FailureSite& site, DataCnv& converter, const KelWstring& text, 
   int used = size;
   const UErrorCode status = converter.fromUnicodeString(text, target, used);
   if (status == U_BUFFER_OVERFLOW_ERROR)
-    raise<KelConversionException>(site, failures::kTooLong, failures::kTooLong.text, "string", "external decimal", size,
-                                  text);
+    raise<KelConversionException>(site, failures::kTooLong, "string", "external decimal", size, text);
   if (U_FAILURE(status))
-    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
-                                  numbered("Conversion to unicode string failed. Error code: ", status));
+    raiseInternalError(site, numbered("Conversion to unicode string failed. Error code: ", status));
   return used;
 }
 
@@ -138,8 +133,7 @@ void DataCnv::padExternal(KelWstring& digits, int characters, int freeBytes, boo
                           const ExternalForm& form) {
   if (form.sign == eSignNone && negative) {
     insertUnit(digits, 0, '-');
-    raise<KelConversionException>(site, failures::kOutOfBounds, failures::kOutOfBounds.text, "signed number",
-                                  "unsigned external decimal", digits);
+    raise<KelConversionException>(site, failures::kOutOfBounds, "signed number", "unsigned external decimal", digits);
   }
   if (!isKnownSign(form.sign)) return;
   const bool isSeparate = form.sign != eSignNone && !isIncluded(form.sign);
@@ -193,9 +187,7 @@ void DataCnv::ExtDecFromDec(const unsigned short* text, unsigned char* target, i
 void DataCnv::writeZonedTraced(const unsigned short* text, unsigned char* target, int& size, int virtualDecimalPoint,
                                const ExternalForm& form) {
   const FunctionTrace trace(this, "DataCnv::ExtDecFromDec", kDataCnvPath);
-  if (text == nullptr)
-    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
-                                  "Null input pointer");
+  if (text == nullptr) raiseInternalError(trace.site(), "Null input pointer");
   requireTarget(trace.site(), target, size);
   if (writeQuickly(text, target, size, virtualDecimalPoint, form)) return;
   KelBufferedWstring<16u> digits{UnitView(text)};

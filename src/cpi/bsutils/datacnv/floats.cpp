@@ -7,8 +7,7 @@
 #include "core/scaling.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
-#include "support/raise.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 #include "values/textinplace.hpp"
 
 using namespace oxr;

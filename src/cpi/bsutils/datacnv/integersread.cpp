@@ -5,8 +5,7 @@
 #include "core/scaling.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
-#include "support/raise.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 #include "values/textinplace.hpp"
 
 using namespace oxr;
@@ -61,8 +60,8 @@ template <class T>
   const T value = field.value<T>();
   if constexpr (std::is_signed_v<T>) {
     if (field.overflows(value))
-      raise<KelConversionException>(trace.site(), failures::kTooLong, reading.overflowText, "integer",
-                                    reading.widthText, static_cast<int>(sizeof(T)), value);
+      raiseBare<KelConversionException>(trace.site(), failures::kTooLong, reading.overflowText, "integer",
+                                        reading.widthText, static_cast<int>(sizeof(T)), value);
   }
   return value;
 }
@@ -83,8 +82,8 @@ T read(const KelLogSource* source, const Reading& reading, Field field) {
 void DataCnv::SwapEnds(unsigned char* target, const unsigned char* source, int length) {
   // These failures go without the usual first insert: SwapEnds.RefusesInOrderWithoutTheUsualFirstInsert.
   const auto refuse = [](const auto& detail, int line = __builtin_LINE()) {
-    raise<KelConversionException>(untracedSite(nullptr, "DataCnv::SwapEnds", kDataCnvHeaderPath, line),
-                                  failures::kInternalError, detail);
+    raiseBare<KelConversionException>(untracedSite(nullptr, "DataCnv::SwapEnds", kDataCnvHeaderPath, line),
+                                      failures::kInternalError, detail);
   };
   if (source == nullptr) refuse("Null input pointer");
   if (target == nullptr) refuse("Null output buffer pointer");

@@ -9,8 +9,7 @@
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
-#include "support/raise.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 
 using namespace oxr;
 
@@ -88,9 +87,9 @@ template <class T>
   if (!field.range().holds(PWFInt64{value})) {
     const std::string text = std::string("Overflow converting a ") + writing.type + " to " + field.range().type;
     // The value goes into the message as a signed one of its width: Integers.RefuseWhatDoesNotFit.
-    raise<KelConversionException>(trace.site(), failures::kTooLong, text, "integer",
-                                  std::to_string(size) + writing.width, size,
-                                  static_cast<std::make_signed_t<T>>(value));
+    raiseBare<KelConversionException>(trace.site(), failures::kTooLong, text, "integer",
+                                      std::to_string(size) + writing.width, size,
+                                      static_cast<std::make_signed_t<T>>(value));
   }
   field.store(static_cast<std::uint64_t>(value));
 }
@@ -134,7 +133,7 @@ void DataCnv::IntFromDbl(double value, unsigned char* target, int size, ESign si
   if (!field.isKnownSize(kMaxSize)) raiseInternalError(trace.site(), numbered("Invalid integer size: ", size));
   const double scaled = core::scaledByTens(value, virtualDecimalPoint);
   if (!field.range().holds(scaled))
-    raise<KelConversionException>(trace.site(), failures::kOutOfBounds, failures::kOutOfBounds.text, "double float",
+    raise<KelConversionException>(trace.site(), failures::kOutOfBounds, "double float",
                                   (field.isSigned ? "signed " : "unsigned ") + std::to_string(size) + "-byte integer",
                                   scaled);
   field.store(truncated(scaled, field.isSigned));

@@ -7,8 +7,7 @@
 #include "cputils.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
-#include "support/raise.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 #include "values/textinplace.hpp"
 
 using namespace oxr;
@@ -61,8 +60,8 @@ void DataCnv::ValidatePackedDecimal(const unsigned char* nibbles, int count, ESi
   const FunctionTrace trace(this, "DataCnv::ValidatePackedDecimal", kDataCnvPath);
   const auto fault = core::packedFault({nibbles, static_cast<std::size_t>(std::max(count, 0))}, sign != eSignNone);
   if (fault != core::PackedFault::none)
-    raise<KelConversionException>(trace.site(), failures::kInvalidData, failures::kInvalidData.text,
-                                  kFaultTexts[static_cast<int>(fault)], CPUtils::binaryDump(rawField, count / 2));
+    raise<KelConversionException>(trace.site(), failures::kInvalidData, kFaultTexts[static_cast<int>(fault)],
+                                  CPUtils::binaryDump(rawField, count / 2));
 }
 
 // The frequent case makes no call and keeps all in registers: a short field, good, its point behind one of its digits,
@@ -89,12 +88,8 @@ PWFData DataCnv::PckdDecToDec(const unsigned char* source, int size, int virtual
 // All cases, with trace and argument tests; the member itself keeps to the frequent one.
 PWFData DataCnv::readPackedTraced(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(this, "DataCnv::PckdDecToDec", kDataCnvPath);
-  if (source == nullptr)
-    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
-                                  "Null input pointer");
-  if (size <= 0)
-    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
-                                  numbered("Invalid input size: ", size));
+  if (source == nullptr) raiseInternalError(trace.site(), "Null input pointer");
+  if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid input size: ", size));
   const core::PackedField field(source, size, packedEndian == eEndianLittle);
   if (debugTraceOn() || !field.isGood(sign != eSignNone)) refusePacked(field, sign, source);
   return shiftedValue(field, virtualDecimalPoint);
@@ -148,13 +143,10 @@ void DataCnv::writePackedTraced(const unsigned short* text, unsigned char* targe
                                 ESign sign) {
   static constexpr unsigned short kNoText[] = {0};
   const FunctionTrace trace(this, "DataCnv::PckdDecFromDec", kDataCnvPath);
-  if (target == nullptr)
-    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
-                                  "Null output buffer pointer");
+  if (target == nullptr) raiseInternalError(trace.site(), "Null output buffer pointer");
   if (text == nullptr) text = kNoText;
   const auto raiseTooLong = [&] {
-    raise<KelConversionException>(trace.site(), failures::kTooLong, failures::kTooLong.text, "decimal",
-                                  "packed decimal", size, text);
+    raise<KelConversionException>(trace.site(), failures::kTooLong, "decimal", "packed decimal", size, text);
   };
   core::DigitBuffer buffer;
   core::IntegerDigits number;

@@ -8,17 +8,15 @@
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
-#include "support/raise.hpp"
 #include "support/scratch.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 
 using namespace oxr;
 
 namespace {
 
 [[noreturn]] void raiseInvalidPadding(const FailureSite& site, unsigned short padChar, int ccsid) {
-  raise<KelParserException>(site, failures::kInvalidPadding, failures::kInvalidPadding.text, padCharDump(padChar),
-                            ccsid);
+  raise<KelParserException>(site, failures::kInvalidPadding, padCharDump(padChar), ccsid);
 }
 
 // The bytes of one pad character.
@@ -35,9 +33,7 @@ PadSequence encodePad(const FailureSite& site, CPUnicodeConverter& converter, un
   const unsigned short* source = &padChar;
   UErrorCode status = U_ZERO_ERROR;
   converter.fromUnicode(end, begin + pad.bytes.size(), source, source + 1, nullptr, true, status);
-  if (U_FAILURE(status))
-    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
-                                  "Error converting from unicode", static_cast<int>(status));
+  if (U_FAILURE(status)) raiseInternalError(site, "Error converting from unicode", static_cast<int>(status));
   pad.count = static_cast<std::size_t>(end - begin);
   return pad;
 }
@@ -80,8 +76,7 @@ void DataCnv::PadData(unsigned char* end, int padLength, int dataLength, EJustif
                       unsigned short padChar, bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::PadData", kDataCnvPath);
   if (end == nullptr || padLength < 0 || dataLength < 0)
-    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
-                                  "Invalid argument for DataCnv::PadData");
+    raiseInternalError(trace.site(), "Invalid argument for DataCnv::PadData");
   if (padLength == 0) return;
   const std::size_t room = static_cast<std::size_t>(padLength);
   const int minBytes = getConverter()->getMinBytesPerChar();
@@ -89,8 +84,8 @@ void DataCnv::PadData(unsigned char* end, int padLength, int dataLength, EJustif
                                            : rawPad(trace.site(), minBytes, padChar, padLength, ccsid);
   // A character that the code page leaves out has no bytes, and so fills nothing.
   if (padCharIsUnicode && (pad.count == 0 || room % pad.count != 0))
-    raise<KelParserException>(trace.site(), failures::kInvalidPaddingSize, failures::kInvalidPaddingSize.text,
-                              padCharDump(padChar), padLength, minBytes, ccsid);
+    raise<KelParserException>(trace.site(), failures::kInvalidPaddingSize, padCharDump(padChar), padLength, minBytes,
+                              ccsid);
   if (justification != eJustifyRight) {
     core::repeat({end, room}, pad.view());
     return;
@@ -105,9 +100,8 @@ void DataCnv::PadString(KelWstring& text, int targetLength, int contentLength, u
                         EJustification justification, bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::PadString", kDataCnvPath);
   if (targetLength < contentLength || targetLength < 0)
-    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
-                                  numbered("Invalid input length: ", targetLength) +
-                                      numbered(" Expected string length after padding: ", contentLength));
+    raiseInternalError(trace.site(), numbered("Invalid input length: ", targetLength) +
+                                         numbered(" Expected string length after padding: ", contentLength));
   if (contentLength >= 0) {
     const auto content = static_cast<unsigned>(contentLength);
     if (text.length() > content)
@@ -117,9 +111,7 @@ void DataCnv::PadString(KelWstring& text, int targetLength, int contentLength, u
   }
   // Below 0, the content is the whole text: nothing but a wrong result can come of it, even where the sum wraps.
   PadData(text, static_cast<int>(std::int64_t{targetLength} - contentLength), justification, padChar, padCharIsUnicode);
-  if (text.length() != static_cast<unsigned>(targetLength))
-    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
-                                  "Data padding failed");
+  if (text.length() != static_cast<unsigned>(targetLength)) raiseInternalError(trace.site(), "Data padding failed");
 }
 
 int DataCnv::GetPadCharLen(unsigned short padChar) {
@@ -130,10 +122,9 @@ int DataCnv::GetPadCharLen(unsigned short padChar) {
   int size = capacity;
   const UErrorCode status = fromUnicodeString(pad, bytes.data(), size);
   if (status == U_BUFFER_OVERFLOW_ERROR)
-    raise<KelConversionException>(trace.site(), failures::kOutOfBounds, failures::kOutOfBounds.text, "integer",
+    raise<KelConversionException>(trace.site(), failures::kOutOfBounds, "integer",
                                   numbered("string (", capacity) + " bytes)", padChar);
   if (U_FAILURE(status))
-    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
-                                  numbered("Conversion to unicode string failed. Error code: ", status));
+    raiseInternalError(trace.site(), numbered("Conversion to unicode string failed. Error code: ", status));
   return size;
 }

@@ -4,7 +4,7 @@
 #include "dataconv.hpp"
 #include "kellocale.hpp"
 #include "kelwstringconvertor.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 
 using oxr::FunctionTrace;
 using oxr::kDataCnvPath;

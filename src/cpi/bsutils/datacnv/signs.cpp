@@ -4,8 +4,7 @@
 #include "datacnv/signform.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
-#include "support/raise.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 
 using namespace oxr;
 
@@ -22,8 +21,7 @@ UnitView orEmpty(const unsigned short* table) {
 }
 
 [[noreturn]] void raiseSignType(const FailureSite& site, ESign sign) {
-  raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
-                                numbered("Invalid sign type: ", sign));
+  raiseInternalError(site, numbered("Invalid sign type: ", sign));
 }
 
 // Any unit but a digit counts as folded; whether a digit comes out is for later checks. An empty text carries no sign.

@@ -11,8 +11,7 @@
 #include "datacnv/textedit.hpp"
 #include "datacnv/textfield.hpp"
 #include "dataconv.hpp"
-#include "support/raise.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 #include "values/textinplace.hpp"
 
 namespace oxr {
@@ -49,21 +48,17 @@ static_assert(std::size(kStrictFailures) == static_cast<std::size_t>(core::Stric
 [[noreturn]] void refuse(const FailureSite& site, const Failure& failure, const NumberField& field) {
   const KelWstring untouched(field.view());
   if (failure.number == failures::kStrictPlaces.number)
-    raise<KelConversionException>(site, failure, failure.text, untouched, field.precision);
-  raise<KelConversionException>(site, failure, failure.text, untouched);
-}
-
-template <class... Details>
-[[noreturn]] void raiseInternal(const FailureSite& site, const Details&... details) {
-  raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text, details...);
+    raise<KelConversionException>(site, failure, untouched, field.precision);
+  raise<KelConversionException>(site, failure, untouched);
 }
 
 void requireField(const FailureSite& site, const NumberKind& kind, const NumberField& field) {
-  if (field.text == nullptr) raiseInternal(site, "Null input pointer");
-  if (field.length < 0) raise<KelConversionException>(site, failures::kInvalidData, kind.negativeLength, kind.word, "");
-  if (field.minusText == nullptr || field.plusText == nullptr) raiseInternal(site, "Null sign string pointer");
-  if (field.decimalPoint == nullptr) raiseInternal(site, "Null decimal point string pointer");
-  if (isIncluded(field.sign)) raiseInternal(site, numbered("Sign type invalid for context: ", field.sign));
+  if (field.text == nullptr) raiseInternalError(site, "Null input pointer");
+  if (field.length < 0)
+    raiseBare<KelConversionException>(site, failures::kInvalidData, kind.negativeLength, kind.word, "");
+  if (field.minusText == nullptr || field.plusText == nullptr) raiseInternalError(site, "Null sign string pointer");
+  if (field.decimalPoint == nullptr) raiseInternalError(site, "Null decimal point string pointer");
+  if (isIncluded(field.sign)) raiseInternalError(site, numbered("Sign type invalid for context: ", field.sign));
 }
 
 // A "." where the message has a point of its own; some messages may have both.
@@ -120,8 +115,7 @@ bool DataCnv::numberFrom(const FailureSite& site, const NumberKind& kind, const 
   if (kind.isDouble) ReplaceExponentialSign(text, field.minusText, field.plusText);
   if (field.useVirtualDecimalPoint) adjustDecimalForString(text, field.precision);
   if (!isDecimalValid(text, !field.useVirtualDecimalPoint && field.precision == core::kExplicitPoint))
-    raise<KelConversionException>(site, failures::kInvalidData, failures::kInvalidData.text, "string",
-                                  KelWstring(field.view()));
+    raise<KelConversionException>(site, failures::kInvalidData, "string", KelWstring(field.view()));
   return negative;
 }
 
@@ -198,10 +192,10 @@ PWFData DataCnv::StrToDec(const unsigned short* text, int& length, ETrimType tri
 
 PWFData DataCnv::StrToDec(const unsigned char* bytes, int& length, int scale) {
   const FunctionTrace trace(this, "DataCnv::StrToDec", kDataCnvPath);
-  if (bytes == nullptr) raiseInternal(trace.site(), "Null input pointer");
+  if (bytes == nullptr) raiseInternalError(trace.site(), "Null input pointer");
   // A length of 0 passes in spite of the words: NumbersFromText.BytesBecomeDecimals.
   if (length < 0)
-    raise<KelConversionException>(trace.site(), failures::kInvalidData, kDecimal.negativeLength, kDecimal.word, "");
+    raiseBare<KelConversionException>(trace.site(), failures::kInvalidData, kDecimal.negativeLength, kDecimal.word, "");
   PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});
   KelWstring& text = TextValue::text(value);
   toUnicodeString(text, bytes, length);

@@ -7,9 +7,8 @@
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
 #include "support/isrange.hpp"
-#include "support/raise.hpp"
 #include "support/scratch.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 
 using namespace oxr;
 
@@ -42,9 +41,7 @@ void encode(const FailureSite& site, CPUnicodeConverter& converter, char*& targe
     status = U_ZERO_ERROR;
     converter.fromUnicode(target, limit, text, text + length, nullptr, true, status);
   }
-  if (U_FAILURE(status))
-    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
-                                  "Error converting from unicode", static_cast<int>(status));
+  if (U_FAILURE(status)) raiseInternalError(site, "Error converting from unicode", static_cast<int>(status));
 }
 
 }  // namespace
@@ -65,7 +62,7 @@ double DataCnv::parsedDouble(const FailureSite& site, const KelWstring& text) {
   static_cast<const icu::NumberFormat&>(formatter).parse(units, number, status);
   // A point alone counts as zero: NumbersFromText.CanonicalTextIsReadAsFarAsItGoes.
   if (U_FAILURE(status) && !text.view().starts_with(u'.'))
-    raise<KelConversionException>(site, failures::kInvalidData, failures::kInvalidData.text, "string", text);
+    raise<KelConversionException>(site, failures::kInvalidData, "string", text);
   return valueOf(number);
 }
 
@@ -92,7 +89,7 @@ double DataCnv::systemDouble(const FailureSite& site, const unsigned short* text
   char* endOfNumber = nullptr;
   const double value = strtod_l(chars.data(), &endOfNumber, plainLocale());
   if (endOfNumber != endOfText)
-    raise<KelConversionException>(site, failures::kInvalidData, failures::kInvalidData.text, "string",
+    raise<KelConversionException>(site, failures::kInvalidData, "string",
                                   KelWstring(text, static_cast<unsigned>(length)));
   return value;
 }
@@ -100,8 +97,8 @@ double DataCnv::systemDouble(const FailureSite& site, const unsigned short* text
 double DataCnv::StrToDbl(const unsigned short* text, int length) {
   const FunctionTrace trace(this, "DataCnv::StrToDbl", kDataCnvPath);
   if (length < 0)
-    raise<KelConversionException>(trace.site(), failures::kInvalidData,
-                                  "Tried to convert a zero length string to a double", "float");
+    raiseBare<KelConversionException>(trace.site(), failures::kInvalidData,
+                                      "Tried to convert a zero length string to a double", "float");
   if (text != nullptr && !debugTraceOn()) [[likely]] {
     if (const auto value = core::readPlainDouble({text, static_cast<unsigned>(length)})) return *value;
   }

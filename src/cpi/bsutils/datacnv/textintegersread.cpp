@@ -8,8 +8,7 @@
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textfield.hpp"
 #include "dataconv.hpp"
-#include "support/raise.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 
 namespace oxr {
 
@@ -46,14 +45,11 @@ constexpr IntegerKind kInt64 = {"Null input pointer passed into DataCnv::StrToIn
                                 "8-byte integer"};
 
 void requireField(const FailureSite& site, const IntegerKind& kind, const TextField& field) {
-  if (field.text == nullptr)
-    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text, kind.nullText);
-  if (field.length < 0) raise<KelConversionException>(site, failures::kInvalidData, kind.negativeLength, "integer");
-  if (field.minusText == nullptr || field.plusText == nullptr)
-    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text, kind.nullSignText);
+  if (field.text == nullptr) raiseInternalError(site, kind.nullText);
+  if (field.length < 0) raiseBare<KelConversionException>(site, failures::kInvalidData, kind.negativeLength, "integer");
+  if (field.minusText == nullptr || field.plusText == nullptr) raiseInternalError(site, kind.nullSignText);
   if (isIncluded(field.sign) && !kind.takesIncludedSigns)
-    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
-                                  numbered("Sign type invalid for context: ", field.sign));
+    raiseInternalError(site, numbered("Sign type invalid for context: ", field.sign));
 }
 
 // The value of a frequent field: ASCII digits, fewer than any limit has.
@@ -84,10 +80,9 @@ PWFUInt64 DataCnv::integerFrom(const FailureSite& site, const IntegerKind& kind,
   if (digits.length() == 0) return 0;
   const bool negative = CheckSign(digits, field.sign, field.minusText, field.plusText);
   if (!std::all_of(digits.view().begin(), digits.view().end(), isDigit))
-    raise<KelConversionException>(site, failures::kInvalidData, failures::kInvalidData.text, "string", digits);
+    raise<KelConversionException>(site, failures::kInvalidData, "string", digits);
   if (!core::isWithin(digits.view(), negative ? kind.negativeLimit : kind.positiveLimit))
-    raise<KelConversionException>(site, failures::kOutOfBounds, failures::kOutOfBounds.text, "string", kind.width,
-                                  KelWstring(field.view()));
+    raise<KelConversionException>(site, failures::kOutOfBounds, "string", kind.width, KelWstring(field.view()));
   // The magnitude first and the minus last lets the least value in.
   const PWFUInt64 magnitude = core::sumOfDigits(digits.view());
   return negative ? 0 - magnitude : magnitude;
@@ -122,9 +117,8 @@ PWFInt64 DataCnv::UStringToInt64(const KelWstring& digits) {
   const core::IntegerReading reading = core::readInteger(digits.view());
   using Fault = core::IntegerReading::Fault;
   if (reading.fault == Fault::noDigit)
-    raise<KelConversionException>(trace.site(), failures::kInvalidData, failures::kInvalidData.text, "string", digits);
+    raise<KelConversionException>(trace.site(), failures::kInvalidData, "string", digits);
   if (reading.fault == Fault::outOfBounds)
-    raise<KelConversionException>(trace.site(), failures::kOutOfBounds, failures::kOutOfBounds.text, "string",
-                                  "8-byte integer", digits);
+    raise<KelConversionException>(trace.site(), failures::kOutOfBounds, "string", "8-byte integer", digits);
   return reading.value;
 }

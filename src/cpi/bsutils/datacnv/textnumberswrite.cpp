@@ -13,8 +13,7 @@
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
 #include "kelutility.hpp"
-#include "support/raise.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 #include "values/textinplace.hpp"
 
 namespace oxr {
@@ -59,21 +58,17 @@ std::unique_ptr<icu::DecimalFormat> makeNotation(const icu::DecimalFormat& forma
   return made;
 }
 
-[[noreturn]] void raiseInternal(const FailureSite& site, const std::string& what) {
-  raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text, what);
-}
-
 void requireLook(const FailureSite& site, const FieldLook& look) {
-  if (look.length < 1) raiseInternal(site, numbered("Invalid output buffer length: ", look.length));
-  if (look.minusText == nullptr || look.plusText == nullptr) raiseInternal(site, "Null sign string pointer");
-  if (isIncluded(look.sign)) raiseInternal(site, numbered("Sign type invalid for context: ", look.sign));
+  if (look.length < 1) raiseInternalError(site, numbered("Invalid output buffer length: ", look.length));
+  if (look.minusText == nullptr || look.plusText == nullptr) raiseInternalError(site, "Null sign string pointer");
+  if (isIncluded(look.sign)) raiseInternalError(site, numbered("Sign type invalid for context: ", look.sign));
 }
 
 // A value that a field cannot show: below zero without a sign, or too long. `shown` is the value or its text.
 template <class Shown>
 [[noreturn]] void raiseOutOfBounds(const FailureSite& site, const char* type, const std::string& target,
                                    const Shown& shown) {
-  raise<KelConversionException>(site, failures::kOutOfBounds, failures::kOutOfBounds.text, type, target, shown);
+  raise<KelConversionException>(site, failures::kOutOfBounds, type, target, shown);
 }
 std::string characters(int count) {
   return numbered("string (", count) + " characters)";
@@ -83,7 +78,7 @@ std::string characters(int count) {
 // sets to the text's length.
 template <class Format>
 void writeBuffer(const FailureSite& site, unsigned short* out, const int& length, Format format) {
-  if (out == nullptr) raiseInternal(site, "Null output buffer pointer");
+  if (out == nullptr) raiseInternalError(site, "Null output buffer pointer");
   KelBufferedWstring<16u> text;
   format(text);
   std::copy_n(text.characters(), static_cast<unsigned>(length), out);
@@ -247,7 +242,7 @@ void DataCnv::StrFromDec(const unsigned short* value, KelWstring& out, int& leng
                          const unsigned short* plusText, bool padField, EJustification justification,
                          unsigned short padChar, bool padCharIsUnicode, bool showPlus) {
   const FunctionTrace trace(this, "DataCnv::StrFromDec", kDataCnvPath);
-  if (value == nullptr) raiseInternal(trace.site(), "Null input pointer");
+  if (value == nullptr) raiseInternalError(trace.site(), "Null input pointer");
   FieldLook look{length, sign, minusText, plusText, padField, justification, padChar, padCharIsUnicode, showPlus};
   requireLook(trace.site(), look);
   KelBufferedWstring<16u> text{UnitView(value)};
@@ -258,8 +253,7 @@ void DataCnv::StrFromDec(const unsigned short* value, KelWstring& out, int& leng
   padDigits(text, look, negative);
   signAndPad(text, look, text[0] == '-');
   if (text.length() > static_cast<unsigned>(length))
-    raise<KelConversionException>(trace.site(), failures::kTooLong, failures::kTooLong.text, "decimal", "string",
-                                  length, value);
+    raise<KelConversionException>(trace.site(), failures::kTooLong, "decimal", "string", length, value);
   out.assign(text);
   length = static_cast<int>(text.length());
 }
@@ -277,24 +271,24 @@ void DataCnv::StrFromDec(const unsigned short* value, unsigned short* out, int& 
 
 void DataCnv::StrFromDec(const unsigned short* value, unsigned char* bytes, int& size, int scale) {
   const FunctionTrace trace(this, "DataCnv::StrFromDec", kDataCnvPath);
-  if (value == nullptr) raiseInternal(trace.site(), "Null input pointer");
-  if (bytes == nullptr) raiseInternal(trace.site(), "Null output buffer pointer");
-  if (size < 1) raiseInternal(trace.site(), numbered("Invalid output buffer size: ", size));
+  if (value == nullptr) raiseInternalError(trace.site(), "Null input pointer");
+  if (bytes == nullptr) raiseInternalError(trace.site(), "Null output buffer pointer");
+  if (size < 1) raiseInternalError(trace.site(), numbered("Invalid output buffer size: ", size));
   KelBufferedWstring<16u> text{UnitView(value)};
   validateDecimal(text, eSignLeadingSeparate);
   adjustDecimalForString(text, -std::max(scale, -std::numeric_limits<int>::max()));
   const int room = size;
   const UErrorCode status = fromUnicodeString(text, bytes, size);
   if (status == U_BUFFER_OVERFLOW_ERROR)
-    raise<KelConversionException>(trace.site(), failures::kTooLong, failures::kTooLong.text, "decimal", "string",
-                                  numbered("", room) + " bytes", text);
+    raise<KelConversionException>(trace.site(), failures::kTooLong, "decimal", "string", numbered("", room) + " bytes",
+                                  text);
   if (U_FAILURE(status))
-    raiseInternal(trace.site(), numbered("Conversion to unicode string failed. Error code: ", status));
+    raiseInternalError(trace.site(), numbered("Conversion to unicode string failed. Error code: ", status));
 }
 
 void DataCnv::StrFromDbl(double value, unsigned short* out, int& length) {
   const FunctionTrace trace(this, "DataCnv::StrFromDbl", kDataCnvPath);
-  if (out == nullptr) raiseInternal(trace.site(), "Null output buffer pointer");
+  if (out == nullptr) raiseInternalError(trace.site(), "Null output buffer pointer");
   KelBufferedWstring<16u> text;
   doubleToUString(value, text, true);
   if (std::int64_t{text.length()} >= length) raiseOutOfBounds(trace.site(), "double", characters(length), value);

@@ -9,9 +9,8 @@
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
 #include "support/emptystring.hpp"
-#include "support/raise.hpp"
 #include "support/scratch.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 #include "values/textinplace.hpp"
 
 using namespace oxr;
@@ -120,8 +119,8 @@ void DataCnv::TLOGPckdDecToDec(const unsigned char* source, KelWstring& target, 
   Scratch<unsigned short, kUsualText> buffer(field.textRoom());
   const auto text = field.decimalText(buffer.data());
   if (!text)
-    raise<KelConversionException>(trace.site(), failures::kInvalidData, failures::kInvalidData.text,
-                                  "TLOG packed decimal", CPUtils::binaryDump(source, size));
+    raise<KelConversionException>(trace.site(), failures::kInvalidData, "TLOG packed decimal",
+                                  CPUtils::binaryDump(source, size));
   insertInFront(target, *text);
 }
 
@@ -157,11 +156,9 @@ unsigned char* DataCnv::TLOGPWFDataToPckdDecimal(PWFData& value, unsigned char* 
   const UnitView units(text, static_cast<std::size_t>(value.getDecimalLength()));
   const core::TlogFault fault = core::packTlogDecimal(units, {target, fieldSize(size)}, fixed);
   if (fault == core::TlogFault::fieldTooSmall)
-    raise<KelConversionException>(siteOf(this, trace), failures::kOutOfBounds, failures::kOutOfBounds.text, "Decimal",
-                                  "TLOG Packed Decimal", text);
+    raise<KelConversionException>(siteOf(this, trace), failures::kOutOfBounds, "Decimal", "TLOG Packed Decimal", text);
   if (fault == core::TlogFault::notADigit)
-    raise<KelConversionException>(siteOf(this, trace), failures::kInvalidData, failures::kInvalidData.text, "decimal",
-                                  text);
+    raise<KelConversionException>(siteOf(this, trace), failures::kInvalidData, "decimal", text);
   written = std::max(size, 0);
   // In place, so that the second half becomes the mirror image of the first: Tlog.LittleEndianWritesAMirrorImage.
   if (endian == eEndianLittle) SwapEnds(target, target, written);

@@ -4,8 +4,7 @@
 #include "core/padding.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
-#include "support/raise.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 
 using namespace oxr;
 
@@ -23,9 +22,7 @@ long unitsThatFit(const FailureSite& site, CPUnicodeConverter& converter, UnitVi
     char* end = scratch;
     UErrorCode status = U_ZERO_ERROR;
     converter.fromUnicode(end, scratch + sizeof scratch, source, source + 1, nullptr, true, status);
-    if (U_FAILURE(status))
-      raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text,
-                                    "error converting from unicode", static_cast<int>(status));
+    if (U_FAILURE(status)) raiseInternalError(site, "error converting from unicode", static_cast<int>(status));
     bytes += end - scratch;
     if (bytes > maxBytes) break;
     ++kept;
@@ -38,8 +35,7 @@ long unitsThatFit(const FailureSite& site, CPUnicodeConverter& converter, UnitVi
 long unitsToKeep(const FailureSite& site, CPUnicodeConverter* converter, UnitView text, bool fromTheEnd, long maxLength,
                  LengthUnitType unit) {
   if (unit != eLengthBytes && unit != eLengthBytesIfVariable) return maxLength;
-  if (converter == nullptr)
-    raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text, "no valid converter");
+  if (converter == nullptr) raiseInternalError(site, "no valid converter");
   const int minBytes = converter->getMinBytesPerChar();
   const int maxBytes = converter->getMaxBytesPerChar();
   if (minBytes == maxBytes && minBytes >= 2 && unit == eLengthBytes) return maxLength / minBytes;
@@ -86,12 +82,8 @@ void DataCnv::TrimData(KelWstring& text, ETrimType trimType, EJustification just
 int DataCnv::TrimString(unsigned short* buffer, int length, unsigned short padChar, EJustification justification,
                         ETrimType trimType, bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::TrimString", kDataCnvPath);
-  if (buffer == nullptr)
-    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
-                                  "Null input pointer");
-  if (length < 0)
-    raise<KelConversionException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
-                                  numbered("Invalid input length: ", length));
+  if (buffer == nullptr) raiseInternalError(trace.site(), "Null input pointer");
+  if (length < 0) raiseInternalError(trace.site(), numbered("Invalid input length: ", length));
   KelBufferedWstring<16u> text(buffer, static_cast<unsigned>(length));
   TrimData(text, trimType, justification, padChar, padCharIsUnicode);
   std::fill_n(std::copy_n(text.characters(), text.length(), buffer), static_cast<unsigned>(length) - text.length(),

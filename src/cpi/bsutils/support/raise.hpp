@@ -6,12 +6,12 @@
 
 namespace oxr {
 
-// Raises a failure: the trace record first, if trace is on, then the exception with the same inserts. The name of the
-// failure is an insert of the trace record only; of the exception, only toString() shows it. Nothing else in the
-// library throws an exception of the host.
+// Raises a failure with just the given inserts: the trace record first, if trace is on, then the exception. The name of
+// the failure is an insert of the trace record only; of the exception, only toString() shows it. Nothing else in the
+// library throws an exception of the host. Only few failures go without their own text; all others use raise().
 template <class Exception, class... Inserts>
-[[noreturn, gnu::cold, gnu::noinline]] void raise(const FailureSite& site, const Failure& failure,
-                                                  const Inserts&... inserts) {
+[[noreturn, gnu::cold, gnu::noinline]] void raiseBare(const FailureSite& site, const Failure& failure,
+                                                      const Inserts&... inserts) {
   const auto add = [&](KelLog::Item& item) { static_cast<void>((item << ... << inserts)); };
   if (KelLog::iEffectiveLogFilter > 2) {
     KelLog::TraceItem item(site.source, site.function, site.handle);
@@ -26,10 +26,16 @@ template <class Exception, class... Inserts>
   exception.throwThis();
 }
 
-// An internal error of the usual form: its own text first, then the detail.
-template <class Detail>
-[[noreturn, gnu::cold, gnu::noinline]] void raiseInternalError(const FailureSite& site, const Detail& detail) {
-  raise<KelConversionException>(site, failures::kInternalError, failures::kInternalError.text, detail);
+// Raises a failure: its own text is the first insert, the given ones follow.
+template <class Exception, class... Inserts>
+[[noreturn, gnu::cold]] inline void raise(const FailureSite& site, const Failure& failure, const Inserts&... inserts) {
+  raiseBare<Exception>(site, failure, failure.text, inserts...);
+}
+
+// Raises an internal error: a misuse by the caller, or a state that should not come about.
+template <class... Details>
+[[noreturn, gnu::cold]] inline void raiseInternalError(const FailureSite& site, const Details&... details) {
+  raise<KelConversionException>(site, failures::kInternalError, details...);
 }
 
 // A detail text that ends in a number is one insert: numbered("Invalid integer size: ", 3).

@@ -41,7 +41,7 @@ struct ValueTrace {
 //
 // Example:
 //   const FunctionTrace trace(this, "DataCnv::IntToInt64", kSourcePath);
-//   if (source == nullptr) raise<KelConversionException>(trace.site(), failures::kInternalError, ...);
+//   if (source == nullptr) raiseInternalError(trace.site(), "Null input pointer");
 template <class Guard>
 class BasicFunctionTrace {
  public:

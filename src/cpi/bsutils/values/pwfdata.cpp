@@ -6,8 +6,7 @@
 #include <limits>
 
 #include "support/deliberateleak.hpp"
-#include "support/raise.hpp"
-#include "support/trace.hpp"
+#include "support/support.hpp"
 
 namespace {
 
@@ -32,7 +31,7 @@ class InitTrace : public ValueFunctionTrace {
 };
 
 [[noreturn]] void raiseInvalid(const FailureSite& site, const char* text) {
-  raise<KelConversionException>(site, failures::kInvalidOperation, failures::kInvalidOperation.text, text);
+  raise<KelConversionException>(site, failures::kInvalidOperation, text);
 }
 
 // The two tests of the getters. The type comes first: a null of the wrong type reports the type. The line is the
@@ -130,8 +129,7 @@ void PWFData::init(const void* data, int length, ELogicalType type, EOwnership o
   if (data == nullptr) {
     if (type == INTEGER) valueArea.integer.width = 8;
   } else if (type <= 0) {
-    raise<KelParserException>(trace.site(), failures::kInternalError, failures::kInternalError.text,
-                              "Invlaid logical type when passing in a value");
+    raise<KelParserException>(trace.site(), failures::kInternalError, "Invlaid logical type when passing in a value");
   } else {
     store(trace.site(), data, length, own);
     if (type != BINARY && own == ADOPT) std::free(const_cast<void*>(data));
@@ -152,8 +150,7 @@ void PWFData::store(const FailureSite& site, const void* data, int length, EOwne
       break;
     case INTEGER:
       if (length != 4 && length != 8)
-        raise<KelConversionException>(site, failures::kInvalidOperation, failures::kInvalidOperation.text,
-                                      "Invalid length for an integer");
+        raise<KelConversionException>(site, failures::kInvalidOperation, "Invalid length for an integer");
       valueArea.integer.width = length;
       if (length == 4)
         std::memcpy(&valueArea.integer.value32, data, 4);
@@ -343,8 +340,8 @@ PWFInt32 PWFData::getInt32Value() const {
   if (valueArea.integer.width != 8) return valueArea.integer.value32;
   const PWFInt64 value = valueArea.integer.value64;
   if (value < std::numeric_limits<PWFInt32>::min() || value > std::numeric_limits<PWFInt32>::max())
-    raise<KelConversionException>(trace.site(), failures::kTooLong, "Overflow converting a PWFInt64 to PWFInt32",
-                                  "integer", "4-byte integer", value);
+    raiseBare<KelConversionException>(trace.site(), failures::kTooLong, "Overflow converting a PWFInt64 to PWFInt32",
+                                      "integer", "4-byte integer", value);
   return static_cast<PWFInt32>(value);
 }
 
