@@ -21,20 +21,8 @@ class DecimalFormat;
 U_NAMESPACE_END
 
 namespace oxr {
-struct ExternalForm;
-struct FieldLook;
-struct IntegerKind;
-struct NumberField;
-struct NumberKind;
-struct PointLook;
-struct TextField;
-}  // namespace oxr
-namespace oxr::core {
-enum class Overpunch;
-struct ExternalDigits;
-struct IntegerDigits;
-class PackedField;
-}  // namespace oxr::core
+struct DataCnvParts;
+}
 
 // The enumerations of physical settings. Callers pass and store the numbers: they never change.
 
@@ -568,64 +556,7 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   void TrimFromTheRight(KelWstring& text, int count);
 
  private:
-  PWFData readPackedTraced(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
-  [[gnu::visibility("hidden")]] void refusePacked(const oxr::core::PackedField& field, ESign sign,
-                                                  const unsigned char* source);
-  void writePackedTraced(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint,
-                         ESign sign);
-  unsigned packedSign(bool negative, ESign sign);
-  double packedToDouble(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
-  PWFInt64 packedToInt64(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
-  PWFInt32 packedToInt32(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign);
-  bool quickPack(PWFInt64 value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign);
-  [[gnu::visibility("hidden")]] void packNumber(const oxr::core::IntegerDigits& number, unsigned char* target, int size,
-                                                ESign sign);
-  bool integerText(const unsigned short* text, int places, KelWstring& digits);
-  void traceUnpacking(const unsigned char* source, int size, EEndian endian);
-  [[gnu::visibility("hidden")]] bool externalDigits(const oxr::FailureSite& site, KelWstring& text,
-                                                    const unsigned char* source, int size,
-                                                    const oxr::ExternalForm& form);
-  [[gnu::visibility("hidden")]] void externalText(const oxr::FailureSite& site, KelWstring& text,
-                                                  const unsigned char* source, int size,
-                                                  std::optional<int> virtualDecimalPoint,
-                                                  const oxr::ExternalForm& form);
-  [[gnu::visibility("hidden")]] void externalString(KelWstring& text, const unsigned char* source, int size,
-                                                    const oxr::ExternalForm& form);
-  [[gnu::visibility("hidden")]] oxr::core::ExternalDigits quickDigits(const unsigned char* source, int size,
-                                                                      const oxr::ExternalForm& form,
-                                                                      std::array<unsigned short, 64>& units);
-  [[gnu::visibility("hidden")]] bool writeQuickly(const unsigned short* text, unsigned char* target, int size,
-                                                  int virtualDecimalPoint, const oxr::ExternalForm& form);
-  bool settleExternalCodes(unsigned short padChar);
-  bool readsZones();
-  [[gnu::visibility("hidden")]] oxr::core::Overpunch overpunchCode(bool customSign);
-  [[gnu::visibility("hidden")]] PWFData readZonedText(const oxr::FailureSite& site, const unsigned char* source,
-                                                      int size, int virtualDecimalPoint, const oxr::ExternalForm& form);
-  [[gnu::visibility("hidden")]] void writeZonedTraced(const unsigned short* text, unsigned char* target, int& size,
-                                                      int virtualDecimalPoint, const oxr::ExternalForm& form);
-  [[gnu::visibility("hidden")]] bool writeShortZoned(const unsigned short* text, unsigned char* target, int size,
-                                                     int virtualDecimalPoint, const oxr::ExternalForm& form);
-  [[gnu::visibility("hidden")]] void padExternal(KelWstring& digits, int characters, int freeBytes, bool& negative,
-                                                 const oxr::FailureSite& site, const oxr::ExternalForm& form);
-  void formatDouble(double value, KelWstring& out, bool exponential);
-  [[gnu::visibility("hidden")]] void padDigits(KelWstring& text, oxr::FieldLook& look, bool negative);
-  [[gnu::visibility("hidden")]] void signAndPad(KelWstring& text, const oxr::FieldLook& look, bool negative);
-  [[gnu::visibility("hidden")]] void placePoint(KelWstring& text, const oxr::PointLook& point, bool exponential);
-  [[gnu::visibility("hidden")]] void formatInteger(const oxr::FailureSite& site, long value, KelWstring& out,
-                                                   int& length, oxr::FieldLook look, const char* width);
-  [[gnu::visibility("hidden")]] PWFUInt64 integerFrom(const oxr::FailureSite& site, const oxr::IntegerKind& kind,
-                                                      const oxr::TextField& field);
-  [[gnu::visibility("hidden")]] bool numberFrom(const oxr::FailureSite& site, const oxr::NumberKind& kind,
-                                                const oxr::NumberField& field, KelWstring& text);
-  [[gnu::visibility("hidden")]] void settlePoint(const oxr::FailureSite& site, const oxr::NumberKind& kind,
-                                                 const oxr::NumberField& field, KelWstring& text);
-  [[gnu::visibility("hidden")]] void decimalFrom(const oxr::NumberField& field, KelWstring& text);
-  PWFInt64 tracedInteger(const KelWstring& digits);
-  static bool readsAsciiNumbers();
-  double parsedDouble(const oxr::FailureSite& site, const KelWstring& text);
-  double systemDouble(const oxr::FailureSite& site, const unsigned short* text, int length);
-  unsigned short checkedPadUnit(unsigned short padChar, const oxr::FailureSite& site);
-  unsigned short uncheckedPadUnit(unsigned short padChar);
+  friend struct oxr::DataCnvParts;
 
   static KelMutex _global_decFormatterWriteMutex;
   static std::atomic<icu::DecimalFormat*> _global_decFormatter;  // made once, never deleted

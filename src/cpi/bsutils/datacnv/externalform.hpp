@@ -23,15 +23,20 @@ struct ExternalForm {
   }
 };
 
-// How a digit carries a sign in a code page whose "0" is `zero`, and in the object's code page.
+// How a digit carries a sign in a code page whose "0" is `zero`,
 inline oxr::core::Overpunch overpunchCodeOf(unsigned char zero, bool customSign) {
   using enum oxr::core::Overpunch;
   if (zero == 0xF0) return ebcdic;
   return customSign ? letters : ascii;
 }
 
-}  // namespace oxr
+// Brings the characters that external decimals are written with into the object's cache; false where one of them is not
+// a byte in its code page, or the pad is none.
+bool settleExternalCodes(DataCnv& cnv, unsigned short padChar);
 
-inline oxr::core::Overpunch DataCnv::overpunchCode(bool customSign) {
-  return oxr::overpunchCodeOf(IsCcsidEBCDIC() ? 0xF0 : '0', customSign);
+// How a digit carries a sign in the object's code page.
+inline core::Overpunch overpunchCode(DataCnv& cnv, bool customSign) {
+  return overpunchCodeOf(cnv.IsCcsidEBCDIC() ? 0xF0 : '0', customSign);
 }
+
+}  // namespace oxr

@@ -12,6 +12,7 @@
 #include "core/padding.hpp"
 #include "datacnv/externalform.hpp"
 #include "datacnv/padchar.hpp"
+#include "datacnv/parts.hpp"
 #include "datacnv/signform.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
@@ -108,6 +109,85 @@ bool endsInPad(const core::ZonedWord& word, std::uint32_t size, const ExternalFo
 
 constexpr std::size_t kExactDigits = 15;  // that a double always holds
 
+// Decodes a field and takes its sign off; the result tells whether that was negative. An included sign is a matter of
+// bytes, mended ahead of the decoding; a separate one is a matter of text.
+bool externalDigits(DataCnv& cnv, const FailureSite& site, KelWstring& text, const unsigned char* source, int size,
+                    const ExternalForm& form) {
+  bool negative = false;
+  if (source == nullptr) size = 0;  // which is refused, as no character has no bytes
+  if (!isIncluded(form.sign) || size <= 0) {
+    cnv.toUnicodeString(text, source, size);
+    cnv.ExtDecRemoveSign(text, form.sign, form.positiveSignTable, form.negativeSignTable, negative);
+    return negative;
+  }
+  const core::Overpunch code = overpunchCode(cnv, form.customSign);
+  Scratch<unsigned char, kUsualField> field(static_cast<std::size_t>(size));
+  std::memcpy(field.data(), source, field.size());
+  negative = mendSignByte(site, code, field.data()[form.sign == eSignLeadingIncluded ? 0 : size - 1]);
+  cnv.toUnicodeString(text, field.data(), size);
+  return negative;
+}
+
+// The value of any field as decimal text, member by member; without places where there is no scale.
+void externalText(DataCnv& cnv, const FailureSite& site, KelWstring& text, const unsigned char* source, int size,
+                  std::optional<int> virtualDecimalPoint, const ExternalForm& form) {
+  const bool negative = externalDigits(cnv, site, text, source, size, form);
+  cnv.ExtDecTrimData(text, form.justification, form.padChar, form.padCharIsUnicode);
+  if (virtualDecimalPoint) cnv.adjustDecimalForString(text, *virtualDecimalPoint);
+  cnv.validateDecimal(text, form.sign);
+  // Behind the scale, unlike a packed decimal's, so that digits that are few get their zero: ExternalDecimal.Reads.
+  if (negative) insertUnit(text, 0, '-');
+}
+
+// The digits of a frequent field, without a text in between; none where the field takes the general way.
+inline core::ExternalDigits quickDigits(DataCnv& cnv, const unsigned char* source, int size, const ExternalForm& form,
+                                        core::ExternalUnits& units) {
+  const core::SingleByteTable* const page = SingleBytePage::tableOf(*cnv.getConverter());
+  if (page == nullptr || !form.padCharIsUnicode || static_cast<unsigned>(size) - 1 >= core::kMaxExternalBytes ||
+      !isKnownSign(form.sign) || source == nullptr || debugTraceOn()) [[unlikely]]
+    return {};
+  const core::ExternalLayout layout{
+      *page, isIncluded(form.sign) ? overpunchCode(cnv, form.customSign) : core::Overpunch::ebcdic, form.signPlace(),
+      padPlace(form.justification), form.padChar};
+  return core::externalDigits({source, static_cast<std::size_t>(size)}, layout, units);
+}
+
+// Whether the digits are read as they lie: bytes of one zone, each a character.
+inline bool readsZones(DataCnv& cnv) {
+  if (!DataCnvParts::externalCodes(cnv).areKnown) [[unlikely]]
+    settleExternalCodes(cnv, ' ');
+  return DataCnvParts::externalCodes(cnv).areZoned &&
+         SingleBytePage::tableOf(*DataCnvParts::converterIfMade(cnv)) != nullptr && !debugTraceOn();
+}
+
+// All other fields.
+PWFData readZonedText(DataCnv& cnv, const FailureSite& site, const unsigned char* source, int size,
+                      int virtualDecimalPoint, const ExternalForm& form) {
+  if (virtualDecimalPoint >= 0) [[likely]] {
+    core::ExternalUnits units;
+    const core::ExternalDigits number = quickDigits(cnv, source, size, form, units);
+    if (!number.digits.empty()) [[likely]]
+      return decimalValue(number, static_cast<std::uint32_t>(virtualDecimalPoint));
+  }
+  PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});
+  externalText(cnv, site, TextValue::text(value), source, size, virtualDecimalPoint, form);
+  return value;
+}
+
+// The traced frame of ExtDecToStr, into a text that may have room of its own.
+void externalString(DataCnv& cnv, KelWstring& text, const unsigned char* source, int size, const ExternalForm& form) {
+  const FunctionTrace trace(&cnv, "DataCnv::ExtDecToStr", kDataCnvPath);
+  core::ExternalUnits units;
+  const core::ExternalDigits number = quickDigits(cnv, source, size, form, units);
+  if (number.digits.empty()) [[unlikely]] {
+    externalText(cnv, trace.site(), text, source, size, {}, form);
+    return;
+  }
+  unsigned short* out = text.resizeForOverwrite(static_cast<unsigned>(number.digits.size()) + number.negative);
+  if (number.negative) *out++ = '-';
+  std::copy(number.digits.begin(), number.digits.end(), out);
+}
+
 }  // namespace
 
 void DataCnv::ExtDecTrimData(KelWstring& text, EJustification justification, unsigned short padChar,
@@ -155,56 +235,6 @@ void DataCnv::ExtDecPadData(KelWstring& text, int targetLength, int paddingBytes
   if (field.size() != 0) toUnicodeString(text, field.data(), static_cast<int>(field.size()));
 }
 
-// Decodes a field and takes its sign off; the result tells whether that was negative. An included sign is a matter of
-// bytes, mended ahead of the decoding; a separate one is a matter of text.
-bool DataCnv::externalDigits(const FailureSite& site, KelWstring& text, const unsigned char* source, int size,
-                             const ExternalForm& form) {
-  bool negative = false;
-  if (source == nullptr) size = 0;  // which is refused, as no character has no bytes
-  if (!isIncluded(form.sign) || size <= 0) {
-    toUnicodeString(text, source, size);
-    ExtDecRemoveSign(text, form.sign, form.positiveSignTable, form.negativeSignTable, negative);
-    return negative;
-  }
-  const core::Overpunch code = overpunchCode(form.customSign);
-  Scratch<unsigned char, kUsualField> field(static_cast<std::size_t>(size));
-  std::memcpy(field.data(), source, field.size());
-  negative = mendSignByte(site, code, field.data()[form.sign == eSignLeadingIncluded ? 0 : size - 1]);
-  toUnicodeString(text, field.data(), size);
-  return negative;
-}
-
-// The value of any field as decimal text, member by member; without places where there is no scale.
-void DataCnv::externalText(const FailureSite& site, KelWstring& text, const unsigned char* source, int size,
-                           std::optional<int> virtualDecimalPoint, const ExternalForm& form) {
-  const bool negative = externalDigits(site, text, source, size, form);
-  ExtDecTrimData(text, form.justification, form.padChar, form.padCharIsUnicode);
-  if (virtualDecimalPoint) adjustDecimalForString(text, *virtualDecimalPoint);
-  validateDecimal(text, form.sign);
-  // Behind the scale, unlike a packed decimal's, so that digits that are few get their zero: ExternalDecimal.Reads.
-  if (negative) insertUnit(text, 0, '-');
-}
-
-// The digits of a frequent field, without a text in between; none where the field takes the general way.
-inline core::ExternalDigits DataCnv::quickDigits(const unsigned char* source, int size, const ExternalForm& form,
-                                                 core::ExternalUnits& units) {
-  const core::SingleByteTable* const page = SingleBytePage::tableOf(*getConverter());
-  if (page == nullptr || !form.padCharIsUnicode || static_cast<unsigned>(size) - 1 >= core::kMaxExternalBytes ||
-      !isKnownSign(form.sign) || source == nullptr || debugTraceOn()) [[unlikely]]
-    return {};
-  const core::ExternalLayout layout{*page,
-                                    isIncluded(form.sign) ? overpunchCode(form.customSign) : core::Overpunch::ebcdic,
-                                    form.signPlace(), padPlace(form.justification), form.padChar};
-  return core::externalDigits({source, static_cast<std::size_t>(size)}, layout, units);
-}
-
-// Whether the digits are read as they lie: bytes of one zone, each a character.
-inline bool DataCnv::readsZones() {
-  if (!externalCodes.areKnown) [[unlikely]]
-    settleExternalCodes(' ');
-  return externalCodes.areZoned && SingleBytePage::tableOf(*converter) != nullptr && !debugTraceOn();
-}
-
 PWFData DataCnv::ExtDecToDec(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
                              EJustification justification, int padChar, bool padCharIsUnicode, bool customSign,
                              const unsigned short* positiveSignTable, const unsigned short* negativeSignTable) {
@@ -216,12 +246,13 @@ PWFData DataCnv::ExtDecToDec(const unsigned char* source, int size, int virtualD
   const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than any field has
   // The most frequent field keeps in registers: digits alone, one of them perhaps with the sign, the point behind
   // another, the text inside the value.
-  if (bytes <= core::ZonedWord::kMaxSize && places < bytes && readsZones()) [[likely]] {
-    core::ZonedWord word(source, bytes, externalCodes.zero);
+  if (bytes <= core::ZonedWord::kMaxSize && places < bytes && readsZones(*this)) [[likely]] {
+    core::ZonedWord word(source, bytes, DataCnvParts::externalCodes(*this).zero);
     core::SignByte carrier{.valid = padCharIsUnicode && (sign == eSignNone || isIncluded(sign))};
     if (isIncluded(sign) && padCharIsUnicode) {
       const std::uint32_t position = sign == eSignLeadingIncluded ? 0 : bytes - 1;
-      carrier = core::readOverpunch(overpunchCodeOf(externalCodes.zero, customSign), source[position]);
+      carrier =
+          core::readOverpunch(overpunchCodeOf(DataCnvParts::externalCodes(*this).zero, customSign), source[position]);
       word.replace(position, source[position], carrier.digit);
     }
     const std::uint32_t length = bytes + carrier.negative + (places != 0);
@@ -233,21 +264,7 @@ PWFData DataCnv::ExtDecToDec(const unsigned char* source, int size, int virtualD
         out[length] = 0;
       });
   }
-  return readZonedText(trace.site(), source, size, virtualDecimalPoint, form);
-}
-
-// All other fields.
-PWFData DataCnv::readZonedText(const FailureSite& site, const unsigned char* source, int size, int virtualDecimalPoint,
-                               const ExternalForm& form) {
-  if (virtualDecimalPoint >= 0) [[likely]] {
-    core::ExternalUnits units;
-    const core::ExternalDigits number = quickDigits(source, size, form, units);
-    if (!number.digits.empty()) [[likely]]
-      return decimalValue(number, static_cast<std::uint32_t>(virtualDecimalPoint));
-  }
-  PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});
-  externalText(site, TextValue::text(value), source, size, virtualDecimalPoint, form);
-  return value;
+  return readZonedText(*this, trace.site(), source, size, virtualDecimalPoint, form);
 }
 
 double DataCnv::ExtDecToDbl(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
@@ -258,7 +275,7 @@ double DataCnv::ExtDecToDbl(const unsigned char* source, int size, int virtualDe
   const ExternalForm form =
       formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable);
   core::ExternalUnits units;
-  const core::ExternalDigits number = quickDigits(source, size, form, units);
+  const core::ExternalDigits number = quickDigits(*this, source, size, form, units);
   // Both exact, so that the quotient is what reading the text would give: ExternalDecimal.QuickAndGeneralWayAgree.
   const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);
   if (!number.digits.empty() && number.digits.size() <= kExactDigits && places < core::kExactPowers.size()) [[likely]] {
@@ -266,22 +283,8 @@ double DataCnv::ExtDecToDbl(const unsigned char* source, int size, int virtualDe
     return number.negative ? -value : value;
   }
   KelBufferedWstring<16u> text;
-  externalText(trace.site(), text, source, size, virtualDecimalPoint, form);
+  externalText(*this, trace.site(), text, source, size, virtualDecimalPoint, form);
   return StrToDbl(text.characters(), static_cast<int>(text.length()));
-}
-
-// The traced frame of ExtDecToStr, into a text that may have room of its own.
-void DataCnv::externalString(KelWstring& text, const unsigned char* source, int size, const ExternalForm& form) {
-  const FunctionTrace trace(this, "DataCnv::ExtDecToStr", kDataCnvPath);
-  core::ExternalUnits units;
-  const core::ExternalDigits number = quickDigits(source, size, form, units);
-  if (number.digits.empty()) [[unlikely]] {
-    externalText(trace.site(), text, source, size, {}, form);
-    return;
-  }
-  unsigned short* out = text.resizeForOverwrite(static_cast<unsigned>(number.digits.size()) + number.negative);
-  if (number.negative) *out++ = '-';
-  std::copy(number.digits.begin(), number.digits.end(), out);
 }
 
 KelWstring DataCnv::ExtDecToStr(const unsigned char* source, int size, ESign sign, EJustification justification,
@@ -289,7 +292,7 @@ KelWstring DataCnv::ExtDecToStr(const unsigned char* source, int size, ESign sig
                                 const unsigned short* positiveSignTable, const unsigned short* negativeSignTable) {
   KelWstring text;
   externalString(
-      text, source, size,
+      *this, text, source, size,
       formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable));
   return text;
 }
@@ -302,7 +305,7 @@ PWFInt64 DataCnv::ExtDecToInt64(const unsigned char* source, int size, ESign sig
   requireField(trace.site(), source, size, "Invalid extended decimal size: ");
   KelBufferedWstring<16u> text;
   externalString(
-      text, source, size,
+      *this, text, source, size,
       formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable));
   return StrToInt64(text.characters(), static_cast<int>(text.length()), eSignLeadingSeparate, US_MINUS.characters(),
                     US_PLUS.characters(), eTrimNone, eJustifyLeft, '0', true);

@@ -4,6 +4,7 @@
 #include "core/numbertextwrite.hpp"
 #include "core/packednumber.hpp"
 #include "core/scaling.hpp"
+#include "datacnv/parts.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
 #include "support/support.hpp"
@@ -36,56 +37,75 @@ int settledScale(int virtualDecimalPoint, int size) {
   return core::settledPlaces(virtualDecimalPoint, 2 * static_cast<std::size_t>(std::max(size, 0)));
 }
 
+double packedToDouble(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
+  const FunctionTrace trace(&cnv, "DataCnv::PckdDecToDbl", kDataCnvPath);
+  PWFData decimal = cnv.PckdDecToDec(source, size, settledScale(virtualDecimalPoint, size), sign);
+  return cnv.PWFStringTodouble(TextValue::text(decimal));
+}
+
+PWFInt64 packedToInt64(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
+  const FunctionTrace trace(&cnv, "DataCnv::PckdDecToPWFInt64", kDataCnvPath);
+  const PWFData decimal = cnv.PckdDecToDec(source, size, settledScale(virtualDecimalPoint, size), sign);
+  unsigned char integer[8];
+  cnv.IntFromDec(decimal.getDecimalValue(), integer, sizeof integer, 0);
+  return cnv.IntToInt64(integer, sizeof integer, eSignLeadingIncluded);
+}
+
+PWFInt32 packedToInt32(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
+  const FunctionTrace trace(&cnv, "DataCnv::PckdDecToInt32", kDataCnvPath);
+  const PWFData decimal = cnv.PckdDecToDec(source, size, settledScale(virtualDecimalPoint, size), sign);
+  unsigned char integer[4];
+  cnv.IntFromDec(decimal.getDecimalValue(), integer, sizeof integer, 0);
+  return cnv.IntToInt32(integer, sizeof integer, eSignLeadingIncluded);
+}
+
+// Packs an integer of usual size whose digits fit the field. False for what takes the chain.
+bool quickPack(DataCnv& cnv, PWFInt64 value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign) {
+  constexpr std::uint32_t kMaxDigits = 2 * core::PackedWord::kMaxSize - 1;
+  const std::uint64_t magnitude = value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
+  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than there are digits
+  if (debugTraceOn() || target == nullptr || size <= 0 || places >= kMaxDigits ||
+      magnitude >= core::kPowersOfTen[kMaxDigits - places])
+    return false;
+  char nibble;
+  cnv.GetPackedDecimalSign(static_cast<short>(sign != eSignNone), value < 0, &nibble);
+  const auto bytes = static_cast<std::uint32_t>(size);
+  const std::uint32_t filled = std::min(bytes, core::PackedWord::kMaxSize);
+  const bool reversed = DataCnvParts::isPackedReversed(cnv);
+  if (!core::packShort(core::halfBytesOfNumber(magnitude) << 4 * places, static_cast<unsigned char>(nibble),
+                       target + (reversed ? 0 : bytes - filled), filled, reversed))
+    return false;
+  std::fill_n(target + (reversed ? filled : 0), bytes - filled, static_cast<unsigned char>(0));
+  return true;
+}
+
 }  // namespace
 
 double DataCnv::PckdDecToDbl(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   core::PackedNumber number;
   double value;
   // The chain's reader of doubles goes by the symbols of the formatter, which are there once one was made.
-  const bool symbolsAreAscii = _global_decFormatter.load(std::memory_order_acquire) != nullptr && _symbolsAreAscii;
-  if (symbolsAreAscii && quickNumber(source, size, packedEndian, sign, number)) [[likely]] {
+  if (DataCnvParts::hasAsciiSymbols() && quickNumber(source, size, packedEndian, sign, number)) [[likely]] {
     // A minus counts as a position: no digit may be missing for it behind the point.
     const bool isCanonical = !number.negative || virtualDecimalPoint < static_cast<int>(number.digitCount);
     if (isCanonical && core::toDouble(number, virtualDecimalPoint, value)) [[likely]]
       return value;
   }
-  return packedToDouble(source, size, virtualDecimalPoint, sign);
+  return packedToDouble(*this, source, size, virtualDecimalPoint, sign);
 }
 
 PWFInt64 DataCnv::PckdDecToPWFInt64(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   PWFInt64 value;
   if (quickInteger(source, size, packedEndian, virtualDecimalPoint, sign, value)) [[likely]]
     return value;
-  return packedToInt64(source, size, virtualDecimalPoint, sign);
+  return packedToInt64(*this, source, size, virtualDecimalPoint, sign);
 }
 
 PWFInt32 DataCnv::PckdDecToInt32(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   PWFInt32 value;
   if (quickInteger(source, size, packedEndian, virtualDecimalPoint, sign, value)) [[likely]]
     return value;
-  return packedToInt32(source, size, virtualDecimalPoint, sign);
-}
-
-double DataCnv::packedToDouble(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
-  const FunctionTrace trace(this, "DataCnv::PckdDecToDbl", kDataCnvPath);
-  PWFData decimal = PckdDecToDec(source, size, settledScale(virtualDecimalPoint, size), sign);
-  return PWFStringTodouble(TextValue::text(decimal));
-}
-
-PWFInt64 DataCnv::packedToInt64(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
-  const FunctionTrace trace(this, "DataCnv::PckdDecToPWFInt64", kDataCnvPath);
-  const PWFData decimal = PckdDecToDec(source, size, settledScale(virtualDecimalPoint, size), sign);
-  unsigned char integer[8];
-  IntFromDec(decimal.getDecimalValue(), integer, sizeof integer, 0);
-  return IntToInt64(integer, sizeof integer, eSignLeadingIncluded);
-}
-
-PWFInt32 DataCnv::packedToInt32(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
-  const FunctionTrace trace(this, "DataCnv::PckdDecToInt32", kDataCnvPath);
-  const PWFData decimal = PckdDecToDec(source, size, settledScale(virtualDecimalPoint, size), sign);
-  unsigned char integer[4];
-  IntFromDec(decimal.getDecimalValue(), integer, sizeof integer, 0);
-  return IntToInt32(integer, sizeof integer, eSignLeadingIncluded);
+  return packedToInt32(*this, source, size, virtualDecimalPoint, sign);
 }
 
 void DataCnv::PckdDecFromDbl(double value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign) {
@@ -95,29 +115,9 @@ void DataCnv::PckdDecFromDbl(double value, unsigned char* target, int size, int 
   PckdDecFromDec(text.characters(), target, size, virtualDecimalPoint, sign);
 }
 
-// Packs an integer of usual size whose digits fit the field. False for what takes the chain.
-bool DataCnv::quickPack(PWFInt64 value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign) {
-  constexpr std::uint32_t kMaxDigits = 2 * core::PackedWord::kMaxSize - 1;
-  const std::uint64_t magnitude = value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
-  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than there are digits
-  if (debugTraceOn() || target == nullptr || size <= 0 || places >= kMaxDigits ||
-      magnitude >= core::kPowersOfTen[kMaxDigits - places])
-    return false;
-  char nibble;
-  GetPackedDecimalSign(static_cast<short>(sign != eSignNone), value < 0, &nibble);
-  const auto bytes = static_cast<std::uint32_t>(size);
-  const std::uint32_t filled = std::min(bytes, core::PackedWord::kMaxSize);
-  const bool reversed = packedEndian == eEndianLittle;
-  if (!core::packShort(core::halfBytesOfNumber(magnitude) << 4 * places, static_cast<unsigned char>(nibble),
-                       target + (reversed ? 0 : bytes - filled), filled, reversed))
-    return false;
-  std::fill_n(target + (reversed ? filled : 0), bytes - filled, static_cast<unsigned char>(0));
-  return true;
-}
-
 void DataCnv::PckdDecFromPWFInt64(PWFInt64 value, unsigned char* target, int size, int virtualDecimalPoint,
                                   ESign sign) {
-  if (quickPack(value, target, size, virtualDecimalPoint, sign)) [[likely]]
+  if (quickPack(*this, value, target, size, virtualDecimalPoint, sign)) [[likely]]
     return;
   const FunctionTrace trace(this, "DataCnv::PckdDecFromPWFInt64", kDataCnvPath);
   unsigned char integer[8];
@@ -127,7 +127,7 @@ void DataCnv::PckdDecFromPWFInt64(PWFInt64 value, unsigned char* target, int siz
 }
 
 void DataCnv::PckdDecFromInt32(PWFInt32 value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign) {
-  if (quickPack(value, target, size, virtualDecimalPoint, sign)) [[likely]]
+  if (quickPack(*this, value, target, size, virtualDecimalPoint, sign)) [[likely]]
     return;
   const FunctionTrace trace(this, "DataCnv::PckdDecFromInt32", kDataCnvPath);
   unsigned char integer[4];

@@ -4,6 +4,8 @@
 #include <string>
 
 #include "cputils.hpp"
+#include "dataconv.hpp"
+#include "support/support.hpp"
 
 namespace oxr {
 
@@ -14,5 +16,10 @@ constexpr std::array<unsigned char, 20> padCharBytes(unsigned short padChar) {
 inline std::string padCharDump(unsigned short padChar) {
   return CPUtils::binaryDump(padCharBytes(padChar).data(), 2);
 }
+
+// The code unit of a pad that is a value in the code page. The checked form reads as many bytes as the page's shortest
+// character has and refuses a pad that this does not hold; the unchecked one reads the low byte, whatever is above it.
+unsigned short checkedPadUnit(DataCnv& cnv, unsigned short padChar, const FailureSite& site);
+unsigned short uncheckedPadUnit(DataCnv& cnv, unsigned short padChar);
 
 }  // namespace oxr

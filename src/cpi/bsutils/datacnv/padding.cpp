@@ -5,6 +5,7 @@
 #include "core/padding.hpp"
 #include "cputils.hpp"
 #include "datacnv/padchar.hpp"
+#include "datacnv/parts.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
@@ -47,27 +48,31 @@ PadSequence rawPad(const FailureSite& site, int minBytes, unsigned short padChar
 
 }  // namespace
 
+namespace oxr {
+
 // Settles a pad that is a value in the code page. The checked way reads as many bytes as the page's shortest character
 // has; the unchecked one reads the low byte, whatever is above it.
-unsigned short DataCnv::checkedPadUnit(unsigned short padChar, const FailureSite& site) {
-  const int minBytes = getConverter()->getMinBytesPerChar();
-  if (minBytes > 2 || (minBytes == 1 && padChar > 0xFF)) raiseInvalidPadding(site, padChar, ccsid);
+unsigned short checkedPadUnit(DataCnv& cnv, unsigned short padChar, const FailureSite& site) {
+  const int minBytes = cnv.getConverter()->getMinBytesPerChar();
+  if (minBytes > 2 || (minBytes == 1 && padChar > 0xFF)) raiseInvalidPadding(site, padChar, DataCnvParts::ccsid(cnv));
   KelBufferedWstring<16u> unit;
-  toUnicodeString(unit, padCharBytes(padChar).data(), minBytes);
+  cnv.toUnicodeString(unit, padCharBytes(padChar).data(), minBytes);
   return unit[0];
 }
 
-unsigned short DataCnv::uncheckedPadUnit(unsigned short padChar) {
+unsigned short uncheckedPadUnit(DataCnv& cnv, unsigned short padChar) {
   KelBufferedWstring<16u> unit;
-  toUnicodeString(unit, padCharBytes(padChar).data(), 1);
+  cnv.toUnicodeString(unit, padCharBytes(padChar).data(), 1);
   return unit[0];
 }
+
+}  // namespace oxr
 
 void DataCnv::PadData(KelWstring& text, int padLength, EJustification justification, unsigned short padChar,
                       bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::PadData", kDataCnvPath);
   if (padLength <= 0) return;
-  const unsigned short pad = padCharIsUnicode ? padChar : uncheckedPadUnit(padChar);
+  const unsigned short pad = padCharIsUnicode ? padChar : uncheckedPadUnit(*this, padChar);
   // Without a justification this form pads in front, the byte form behind: Padding.ExtendsTexts, Padding.ExtendsBytes.
   insertCopies(text, justification == eJustifyLeft ? text.length() : 0, static_cast<std::uint32_t>(padLength), pad);
 }

@@ -6,6 +6,9 @@
 #include "core/decimaltext.hpp"
 #include "core/numbertextread.hpp"
 #include "core/strictnumber.hpp"
+#include "datacnv/asciinumbers.hpp"
+#include "datacnv/padchar.hpp"
+#include "datacnv/parts.hpp"
 #include "datacnv/signform.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
@@ -86,65 +89,70 @@ std::optional<double> quickDouble(const NumberField& field, bool isStrict) {
   return number->negative ? -*value : *value;
 }
 
-}  // namespace
-
-// Brings a field to canonical text without its sign, and tells whether that was negative. An empty text stays empty; of
-// a double's field, only when nothing but padding was in it.
-bool DataCnv::numberFrom(const FailureSite& site, const NumberKind& kind, const NumberField& field, KelWstring& text) {
-  requireField(site, kind, field);
-  const bool hasUnits = field.length != 0;
-  text.assignInternal(field.text, static_cast<unsigned>(field.length), 0);
-  const unsigned short pad = field.padCharIsUnicode ? field.padChar : uncheckedPadUnit(field.padChar);
-  // The checks must see the zeros that a field was filled with: NumbersFromText.StrictCheckingTrimsDigitsLate.
-  const bool trimsLate = strictNumericChecking && u_isdigit(pad);
-  if (!trimsLate) TrimData(text, field.trim, field.justification, pad, true);
-  if (text.length() == 0 && (hasUnits || kind.isDouble)) {
-    if (strictNumericChecking) refuse(site, failures::kStrictZeroLength, field);
-    if (kind.isDouble) return false;
-    setToZero(text);
-  }
-  const bool negative = CheckSign(text, field.sign, field.minusText, field.plusText);
-  if (strictNumericChecking && hasUnits && text.length() == 0) refuse(site, failures::kStrictIntegerDigit, field);
-  settlePoint(site, kind, field, text);
-  if (trimsLate) TrimData(text, field.trim, field.justification, pad, true);
-  if (!kind.isDouble) {
-    TrimData(text, eTrimPadding, eJustifyRight, '0', true);
-    if (!strictNumericChecking) TrimData(text, eTrimSpaceBoth, field.justification, ' ', true);
-  }
-  if (hasUnits && text.length() == 0) setToZero(text);
-  if (kind.isDouble) ReplaceExponentialSign(text, field.minusText, field.plusText);
-  if (field.useVirtualDecimalPoint) adjustDecimalForString(text, field.precision);
-  if (!isDecimalValid(text, !field.useVirtualDecimalPoint && field.precision == core::kExplicitPoint))
-    raise<KelConversionException>(site, failures::kInvalidData, "string", KelWstring(field.view()));
-  return negative;
-}
-
 // Puts the canonical point for the message's, and under strict checking sees to it that the number has its form.
-void DataCnv::settlePoint(const FailureSite& site, const NumberKind& kind, const NumberField& field, KelWstring& text) {
-  const bool mayHaveBothPoints = field.useVirtualDecimalPoint || messageStandard == eMessageStandardLooseDecimal;
-  if (strictNumericChecking && !mayHaveBothPoints) requireOwnPoint(site, field, text);
+void settlePoint(DataCnv& cnv, const FailureSite& site, const NumberKind& kind, const NumberField& field,
+                 KelWstring& text) {
+  const bool mayHaveBothPoints = field.useVirtualDecimalPoint || DataCnvParts::takesLoosePoints(cnv);
+  if (DataCnvParts::checksStrictly(cnv) && !mayHaveBothPoints) requireOwnPoint(site, field, text);
   int point = -1;
-  if (field.decimalPoint[0] != '.') point = UpdateDecimal(text, field.decimalPoint, US_DECIMAL.characters());
-  if (!strictNumericChecking) return;
+  if (field.decimalPoint[0] != '.')
+    point = cnv.UpdateDecimal(text, field.decimalPoint, DataCnv::US_DECIMAL.characters());
+  if (!DataCnvParts::checksStrictly(cnv)) return;
   const core::StrictFault fault =
       core::strictFault(text.view(), point < 0 ? UnitView::npos : static_cast<std::size_t>(point),
                         {field.useVirtualDecimalPoint, field.precision, kind.isDouble});
   if (fault != core::StrictFault::none) refuse(site, *kStrictFailures[static_cast<std::size_t>(fault)], field);
 }
 
-void DataCnv::decimalFrom(const NumberField& field, KelWstring& text) {
-  const FunctionTrace trace(this, "DataCnv::StrToDecimal", kDataCnvPath);
-  const bool negative = numberFrom(trace.site(), kDecimal, field, text);
-  if (!field.useVirtualDecimalPoint) removeTrailingDecimal(text);
+// Brings a field to canonical text without its sign, and tells whether that was negative. An empty text stays empty; of
+// a double's field, only when nothing but padding was in it.
+bool numberFrom(DataCnv& cnv, const FailureSite& site, const NumberKind& kind, const NumberField& field,
+                KelWstring& text) {
+  requireField(site, kind, field);
+  const bool hasUnits = field.length != 0;
+  text.assignInternal(field.text, static_cast<unsigned>(field.length), 0);
+  const unsigned short pad = field.padCharIsUnicode ? field.padChar : uncheckedPadUnit(cnv, field.padChar);
+  // The checks must see the zeros that a field was filled with: NumbersFromText.StrictCheckingTrimsDigitsLate.
+  const bool trimsLate = DataCnvParts::checksStrictly(cnv) && u_isdigit(pad);
+  if (!trimsLate) cnv.TrimData(text, field.trim, field.justification, pad, true);
+  if (text.length() == 0 && (hasUnits || kind.isDouble)) {
+    if (DataCnvParts::checksStrictly(cnv)) refuse(site, failures::kStrictZeroLength, field);
+    if (kind.isDouble) return false;
+    setToZero(text);
+  }
+  const bool negative = cnv.CheckSign(text, field.sign, field.minusText, field.plusText);
+  if (DataCnvParts::checksStrictly(cnv) && hasUnits && text.length() == 0)
+    refuse(site, failures::kStrictIntegerDigit, field);
+  settlePoint(cnv, site, kind, field, text);
+  if (trimsLate) cnv.TrimData(text, field.trim, field.justification, pad, true);
+  if (!kind.isDouble) {
+    cnv.TrimData(text, eTrimPadding, eJustifyRight, '0', true);
+    if (!DataCnvParts::checksStrictly(cnv)) cnv.TrimData(text, eTrimSpaceBoth, field.justification, ' ', true);
+  }
+  if (hasUnits && text.length() == 0) setToZero(text);
+  if (kind.isDouble) cnv.ReplaceExponentialSign(text, field.minusText, field.plusText);
+  if (field.useVirtualDecimalPoint) cnv.adjustDecimalForString(text, field.precision);
+  if (!cnv.isDecimalValid(text, !field.useVirtualDecimalPoint && field.precision == core::kExplicitPoint))
+    raise<KelConversionException>(site, failures::kInvalidData, "string", KelWstring(field.view()));
+  return negative;
+}
+
+void decimalFrom(DataCnv& cnv, const NumberField& field, KelWstring& text) {
+  const FunctionTrace trace(&cnv, "DataCnv::StrToDecimal", kDataCnvPath);
+  const bool negative = numberFrom(cnv, trace.site(), kDecimal, field, text);
+  if (!field.useVirtualDecimalPoint) cnv.removeTrailingDecimal(text);
   if (negative) insertUnit(text, 0, '-');
 }
+
+}  // namespace
 
 KelWstring DataCnv::StrToDecimal(const unsigned short* text, int length, bool useVirtualDecimalPoint, int precision,
                                  const unsigned short* decimalPoint, ESign sign, const unsigned short* minusText,
                                  const unsigned short* plusText, ETrimType trim, EJustification justification,
                                  unsigned short padChar, bool padCharIsUnicode) {
   KelBufferedWstring<16u> decimal;
-  decimalFrom({{text, length, sign, minusText, plusText, trim, justification, padChar, padCharIsUnicode},
+  decimalFrom(*this,
+              {{text, length, sign, minusText, plusText, trim, justification, padChar, padCharIsUnicode},
                useVirtualDecimalPoint,
                precision,
                decimalPoint},
@@ -165,7 +173,7 @@ double DataCnv::StrToDbl(const unsigned short* text, int length, bool useVirtual
     if (const auto value = quickDouble(field, strictNumericChecking)) return *value;
   }
   KelBufferedWstring<16u> number;
-  const bool negative = numberFrom(trace.site(), kDouble, field, number);
+  const bool negative = numberFrom(*this, trace.site(), kDouble, field, number);
   const double value = number.length() == 0 ? 0.0 : PWFStringTodouble(number);
   return negative ? -value : value;
 }
@@ -176,7 +184,8 @@ PWFData DataCnv::StrToDec(const unsigned short* text, int length, bool useVirtua
                           unsigned short padChar, bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::StrToDec", kDataCnvPath);
   PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});
-  decimalFrom({{text, length, sign, minusText, plusText, trim, justification, padChar, padCharIsUnicode},
+  decimalFrom(*this,
+              {{text, length, sign, minusText, plusText, trim, justification, padChar, padCharIsUnicode},
                useVirtualDecimalPoint,
                precision,
                decimalPoint},

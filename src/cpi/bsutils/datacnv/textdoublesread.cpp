@@ -4,6 +4,8 @@
 #include <cstdlib>
 
 #include "core/numbertextread.hpp"
+#include "datacnv/asciinumbers.hpp"
+#include "datacnv/parts.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
 #include "support/isrange.hpp"
@@ -44,19 +46,11 @@ void encode(const FailureSite& site, CPUnicodeConverter& converter, char*& targe
   if (U_FAILURE(status)) raiseInternalError(site, "Error converting from unicode", static_cast<int>(status));
 }
 
-}  // namespace
-
-// Whether ICU need not be asked about plain numbers. It is asked while there is no formatter yet, whose symbols could
-// be looked at: the first number of the process makes it. With trace on it is asked about all, which shows it at work.
-bool DataCnv::readsAsciiNumbers() {
-  return _global_decFormatter.load(std::memory_order_acquire) != nullptr && _symbolsAreAscii && !debugTraceOn();
-}
-
 // Whatever ICU takes.
-double DataCnv::parsedDouble(const FailureSite& site, const KelWstring& text) {
-  const icu::DecimalFormat& formatter = *getDecimalFormatter();
+double parsedDouble(DataCnv& cnv, const FailureSite& site, const KelWstring& text) {
+  const icu::DecimalFormat& formatter = *cnv.getDecimalFormatter();
   icu::UnicodeString units(toIcu(text.characters()), static_cast<std::int32_t>(text.length()));
-  units.findAndReplace(_otherCaseExponentSymbol, _exponentSymbol);
+  units.findAndReplace(DataCnvParts::otherCaseExponentSymbol(), DataCnvParts::exponentSymbol());
   icu::Formattable number;
   UErrorCode status = U_ZERO_ERROR;
   static_cast<const icu::NumberFormat&>(formatter).parse(units, number, status);
@@ -66,18 +60,10 @@ double DataCnv::parsedDouble(const FailureSite& site, const KelWstring& text) {
   return valueOf(number);
 }
 
-double DataCnv::PWFStringTodouble(const KelWstring& text) {
-  // The traced name isn't the operation's own: NumbersFromText.TraceUnderTheirNames.
-  const FunctionTrace trace(this, "DataCnv::UStringTodouble", kDataCnvPath);
-  if (readsAsciiNumbers()) [[likely]] {
-    if (const auto value = core::readPlainDouble(text.view())) return *value;
-  }
-  return parsedDouble(trace.site(), text);
-}
-
 // Whatever strtod takes.
-double DataCnv::systemDouble(const FailureSite& site, const unsigned short* text, int length) {
+double systemDouble(DataCnv& cnv, const FailureSite& site, const unsigned short* text, int length) {
   constexpr unsigned short kEnd[1] = {};
+  std::unique_ptr<CPUnicodeConverter>& localConverter = DataCnvParts::localConverter(cnv);
   if (localConverter == nullptr) localConverter = std::make_unique<CPUnicodeConverter>(kLocalCcsid, eEndianLittle);
   const auto maxBytes = static_cast<std::size_t>(localConverter->getMaxBytesPerChar());
   Scratch<char, kUsualChars> chars((static_cast<std::size_t>(length) + 1) * maxBytes);
@@ -94,6 +80,17 @@ double DataCnv::systemDouble(const FailureSite& site, const unsigned short* text
   return value;
 }
 
+}  // namespace
+
+double DataCnv::PWFStringTodouble(const KelWstring& text) {
+  // The traced name isn't the operation's own: NumbersFromText.TraceUnderTheirNames.
+  const FunctionTrace trace(this, "DataCnv::UStringTodouble", kDataCnvPath);
+  if (readsAsciiNumbers()) [[likely]] {
+    if (const auto value = core::readPlainDouble(text.view())) return *value;
+  }
+  return parsedDouble(*this, trace.site(), text);
+}
+
 double DataCnv::StrToDbl(const unsigned short* text, int length) {
   const FunctionTrace trace(this, "DataCnv::StrToDbl", kDataCnvPath);
   if (length < 0)
@@ -102,5 +99,5 @@ double DataCnv::StrToDbl(const unsigned short* text, int length) {
   if (text != nullptr && !debugTraceOn()) [[likely]] {
     if (const auto value = core::readPlainDouble({text, static_cast<unsigned>(length)})) return *value;
   }
-  return systemDouble(trace.site(), text, length);
+  return systemDouble(*this, trace.site(), text, length);
 }

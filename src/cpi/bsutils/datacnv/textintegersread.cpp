@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "core/numbertextread.hpp"
+#include "datacnv/padchar.hpp"
 #include "datacnv/signform.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textfield.hpp"
@@ -68,17 +69,15 @@ bool isDigit(unsigned short unit) {
   return u_isdigit(unit) != 0;
 }
 
-}  // namespace
-
 // The value in two's complement, for the caller to narrow.
-PWFUInt64 DataCnv::integerFrom(const FailureSite& site, const IntegerKind& kind, const TextField& field) {
+PWFUInt64 integerFrom(DataCnv& cnv, const FailureSite& site, const IntegerKind& kind, const TextField& field) {
   if (const auto quick = quickInteger(kind, field)) return *quick;
   requireField(site, kind, field);
   KelBufferedWstring<16u> digits(field.view());
-  const unsigned short pad = field.padCharIsUnicode ? field.padChar : uncheckedPadUnit(field.padChar);
-  TrimData(digits, field.trim, field.justification, pad, true);
+  const unsigned short pad = field.padCharIsUnicode ? field.padChar : uncheckedPadUnit(cnv, field.padChar);
+  cnv.TrimData(digits, field.trim, field.justification, pad, true);
   if (digits.length() == 0) return 0;
-  const bool negative = CheckSign(digits, field.sign, field.minusText, field.plusText);
+  const bool negative = cnv.CheckSign(digits, field.sign, field.minusText, field.plusText);
   if (!std::all_of(digits.view().begin(), digits.view().end(), isDigit))
     raise<KelConversionException>(site, failures::kInvalidData, "string", digits);
   if (!core::isWithin(digits.view(), negative ? kind.negativeLimit : kind.positiveLimit))
@@ -88,32 +87,9 @@ PWFUInt64 DataCnv::integerFrom(const FailureSite& site, const IntegerKind& kind,
   return negative ? 0 - magnitude : magnitude;
 }
 
-PWFInt32 DataCnv::StrToInt32(const unsigned short* text, int length, ESign sign, const unsigned short* minusText,
-                             const unsigned short* plusText, ETrimType trim, EJustification justification,
-                             unsigned short padChar, bool padCharIsUnicode) {
-  const FunctionTrace trace(this, "DataCnv::StrToInt32", kDataCnvPath);
-  return static_cast<PWFInt32>(integerFrom(
-      trace.site(), kInt32, {text, length, sign, minusText, plusText, trim, justification, padChar, padCharIsUnicode}));
-}
-
-PWFInt64 DataCnv::StrToInt64(const unsigned short* text, int length, ESign sign, const unsigned short* minusText,
-                             const unsigned short* plusText, ETrimType trim, EJustification justification,
-                             unsigned short padChar, bool padCharIsUnicode) {
-  const FunctionTrace trace(this, "DataCnv::StrToInt64", kDataCnvPath);
-  return static_cast<PWFInt64>(integerFrom(
-      trace.site(), kInt64, {text, length, sign, minusText, plusText, trim, justification, padChar, padCharIsUnicode}));
-}
-
-PWFInt64 DataCnv::UStringToInt64(const KelWstring& digits) {
-  const core::IntegerReading reading = core::readInteger(digits.view());
-  if (reading.fault == core::IntegerReading::Fault::none && !debugTraceOn()) [[likely]]
-    return reading.value;
-  return tracedInteger(digits);
-}
-
 // All of UStringToInt64.
-[[gnu::cold, gnu::noinline]] PWFInt64 DataCnv::tracedInteger(const KelWstring& digits) {
-  const FunctionTrace trace(this, "DataCnv::UStringToInt64", kDataCnvPath);
+[[gnu::cold, gnu::noinline]] PWFInt64 tracedInteger(DataCnv& cnv, const KelWstring& digits) {
+  const FunctionTrace trace(&cnv, "DataCnv::UStringToInt64", kDataCnvPath);
   const core::IntegerReading reading = core::readInteger(digits.view());
   using Fault = core::IntegerReading::Fault;
   if (reading.fault == Fault::noDigit)
@@ -121,4 +97,31 @@ PWFInt64 DataCnv::UStringToInt64(const KelWstring& digits) {
   if (reading.fault == Fault::outOfBounds)
     raise<KelConversionException>(trace.site(), failures::kOutOfBounds, "string", "8-byte integer", digits);
   return reading.value;
+}
+
+}  // namespace
+
+PWFInt32 DataCnv::StrToInt32(const unsigned short* text, int length, ESign sign, const unsigned short* minusText,
+                             const unsigned short* plusText, ETrimType trim, EJustification justification,
+                             unsigned short padChar, bool padCharIsUnicode) {
+  const FunctionTrace trace(this, "DataCnv::StrToInt32", kDataCnvPath);
+  return static_cast<PWFInt32>(
+      integerFrom(*this, trace.site(), kInt32,
+                  {text, length, sign, minusText, plusText, trim, justification, padChar, padCharIsUnicode}));
+}
+
+PWFInt64 DataCnv::StrToInt64(const unsigned short* text, int length, ESign sign, const unsigned short* minusText,
+                             const unsigned short* plusText, ETrimType trim, EJustification justification,
+                             unsigned short padChar, bool padCharIsUnicode) {
+  const FunctionTrace trace(this, "DataCnv::StrToInt64", kDataCnvPath);
+  return static_cast<PWFInt64>(
+      integerFrom(*this, trace.site(), kInt64,
+                  {text, length, sign, minusText, plusText, trim, justification, padChar, padCharIsUnicode}));
+}
+
+PWFInt64 DataCnv::UStringToInt64(const KelWstring& digits) {
+  const core::IntegerReading reading = core::readInteger(digits.view());
+  if (reading.fault == core::IntegerReading::Fault::none && !debugTraceOn()) [[likely]]
+    return reading.value;
+  return tracedInteger(*this, digits);
 }

@@ -8,6 +8,9 @@
 
 #include "core/decimaltext.hpp"
 #include "core/numbertextwrite.hpp"
+#include "datacnv/asciinumbers.hpp"
+#include "datacnv/padchar.hpp"
+#include "datacnv/parts.hpp"
 #include "datacnv/signform.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
@@ -84,6 +87,76 @@ void writeBuffer(const FailureSite& site, unsigned short* out, const int& length
   std::copy_n(text.characters(), static_cast<unsigned>(length), out);
 }
 
+// The formatter's own text. A clone a notation: a switch from one to the other makes ICU build the formatter anew.
+void formatDouble(DataCnv& cnv, double value, KelWstring& out, bool exponential) {
+  std::unique_ptr<icu::DecimalFormat>& notation = DataCnvParts::notation(cnv, exponential);
+  if (notation == nullptr) notation = makeNotation(*cnv.getDecimalFormatter(), exponential);
+  icu::UnicodeString text;
+  icu::FieldPosition position;
+  notation->format(value, text, position);
+  // A text that ICU could not make has no length.
+  const auto length = static_cast<unsigned>(text.length());
+  text.extract(0, text.length(), toIcu(out.resizeForOverwrite(length)), 0);
+}
+
+// Text with digits, perhaps the message's point, and no sign gets the canonical "-" where it is negative. A pad that is
+// a digit goes between that and the digits, and then there is no other padding.
+void padDigits(DataCnv& cnv, KelWstring& text, FieldLook& look, bool negative) {
+  if (look.padField) {
+    if (!look.padCharIsUnicode) look.padChar = uncheckedPadUnit(cnv, look.padChar);
+    look.padCharIsUnicode = true;
+    if (KelUtility::isDigit(look.padChar)) {
+      std::int64_t missing = std::int64_t{look.length} - text.length();
+      if (negative) missing -= static_cast<std::int64_t>(UnitView(look.minusText).size());
+      if (look.showPlus && !negative) missing -= static_cast<std::int64_t>(UnitView(look.plusText).size());
+      cnv.PadData(text, static_cast<int>(std::max<std::int64_t>(missing, 0)), look.justification, look.padChar, true);
+      look.padField = false;
+    }
+  }
+  if (negative) insertUnit(text, 0, '-');
+}
+
+// The message's sign text for the canonical one, and padding around all of it.
+void signAndPad(DataCnv& cnv, KelWstring& text, const FieldLook& look, bool negative) {
+  if (negative)
+    cnv.SubstituteMinusSign(text, look.sign, look.minusText, false);
+  else if (look.showPlus)
+    cnv.SubstituteMinusSign(text, look.sign, look.plusText, true);
+  const std::int64_t missing = std::int64_t{look.length} - text.length();
+  if (look.padField && missing > 0)
+    cnv.PadData(text, static_cast<int>(missing), look.justification, look.padChar, true);
+}
+
+// Brings digits to the places that the field has, cutting what is beyond them, and puts in the message's point.
+void placePoint(DataCnv& cnv, KelWstring& text, const PointLook& point, bool exponential) {
+  if (!exponential) {
+    const bool hadDigits = text.length() != 0;
+    cnv.TrimNonSignificantZeros(text);
+    if (hadDigits && text.length() == 0) setToZero(text);
+    if (!point.useVirtualDecimalPoint) {
+      cnv.adjustPrecisionForString(text, point.precision);
+    } else if (point.precision != 0) {  // else a fraction stays as it is: Format.WritesDoubles
+      cnv.adjustDecimalForString(text, -std::max(point.precision, -std::numeric_limits<int>::max()));
+      cnv.TrimFromDecimal(text);
+    }
+  }
+  cnv.UpdateDecimal(text, DataCnv::US_DECIMAL.characters(), point.decimalPoint);
+}
+
+void formatInteger(DataCnv& cnv, const FailureSite& site, long value, KelWstring& out, int& length, FieldLook look,
+                   const char* width) {
+  requireLook(site, look);
+  KelBufferedWstring<16u> number;
+  cnv.Int64ToUString(value, number);
+  if (look.sign == eSignNone && value < 0) raiseOutOfBounds(site, width, "string (no sign)", number);
+  KelBufferedWstring<16u> text(number);
+  padDigits(cnv, text, look, cnv.CheckSign(text, eSignLeadingSeparate, DataCnv::US_MINUS.characters(), look.plusText));
+  signAndPad(cnv, text, look, value < 0);
+  if (text.length() > static_cast<unsigned>(length)) raiseOutOfBounds(site, "integer", characters(length), number);
+  out.assign(text);
+  length = static_cast<int>(text.length());
+}
+
 }  // namespace
 
 void DataCnv::Int64ToUString(long value, KelWstring& out) {
@@ -96,7 +169,7 @@ void DataCnv::doubleToUString(double value, KelWstring& out, bool exponential) {
   const FunctionTrace trace(this, "DataCnv::doubleToUString", kDataCnvPath);
   // The first double of the process makes the formatter: until then its symbols are not known.
   if (!readsAsciiNumbers() || !std::isfinite(value)) [[unlikely]] {
-    formatDouble(value, out, exponential);
+    formatDouble(*this, value, out, exponential);
     return;
   }
   const core::DoubleText number(value);
@@ -105,83 +178,14 @@ void DataCnv::doubleToUString(double value, KelWstring& out, bool exponential) {
   else if (!number.isNines()) [[likely]]
     number.writeExponential(out.resizeForOverwrite(number.exponentialLength()));
   else  // "0.09999999999999999E+1" at times, which is ICU's to decide: Format.WritesDoublesAsTheFormatterDoes
-    formatDouble(value, out, true);
-}
-
-// The formatter's own text. A clone a notation: a switch from one to the other makes ICU build the formatter anew.
-void DataCnv::formatDouble(double value, KelWstring& out, bool exponential) {
-  std::unique_ptr<icu::DecimalFormat>& notation = notations[exponential ? 1 : 0];
-  if (notation == nullptr) notation = makeNotation(*getDecimalFormatter(), exponential);
-  icu::UnicodeString text;
-  icu::FieldPosition position;
-  notation->format(value, text, position);
-  // A text that ICU could not make has no length.
-  const auto length = static_cast<unsigned>(text.length());
-  text.extract(0, text.length(), toIcu(out.resizeForOverwrite(length)), 0);
-}
-
-// Text with digits, perhaps the message's point, and no sign gets the canonical "-" where it is negative. A pad that is
-// a digit goes between that and the digits, and then there is no other padding.
-void DataCnv::padDigits(KelWstring& text, FieldLook& look, bool negative) {
-  if (look.padField) {
-    if (!look.padCharIsUnicode) look.padChar = uncheckedPadUnit(look.padChar);
-    look.padCharIsUnicode = true;
-    if (KelUtility::isDigit(look.padChar)) {
-      std::int64_t missing = std::int64_t{look.length} - text.length();
-      if (negative) missing -= static_cast<std::int64_t>(UnitView(look.minusText).size());
-      if (look.showPlus && !negative) missing -= static_cast<std::int64_t>(UnitView(look.plusText).size());
-      PadData(text, static_cast<int>(std::max<std::int64_t>(missing, 0)), look.justification, look.padChar, true);
-      look.padField = false;
-    }
-  }
-  if (negative) insertUnit(text, 0, '-');
-}
-
-// The message's sign text for the canonical one, and padding around all of it.
-void DataCnv::signAndPad(KelWstring& text, const FieldLook& look, bool negative) {
-  if (negative)
-    SubstituteMinusSign(text, look.sign, look.minusText, false);
-  else if (look.showPlus)
-    SubstituteMinusSign(text, look.sign, look.plusText, true);
-  const std::int64_t missing = std::int64_t{look.length} - text.length();
-  if (look.padField && missing > 0) PadData(text, static_cast<int>(missing), look.justification, look.padChar, true);
-}
-
-// Brings digits to the places that the field has, cutting what is beyond them, and puts in the message's point.
-void DataCnv::placePoint(KelWstring& text, const PointLook& point, bool exponential) {
-  if (!exponential) {
-    const bool hadDigits = text.length() != 0;
-    TrimNonSignificantZeros(text);
-    if (hadDigits && text.length() == 0) setToZero(text);
-    if (!point.useVirtualDecimalPoint) {
-      adjustPrecisionForString(text, point.precision);
-    } else if (point.precision != 0) {  // else a fraction stays as it is: Format.WritesDoubles
-      adjustDecimalForString(text, -std::max(point.precision, -std::numeric_limits<int>::max()));
-      TrimFromDecimal(text);
-    }
-  }
-  UpdateDecimal(text, US_DECIMAL.characters(), point.decimalPoint);
-}
-
-void DataCnv::formatInteger(const FailureSite& site, long value, KelWstring& out, int& length, FieldLook look,
-                            const char* width) {
-  requireLook(site, look);
-  KelBufferedWstring<16u> number;
-  Int64ToUString(value, number);
-  if (look.sign == eSignNone && value < 0) raiseOutOfBounds(site, width, "string (no sign)", number);
-  KelBufferedWstring<16u> text(number);
-  padDigits(text, look, CheckSign(text, eSignLeadingSeparate, US_MINUS.characters(), look.plusText));
-  signAndPad(text, look, value < 0);
-  if (text.length() > static_cast<unsigned>(length)) raiseOutOfBounds(site, "integer", characters(length), number);
-  out.assign(text);
-  length = static_cast<int>(text.length());
+    formatDouble(*this, value, out, true);
 }
 
 void DataCnv::StrFromInt64(long value, KelWstring& out, int& length, ESign sign, const unsigned short* minusText,
                            const unsigned short* plusText, bool padField, EJustification justification,
                            unsigned short padChar, bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::StrFromInt64", kDataCnvPath);
-  formatInteger(trace.site(), value, out, length,
+  formatInteger(*this, trace.site(), value, out, length,
                 {length, sign, minusText, plusText, padField, justification, padChar, padCharIsUnicode},
                 "8-byte integer");
 }
@@ -200,7 +204,7 @@ void DataCnv::StrFromInt32(int value, unsigned short* out, int& length, ESign si
                            unsigned short padChar, bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::StrFromInt32", kDataCnvPath);
   writeBuffer(trace.site(), out, length, [&](KelWstring& text) {
-    formatInteger(trace.site(), value, text, length,
+    formatInteger(*this, trace.site(), value, text, length,
                   {length, sign, minusText, plusText, padField, justification, padChar, padCharIsUnicode},
                   "4-byte integer");
   });
@@ -217,9 +221,9 @@ void DataCnv::StrFromDbl(double value, KelWstring& out, int& length, bool useVir
   KelBufferedWstring<16u> text;
   doubleToUString(value, text, exponential);
   if (sign == eSignNone && value < 0.0) raiseOutOfBounds(trace.site(), "double", "string (no sign)", text);
-  placePoint(text, {useVirtualDecimalPoint, precision, decimalPoint}, exponential);
-  padDigits(text, look, CheckSign(text, eSignLeadingSeparate, US_MINUS.characters(), plusText));
-  signAndPad(text, look, value < 0.0);  // negative zero keeps the canonical sign: Format.WritesDoubles
+  placePoint(*this, text, {useVirtualDecimalPoint, precision, decimalPoint}, exponential);
+  padDigits(*this, text, look, CheckSign(text, eSignLeadingSeparate, US_MINUS.characters(), plusText));
+  signAndPad(*this, text, look, value < 0.0);  // negative zero keeps the canonical sign: Format.WritesDoubles
   if (text.length() > static_cast<unsigned>(length))
     raiseOutOfBounds(trace.site(), "double", characters(length), value);
   out.assign(text);
@@ -249,9 +253,9 @@ void DataCnv::StrFromDec(const unsigned short* value, KelWstring& out, int& leng
   validateDecimal(text, eSignLeadingSeparate);
   const bool negative = CheckSign(text, eSignLeadingSeparate, US_MINUS.characters(), plusText);
   if (negative && sign == eSignNone) raiseOutOfBounds(trace.site(), "decimal", "string (no sign)", value);
-  placePoint(text, {useVirtualDecimalPoint, precision, decimalPoint}, false);
-  padDigits(text, look, negative);
-  signAndPad(text, look, text[0] == '-');
+  placePoint(*this, text, {useVirtualDecimalPoint, precision, decimalPoint}, false);
+  padDigits(*this, text, look, negative);
+  signAndPad(*this, text, look, text[0] == '-');
   if (text.length() > static_cast<unsigned>(length))
     raise<KelConversionException>(trace.site(), failures::kTooLong, "decimal", "string", length, value);
   out.assign(text);

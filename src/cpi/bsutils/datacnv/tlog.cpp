@@ -52,6 +52,11 @@ std::optional<unsigned short> padCharacter(unsigned short halfByte) {
   return static_cast<unsigned short>(halfByte + (halfByte < 10 ? '0' : 'A' - 10));
 }
 
+// The readers take the half bytes straight from the field; a trace shows the unpacking all the same.
+void traceUnpacking(DataCnv& cnv, const unsigned char* source, int size, EEndian endian) {
+  if (debugTraceOn()) const std::unique_ptr<unsigned char[]> unpacked(cnv.getUnpackedBuffer(source, size, endian));
+}
+
 }  // namespace
 
 unsigned char* DataCnv::getUnpackedBuffer(const unsigned char* source, int size, EEndian endian) {
@@ -68,15 +73,10 @@ unsigned char* DataCnv::getUnpackedBuffer(const unsigned char* source, int size,
   return halfBytes.release();
 }
 
-// The readers take the half bytes straight from the field; a trace shows the unpacking all the same.
-void DataCnv::traceUnpacking(const unsigned char* source, int size, EEndian endian) {
-  if (debugTraceOn()) const std::unique_ptr<unsigned char[]> unpacked(getUnpackedBuffer(source, size, endian));
-}
-
 void DataCnv::TLOGPckdStrToStr(const unsigned char* source, KelWstring& target, int size, EEndian endian) {
   const auto trace = readingTrace(
       this, "DataCnv::TLOGPckdStrToStr( const unsigned char* source, PWFInt32 size, EEndian endian)", size, endian);
-  traceUnpacking(source, size, endian);
+  traceUnpacking(*this, source, size, endian);
   if (source == nullptr) {
     target.assign(EMPTYSTRING);
     return;
@@ -110,7 +110,7 @@ void DataCnv::TLOGPckdDecToDec(const unsigned char* source, KelWstring& target, 
                                   "DataCnv::TLOGPckdDecToDec(const unsigned char* source, PWFString& dest, PWFInt32 "
                                   "size, EEndian endian)",
                                   size, endian);
-  traceUnpacking(source, size, endian);
+  traceUnpacking(*this, source, size, endian);
   if (source == nullptr) {
     target.assign(EMPTYSTRING);
     return;

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "core/padding.hpp"
+#include "datacnv/padchar.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
 #include "support/support.hpp"
@@ -69,7 +70,7 @@ void DataCnv::TrimData(KelWstring& text, ETrimType trimType, EJustification just
                        bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::TrimData", kDataCnvPath);
   // A bad pad is refused even where it isn't used: Trimming.RefusesABadPadForEveryTrimType.
-  const unsigned short pad = padCharIsUnicode ? padChar : checkedPadUnit(padChar, trace.site());
+  const unsigned short pad = padCharIsUnicode ? padChar : checkedPadUnit(*this, padChar, trace.site());
   const bool spaceInFront = trimType == eTrimSpaceLeading || trimType == eTrimSpaceBoth;
   const bool spaceBehind = trimType == eTrimSpaceTrailing || trimType == eTrimSpaceBoth;
   if (spaceInFront) TrimFromTheLeft(text, getNumLeadingPaddingChar(text, nullptr));
@@ -109,13 +110,13 @@ bool DataCnv::TruncateData(KelWstring& text, long maxLength, EJustification just
 
 bool DataCnv::isAllDataPadding(KelWstring& text, unsigned short padChar, bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::isAllDataPadding", kDataCnvPath);
-  const unsigned short pad = padCharIsUnicode ? padChar : checkedPadUnit(padChar, trace.site());
+  const unsigned short pad = padCharIsUnicode ? padChar : checkedPadUnit(*this, padChar, trace.site());
   return getNumLeadingPaddingChar(text, &pad) == static_cast<int>(text.length());
 }
 
 bool DataCnv::IsNullString(const KelWstring& text, unsigned short padChar, bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::IsNullString", kDataCnvPath);
-  const unsigned short pad = padCharIsUnicode ? padChar : uncheckedPadUnit(padChar);
+  const unsigned short pad = padCharIsUnicode ? padChar : uncheckedPadUnit(*this, padChar);
   return core::leadingPads(text.view(), pad) == text.length();
 }
 
