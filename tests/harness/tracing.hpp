@@ -1,7 +1,9 @@
 #pragma once
 
 #include <memory>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "kellog.hpp"
 
@@ -38,6 +40,16 @@ std::string tracedAt(int level, F call) {
     lines += '\n';
   }
   return lines;
+}
+
+// The members of DataCnv that `call` enters, in order, as a debug trace shows them.
+template <class F>
+std::vector<std::string> enteredMembers(F call) {
+  std::vector<std::string> names;
+  std::istringstream lines(tracedAt(4, call));
+  for (std::string line; std::getline(lines, line);)
+    if (line.starts_with("> DataCnv::")) names.push_back(line.substr(11));
+  return names;
 }
 
 }  // namespace oxr::test

@@ -4,7 +4,8 @@
 #include <bit>
 #include <cstdint>
 
-#include "core/packedfield.hpp"
+#include "core/digitvectors.hpp"
+#include "core/words.hpp"
 
 // External decimals of few digits in registers, for code pages whose digits are the bytes F0 to F9 or 30 to 39.
 namespace oxr::core {
@@ -18,8 +19,8 @@ class ZonedWord {
   ZonedWord(const unsigned char* bytes, std::uint32_t size, unsigned char zone) {
     const std::uint64_t zones = 0x0101010101010101u * zone;
     const std::uint32_t last = size > 8 ? size - 8 : 0;  // bytes of the second half
-    halves_[0] = loadBytes(bytes, size - last) ^ zones >> (64 - 8 * (size - last));
-    halves_[1] = last == 0 ? 0 : loadBytes(bytes + 8, last) ^ zones >> (64 - 8 * last);
+    halves_[0] = loadLowest(bytes, size - last) ^ zones >> (64 - 8 * (size - last));
+    halves_[1] = last == 0 ? 0 : loadLowest(bytes + 8, last) ^ zones >> (64 - 8 * last);
   }
 
   // Takes `from` for `to` at a position: what the sign byte holds for its plain digit.

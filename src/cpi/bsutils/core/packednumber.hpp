@@ -9,11 +9,12 @@
 #include "core/numbertextwrite.hpp"
 #include "core/packedfield.hpp"
 
-// Packed decimals of few digits as machine numbers, without a text in between.
+// Packed decimals of few digits as machine numbers, without a text in between. Half bytes become a number by joining
+// neighbours, four steps for sixteen digits; a number becomes half bytes two digits at a time.
 namespace oxr::core {
 
-// Up to sixteen half bytes, the last digit lowest, as a number. Neighbours are joined: digits to pairs, pairs to fours,
-// fours to eights, eights to the whole.
+// The number of up to sixteen half bytes, the last digit lowest. Digits join to pairs, pairs to fours, fours to eights,
+// eights to the whole: where a pair is 16 * a + b and should be 10 * a + b, 6 * a is too much, and so on upwards.
 constexpr std::uint64_t numberOfHalfBytes(std::uint64_t halfBytes) {
   const std::uint64_t pairs = halfBytes - 6 * (halfBytes >> 4 & 0x0F0F0F0F0F0F0F0Fu);
   const std::uint64_t fours = pairs - 156 * (pairs >> 8 & 0x00FF00FF00FF00FFu);
@@ -22,7 +23,7 @@ constexpr std::uint64_t numberOfHalfBytes(std::uint64_t halfBytes) {
 }
 static_assert(numberOfHalfBytes(0x9876543210987654u) == 9876543210987654u && numberOfHalfBytes(0x42) == 42);
 
-// The other way, for a number below 10^16.
+// The half bytes of a number below 10^16.
 constexpr std::uint64_t halfBytesOfNumber(std::uint64_t number) {
   std::uint64_t halfBytes = 0;
   for (unsigned shift = 0; number != 0; shift += 8, number /= 100) {
@@ -34,33 +35,33 @@ constexpr std::uint64_t halfBytesOfNumber(std::uint64_t number) {
 static_assert(halfBytesOfNumber(9876543210987654u) == 0x9876543210987654u && halfBytesOfNumber(0) == 0);
 
 struct PackedNumber {
-  // Of the widest field whose digits fit 64 bits, all nines too.
+  // The widest field whose digits fit 64 bits, all nines too.
   static constexpr std::uint32_t kMaxSize = 10;
 
   std::uint64_t magnitude;  // of all digits, wherever the point is
   bool negative;
-  std::uint32_t digitCount;  // leading zeros too
+  std::uint32_t digitCount;  // with leading zeros
 };
 
-// Reads a field of 1 to kMaxSize bytes. False for a bad one.
+// Reads a field of 1 to kMaxSize bytes. False for a bad field.
 inline bool readPackedNumber(const unsigned char* bytes, std::uint32_t size, bool reversed, bool isSigned,
                              PackedNumber& number) {
   const std::uint32_t low = std::min(size, PackedWord::kMaxSize);
   const std::uint32_t high = size - low;
-  // The first byte in normal order uppermost: for a reversed field as it lies in memory.
+  // The first byte in normal order is the uppermost, which is how a reversed field is loaded.
   const auto load = [&](const unsigned char* from, std::uint32_t count) {
-    const std::uint64_t loaded = loadBytes(from, count);
+    const std::uint64_t loaded = loadLowest(from, count);
     return reversed ? loaded : reversedBytes(loaded, count);
   };
   const std::uint64_t last = load(reversed ? bytes : bytes + high, low);
   const auto sign = static_cast<unsigned>(last & 0x0F);
-  // Of all half bytes the sign alone is above 9.
-  if (aboveNine(last) != 8 || signFault(sign, isSigned) != PackedFault::none) return false;
+  // The sign, and no other half byte, is above 9.
+  if (nonDigitHalfBytes(last) != 8 || signFault(sign, isSigned) != PackedFault::none) return false;
   number = {numberOfHalfBytes(last >> 4), sign == kPackedMinus, 2 * size - 1};
   if (high == 0) return true;
   const std::uint64_t first = load(reversed ? bytes + low : bytes, high);
   number.magnitude += numberOfHalfBytes(first) * kPowersOfTen[15];
-  return aboveNine(first) == 0;
+  return nonDigitHalfBytes(first) == 0;
 }
 
 // The whole part of a number with so many places behind the point, or, below 0, zeros behind it. False beyond 64 bits.

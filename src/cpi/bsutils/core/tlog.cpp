@@ -48,7 +48,7 @@ void TlogField::visitWords(Visit visit) const {
   const std::size_t size = bytes_.size();
   for (std::size_t first = 0; first < size; first += kStep) {
     const auto count = static_cast<std::uint32_t>(std::min(size - first, kStep));
-    const std::uint64_t word = loadBytes(bytes_.data() + (reversed_ ? size - first - count : first), count);
+    const std::uint64_t word = loadLowest(bytes_.data() + (reversed_ ? size - first - count : first), count);
     visit(reversed_ ? reversedBytes(word, count) : word, first);
   }
 }
@@ -64,7 +64,7 @@ std::optional<UnitView> TlogField::decimalText(unsigned short* buffer) const {
   std::uint64_t inFront = kInFront[sign.halfBytes];
   std::uint64_t faults = 0;
   visitWords([&](std::uint64_t word, std::size_t first) {
-    faults |= aboveNine(word & ~inFront);
+    faults |= nonDigitHalfBytes(word & ~inFront);
     inFront = 0;
     writeSixteen(digitVector(word), buffer + 2 * first);
   });

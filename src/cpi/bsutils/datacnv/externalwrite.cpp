@@ -6,6 +6,7 @@
 #include "core/externaldigits.hpp"
 #include "core/externalword.hpp"
 #include "core/packedfield.hpp"
+#include "core/wholedigits.hpp"
 #include "datacnv/externalform.hpp"
 #include "datacnv/parts.hpp"
 #include "datacnv/signform.hpp"

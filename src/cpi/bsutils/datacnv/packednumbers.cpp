@@ -1,3 +1,9 @@
+// Packed decimals as machine numbers, and machine numbers as packed decimals.
+//
+// Each conversion is defined by other members that it calls one after the other, with the decimal's text in between:
+// the general ways below are that definition. The fast ways go straight from the half bytes to the number and back, for
+// fields of up to ten bytes, and give what the members would have given; whatever fails, fails in the general way.
+
 #include <algorithm>
 #include <cstdint>
 
@@ -12,63 +18,72 @@
 
 using namespace oxr;
 
-// Each conversion is defined as a chain of other members over the decimal's text. A field of usual size that gives a
-// value at all goes straight from its half bytes to the machine number, with the result of the chain; everything else,
-// failures above all, takes the chain itself. PackedConversions.QuickWayAndChainAgree.
-
 namespace {
 
-// Reads a field for the quick way; false for one that takes the other.
-bool quickNumber(const unsigned char* source, int size, EEndian endian, ESign sign, core::PackedNumber& number) {
+[[gnu::always_inline]] inline bool readNumberFast(const DataCnv& cnv, const unsigned char* source, int size, ESign sign,
+                                                  core::PackedNumber& number) {
   const auto bytes = static_cast<std::uint32_t>(size);
-  return !debugTraceOn() && source != nullptr && bytes - 1 < core::PackedNumber::kMaxSize &&
-         core::readPackedNumber(source, bytes, endian == eEndianLittle, sign != eSignNone, number);
+  return source != nullptr && bytes - 1 < core::PackedNumber::kMaxSize &&
+         core::readPackedNumber(source, bytes, DataCnvParts::isPackedReversed(cnv), sign != eSignNone, number);
+}
+
+bool readDoubleFast(const DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
+                    double& value) {
+  core::PackedNumber number;
+  // The general way's reader of doubles goes by the symbols of the formatter, which are there once one was made.
+  if (!DataCnvParts::hasAsciiSymbols() || !readNumberFast(cnv, source, size, sign, number)) return false;
+  // A minus counts as a position: no digit may be missing for it after the point, or the text is none of a number.
+  const bool isCanonical = !number.negative || virtualDecimalPoint < static_cast<int>(number.digitCount);
+  return isCanonical && core::toDouble(number, virtualDecimalPoint, value);
 }
 
 template <class Integer>
-bool quickInteger(const unsigned char* source, int size, EEndian endian, int places, ESign sign, Integer& value) {
+bool readIntegerFast(const DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
+                     Integer& value) {
   core::PackedNumber number;
-  return quickNumber(source, size, endian, sign, number) && core::wholePart(number.magnitude, places) &&
+  return readNumberFast(cnv, source, size, sign, number) && core::wholePart(number.magnitude, virtualDecimalPoint) &&
          core::toInteger(number.magnitude, number.negative, value);
 }
 
-// A scale beyond any use, cut to where the number is settled.
-int settledScale(int virtualDecimalPoint, int size) {
-  return core::settledPlaces(virtualDecimalPoint, 2 * static_cast<std::size_t>(std::max(size, 0)));
+// The field's decimal, with a scale beyond any use cut to where the number does not change any more.
+PWFData decimalOf(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
+  const auto digits = 2 * static_cast<std::size_t>(std::max(size, 0));
+  return cnv.PckdDecToDec(source, size, core::settledPlaces(virtualDecimalPoint, digits), sign);
 }
 
-double packedToDouble(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
+double readDoubleGeneral(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(&cnv, "DataCnv::PckdDecToDbl", kDataCnvPath);
-  PWFData decimal = cnv.PckdDecToDec(source, size, settledScale(virtualDecimalPoint, size), sign);
+  PWFData decimal = decimalOf(cnv, source, size, virtualDecimalPoint, sign);
   return cnv.PWFStringTodouble(TextValue::text(decimal));
 }
 
-PWFInt64 packedToInt64(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
+PWFInt64 readInt64General(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(&cnv, "DataCnv::PckdDecToPWFInt64", kDataCnvPath);
-  const PWFData decimal = cnv.PckdDecToDec(source, size, settledScale(virtualDecimalPoint, size), sign);
+  const PWFData decimal = decimalOf(cnv, source, size, virtualDecimalPoint, sign);
   unsigned char integer[8];
   cnv.IntFromDec(decimal.getDecimalValue(), integer, sizeof integer, 0);
   return cnv.IntToInt64(integer, sizeof integer, eSignLeadingIncluded);
 }
 
-PWFInt32 packedToInt32(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
+PWFInt32 readInt32General(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(&cnv, "DataCnv::PckdDecToInt32", kDataCnvPath);
-  const PWFData decimal = cnv.PckdDecToDec(source, size, settledScale(virtualDecimalPoint, size), sign);
+  const PWFData decimal = decimalOf(cnv, source, size, virtualDecimalPoint, sign);
   unsigned char integer[4];
   cnv.IntFromDec(decimal.getDecimalValue(), integer, sizeof integer, 0);
   return cnv.IntToInt32(integer, sizeof integer, eSignLeadingIncluded);
 }
 
-// Packs an integer of usual size whose digits fit the field. False for what takes the chain.
-bool quickPack(DataCnv& cnv, PWFInt64 value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign) {
+// Packs an integer whose digits, with zeros for its places, fit both the field and a register of fifteen.
+bool writeIntegerFast(DataCnv& cnv, PWFInt64 value, unsigned char* target, int size, int virtualDecimalPoint,
+                      ESign sign) {
   constexpr std::uint32_t kMaxDigits = 2 * core::PackedWord::kMaxSize - 1;
   const std::uint64_t magnitude = value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
   const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than there are digits
-  if (debugTraceOn() || target == nullptr || size <= 0 || places >= kMaxDigits ||
-      magnitude >= core::kPowersOfTen[kMaxDigits - places])
+  if (target == nullptr || size <= 0 || places >= kMaxDigits || magnitude >= core::kPowersOfTen[kMaxDigits - places])
     return false;
   char nibble;
   cnv.GetPackedDecimalSign(static_cast<short>(sign != eSignNone), value < 0, &nibble);
+  // Digits and sign fill the end of the field in normal order, zeros the rest.
   const auto bytes = static_cast<std::uint32_t>(size);
   const std::uint32_t filled = std::min(bytes, core::PackedWord::kMaxSize);
   const bool reversed = DataCnvParts::isPackedReversed(cnv);
@@ -79,33 +94,45 @@ bool quickPack(DataCnv& cnv, PWFInt64 value, unsigned char* target, int size, in
   return true;
 }
 
+void writeInt64General(DataCnv& cnv, PWFInt64 value, unsigned char* target, int size, int virtualDecimalPoint,
+                       ESign sign) {
+  const FunctionTrace trace(&cnv, "DataCnv::PckdDecFromPWFInt64", kDataCnvPath);
+  unsigned char integer[8];
+  cnv.IntFromInt64(value, integer, sizeof integer, eSignLeadingIncluded);
+  const PWFData decimal = cnv.IntToDec(integer, sizeof integer, 0);
+  cnv.PckdDecFromDec(decimal.getDecimalValue(), target, size, virtualDecimalPoint, sign);
+}
+
+void writeInt32General(DataCnv& cnv, PWFInt32 value, unsigned char* target, int size, int virtualDecimalPoint,
+                       ESign sign) {
+  const FunctionTrace trace(&cnv, "DataCnv::PckdDecFromInt32", kDataCnvPath);
+  unsigned char integer[4];
+  cnv.IntFromInt32(value, integer, sizeof integer, eSignLeadingIncluded);
+  const PWFData decimal = cnv.IntToDec(integer, sizeof integer, 0);
+  cnv.PckdDecFromDec(decimal.getDecimalValue(), target, size, virtualDecimalPoint, sign);
+}
+
 }  // namespace
 
 double DataCnv::PckdDecToDbl(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
-  core::PackedNumber number;
   double value;
-  // The chain's reader of doubles goes by the symbols of the formatter, which are there once one was made.
-  if (DataCnvParts::hasAsciiSymbols() && quickNumber(source, size, packedEndian, sign, number)) [[likely]] {
-    // A minus counts as a position: no digit may be missing for it behind the point.
-    const bool isCanonical = !number.negative || virtualDecimalPoint < static_cast<int>(number.digitCount);
-    if (isCanonical && core::toDouble(number, virtualDecimalPoint, value)) [[likely]]
-      return value;
-  }
-  return packedToDouble(*this, source, size, virtualDecimalPoint, sign);
+  if (wentFast([&] { return readDoubleFast(*this, source, size, virtualDecimalPoint, sign, value); })) [[likely]]
+    return value;
+  return readDoubleGeneral(*this, source, size, virtualDecimalPoint, sign);
 }
 
 PWFInt64 DataCnv::PckdDecToPWFInt64(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   PWFInt64 value;
-  if (quickInteger(source, size, packedEndian, virtualDecimalPoint, sign, value)) [[likely]]
+  if (wentFast([&] { return readIntegerFast(*this, source, size, virtualDecimalPoint, sign, value); })) [[likely]]
     return value;
-  return packedToInt64(*this, source, size, virtualDecimalPoint, sign);
+  return readInt64General(*this, source, size, virtualDecimalPoint, sign);
 }
 
 PWFInt32 DataCnv::PckdDecToInt32(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   PWFInt32 value;
-  if (quickInteger(source, size, packedEndian, virtualDecimalPoint, sign, value)) [[likely]]
+  if (wentFast([&] { return readIntegerFast(*this, source, size, virtualDecimalPoint, sign, value); })) [[likely]]
     return value;
-  return packedToInt32(*this, source, size, virtualDecimalPoint, sign);
+  return readInt32General(*this, source, size, virtualDecimalPoint, sign);
 }
 
 void DataCnv::PckdDecFromDbl(double value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign) {
@@ -117,21 +144,13 @@ void DataCnv::PckdDecFromDbl(double value, unsigned char* target, int size, int 
 
 void DataCnv::PckdDecFromPWFInt64(PWFInt64 value, unsigned char* target, int size, int virtualDecimalPoint,
                                   ESign sign) {
-  if (quickPack(*this, value, target, size, virtualDecimalPoint, sign)) [[likely]]
+  if (wentFast([&] { return writeIntegerFast(*this, value, target, size, virtualDecimalPoint, sign); })) [[likely]]
     return;
-  const FunctionTrace trace(this, "DataCnv::PckdDecFromPWFInt64", kDataCnvPath);
-  unsigned char integer[8];
-  IntFromInt64(value, integer, sizeof integer, eSignLeadingIncluded);
-  const PWFData decimal = IntToDec(integer, sizeof integer, 0);
-  PckdDecFromDec(decimal.getDecimalValue(), target, size, virtualDecimalPoint, sign);
+  writeInt64General(*this, value, target, size, virtualDecimalPoint, sign);
 }
 
 void DataCnv::PckdDecFromInt32(PWFInt32 value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign) {
-  if (quickPack(*this, value, target, size, virtualDecimalPoint, sign)) [[likely]]
+  if (wentFast([&] { return writeIntegerFast(*this, value, target, size, virtualDecimalPoint, sign); })) [[likely]]
     return;
-  const FunctionTrace trace(this, "DataCnv::PckdDecFromInt32", kDataCnvPath);
-  unsigned char integer[4];
-  IntFromInt32(value, integer, sizeof integer, eSignLeadingIncluded);
-  const PWFData decimal = IntToDec(integer, sizeof integer, 0);
-  PckdDecFromDec(decimal.getDecimalValue(), target, size, virtualDecimalPoint, sign);
+  writeInt32General(*this, value, target, size, virtualDecimalPoint, sign);
 }

@@ -35,7 +35,8 @@ template <class Fast>
   if (!debugTraceOn() && fast()) [[likely]]
     return true;
 #if defined(OXR_COUNT_GENERAL_WAYS)
-  generalWayCount.fetch_add(1, std::memory_order_relaxed);
+  // Not an increment of one piece, which would cost more than some general ways: threads may lose counts, but not all.
+  generalWayCount.store(generalWayCount.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
 #endif
   return false;
 }

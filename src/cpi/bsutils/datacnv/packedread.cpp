@@ -1,0 +1,125 @@
+// Packed decimals: fields into values, and the rules of their signs.
+//
+// A field becomes text, never a number, so that all its digits stay, leading zeros too. The general way splits any
+// field and places the point wherever it falls; the fast way takes the fields of most messages, whose text fits into
+// the value itself, from one register.
+
+#include <algorithm>
+#include <vector>
+
+#include "core/packedfield.hpp"
+#include "core/pointshift.hpp"
+#include "cputils.hpp"
+#include "datacnv/parts.hpp"
+#include "datacnv/sourcepath.hpp"
+#include "dataconv.hpp"
+#include "support/support.hpp"
+#include "values/textinplace.hpp"
+
+using namespace oxr;
+
+namespace {
+
+// The insert that tells what is wrong with a field, by the number of the fault.
+constexpr const char* kFaultTexts[] = {
+    "",
+    "packed decimal, no sign found ",
+    "packed decimal, negative sign found on unsigned data ",
+    "packed decimal, non-numeric data found",
+};
+
+// A field of up to eight bytes that has nothing wrong with it, whose point falls after one of its digits, and whose
+// text lies inside the value.
+struct ShortPacked {
+  core::PackedWord field;
+  std::uint32_t wholeDigits = 0;  // before the point
+  std::uint32_t minus = 0;        // units of the sign: 0 or 1
+  std::uint32_t length = 0;       // units of the text
+
+  PWFData value() const {
+    return TextValue::make(DECIMAL, length, [this](unsigned short* out) {
+      *out = '-';
+      // Up to 17 units: the text's room and its terminator. A point after the last digit is overwritten.
+      field.writePointed(wholeDigits, out + minus);
+      out[length] = 0;
+    });
+  }
+};
+
+[[gnu::always_inline]] inline bool readPackedFast(const unsigned char* source, int size, int virtualDecimalPoint,
+                                                  ESign sign, bool reversed, ShortPacked& packed) {
+  const auto bytes = static_cast<std::uint32_t>(size);
+  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than any field has
+  if (source == nullptr || bytes - 1 >= core::PackedWord::kMaxSize || places >= 2 * bytes - 1) return false;
+  packed.field = core::PackedWord(source, bytes, reversed);
+  packed.wholeDigits = 2 * bytes - 1 - places;
+  packed.minus = packed.field.sign() == core::kPackedMinus;
+  packed.length = 2 * bytes - 1 + packed.minus + (places != 0);
+  return packed.field.isAllDigitsButSign() && !(core::isNegativeSign(packed.field.sign()) && sign == eSignNone) &&
+         packed.length <= TextValue::kInlineUnits;
+}
+
+// The value of a good field, wherever its point falls.
+PWFData shiftedValue(const core::PackedField& field, int places) {
+  // The minus counts as a position when the point is placed: Packed.MinusCountsAsAPosition.
+  const bool minus = field.sign() == core::kPackedMinus;
+  const std::uint32_t units = field.digitCount() + minus;
+  core::PointShift shift;
+  if (places != 0) shift = core::trimmed(core::shiftPoint(units, core::PointShift::kNoPoint, places), units);
+  return TextValue::make(DECIMAL, shift.length(units), [&](unsigned short* out) {
+    constexpr unsigned short kZero = '0';
+    unsigned short* const text = std::fill_n(out, shift.frontZeros, kZero);
+    *text = '-';
+    field.writeDigits(text + minus);
+    unsigned short* const end = std::fill_n(text + units, shift.backZeros, kZero);
+    if (!shift.hasPoint()) return;
+    std::copy_backward(out + shift.point, end, end + 1);
+    out[shift.point] = '.';
+  });
+}
+
+// Raises what is wrong with a field, if anything is: through the member that tests half bytes, which the trace shows.
+void validateField(DataCnv& cnv, const core::PackedField& field, ESign sign, const unsigned char* source) {
+  std::vector<unsigned char> nibbles(std::size_t{field.digitCount()} + 1);
+  for (std::uint32_t i = 0; i < nibbles.size(); ++i)
+    nibbles[i] = field.nibble(i);
+  cnv.ValidatePackedDecimal(nibbles.data(), static_cast<int>(nibbles.size()), sign, source);
+}
+
+PWFData readPackedGeneral(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
+  const FunctionTrace trace(&cnv, "DataCnv::PckdDecToDec", kDataCnvPath);
+  if (source == nullptr) raiseInternalError(trace.site(), "Null input pointer");
+  if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid input size: ", size));
+  const core::PackedField field(source, size, DataCnvParts::isPackedReversed(cnv));
+  // All digits are tested at once; one by one only to tell which fault it is, or to show the test in the trace.
+  if (debugTraceOn() || !field.isGood(sign != eSignNone)) validateField(cnv, field, sign, source);
+  return shiftedValue(field, virtualDecimalPoint);
+}
+
+}  // namespace
+
+char DataCnv::GetPackedDecimalSign(short isSigned, int isNegative, char* sign) {
+  if (isSigned == 0)
+    *sign = static_cast<char>(core::kPackedUnsigned);
+  else
+    *sign = isNegative != 0 ? static_cast<char>(core::kPackedMinus) : positivePackedSign;
+  return *sign;
+}
+
+void DataCnv::ValidatePackedDecimal(const unsigned char* nibbles, int count, ESign sign,
+                                    const unsigned char* rawField) {
+  const FunctionTrace trace(this, "DataCnv::ValidatePackedDecimal", kDataCnvPath);
+  const auto fault = core::packedFault({nibbles, static_cast<std::size_t>(std::max(count, 0))}, sign != eSignNone);
+  if (fault != core::PackedFault::none)
+    raise<KelConversionException>(trace.site(), failures::kInvalidData, kFaultTexts[static_cast<int>(fault)],
+                                  CPUtils::binaryDump(rawField, count / 2));
+}
+
+PWFData DataCnv::PckdDecToDec(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
+  ShortPacked packed;
+  if (wentFast([&] {
+        return readPackedFast(source, size, virtualDecimalPoint, sign, packedEndian == eEndianLittle, packed);
+      })) [[likely]]
+    return packed.value();
+  return readPackedGeneral(*this, source, size, virtualDecimalPoint, sign);
+}

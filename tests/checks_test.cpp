@@ -1,0 +1,52 @@
+// The comparisons that the fuzz targets make, each on seeded random inputs: models, and one way against the other.
+// OXR_RANDOM_CASES says how many inputs a check gets; the seed is fixed, so that a failure repeats.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "fuzz/datacnv/packed_check.hpp"
+#include "fuzz/harness/choices.hpp"
+
+namespace oxr::test {
+namespace {
+
+struct Check {
+  const char* name;
+  void (*run)(fuzz::Choices&);
+  int cases;  // as many as a second or so allows for all checks together
+};
+
+constexpr Check kChecks[] = {
+    {"PackedRead", fuzz::checkPackedRead, 20'000},
+    {"PackedWrite", fuzz::checkPackedWrite, 20'000},
+    {"PackedNumbers", fuzz::checkPackedNumbers, 40'000},
+};
+
+class Checks : public ::testing::TestWithParam<Check> {};
+
+TEST_P(Checks, Hold) {
+  constexpr std::size_t kMostBytes = 512;
+  const char* const wanted = std::getenv("OXR_RANDOM_CASES");
+  const long cases = wanted != nullptr ? std::stol(wanted) : GetParam().cases;
+  std::mt19937_64 random(20261121);
+  std::vector<std::uint64_t> words(kMostBytes / sizeof(std::uint64_t));
+  for (long i = 0; i < cases; ++i) {
+    for (std::uint64_t& word : words)
+      word = random();
+    fuzz::Choices choices({reinterpret_cast<const std::uint8_t*>(words.data()), kMostBytes - random() % kMostBytes});
+    try {
+      GetParam().run(choices);
+    } catch (const fuzz::Disagreement& disagreement) {
+      FAIL() << "case " << i << ": " << disagreement.what();
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Checks, ::testing::ValuesIn(kChecks), [](const auto& check) { return check.param.name; });
+
+}  // namespace
+}  // namespace oxr::test
