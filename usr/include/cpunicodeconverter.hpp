@@ -13,8 +13,8 @@
 class KelConverter;
 namespace oxr {
 class ConverterState;
+struct CodePage;
 struct DirectPath;
-struct SingleBytePage;
 }  // namespace oxr
 
 // What converters have in common: a status and a name for messages. The name opens nothing.
@@ -91,7 +91,7 @@ class OXR_EXPORT CPUnicodeConverter : public CPBaseUnicodeConverter {
 
  private:
   friend struct oxr::DirectPath;
-  friend struct oxr::SingleBytePage;
+  friend struct oxr::CodePage;
   friend class oxr::ConverterState;
 
   // Code pages that have a way around ICU.

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "codepage/codepage.hpp"
 #include "codepage/directpath.hpp"
-#include "codepage/singlebytepage.hpp"
 
 namespace oxr {
 
@@ -25,7 +25,7 @@ Decoded decodeTable(const core::SingleByteTable& table, const char* source, cons
 
 Decoded decode(CPUnicodeConverter& converter, const char* source, const char* end, std::span<unsigned short> target,
                int* offsets, bool flush) {
-  if (const core::SingleByteTable* const table = SingleBytePage::tableOf(converter))
+  if (const core::SingleByteTable* const table = CodePage::byteTable(converter))
     return decodeTable(*table, source, end, target, offsets);
   Decoded result;
   unsigned short* written = target.data();

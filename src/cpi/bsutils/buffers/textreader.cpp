@@ -5,9 +5,9 @@
 
 #include "buffers/decoding.hpp"
 #include "buffers/sourcepath.hpp"
+#include "codepage/codepage.hpp"
 #include "codepage/converterstate.hpp"
 #include "codepage/directpath.hpp"
-#include "codepage/singlebytepage.hpp"
 #include "cputils.hpp"
 #include "support/scratch.hpp"
 #include "support/support.hpp"
@@ -134,7 +134,7 @@ bool TextBufferReader::getCharacter(unsigned short* target, bool moveOffset, int
   // window shows is read without a call, so that no register need be saved.
   if (!debugTraceOn()) [[likely]] {
     const int start = resolved(offset);
-    const core::SingleByteTable* const table = SingleBytePage::tableOf(*converter);
+    const core::SingleByteTable* const table = CodePage::byteTable(*converter);
     if (table == nullptr || !isShown(*pointer, start)) [[unlikely]]
       return readCharacter(*target, moveOffset, bytesConsumed, start);
     *target = unitAt(*pointer, *table, start);
@@ -148,7 +148,7 @@ bool TextBufferReader::getCharacter(unsigned short* target, bool moveOffset, int
 
 [[gnu::noinline]] bool TextBufferReader::readCharacter(unsigned short& target, bool moveOffset, int* bytesConsumed,
                                                        int start) {
-  const core::SingleByteTable* const table = SingleBytePage::tableOf(*converter);
+  const core::SingleByteTable* const table = CodePage::byteTable(*converter);
   const Decoded character =
       table != nullptr ? decodeByte(*pointer, *table, start, target) : decodeCharacter(target, start, moveOffset);
   if (bytesConsumed != nullptr) *bytesConsumed = character.bytes;
@@ -222,7 +222,7 @@ bool TextBufferReader::getPWFString(KelWstring& target, int startOffset, int end
   const std::int64_t length = std::int64_t{endOffset} - startOffset;
   if (length <= 0) return length == 0;
   if (!pointer->moveOffsetWindow(startOffset, toLength(length), false)) return false;
-  if (const core::SingleByteTable* const table = SingleBytePage::tableOf(*converter)) {
+  if (const core::SingleByteTable* const table = CodePage::byteTable(*converter)) {
     decodeShownBytes(*pointer, *table, target.appendForOverwrite(static_cast<unsigned>(length)));
   } else {
     int units = toLength(2 * length);

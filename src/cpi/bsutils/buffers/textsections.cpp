@@ -7,8 +7,8 @@
 
 #include "buffers/decoding.hpp"
 #include "buffers/sourcepath.hpp"
+#include "codepage/codepage.hpp"
 #include "codepage/converterstate.hpp"
-#include "codepage/singlebytepage.hpp"
 #include "support/scratch.hpp"
 #include "support/support.hpp"
 #include "textbffr.hpp"
@@ -86,7 +86,7 @@ bool TextBufferReader::getPWFStringSection(KelWstring& target, int charCount, bo
   }
   const int bytes = toLength(std::int64_t{minBytes} * charCount);
   if (!pointer->moveOffsetWindow(start, bytes, false)) return false;
-  if (const core::SingleByteTable* const table = SingleBytePage::tableOf(*converter)) {
+  if (const core::SingleByteTable* const table = CodePage::byteTable(*converter)) {
     decodeShownBytes(*pointer, *table, target.appendForOverwrite(static_cast<unsigned>(charCount)));
     if (moveOffset) leaveAt(start + charCount);
     return true;
@@ -125,7 +125,7 @@ bool TextBufferReader::getStringSection(PWFData& target, int charCount, bool mov
     return true;
   }
   pointer->setLength(toLength(std::int64_t{maxBytes} * charCount), true);
-  if (SingleBytePage::tableOf(*converter) != nullptr) {
+  if (CodePage::byteTable(*converter) != nullptr) {
     if (pointer->windowLength() != charCount) return false;
     target = shownText();
     if (moveOffset) leaveAt(start + charCount);

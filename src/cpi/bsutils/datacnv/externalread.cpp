@@ -4,7 +4,7 @@
 #include <optional>
 #include <span>
 
-#include "codepage/singlebytepage.hpp"
+#include "codepage/codepage.hpp"
 #include "core/externaldigits.hpp"
 #include "core/externalword.hpp"
 #include "core/numbertextread.hpp"
@@ -142,7 +142,7 @@ void externalText(DataCnv& cnv, const FailureSite& site, KelWstring& text, const
 // The digits of a frequent field, without a text in between; none where the field takes the general way.
 inline core::ExternalDigits quickDigits(DataCnv& cnv, const unsigned char* source, int size, const ExternalForm& form,
                                         core::ExternalUnits& units) {
-  const core::SingleByteTable* const page = SingleBytePage::tableOf(*cnv.getConverter());
+  const core::SingleByteTable* const page = CodePage::byteTable(*cnv.getConverter());
   if (page == nullptr || !form.padCharIsUnicode || static_cast<unsigned>(size) - 1 >= core::kMaxExternalBytes ||
       !isKnownSign(form.sign) || source == nullptr || debugTraceOn()) [[unlikely]]
     return {};
@@ -157,7 +157,7 @@ inline bool readsZones(DataCnv& cnv) {
   if (!DataCnvParts::externalCodes(cnv).areKnown) [[unlikely]]
     settleExternalCodes(cnv, ' ');
   return DataCnvParts::externalCodes(cnv).areZoned &&
-         SingleBytePage::tableOf(*DataCnvParts::converterIfMade(cnv)) != nullptr && !debugTraceOn();
+         CodePage::byteTable(*DataCnvParts::converterIfMade(cnv)) != nullptr && !debugTraceOn();
 }
 
 // All other fields.

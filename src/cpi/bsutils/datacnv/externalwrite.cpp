@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <limits>
 
-#include "codepage/singlebytepage.hpp"
+#include "codepage/codepage.hpp"
 #include "core/externaldigits.hpp"
 #include "core/externalword.hpp"
 #include "core/packedfield.hpp"
@@ -33,7 +33,7 @@ bool settleExternalCodes(DataCnv& cnv, unsigned short padChar) {
         U_SUCCESS(status) && size == kCount && cnv.getConverter()->getMinBytesPerChar() == 1 &&
         std::adjacent_find(bytes + 2, bytes + kCount, [](int a, int b) { return b != a + 1; }) == bytes + kCount;
     codes.plus = bytes[0], codes.minus = bytes[1], codes.zero = bytes[2];
-    const core::SingleByteTable* const page = SingleBytePage::tableOf(*cnv.getConverter());
+    const core::SingleByteTable* const page = CodePage::byteTable(*cnv.getConverter());
     codes.areZoned = codes.areBytes && codes.zero % 16 == 0 && page != nullptr;
     for (unsigned digit = 0; digit <= 9; ++digit)
       codes.areZoned = codes.areZoned && (*page)[codes.zero + digit] == '0' + digit;
