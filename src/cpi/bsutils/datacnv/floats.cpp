@@ -131,7 +131,7 @@ void DataCnv::FltFromDec(const unsigned short* text, unsigned char* target, int 
   if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid output buffer size: ", size));
   KelBufferedWstring<16u> number;
   number.insert(0, text);
-  adjustDecimalForString(number, -core::settledPlaces(virtualDecimalPoint, number.length()));
+  adjustDecimalForString(number, -core::clampedPlaces(virtualDecimalPoint, number.length()));
   FltFromDbl(PWFStringTodouble(number), target, size);
 }
 

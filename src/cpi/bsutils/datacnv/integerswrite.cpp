@@ -146,7 +146,7 @@ void DataCnv::IntFromDec(const unsigned short* text, unsigned char* target, int 
   if (target == nullptr) raiseInternalError(trace.site(), "Null output buffer pointer");
   if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid output buffer size: ", size));
   KelBufferedWstring<16u> digits;
-  if (integerText(*this, text, core::settledPlaces(virtualDecimalPoint, UnitView(text).size()), digits))
+  if (integerText(*this, text, core::clampedPlaces(virtualDecimalPoint, UnitView(text).size()), digits))
     insertUnit(digits, 0, '-');
   IntFromInt64(UStringToInt64(digits), target, size, eSignLeadingIncluded);
 }

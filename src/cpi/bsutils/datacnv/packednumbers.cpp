@@ -48,7 +48,7 @@ bool readIntegerFast(const DataCnv& cnv, const unsigned char* source, int size, 
 // The field's decimal, with a scale beyond any use cut to where the number does not change any more.
 PWFData decimalOf(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   const auto digits = 2 * static_cast<std::size_t>(std::max(size, 0));
-  return cnv.PckdDecToDec(source, size, core::settledPlaces(virtualDecimalPoint, digits), sign);
+  return cnv.PckdDecToDec(source, size, core::clampedPlaces(virtualDecimalPoint, digits), sign);
 }
 
 double readDoubleGeneral(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {

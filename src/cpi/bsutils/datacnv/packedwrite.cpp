@@ -63,7 +63,7 @@ void writePackedGeneral(DataCnv& cnv, const unsigned short* text, unsigned char*
   if (text == nullptr) text = kNoText;
   const std::uint64_t room = roomOf(size);
   // A scale that is beyond the field whatever the text holds is cut: a number that cannot fit is not written out first.
-  const int places = core::settledPlaces(virtualDecimalPoint, UnitView(text).size() + 2 * room);
+  const int places = core::clampedPlaces(virtualDecimalPoint, UnitView(text).size() + 2 * room);
   KelBufferedWstring<16u> digits;
   const bool negative = integerText(cnv, text, places, digits);
   if (core::packedSize(digits.length()) > room)
