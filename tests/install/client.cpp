@@ -1,4 +1,4 @@
-// Reads an amount from a packed decimal field: five digits, two of them behind the point.
+// Reads an amount from a packed decimal field: five digits, two of them after the point.
 #include <dataconv.hpp>
 #include <iostream>
 #include <kelwstringconvertor.hpp>
