@@ -1,18 +1,13 @@
 #include "records/json/jsonhandler.hpp"
 
 #include <cstdint>
-#include <cstring>
 
 namespace oxr::rec {
 
 namespace {
 
-// Four at a time: half of a name field is blank.
 UnitView withoutTrailingBlanks(UnitView text) {
-  constexpr unsigned short kBlanks[4] = {' ', ' ', ' ', ' '};
   std::size_t size = text.size();
-  while (size >= 4 && std::memcmp(text.data() + size - 4, kBlanks, sizeof kBlanks) == 0)
-    size -= 4;
   while (size != 0 && text[size - 1] == ' ')
     --size;
   return text.substr(0, size);

@@ -80,13 +80,9 @@ constexpr bool isDigit(unsigned short unit) {
   return unit >= '0' && unit <= '9';
 }
 
-// How many zeros may go: a digit stays behind them. Four at a time, for most fields are far wider than their values.
-std::size_t zerosInFront(UnitView digits) {
-  constexpr unsigned short kZeros[4] = {'0', '0', '0', '0'};
+// How many leading zeros may go: a digit stays after them.
+std::size_t superfluousZeros(UnitView digits) {
   std::size_t at = 0;
-  while (at + 4 < digits.size() && std::memcmp(digits.data() + at, kZeros, sizeof kZeros) == 0 &&
-         isDigit(digits[at + 4]))
-    at += 4;
   while (at + 1 < digits.size() && digits[at] == '0' && isDigit(digits[at + 1]))
     ++at;
   return at;
@@ -95,7 +91,7 @@ std::size_t zerosInFront(UnitView digits) {
 // Writes a decimal without its sign: where it ends, or null if it is none. `*point` is where its point is written, null
 // if it has none.
 char* writeDigits(UnitView digits, char* to, char** point) {
-  std::size_t at = zerosInFront(digits);
+  std::size_t at = superfluousZeros(digits);
   *point = nullptr;
   if (at < digits.size() && digits[at] == '.' && digits.size() > at + 1) *to++ = '0';
   char* const begin = to;
