@@ -70,7 +70,7 @@ class Stop : public FaultListener {
 };
 
 void BM_WorkerAlone(benchmark::State& state) {
-  const Layout layout = readCopybook(sample("customers.cob"));
+  const Layout layout = readCopybookFile(sample("customers.cob"));
   const RecordPlan plan(layout, {});
   Stop listener;
   IgnoringHandler handler;

@@ -69,7 +69,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   CopybookOptions options;
   options.format = static_cast<SourceFormat>(data[0] % 3);
   try {
-    const Layout layout = parseCopybook(text, "fuzz.cob", options);
+    const Layout layout = readCopybook(text, "fuzz.cob", options);
     require(!layout.items.empty() && layout.record().isGroup() && layout.record().next == layout.items.size());
     for (ItemIndex i = 0; i < layout.items.size(); ++i) {
       checkLinks(layout, i);

@@ -9,9 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "records/copybook/copybook.hpp"
-#include "records/json/jsonhandler.hpp"
-#include "records/recordworker.hpp"
+#include "records/records.hpp"
 // Behind rapidjson.hpp, which sets it up.
 #include <rapidjson/reader.h>
 
@@ -44,7 +42,7 @@ const RecordPlan& planFor(unsigned which, bool arraysAtFullSize) {
     std::vector<Made> made;
     for (const char* const copybook : kCopybooks) {
       for (const bool isFull : {false, true}) {
-        auto layout = std::make_unique<Layout>(parseCopybook(copybook, "c", {SourceFormat::free, {}}));
+        auto layout = std::make_unique<Layout>(readCopybook(copybook, "c", {SourceFormat::free, {}}));
         auto plan = std::make_unique<RecordPlan>(*layout, RecordPlan::Options{isFull, isFull});
         made.push_back({std::move(layout), std::move(plan)});
       }

@@ -45,7 +45,7 @@ std::string outline(const Layout& layout, ItemIndex begin, ItemIndex end) {
 
 std::string outlineOf(std::string_view text, const CopybookOptions& options = {}) {
   try {
-    const Layout layout = parseCopybook(text, "c", options);
+    const Layout layout = readCopybook(text, "c", options);
     return outline(layout, 0, static_cast<ItemIndex>(layout.items.size()));
   } catch (const CopybookError& error) {
     return error.what();
@@ -55,7 +55,7 @@ std::string outlineOf(std::string_view text, const CopybookOptions& options = {}
 // "line:column: message", or the outline if there is no error.
 std::string errorOf(std::string_view text, const CopybookOptions& options = {}) {
   try {
-    const Layout layout = parseCopybook(text, "c", options);
+    const Layout layout = readCopybook(text, "c", options);
     return outline(layout, 0, static_cast<ItemIndex>(layout.items.size()));
   } catch (const CopybookError& error) {
     return std::to_string(error.line()) + ':' + std::to_string(error.column()) + ": " + error.message();
@@ -70,13 +70,13 @@ struct Case {
 // The clauses of a field and what becomes of it.
 constexpr char kFields[] =
     "PIC_X text_1@0; pic_is_x(5)a(2)9 text_8@0; PICTURE_A(10)_VALUE_IS_'It''s,_a._period'_JUSTIFIED_RIGHT text_10@0; "
-    "PIC_9(5) zoned_5@0_5.0; PIC_99V9(3) zoned_5@0_5.3; PIC_S9(13)V99 zoned_15@0_15.2-_in>; "
-    "PIC_S9(4)_SIGN_IS_LEADING zoned_4@0_4.0-_<in; PIC_S9(4)_TRAILING_SEPARATE_CHARACTER zoned_5@0_4.0-_out>; "
+    "PIC_9(5) external_5@0_5.0; PIC_99V9(3) external_5@0_5.3; PIC_S9(13)V99 external_15@0_15.2-_in>; "
+    "PIC_S9(4)_SIGN_IS_LEADING external_4@0_4.0-_<in; PIC_S9(4)_TRAILING_SEPARATE_CHARACTER external_5@0_4.0-_out>; "
     // the clause makes it signed, S or not
-    "SIGN_LEADING_SEPARATE_PIC_99V99 zoned_5@0_4.2-_<out; PIC_S9(3)V99_PACKED-DECIMAL packed_3@0_5.2-; "
-    "PIC_9(6)_USAGE_IS_COMPUTATIONAL-3_VALUE_+12.5 packed_4@0_6.0; PIC_9(255) zoned_255@0_255.0; "
+    "SIGN_LEADING_SEPARATE_PIC_99V99 external_5@0_4.2-_<out; PIC_S9(3)V99_PACKED-DECIMAL packed_3@0_5.2-; "
+    "PIC_9(6)_USAGE_IS_COMPUTATIONAL-3_VALUE_+12.5 packed_4@0_6.0; PIC_9(255) external_255@0_255.0; "
     // P scales and takes no byte.
-    "PIC_SPPP9(5) zoned_5@0_5.8-_in>; PIC_VPP9(2)_COMP-3 packed_2@0_2.4; PIC_S9(5)PPP_COMP binary_4@0_5.-3-; "
+    "PIC_SPPP9(5) external_5@0_5.8-_in>; PIC_VPP9(2)_COMP-3 packed_2@0_2.4; PIC_S9(5)PPP_COMP binary_4@0_5.-3-; "
     "PIC_9PPV_COMP-3 packed_1@0_1.-2; "
     // Binary sizes: each limit and the digit behind it.
     "PIC_9_COMP binary_2@0_1.0; PIC_S9(4)_COMP-4 binary_2@0_4.0-; PIC_9(5)_COMP-0 binary_4@0_5.0; "
@@ -104,20 +104,20 @@ constexpr Case kRecords[] = {
      "R group 6@0 [A group 3@0 [B text 1@0; FILLER text 2@1]; FILLER text 3@3]"},
     // Keywords of other places are names.
     {"01 RECORD. 05 COUNT PIC 9. 05 POINTER PIC X. 05 TIMES PIC X. 05 :TAG:-ID PIC X.",
-     "RECORD group 4@0 [COUNT zoned 1@0 1.0; POINTER text 1@1; TIMES text 1@2; :TAG:-ID text 1@3]"},
+     "RECORD group 4@0 [COUNT external 1@0 1.0; POINTER text 1@1; TIMES text 1@2; :TAG:-ID text 1@3]"},
     // A record that is a field, entries without a record, a stand-alone item.
     {"01 R PIC X(80).", "FILLER group 80@0 [R text 80@0]"},
     {"77 N PIC 9(4) COMP.", "FILLER group 2@0 [N binary 2@0 4.0]"},
-    {"05 A PIC X. 05 B REDEFINES A PIC 9.", "FILLER group 1@0 [A text 1@0; B zoned 1@0 1.0 =A]"},
+    {"05 A PIC X. 05 B REDEFINES A PIC 9.", "FILLER group 1@0 [A text 1@0; B external 1@0 1.0 =A]"},
     // No storage.
     {"01 R. 05 A PIC 9. 88 ONE VALUE 1. 88 MANY VALUES ARE 2 THRU 5, 7 WHEN SET TO FALSE IS 0. 05 B PIC X."
      " 88 LOW VALUE LOW-VALUES ALL 'x'. 66 AB RENAMES A OF R THRU B. 05 C PIC X VALUE X'0F'.",
-     "R group 3@0 [A zoned 1@0 1.0; B text 1@1; C text 1@2]"},
+     "R group 3@0 [A external 1@0 1.0; B text 1@1; C text 1@2]"},
     // A group hands down usage and sign; a sign so given makes nothing signed.
     {"01 R. 05 G COMP-3. 10 A PIC S9(3). 10 H. 15 B PIC 9(5). 15 C PIC 9 DISPLAY. 05 K SIGN LEADING SEPARATE."
      " 10 D PIC S9. 10 E PIC 9. 10 F PIC S9 TRAILING. 05 L COMP-1. 10 M.",
-     "R group 14@0 [G group 6@0 [A packed 2@0 3.0-; H group 4@2 [B packed 3@2 5.0; C zoned 1@5 1.0]]; "
-     "K group 4@6 [D zoned 2@6 1.0- <out; E zoned 1@8 1.0; F zoned 1@9 1.0- in>]; L group 4@10 [M shortFloat 4@10]]"},
+     "R group 14@0 [G group 6@0 [A packed 2@0 3.0-; H group 4@2 [B packed 3@2 5.0; C external 1@5 1.0]]; "
+     "K group 4@6 [D external 2@6 1.0- <out; E external 1@8 1.0; F external 1@9 1.0- in>]; L group 4@10 [M shortFloat 4@10]]"},
     // What follows a redefined item starts behind the longest; a chain leads to one origin.
     {"01 R. 05 A PIC X(2). 05 B REDEFINES A PIC X(5). 05 C PIC X(3) REDEFINES b. 05 D PIC X.",
      "R group 6@0 [A text 2@0; B text 5@0 =A; C text 3@0 =A; D text 1@5]"},
@@ -126,13 +126,13 @@ constexpr Case kRecords[] = {
     // Counted arrays move what follows in their group and around it.
     {"01 R. 05 N PIC 9(2). 05 G. 10 A PIC X OCCURS 1 TO 3 TIMES DEPENDING ON n ASCENDING KEY IS A INDEXED BY I."
      " 10 B PIC X. 05 C PIC X.",
-     "R group 7..@0 [N zoned 2@0 2.0; G group 4..@2 [A text 1@2 x1..3(N); B text 1@..]; C text 1@..]"},
+     "R group 7..@0 [N external 2@0 2.0; G group 4..@2 [A text 1@2 x1..3(N); B text 1@..]; C text 1@..]"},
     {"01 R. 05 N PIC 9. 05 G OCCURS 2 DEPENDING N. 10 M PIC 9. 10 H OCCURS 0 TO 3 DEPENDING ON M OF G IN R. 15 F PIC "
      "X.",
-     "R group 9..@0 [N zoned 1@0 1.0; G group 4..@1 x0..2(N) [M zoned 1@1 1.0; H group 1@2 x0..3(M) [F text 1@2]]]"},
+     "R group 9..@0 [N external 1@0 1.0; G group 4..@1 x0..2(N) [M external 1@1 1.0; H group 1@2 x0..3(M) [F text 1@2]]]"},
     // The nearest counter of that name counts.
     {"01 R. 05 N PIC 9. 05 G OCCURS 2. 10 N PIC 99. 10 A PIC X OCCURS 1 TO 4 DEPENDING ON N.",
-     "R group 13..@0 [N zoned 1@0 1.0; G group 6..@1 x2 [N zoned 2@1 2.0; A text 1@3 x1..4(N)]]"},
+     "R group 13..@0 [N external 1@0 1.0; G group 6..@1 x2 [N external 2@1 2.0; A text 1@3 x1..4(N)]]"},
 };
 
 TEST(Copybook, ItemsLieInTheirGroups) {
@@ -141,7 +141,7 @@ TEST(Copybook, ItemsLieInTheirGroups) {
 }
 
 TEST(Copybook, CountersHaveSlotsAndMarkTheirGroups) {
-  const Layout layout = parseCopybook(
+  const Layout layout = readCopybook(
       "01 R. 05 D PIC X. 05 FILLER REDEFINES D. 10 N PIC 9. 05 A OCCURS 0 TO 2 DEPENDING ON N PIC X."
       " 05 B OCCURS 0 TO 2 DEPENDING ON N PIC X.",
       "c");
@@ -187,8 +187,8 @@ TEST(Copybook, LinesAreReadInEitherFormat) {
 TEST(Copybook, ChoosesTheRecordByName) {
   constexpr std::string_view kText = "01 A. 05 X PIC X. 01 B REDEFINES A. 05 Y PIC 99. 01 C PIC 9.";
   EXPECT_EQ(outlineOf(kText), "A group 1@0 [X text 1@0]");
-  EXPECT_EQ(outlineOf(kText, {SourceFormat::detect, "b"}), "B group 2@0 [Y zoned 2@0 2.0]");
-  EXPECT_EQ(parseCopybook(kText, "c", {SourceFormat::detect, "C"}).recordName, "C");
+  EXPECT_EQ(outlineOf(kText, {SourceFormat::detect, "b"}), "B group 2@0 [Y external 2@0 2.0]");
+  EXPECT_EQ(readCopybook(kText, "c", {SourceFormat::detect, "C"}).recordName, "C");
   EXPECT_EQ(errorOf(kText, {SourceFormat::detect, "D"}), "0:0: no record is named D; there are: A, B, C");
 }
 
@@ -264,7 +264,7 @@ TEST(Copybook, ErrorTextShowsTheLineWithACaret) {
             "c:2:34: expected a number of times after OCCURS, found 'FIVE'\n"
             "      |           10 TRANSACTION OCCURS FIVE TO 5      ??\n"
             "      |                                 ^");
-  EXPECT_THROW(readCopybook("no/such/file.cob"), CopybookError);
+  EXPECT_THROW(readCopybookFile("no/such/file.cob"), CopybookError);
 }
 
 // Hostile input of the largest size ends soon, and with an error or a layout.
@@ -290,7 +290,7 @@ TEST(Copybook, EveryTruncationIsALayoutOrAnError) {
   std::size_t layouts = 0;
   for (std::size_t size = 0; size < text.size(); ++size) {
     try {
-      const Layout layout = parseCopybook(std::string_view(text).substr(0, size), "c");
+      const Layout layout = readCopybook(std::string_view(text).substr(0, size), "c");
       ++layouts;
       ASSERT_LE(layout.maxSize(), 250U) << size;
     } catch (const CopybookError& error) {
@@ -301,12 +301,12 @@ TEST(Copybook, EveryTruncationIsALayoutOrAnError) {
 }
 
 TEST(Copybook, DescribesTheSamples) {
-  const std::string customers = describe(readCopybook(OXR_SAMPLES_DIR "/customers.cob"));
+  const std::string customers = describe(readCopybookFile(OXR_SAMPLES_DIR "/customers.cob"));
   EXPECT_NE(customers.find("1 CUSTOMER                                   0     250  group\n"), std::string::npos);
   EXPECT_NE(customers.find("    10 AMOUNT                              105       5  packed        S9(7)V99\n"),
             std::string::npos)
       << customers;
-  const Layout parts = readCopybook(OXR_SAMPLES_DIR "/parts.cob");
+  const Layout parts = readCopybookFile(OXR_SAMPLES_DIR "/parts.cob");
   EXPECT_EQ(parts.maxSize() * 5, std::filesystem::file_size(OXR_SAMPLES_DIR "/parts.bin"));
 }
 
@@ -314,7 +314,7 @@ TEST(Copybook, DescribesTheSamples) {
 TEST(Copybook, PlacesFieldsWhereThePublishedListHasThem) {
   const std::filesystem::path folder = std::filesystem::path(OXR_SHARED_DATA_DIR) / "numeric-types";
   if (!std::filesystem::exists(folder)) GTEST_SKIP() << "no shared data";
-  const Layout layout = readCopybook(folder / "layout.cob");
+  const Layout layout = readCopybookFile(folder / "layout.cob");
   std::ifstream list(folder / "layout.positions.txt");
   ItemIndex i = 0;
   for (std::string line; std::getline(list, line);) {

@@ -1,4 +1,4 @@
-#include "records/json/jsonline.hpp"
+#include "records/json/line.hpp"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include "harness/rows.hpp"
 #include "harness/text.hpp"
 #include "kelwstringconvertor.hpp"
-#include "records/json/jsonhandler.hpp"
+#include "records/json/json.hpp"
 
 namespace oxr::rec::test {
 namespace {

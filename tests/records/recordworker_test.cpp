@@ -69,7 +69,7 @@ class Collector : public FaultListener {
 struct Bench {
   explicit Bench(const char* copybook, bool goesOn = true, const RecordWorker::Settings& settings = {},
                  const RecordPlan::Options& options = {})
-      : layout(parseCopybook(copybook, "c", {SourceFormat::free, {}})),
+      : layout(readCopybook(copybook, "c", {SourceFormat::free, {}})),
         plan(layout, options),
         listener(goesOn),
         worker(RecordWorker::make(plan, {819, eEndianBig, false}, settings, listener)) {

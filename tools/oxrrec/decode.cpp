@@ -7,9 +7,6 @@
 #include <utility>
 
 #include "oxrrec/progress.hpp"
-#include "records/framing/fileinput.hpp"
-#include "records/framing/fileoutput.hpp"
-#include "records/json/jsonhandler.hpp"
 
 namespace oxr::rec {
 
@@ -39,7 +36,7 @@ class Faults : public FaultListener {
     return true;
   }
 
-  // To be called behind each record; true if it is to be left out.
+  // To be called after each record; true if it is to be left out.
   bool isSkipped() {
     const bool wasBad = std::exchange(recordIsBad_, false);
     if (wasBad) ++records_;
@@ -68,12 +65,12 @@ class Decoding {
  public:
   Decoding(const DecodeOptions& options, const Console& console, const RecordPlan& plan)
       : messages_(console.messages),
-        input_(FileInput::open(options.input, console.input)),
+        input_(openInput(options.input, console)),
         progress_(messages_, isProgressWanted(options, console), input_.totalSize(),
                   options.progress ? std::chrono::milliseconds{0} : kProgressDelay),
         faults_(options.onError, messages_, input_.name(), [this] { progress_.wipe(); }),
         worker_(RecordWorker::make(plan, options.form, options.records, faults_)),
-        output_(FileOutput::open(options.output, console.output, input_.descriptor())),
+        output_(openOutput(options.output, console, input_.descriptor())),
         json_(plan.names(), {options.pointsAsText}) {
     worker_->setSource(&input_);
     worker_->initializeParse(-1, nullptr, -1);
@@ -92,11 +89,11 @@ class Decoding {
 
  private:
   static bool isProgressWanted(const DecodeOptions& options, const Console& console) {
-    const bool isBetweenLines = options.output == "-" && ::isatty(console.output) == 1;
+    const bool isBetweenLines = options.output == kStandardStream && ::isatty(console.output) == 1;
     return console.messagesOnTerminal && !isBetweenLines && options.progress.value_or(true);
   }
 
-  // Whatever ends the work early, the lines of the records in front of it are whole.
+  // Whatever ends the work early, the lines of the records before it are whole.
   int readAll() {
     try {
       readRecords();
@@ -123,14 +120,14 @@ class Decoding {
   void readRecords() {
     worker_->parseFirst(input_.first(), nullptr, true, 0, -1);
     if (worker_->recordsRead() == 0) return;
-    settle();
+    finishRecord();
     while (worker_->hasNext()) {
       worker_->parseNext();
-      settle();
+      finishRecord();
     }
   }
 
-  void settle() {
+  void finishRecord() {
     dropIfSkipped();
     if (json_.size() >= kWriteBytes) writeLines();
     progress_.update(static_cast<std::uint64_t>(worker_->getNumBytesParsed()));
@@ -155,7 +152,7 @@ class Decoding {
 };
 
 int decodeOrThrow(const DecodeOptions& options, const Console& console) {
-  const Layout layout = readCopybook(options.copybook, options.copybookOptions);
+  const Layout layout = readCopybookFile(options.copybook, options.copybookOptions);
   const RecordPlan plan(layout, options.plan);
   return Decoding(options, console, plan).run();
 }

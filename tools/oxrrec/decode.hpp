@@ -2,12 +2,10 @@
 
 #include <cstdint>
 #include <optional>
-#include <ostream>
 #include <string>
 
-#include "records/copybook/copybook.hpp"
-#include "records/fields/fieldconverter.hpp"
-#include "records/recordworker.hpp"
+#include "oxrrec/console.hpp"
+#include "records/records.hpp"
 
 namespace oxr::rec {
 
@@ -21,8 +19,8 @@ enum class OnError : std::uint8_t {
 struct DecodeOptions {
   std::string copybook;  // path
   CopybookOptions copybookOptions;
-  std::string input;         // path, "-" for standard input
-  std::string output = "-";  // path, "-" for standard output
+  std::string input;                     // path, or kStandardStream
+  std::string output = kStandardStream;  // path, or kStandardStream
   PhysicalForm form;
   RecordPlan::Options plan;
   RecordWorker::Settings records;
@@ -32,21 +30,8 @@ struct DecodeOptions {
   std::optional<bool> progress;
 };
 
-// The process around the program, as far as it matters: tests have one of their own.
-struct Console {
-  int input = 0;  // descriptors of the standard streams
-  int output = 1;
-  std::ostream& messages;           // one line each
-  bool messagesOnTerminal = false;  // progress may be shown among them
-};
-
-// Exit codes of the program.
-inline constexpr int kDone = 0;
-inline constexpr int kBadField = 1;  // a field cannot be read
-inline constexpr int kFailed = 2;    // all else: the request, the copybook, the input's records, the output
-
 // Turns a record file into JSON lines. Failures are told in `console.messages`; the result is the exit code. Lines of
-// all records in front of a failure are written, and no part of another.
+// all records before a failure are written, and no part of another.
 int decode(const DecodeOptions& options, const Console& console);
 
 }  // namespace oxr::rec

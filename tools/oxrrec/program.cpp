@@ -1,7 +1,6 @@
 #include "oxrrec/program.hpp"
 
 #include "oxrrec/options.hpp"
-#include "records/framing/fileoutput.hpp"
 
 namespace oxr::rec {
 
@@ -13,7 +12,7 @@ int give(const Notice& notice, const Console& console) {
     return kFailed;
   }
   try {
-    FileOutput::open("-", console.output, -1).write(notice.text);
+    openOutput(kStandardStream, console, -1).write(notice.text);
     return kDone;
   } catch (const OutputError& error) {
     console.messages << "oxrrec: " << error.what() << '\n';

@@ -2,7 +2,7 @@
 
 #include <span>
 
-#include "oxrrec/decode.hpp"
+#include "oxrrec/console.hpp"
 
 namespace oxr::rec {
 

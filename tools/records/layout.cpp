@@ -7,7 +7,7 @@ namespace oxr::rec {
 
 namespace {
 
-constexpr std::array<std::string_view, 9> kKindNames = {"group",        "text",   "edited",     "zoned",    "binary",
+constexpr std::array<std::string_view, 9> kKindNames = {"group",        "text",   "edited",     "external", "binary",
                                                         "nativeBinary", "packed", "shortFloat", "longFloat"};
 static_assert(kKindNames[static_cast<std::size_t>(Kind::longFloat)] == "longFloat");
 
@@ -23,7 +23,7 @@ void appendCell(std::string& row, const std::string& text, std::size_t width) {
   row.append(text.size() < width ? width - text.size() : 1, ' ');
 }
 
-// What stands behind the columns: picture, array bounds, redefinition, sign.
+// What follows the columns: picture, array bounds, redefinition, sign.
 std::string notes(const Layout& layout, const Item& item) {
   std::ostringstream text;
   text << item.picture;

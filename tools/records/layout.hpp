@@ -17,7 +17,7 @@ enum class Kind : std::uint8_t {
   group,         // no bytes of its own: the items below it
   text,          // PIC X, A, or a mixture of X, A and 9: characters of the code page
   edited,        // a picture with editing symbols (Z * + - CR DB B 0 / , . $): delivered as the characters it shows
-  zoned,         // numeric DISPLAY: a digit a byte, the sign as Item::sign tells
+  external,      // numeric DISPLAY: a digit a byte, the sign as Item::sign tells
   binary,        // COMP, COMP-4, BINARY: two's complement, value limited by the picture
   nativeBinary,  // COMP-5: two's complement, value limited by its bytes only, in the byte order of the machine of
                  // origin
@@ -29,7 +29,7 @@ enum class Kind : std::uint8_t {
 // "group", "text", ... as the enumerators are named.
 std::string_view kindName(Kind kind);
 
-// Where a zoned item has its sign. "Included" shares the byte with a digit, "separate" is a byte of its own.
+// Where a external item has its sign. "Included" shares the byte with a digit, "separate" is a byte of its own.
 enum class SignPlace : std::uint8_t { none, leadingIncluded, trailingIncluded, leadingSeparate, trailingSeparate };
 
 // The place of an item in Layout::items, or kNoItem.
@@ -59,21 +59,21 @@ struct Item {
   std::uint8_t level = 0;
   Kind kind = Kind::group;
 
-  // Numbers (zoned, binary, nativeBinary, packed). The value is the stored digits times 10 to the power of -scale:
+  // Numbers (external, binary, nativeBinary, packed). The value is the stored digits times 10 to the power of -scale:
   // `scale` is above `digits` for PPP9(5) (5 digits, scale 8) and negative for 9(5)PPP (5 digits, scale -3).
   std::uint16_t digits = 0;
   std::int16_t scale = 0;
   bool isSigned = false;             // also of an edited picture that starts with S
-  SignPlace sign = SignPlace::none;  // zoned only; none if not signed
+  SignPlace sign = SignPlace::none;  // external only; none if not signed
 
-  bool isJustifiedRight = false;  // text: blanks in front instead of behind
-  bool isBlankWhenZero = false;   // zoned: an all-blank field stands for zero
+  bool isJustifiedRight = false;  // text: padded with leading blanks, not trailing ones
+  bool isBlankWhenZero = false;   // external: an all-blank field stands for zero
 
   // Bytes of ONE occurrence, counted arrays below it at their largest.
   std::uint32_t size = 0;
 
   // Bytes from the start of the occurrence of the enclosing group to the first occurrence of this item. Exact only if
-  // `hasFixedOffset`: otherwise a counted array stands somewhere in front of it in the same group, and this is the
+  // `hasFixedOffset`: otherwise a counted array stands somewhere before it in the same group, and this is the
   // offset with that array at its largest.
   std::uint32_t offset = 0;
   bool hasFixedOffset = true;
@@ -98,19 +98,19 @@ struct Item {
   bool holdsCounter = false;
 
   ItemIndex parent = kNoItem;
-  ItemIndex next = 0;  // the first item behind all that lies below this one
+  ItemIndex next = 0;  // the first item after all that lies below this one
 
   bool isGroup() const { return kind == Kind::group; }
   bool isFiller() const { return name.empty(); }
   // All occurrences together, at the largest.
   std::uint32_t totalSize() const { return size * occurs.max; }
-  // True if bytes behind this item move with a count in the record.
+  // True if the bytes after this item move with a count in the record.
   bool movesWhatFollows() const { return hasVariableSize || occurs.isCounted(); }
   // A binary number of more than 18 digits: laid out here, but wider than any machine integer.
   bool isWideBinary() const { return (kind == Kind::binary || kind == Kind::nativeBinary) && size > 8; }
 };
 
-// The layout of one record. Built by `parseCopybook` and not changed afterwards: many threads may read it.
+// The layout of one record. Built by `readCopybook` and not changed afterwards: many threads may read it.
 //
 // `items` is the tree in pre-order: an item is followed by what lies below it, then by its next sibling. items[0] is
 // the record and always a group; its own children start at 1. A record that is one field (01 or 77 with a picture)

@@ -14,7 +14,7 @@ constexpr std::array<ESign, 5> kSigns = {eSignNone, eSignLeadingIncluded, eSignT
 static_assert(kSigns[static_cast<std::size_t>(SignPlace::trailingSeparate)] == eSignTrailingSeparate);
 
 ESign signOf(const Item& item) {
-  if (item.kind == Kind::zoned) return kSigns[static_cast<std::size_t>(item.sign)];
+  if (item.kind == Kind::external) return kSigns[static_cast<std::size_t>(item.sign)];
   return item.isSigned ? eSignLeadingIncluded : eSignNone;
 }
 

@@ -25,20 +25,20 @@ struct Step {
 
   Op op = Op::field;
   Kind kind = Kind::group;
-  ESign sign = eSignNone;     // zoned, packed: where it is; binary: eSignLeadingIncluded if signed
+  ESign sign = eSignNone;     // external, packed: where it is; binary: eSignLeadingIncluded if signed
   bool isOccurrence = false;  // field, beginGroup: one of the innermost open array
   bool isBlankWhenZero = false;
-  bool moves = false;      // endArray: what follows stands behind the last occurrence that there is
+  bool moves = false;      // endArray: what follows stands after the last occurrence that there is
   std::int16_t scale = 0;  // decimal places, as in Item
   std::uint32_t name = kNoName;
-  // Bytes from the start of the record, in the first occurrence of every array around, with all arrays in front at
-  // their largest. A walk adds its shift to get the true place.
+  // Bytes from the start of the record to the first occurrence in every array around the step, with all earlier arrays
+  // at their largest. A walk adds its shift to get the true place.
   std::uint32_t offset = 0;
   std::uint32_t size = 0;      // bytes of one occurrence
   std::uint32_t min = 1;       // beginArray: bounds of the count
   std::uint32_t max = 1;       // beginArray, endArray
   CounterSlot slot = kNoSlot;  // field: where its value is kept; beginArray: where the count is
-  std::uint32_t target = 0;    // beginArray: the step behind its endArray; endArray: the first step of the body
+  std::uint32_t target = 0;    // beginArray: the step after its endArray; endArray: the first step of the body
   ItemIndex item = 0;          // for messages
 };
 
@@ -78,7 +78,7 @@ class RecordPlan {
   const unsigned short* name(const Step& step) const {
     return step.name == Step::kNoName ? nullptr : names_.data() + step.name;
   }
-  // All names, one behind the other, each with its terminator.
+  // All names in a row, each with its terminator.
   const std::vector<unsigned short>& names() const { return names_; }
 
  private:

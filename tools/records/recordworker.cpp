@@ -214,9 +214,9 @@ std::int64_t RecordWorker::countFor(const Step& array) {
 
 // The step to go on with.
 const Step* RecordWorker::beginArray(const Step& step) {
-  const Step* const behind = plan_.steps().data() + step.target;
+  const Step* const after = plan_.steps().data() + step.target;
   const Step* const body = &step + 1;
-  const Step* const end = behind - 1;
+  const Step* const end = after - 1;
   const unsigned short* const name = plan_.name(step);
   const std::int64_t count = isLost_ && step.slot != kNoSlot ? kNotACount : countFor(step);
   if (name != nullptr && count == kNotACount) {
@@ -224,12 +224,12 @@ const Step* RecordWorker::beginArray(const Step& step) {
     handler_->data(PWFData(STRING), kNoInfo, -1, -1);
     handler_->endElement(name, kNoInfo);
   }
-  if (count == kNotACount) return behind;
+  if (count == kNotACount) return after;
   if (name != nullptr) handler_->startElement(name, kArrayElement, kNoInfo, -1, -1);
   arrays_.push_back({step.item, 0});
   loops_.push_back({static_cast<std::uint32_t>(count), shift_});
   if (count > 0 && body != end) return body;
-  // Nothing to do in the occurrences: straight to the array's end.
+  // There is nothing to do in the occurrences: go straight to the array's end.
   arrays_.back().index = count > 0 ? static_cast<std::uint32_t>(count - 1) : 0;
   shift_ += (count - 1) * std::int64_t{step.size};
   return end;

@@ -4,9 +4,8 @@
 #include <vector>
 
 #include "bitstreamworker.hpp"
-#include "records/fields/fieldconverter.hpp"
-#include "records/fields/fielderror.hpp"
-#include "records/framing/recordreader.hpp"
+#include "records/fields/fields.hpp"
+#include "records/framing/framing.hpp"
 #include "records/recordhandler.hpp"
 #include "records/recordplan.hpp"
 
@@ -44,7 +43,7 @@ class RecordWorker final : public BitstreamWorker {
   static Owner make(const RecordPlan& plan, const PhysicalForm& form, const Settings& settings,
                     FaultListener& listener);
 
-  // Where the input goes on behind the buffer that parse or parseFirst gets; null, as at first: nowhere. The source
+  // Where the input goes on after the buffer that parse or parseFirst gets; null, as at first: nowhere. The source
   // must live until the last record was read.
   void setSource(BufferSource* source) { source_ = source; }
   // Records read so far, the one that a fault ended included.
@@ -113,11 +112,11 @@ class RecordWorker final : public BitstreamWorker {
   const DictionaryInfo* descriptor_ = nullptr;
   bool isOpen_ = false;
 
-  // Of the record in hand. A step's true place is its offset plus `shift_`: the bytes that short arrays in front lack,
-  // and the occurrences behind which the walk is.
+  // These describe the record in hand. A step's true place is its offset plus `shift_`: less the bytes that earlier
+  // short arrays lack, plus the occurrences that the walk has passed in the open ones.
   RecordBytes record_;
   std::int64_t shift_ = 0;
-  bool isLost_ = false;   // a count is not known: nobody can tell where anything behind its array is
+  bool isLost_ = false;   // a count is not known: nobody can tell where anything after its array is
   bool isShort_ = false;  // the record ended before a field
   std::vector<Counter> counters_;
   std::vector<OpenArray> arrays_;  // the open ones, outermost first

@@ -38,7 +38,7 @@ class Record:
         assert len(half_bytes) == digits // 2 * 2 + 2, value
         self.data += bytes.fromhex(half_bytes)
 
-    def zoned(self, value, digits, scale=0, sign=""):
+    def external(self, value, digits, scale=0, sign=""):
         """sign: "" none, "over" in the last digit, "lead" or "trail" for a character of its own."""
         number = stored(value, scale)
         text = str(abs(number)).zfill(digits)
@@ -98,7 +98,7 @@ def make_customers():
     data, lines = b"", []
     for number, name, street, postcode, town, balance, since, branch, rating, movements in CUSTOMERS:
         record = Record("cp037")
-        record.zoned(number, 6)
+        record.external(number, 6)
         record.text(name, 20)
         record.text(street, 18)
         record.text(postcode, 7)
@@ -106,7 +106,7 @@ def make_customers():
         record.packed(balance, 15, 2)
         record.text(since, 10)
         record.integer(branch, 2)
-        record.zoned(rating, 5, 2, "over")
+        record.external(rating, 5, 2, "over")
         record.text("", 2)
         record.integer(len(movements), 2)
         for booked_on, amount, remark in movements:
@@ -144,16 +144,16 @@ def make_parts():
     for (number, description, stock, level, serial, price, change, offset, tolerance, pack, bins, weight, group,
          checked) in PARTS:
         record = Record("latin-1")
-        record.zoned(number, 5)
+        record.external(number, 5)
         record.text(description, 15)
         record.integer(stock, 4)
         record.integer(level, 2)
         record.integer(serial, 8)
-        record.zoned(price, 7, 2, "over")
-        record.zoned(change, 4, 1, "lead")
-        record.zoned(offset, 4, 0, "trail")
-        record.zoned(tolerance, 2, 4, "over")
-        record.zoned(pack, 2, -2)
+        record.external(price, 7, 2, "over")
+        record.external(change, 4, 1, "lead")
+        record.external(offset, 4, 0, "trail")
+        record.external(tolerance, 2, 4, "over")
+        record.external(pack, 2, -2)
         for bin_code in bins:
             record.text(bin_code, 3)
         record.text(weight, 8)

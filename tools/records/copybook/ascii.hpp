@@ -1,8 +1,12 @@
 #pragma once
 
-namespace oxr::rec {
+#include <string>
+#include <string_view>
 
-// ASCII only and deaf to the locale: COBOL words have no other characters.
+// Letters, digits and case of ASCII. The words of COBOL have no other characters, and no locale changes what they mean.
+
+namespace oxr::rec::copybook {
+
 constexpr bool isLetter(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
@@ -13,4 +17,7 @@ constexpr char upperCase(char c) {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
-}  // namespace oxr::rec
+std::string upperCase(std::string_view text);
+bool equalIgnoringCase(std::string_view a, std::string_view b);
+
+}  // namespace oxr::rec::copybook

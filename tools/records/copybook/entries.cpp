@@ -2,28 +2,30 @@
 
 #include <algorithm>
 
+#include "records/layout.hpp"
+
 // copybook = { entry };
 // entry    = level [ name | "FILLER" ] { clause } ( period | end of the copybook );
 // Keywords are not reserved: a word is a name or a clause by where it stands, so that fields may be called COUNT or
 // ADDRESS as they are in real layouts. Only a word that opens a clause can't be a name.
 
-namespace oxr::rec {
+namespace oxr::rec::copybook {
 
 namespace {
 
 constexpr std::size_t kMaxEntries = 16384;  // bounds the search for names, which compares each with each
 
-class EntryParser {
+class EntryReader {
  public:
-  EntryParser(const CopybookSource& source, SourceFormat format) : source_(source), lexer_(source, format) {}
+  EntryReader(const Source& source, SourceFormat format) : source_(source), lexer_(source, format) {}
 
-  std::vector<Entry> parse();
+  std::vector<Entry> readAll();
 
  private:
-  using Reader = void (EntryParser::*)(Entry&, const Token&);
+  using ClauseReader = void (EntryReader::*)(Entry&, const Token&);
   struct Clause {
     std::string_view word;
-    Reader read;
+    ClauseReader read;
   };
   static const Clause kClauses[];
   static const Clause* findClause(const Token& token);
@@ -68,34 +70,34 @@ class EntryParser {
   void withoutEffect(Entry& entry, const Token& word);
   void copy(Entry& entry, const Token& word);
 
-  const CopybookSource& source_;
-  CopybookLexer lexer_;
+  const Source& source_;
+  Lexer lexer_;
 };
 
-const EntryParser::Clause EntryParser::kClauses[] = {
-    {"PIC", &EntryParser::picture},
-    {"PICTURE", &EntryParser::picture},
-    {"USAGE", &EntryParser::usage},
-    {"SIGN", &EntryParser::sign},
-    {"LEADING", &EntryParser::sign},
-    {"TRAILING", &EntryParser::sign},
-    {"OCCURS", &EntryParser::occurs},
-    {"REDEFINES", &EntryParser::redefines},
-    {"VALUE", &EntryParser::value},
-    {"VALUES", &EntryParser::value},
-    {"JUSTIFIED", &EntryParser::justified},
-    {"JUST", &EntryParser::justified},
-    {"BLANK", &EntryParser::blankWhenZero},
-    {"SYNCHRONIZED", &EntryParser::synchronized},
-    {"SYNC", &EntryParser::synchronized},
-    {"GLOBAL", &EntryParser::withoutEffect},
-    {"EXTERNAL", &EntryParser::withoutEffect},
-    {"COPY", &EntryParser::copy},
-    {"REPLACE", &EntryParser::copy},
+const EntryReader::Clause EntryReader::kClauses[] = {
+    {"PIC", &EntryReader::picture},
+    {"PICTURE", &EntryReader::picture},
+    {"USAGE", &EntryReader::usage},
+    {"SIGN", &EntryReader::sign},
+    {"LEADING", &EntryReader::sign},
+    {"TRAILING", &EntryReader::sign},
+    {"OCCURS", &EntryReader::occurs},
+    {"REDEFINES", &EntryReader::redefines},
+    {"VALUE", &EntryReader::value},
+    {"VALUES", &EntryReader::value},
+    {"JUSTIFIED", &EntryReader::justified},
+    {"JUST", &EntryReader::justified},
+    {"BLANK", &EntryReader::blankWhenZero},
+    {"SYNCHRONIZED", &EntryReader::synchronized},
+    {"SYNC", &EntryReader::synchronized},
+    {"GLOBAL", &EntryReader::withoutEffect},
+    {"EXTERNAL", &EntryReader::withoutEffect},
+    {"COPY", &EntryReader::copy},
+    {"REPLACE", &EntryReader::copy},
 };
 
-const EntryParser::Clause* EntryParser::findClause(const Token& token) {
-  static constexpr Clause kUsageByName{"", &EntryParser::usageByName};
+const EntryReader::Clause* EntryReader::findClause(const Token& token) {
+  static constexpr Clause kUsageByName{"", &EntryReader::usageByName};
   if (token.kind != TokenKind::word) return nullptr;
   for (const Clause& clause : kClauses)
     if (token.isWord(clause.word)) return &clause;
@@ -103,12 +105,12 @@ const EntryParser::Clause* EntryParser::findClause(const Token& token) {
 }
 
 // PIC[TURE] [IS] picture
-void EntryParser::picture(Entry& entry, const Token& word) {
+void EntryReader::picture(Entry& entry, const Token& word) {
   requireUnset(entry.picture, word);
   accept("IS");
   if (lexer_.peek().kind != TokenKind::word) raiseExpected("a picture");
   Token token = lexer_.take();
-  auto result = parsePicture(token.text);
+  auto result = readPicture(token.text);
   if (const auto* fault = std::get_if<PictureFault>(&result)) {
     token.place.column += static_cast<std::uint32_t>(fault->position);
     source_.raise(token.place, fault->message);
@@ -117,7 +119,7 @@ void EntryParser::picture(Entry& entry, const Token& word) {
 }
 
 // USAGE [IS] name
-void EntryParser::usage(Entry& entry, const Token&) {
+void EntryReader::usage(Entry& entry, const Token&) {
   accept("IS");
   const Token name = lexer_.peek();
   if (!findUsage(name) && !isRefusedUsage(name)) raiseExpected("a usage such as COMP-3");
@@ -125,7 +127,7 @@ void EntryParser::usage(Entry& entry, const Token&) {
   usageByName(entry, name);
 }
 
-void EntryParser::usageByName(Entry& entry, const Token& word) {
+void EntryReader::usageByName(Entry& entry, const Token& word) {
   const auto usage = findUsage(word);
   if (!usage) source_.raise(word.place, "the usage " + upperCase(word.text) + " is not supported");
   requireUnset(entry.usage, word);
@@ -133,7 +135,7 @@ void EntryParser::usageByName(Entry& entry, const Token& word) {
 }
 
 // [SIGN [IS]] LEADING|TRAILING [SEPARATE [CHARACTER]]
-void EntryParser::sign(Entry& entry, const Token& word) {
+void EntryReader::sign(Entry& entry, const Token& word) {
   requireUnset(entry.sign, word);
   SignClause clause{word.isWord("LEADING"), false, word.place};
   if (word.isWord("SIGN")) {
@@ -146,7 +148,7 @@ void EntryParser::sign(Entry& entry, const Token& word) {
   entry.sign = clause;
 }
 
-std::uint32_t EntryParser::readTimes(const std::string& what) {
+std::uint32_t EntryReader::readTimes(const std::string& what) {
   const Token& token = lexer_.peek();
   if (token.kind != TokenKind::word || !std::all_of(token.text.begin(), token.text.end(), isDigit)) raiseExpected(what);
   std::uint32_t times = 0;
@@ -158,13 +160,13 @@ std::uint32_t EntryParser::readTimes(const std::string& what) {
   return times;
 }
 
-Token EntryParser::readName(const std::string& what) {
+Token EntryReader::readName(const std::string& what) {
   if (!isName(lexer_.peek())) raiseExpected(what);
   return lexer_.take();
 }
 
 // Names up to the next clause, at least one.
-void EntryParser::readNames() {
+void EntryReader::readNames() {
   do {
     readName("a name");
     while (accept("OF") || accept("IN"))
@@ -174,7 +176,7 @@ void EntryParser::readNames() {
 
 // OCCURS n [TO n] [TIMES] [DEPENDING [ON] name { OF|IN name }] { ASCENDING|DESCENDING [KEY] [IS] names }
 //   { INDEXED [BY] names }
-void EntryParser::occurs(Entry& entry, const Token& word) {
+void EntryReader::occurs(Entry& entry, const Token& word) {
   requireUnset(entry.occurs, word);
   OccursClause clause{1, 1, {}, word.place};
   const Place timesPlace = lexer_.peek().place;
@@ -208,13 +210,13 @@ void EntryParser::occurs(Entry& entry, const Token& word) {
   entry.occurs = std::move(clause);
 }
 
-void EntryParser::redefines(Entry& entry, const Token& word) {
+void EntryReader::redefines(Entry& entry, const Token& word) {
   requireUnset(entry.redefines, word);
   entry.redefines = readName("a name after REDEFINES");
 }
 
 // [ALL] literal | number | figurative constant
-bool EntryParser::acceptValue() {
+bool EntryReader::acceptValue() {
   const bool isAll = accept("ALL");
   if (isValue(lexer_.peek())) {
     lexer_.take();
@@ -225,7 +227,7 @@ bool EntryParser::acceptValue() {
 }
 
 // [IS|ARE] value { [THRU|THROUGH] value }
-void EntryParser::readValues() {
+void EntryReader::readValues() {
   if (!accept("IS")) accept("ARE");
   if (!acceptValue()) raiseExpected("a literal after VALUE");
   for (;;) {
@@ -236,41 +238,41 @@ void EntryParser::readValues() {
   }
 }
 
-void EntryParser::value(Entry&, const Token&) {
+void EntryReader::value(Entry&, const Token&) {
   readValues();
 }
 
-void EntryParser::justified(Entry& entry, const Token&) {
+void EntryReader::justified(Entry& entry, const Token&) {
   accept("RIGHT");
   entry.isJustified = true;
 }
 
-void EntryParser::blankWhenZero(Entry& entry, const Token&) {
+void EntryReader::blankWhenZero(Entry& entry, const Token&) {
   accept("WHEN");
   if (!accept("ZERO") && !accept("ZEROS") && !accept("ZEROES")) raiseExpected("ZERO after BLANK WHEN");
   entry.isBlankWhenZero = true;
 }
 
-void EntryParser::synchronized(Entry& entry, const Token& word) {
+void EntryReader::synchronized(Entry& entry, const Token& word) {
   if (!accept("LEFT")) accept("RIGHT");
   entry.synchronized = word.place;
 }
 
-void EntryParser::withoutEffect(Entry&, const Token&) {}
+void EntryReader::withoutEffect(Entry&, const Token&) {}
 
-void EntryParser::copy(Entry&, const Token& word) {
+void EntryReader::copy(Entry&, const Token& word) {
   source_.raise(word.place, upperCase(word.text) + " is not supported: put the text it stands for in its place");
 }
 
 // A missing period is forgiven at the end of the copybook only.
-void EntryParser::readPeriod() {
+void EntryReader::readPeriod() {
   if (lexer_.peek().kind == TokenKind::end) return;
   if (lexer_.peek().kind != TokenKind::period) raiseExpected("a clause or a period");
   lexer_.take();
 }
 
 // 66 name RENAMES name { OF|IN name } [THRU|THROUGH name { OF|IN name }]
-void EntryParser::readRenames() {
+void EntryReader::readRenames() {
   readName("a name");
   if (!accept("RENAMES")) raiseExpected("RENAMES");
   do {
@@ -281,7 +283,7 @@ void EntryParser::readRenames() {
 }
 
 // 88 name VALUE[S] values [[WHEN] [SET] [TO] FALSE [IS] value]
-void EntryParser::readCondition() {
+void EntryReader::readCondition() {
   readName("a name");
   if (!accept("VALUE") && !accept("VALUES")) raiseExpected("VALUE");
   readValues();
@@ -294,7 +296,7 @@ void EntryParser::readCondition() {
   }
 }
 
-unsigned EntryParser::readLevel() {
+unsigned EntryReader::readLevel() {
   const Token& token = lexer_.peek();
   if (token.isWord("COPY") || token.isWord("REPLACE")) {
     Entry none;
@@ -309,7 +311,7 @@ unsigned EntryParser::readLevel() {
   return level;
 }
 
-Entry EntryParser::readEntry(unsigned level, Place place) {
+Entry EntryReader::readEntry(unsigned level, Place place) {
   Entry entry;
   entry.level = static_cast<std::uint8_t>(level);
   entry.place = place;
@@ -328,7 +330,7 @@ Entry EntryParser::readEntry(unsigned level, Place place) {
   }
 }
 
-std::vector<Entry> EntryParser::parse() {
+std::vector<Entry> EntryReader::readAll() {
   std::vector<Entry> entries;
   while (lexer_.peek().kind != TokenKind::end) {
     const Place place = lexer_.peek().place;
@@ -349,8 +351,8 @@ std::vector<Entry> EntryParser::parse() {
 
 }  // namespace
 
-std::vector<Entry> parseEntries(const CopybookSource& source, SourceFormat format) {
-  return EntryParser(source, format).parse();
+std::vector<Entry> readEntries(const Source& source, SourceFormat format) {
+  return EntryReader(source, format).readAll();
 }
 
-}  // namespace oxr::rec
+}  // namespace oxr::rec::copybook

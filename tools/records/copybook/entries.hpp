@@ -8,7 +8,7 @@
 #include "records/copybook/picture.hpp"
 #include "records/copybook/words.hpp"
 
-namespace oxr::rec {
+namespace oxr::rec::copybook {
 
 // What the entries of a copybook say, one by one, before anything is known of how they lie together.
 
@@ -52,6 +52,6 @@ struct Entry {
 
 // Reads all entries; those of level 66 and 88, which have no storage, are checked and left out.
 // Throws CopybookError.
-std::vector<Entry> parseEntries(const CopybookSource& source, SourceFormat format);
+std::vector<Entry> readEntries(const Source& source, SourceFormat format);
 
-}  // namespace oxr::rec
+}  // namespace oxr::rec::copybook

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace oxr::rec {
+namespace oxr::rec::copybook {
 
 namespace {
 
@@ -30,25 +30,24 @@ std::string quoted(const Token& token) {
   return token.kind == TokenKind::literal ? text : '\'' + text + '\'';
 }
 
-CopybookLexer::CopybookLexer(const CopybookSource& source, SourceFormat format)
-    : source_(source), reader_(source, format) {
+Lexer::Lexer(const Source& source, SourceFormat format) : source_(source), reader_(source, format) {
   hasLineAhead_ = reader_.next(lineAhead_);
   nextLine();
   ahead_ = scan();
 }
 
-Token CopybookLexer::take() {
+Token Lexer::take() {
   Token token = std::move(ahead_);
   ahead_ = token.kind == TokenKind::end ? token : scan();
   return token;
 }
 
-Place CopybookLexer::here() const {
+Place Lexer::here() const {
   return {std::max(line_.number, 1U), static_cast<std::uint32_t>(at_ + 1)};
 }
 
 // False at the end of the copybook; the last line and its end are then still "here".
-bool CopybookLexer::nextLine() {
+bool Lexer::nextLine() {
   if (!hasLineAhead_) return false;
   std::swap(line_, lineAhead_);
   hasLineAhead_ = reader_.next(lineAhead_);
@@ -56,13 +55,13 @@ bool CopybookLexer::nextLine() {
   return true;
 }
 
-// Is the position behind a token: a blank, the end of the line, a comment?
-bool CopybookLexer::endsHere(std::size_t at) const {
+// Does a token end before this position, since there is a blank, the end of the line or a comment?
+bool Lexer::endsHere(std::size_t at) const {
   return at >= line_.text.size() || line_.text[at] == ' ' || line_.text.compare(at, 2, "*>") == 0;
 }
 
 // Goes to the next token; false at the end of the copybook.
-bool CopybookLexer::skipSeparators() {
+bool Lexer::skipSeparators() {
   for (;;) {
     const std::string& text = line_.text;
     while (at_ < text.size() && (text[at_] == ' ' || ((text[at_] == ',' || text[at_] == ';') && endsHere(at_ + 1))))
@@ -72,7 +71,7 @@ bool CopybookLexer::skipSeparators() {
   }
 }
 
-Token CopybookLexer::scan() {
+Token Lexer::scan() {
   const bool found = skipSeparators();
   Token token{TokenKind::end, {}, here()};
   if (!found) return token;
@@ -85,9 +84,9 @@ Token CopybookLexer::scan() {
   return isQuote(c) ? scanLiteral(std::move(token)) : scanWord(std::move(token));
 }
 
-// quote { character | quote quote } quote. In fixed format a literal that reaches the end of its line goes on behind
+// quote { character | quote quote } quote. In fixed format a literal that reaches the end of its line goes on after
 // the quote that opens the text of a continuation line.
-Token CopybookLexer::scanLiteral(Token token) {
+Token Lexer::scanLiteral(Token token) {
   token.kind = TokenKind::literal;
   const char quote = line_.text[at_];
   token.text += line_.text[at_++];
@@ -109,7 +108,7 @@ Token CopybookLexer::scanLiteral(Token token) {
 }
 
 // Does the word that ends here go on in a continuation line? Then goes there.
-bool CopybookLexer::continueWord() {
+bool Lexer::continueWord() {
   if (!hasLineAhead_ || !lineAhead_.isContinuation) return false;
   if (line_.text.find_first_not_of(' ', at_) != std::string::npos) return false;
   const std::size_t first = lineAhead_.text.find_first_not_of(' ');
@@ -119,7 +118,7 @@ bool CopybookLexer::continueWord() {
   return true;
 }
 
-Token CopybookLexer::scanWord(Token token) {
+Token Lexer::scanWord(Token token) {
   token.kind = TokenKind::word;
   do {
     for (const std::string& text = line_.text; !endsHere(at_); ++at_) {
@@ -132,4 +131,4 @@ Token CopybookLexer::scanWord(Token token) {
   return token;
 }
 
-}  // namespace oxr::rec
+}  // namespace oxr::rec::copybook

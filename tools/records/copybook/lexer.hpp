@@ -2,9 +2,10 @@
 
 #include <string>
 
-#include "records/copybook/source.hpp"
+#include "records/copybook/ascii.hpp"
+#include "records/copybook/lines.hpp"
 
-namespace oxr::rec {
+namespace oxr::rec::copybook {
 
 enum class TokenKind : std::uint8_t {
   word,     // anything between separators: names, keywords, numbers, pictures
@@ -16,7 +17,7 @@ enum class TokenKind : std::uint8_t {
 struct Token {
   TokenKind kind = TokenKind::end;
   std::string text;
-  Place place;  // of the first character; behind the last program text for TokenKind::end
+  Place place;  // of the first character; after the last program text for TokenKind::end
 
   bool isWord(std::string_view word) const { return kind == TokenKind::word && equalIgnoringCase(text, word); }
 };
@@ -26,11 +27,11 @@ std::string quoted(const Token& token);
 
 // Cuts a copybook into tokens.
 //
-// Separators are blanks, the ends of lines, and "," ";" "." in front of a blank or the end of a line: "9(3).99" is one
+// Separators are blanks, the ends of lines, and "," ";" "." before a blank or the end of a line: "9(3).99" is one
 // word, "9(3). " is a word and a period. A literal or a word is joined over continuation lines.
-class CopybookLexer {
+class Lexer {
  public:
-  CopybookLexer(const CopybookSource& source, SourceFormat format);
+  Lexer(const Source& source, SourceFormat format);
 
   const Token& peek() const { return ahead_; }
   // Throws CopybookError for a literal without its closing quote.
@@ -46,7 +47,7 @@ class CopybookLexer {
   bool continueWord();
   Place here() const;
 
-  const CopybookSource& source_;
+  const Source& source_;
   LineReader reader_;
   ProgramLine line_;  // being read
   ProgramLine lineAhead_;
@@ -55,4 +56,4 @@ class CopybookLexer {
   Token ahead_;
 };
 
-}  // namespace oxr::rec
+}  // namespace oxr::rec::copybook

@@ -14,7 +14,7 @@
 //   text     X and A, or a mixture of X, A and 9
 //   edited   everything else
 
-namespace oxr::rec {
+namespace oxr::rec::copybook {
 
 namespace {
 
@@ -136,10 +136,10 @@ class PictureReader {
     return true;
   }
 
-  // The point is behind the last position read until a V or a P on the left says otherwise.
+  // The point is after the last position read until a V or a P on the left says otherwise.
   bool readNumeric(Picture& picture) {
     unsigned digits = 0;
-    unsigned behindPoint = 0;
+    unsigned afterPoint = 0;
     unsigned leftPs = 0;
     unsigned rightPs = 0;
     bool point = false;
@@ -151,7 +151,7 @@ class PictureReader {
       if (run.symbol == '9') {
         if (rightPs > 0) return fail(run.position, "P must stand at one end of the picture");
         digits += run.count;
-        if (point) behindPoint += run.count;
+        if (point) afterPoint += run.count;
       } else if (run.symbol == 'V') {
         if (point || run.count > 1) return fail(run.position, "V must stand once, where the point is");
         point = true;
@@ -164,7 +164,7 @@ class PictureReader {
       }
     }
     picture.digits = static_cast<std::uint16_t>(digits);
-    picture.scale = static_cast<std::int16_t>(static_cast<int>(leftPs + behindPoint) - static_cast<int>(rightPs));
+    picture.scale = static_cast<std::int16_t>(static_cast<int>(leftPs + afterPoint) - static_cast<int>(rightPs));
     return true;
   }
 
@@ -176,8 +176,8 @@ class PictureReader {
 
 }  // namespace
 
-std::variant<Picture, PictureFault> parsePicture(std::string_view text) {
+std::variant<Picture, PictureFault> readPicture(std::string_view text) {
   return PictureReader(text).read();
 }
 
-}  // namespace oxr::rec
+}  // namespace oxr::rec::copybook

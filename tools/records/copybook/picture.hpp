@@ -6,7 +6,7 @@
 #include <string_view>
 #include <variant>
 
-namespace oxr::rec {
+namespace oxr::rec::copybook {
 
 inline constexpr unsigned kMaxDigits = 255;
 
@@ -16,7 +16,7 @@ struct Picture {
   Category category = Category::text;
   std::uint32_t characters = 0;  // bytes of the field if each symbol takes one; S, V and P take none
   std::uint16_t digits = 0;      // numeric: the 9s, 1 to kMaxDigits
-  std::int16_t scale = 0;        // numeric: digits behind the point, the Ps counted; negative for Ps on the right
+  std::int16_t scale = 0;        // numeric: digits after the point, the Ps counted; negative for Ps on the right
   bool isSigned = false;         // starts with S
 };
 
@@ -27,8 +27,8 @@ struct PictureFault {
 
 // Reads "S9(13)V99" and the like, in either case of letters.
 //
-//   parsePicture("SPPP9(5)")  // numeric, 5 digits, scale 8, 5 characters, signed
-//   parsePicture("ZZ9.99CR")  // edited, 8 characters
-std::variant<Picture, PictureFault> parsePicture(std::string_view text);
+//   readPicture("SPPP9(5)")  // numeric, 5 digits, scale 8, 5 characters, signed
+//   readPicture("ZZ9.99CR")  // edited, 8 characters
+std::variant<Picture, PictureFault> readPicture(std::string_view text);
 
-}  // namespace oxr::rec
+}  // namespace oxr::rec::copybook

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace oxr::rec {
+namespace oxr::rec::copybook {
 
 namespace {
 
@@ -79,4 +79,4 @@ bool isOccursPhrase(const Token& token) {
   return isOneOf(token, kOccursPhrases);
 }
 
-}  // namespace oxr::rec
+}  // namespace oxr::rec::copybook

@@ -4,7 +4,7 @@
 
 #include "records/copybook/lexer.hpp"
 
-namespace oxr::rec {
+namespace oxr::rec::copybook {
 
 // What single words of a copybook can be. A word may be several of these: its place decides.
 
@@ -22,7 +22,7 @@ bool isName(const Token& token);
 // A literal, a number or a figurative constant.
 bool isValue(const Token& token);
 
-// Opens a phrase behind the number of times in OCCURS.
+// A word that opens a phrase after the number of times in OCCURS.
 bool isOccursPhrase(const Token& token);
 
-}  // namespace oxr::rec
+}  // namespace oxr::rec::copybook

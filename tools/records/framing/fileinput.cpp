@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "records/framing/errors.hpp"
+
 namespace oxr::rec {
 
 namespace {
@@ -17,11 +19,10 @@ namespace {
 
 }  // namespace
 
-FileInput FileInput::open(const std::string& path, int standardInput, std::size_t blockBytes) {
-  if (path == "-") return FileInput(FileDescriptor::borrowed(standardInput), "standard input", blockBytes);
+FileInput FileInput::open(const std::string& path) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) fail(path, "open", errno);
-  return FileInput(FileDescriptor::owned(fd), path, blockBytes);
+  return FileInput(FileDescriptor::owned(fd), path);
 }
 
 FileInput::FileInput(FileDescriptor file, std::string name, std::size_t blockBytes)

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "records/framing/buffersource.hpp"
 #include "records/framing/filedescriptor.hpp"
-#include "records/framing/recordreader.hpp"
 
 namespace oxr::rec {
 
@@ -18,9 +18,9 @@ class FileInput : public BufferSource {
  public:
   static constexpr std::size_t kBlockBytes = std::size_t{1} << 20;
 
-  // "-" stands for `standardInput`.
-  static FileInput open(const std::string& path, int standardInput, std::size_t blockBytes = kBlockBytes);
-  FileInput(FileDescriptor file, std::string name, std::size_t blockBytes);
+  static FileInput open(const std::string& path);
+  // `name` is what messages call the input.
+  FileInput(FileDescriptor file, std::string name, std::size_t blockBytes = kBlockBytes);
 
   // The input from its start on. Belongs to this object, until the next call.
   const BitstreamBuffer* first() { return slide(0, 1); }

@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "records/framing/errors.hpp"
+
 namespace oxr::rec {
 
 namespace {
@@ -23,8 +25,7 @@ bool isSameFile(int fd, int other) {
 
 }  // namespace
 
-FileOutput FileOutput::open(const std::string& path, int standardOutput, int input) {
-  if (path == "-") return FileOutput(FileDescriptor::borrowed(standardOutput), "standard output");
+FileOutput FileOutput::open(const std::string& path, int input) {
   // Emptied only when it is known not to be the input.
   FileDescriptor file = FileDescriptor::owned(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
   if (file.get() < 0) fail(path, errno);
@@ -41,7 +42,7 @@ void FileOutput::write(std::string_view lines) {
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) {
       const int error = errno;
-      cutBehindLine(lines.substr(0, lines.size() - left.size()));
+      cutAfterLine(lines.substr(0, lines.size() - left.size()));
       fail(name_, error);
     }
     left.remove_prefix(static_cast<std::size_t>(count));
@@ -49,7 +50,7 @@ void FileOutput::write(std::string_view lines) {
   size_ += lines.size();
 }
 
-void FileOutput::cutBehindLine(std::string_view written) {
+void FileOutput::cutAfterLine(std::string_view written) {
   if (!file_.isOwned()) return;
   const std::size_t lineEnd = written.rfind('\n');
   size_ += lineEnd == std::string_view::npos ? 0 : lineEnd + 1;

@@ -4,6 +4,8 @@
 #include <limits>
 #include <string>
 
+#include "records/framing/errors.hpp"
+
 namespace oxr::rec {
 
 void RecordReader::open(const BitstreamBuffer* buffer, int offset, BufferSource* source) {
@@ -53,7 +55,7 @@ void RecordReader::finish(std::uint32_t size) {
   ensure(1);
 }
 
-// Bytes of the record behind the header.
+// Bytes of the record that follow its header.
 std::uint32_t RecordReader::lengthInHeader() const {
   const bool isBig = form_.header == RecordForm::Header::big;
   const std::uint32_t length = isBig ? data_[0] << 8 | data_[1] : data_[3] << 8 | data_[2];

@@ -1,32 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <stdexcept>
 
-#include "bytebffr.hpp"
+#include "records/framing/buffersource.hpp"
 
 namespace oxr::rec {
-
-// Input, output or a request that the program cannot work with. what() is complete for people.
-class ToolError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-// An input that cannot be cut into records. what() tells record and byte, but not the input's name.
-class FrameError : public ToolError {
- public:
-  using ToolError::ToolError;
-};
-
-// The rest of an input that is longer than one buffer.
-class BufferSource {
- public:
-  virtual ~BufferSource() = default;
-  // A buffer that begins `consumed` bytes behind the start of the last one and holds at least `wanted` bytes, or all
-  // that is left of the input. The last one, with all pointers into it, is gone. Throws ToolError if reading fails.
-  virtual const BitstreamBuffer* slide(int consumed, int wanted) = 0;
-};
 
 // How records follow each other in the input.
 struct RecordForm {
@@ -49,6 +27,7 @@ struct RecordBytes {
 
 // Cuts an input into records. Does not look into them.
 //
+// Example:
 //   reader.open(buffer, 0, &source);
 //   while (!reader.atEnd()) {
 //     const RecordBytes record = reader.next();
@@ -71,7 +50,7 @@ class RecordReader {
   // for a header that is none. A variable record without a header may turn out to be longer than what there is: the
   // caller then calls refuseShort().
   RecordBytes next();
-  // Goes on behind `size` bytes of the record, all of it as a rule, and looks whether the input has more.
+  // Goes on after `size` bytes of the record, all of it as a rule, and looks whether the input has more.
   void finish(std::uint32_t size);
   // Throws the FrameError for a record that needs `size` bytes where fewer are left.
   [[noreturn]] void refuseShort(std::uint64_t size) const;
@@ -82,13 +61,12 @@ class RecordReader {
   std::uint64_t recordOffset() const { return position_ + headerSize(); }
   // Bytes that whole records took, headers included.
   std::uint64_t position() const { return position_; }
-  // Bytes of the header in front of each record.
+  // Bytes of the header that each record begins with.
   std::uint32_t headerSize() const { return form_.header == RecordForm::Header::none ? 0 : kHeaderBytes; }
 
  private:
   std::uint32_t available() const { return static_cast<std::uint32_t>(end_ - data_); }
   bool ensure(std::uint32_t wanted);
-  void look(int offset);
   std::uint32_t lengthInHeader() const;
   [[noreturn]] void fail(const std::string& what) const;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// RapidJSON's writer, as all of the program is to include it; its other headers come behind this one.
+// RapidJSON's writer. All code that uses RapidJSON includes this header before any of the library's own.
 //
 // Its stacks ask whether there is room by adding to their pointer, which is null at first. clang's sanitizer calls that
 // undefined; the functions that do it carry this macro.

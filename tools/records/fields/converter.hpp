@@ -25,7 +25,7 @@ class FieldRefused : public std::runtime_error {
 // Turns the bytes of a field into a value.
 //
 //   text, edited   STRING; of a single-byte code page without the blanks at its end, which saves converting them
-//   zoned, packed  DECIMAL: optional "-", digits (leading zeros too), optional "." and digits
+//   external, packed  DECIMAL: optional "-", digits (leading zeros too), optional "." and digits
 //   binary         INTEGER; DECIMAL if it has decimal places or passes 64 bits signed
 //
 // Serves one thread.
@@ -41,7 +41,7 @@ class FieldConverter {
 
  private:
   PWFData text(const unsigned char* bytes, std::uint32_t size);
-  PWFData zoned(const Step& step, const unsigned char* bytes);
+  PWFData external(const Step& step, const unsigned char* bytes);
   PWFData packed(const Step& step, const unsigned char* bytes);
   PWFData binary(const Step& step, const unsigned char* bytes);
   PWFData scaled(std::uint64_t magnitude, bool isNegative, int scale);

@@ -5,11 +5,11 @@
 #include "records/copybook/entries.hpp"
 #include "records/layout.hpp"
 
-namespace oxr::rec {
+namespace oxr::rec::copybook {
 
 // Finds the counter of each counted array, gives it a slot in layout.counters and marks the groups that hold it.
 // `entries` has the entry of each item, or null. Needs the tree and the fields of the items, no sizes of groups.
 // Throws CopybookError.
-void findCounters(const CopybookSource& source, std::span<const Entry* const> entries, Layout& layout);
+void findCounters(const Source& source, std::span<const Entry* const> entries, Layout& layout);
 
-}  // namespace oxr::rec
+}  // namespace oxr::rec::copybook

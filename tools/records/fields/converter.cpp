@@ -1,4 +1,4 @@
-#include "records/fields/fieldconverter.hpp"
+#include "records/fields/converter.hpp"
 
 #include <charconv>
 #include <cstring>
@@ -53,8 +53,8 @@ FieldConverter::FieldConverter(const PhysicalForm& form)
 
 PWFData FieldConverter::convert(const Step& step, const unsigned char* bytes) {
   switch (step.kind) {
-    case Kind::zoned:
-      return zoned(step, bytes);
+    case Kind::external:
+      return external(step, bytes);
     case Kind::packed:
       return packed(step, bytes);
     case Kind::binary:
@@ -67,7 +67,7 @@ PWFData FieldConverter::convert(const Step& step, const unsigned char* bytes) {
 
 PWFData FieldConverter::null(const Step& step) {
   switch (step.kind) {
-    case Kind::zoned:
+    case Kind::external:
     case Kind::packed:
       return PWFData(DECIMAL);
     case Kind::binary:
@@ -88,8 +88,8 @@ PWFData FieldConverter::text(const unsigned char* bytes, std::uint32_t size) {
   return cnv_.RawCharsToPWFData(reinterpret_cast<const char*>(bytes), static_cast<int>(size));
 }
 
-// Nothing is trimmed, so blanks are no digits; a field that may be blank for zero loses the blanks in front.
-PWFData FieldConverter::zoned(const Step& step, const unsigned char* bytes) {
+// Nothing is trimmed, so blanks are no digits; a field that may be blank for zero loses its leading blanks.
+PWFData FieldConverter::external(const Step& step, const unsigned char* bytes) {
   PWFData value = cnv_.ExtDecToDec(bytes, static_cast<int>(step.size), step.scale, step.sign,
                                    step.isBlankWhenZero ? eJustifyRight : eJustifyNone, ' ', true, hasLetterSigns_,
                                    nullptr, nullptr);
@@ -101,7 +101,7 @@ PWFData FieldConverter::zoned(const Step& step, const unsigned char* bytes) {
 PWFData FieldConverter::packed(const Step& step, const unsigned char* bytes) {
   const auto size = static_cast<int>(step.size);
   if (step.scale < 2 * size - 1) return cnv_.PckdDecToDec(bytes, size, step.scale, step.sign);
-  // As many places as digits, or more: the conversion would put the point, or zeros, in front of a minus. So the point
+  // As many places as digits, or more: the conversion would put the point, or zeros, before a minus. So the point
   // is placed while the minus is away.
   const PWFData digits = cnv_.PckdDecToDec(bytes, size, 0, step.sign);
   UnitView text(digits.getDecimalValue(), static_cast<std::size_t>(digits.getDecimalLength()));

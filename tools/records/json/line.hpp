@@ -10,7 +10,7 @@
 namespace oxr::rec {
 
 // UTF-16 as RapidJSON reads it, but an unpaired surrogate gives U+FFFD instead of a failure: whatever is in a file, the
-// JSON is valid. Looks one unit behind the text at most, where host strings have their terminator.
+// JSON is valid. Looks one unit past the text at most, where host strings have their terminator.
 struct LenientUtf16 : rapidjson::UTF16<unsigned short> {
   template <typename InputStream>
   static bool Decode(InputStream& is, unsigned* codepoint) {
@@ -24,7 +24,7 @@ struct LenientUtf16 : rapidjson::UTF16<unsigned short> {
   }
 };
 
-// A name as the key of an object's member, rendered: `,"NAME":`, with blanks behind so that it can be copied in blocks.
+// A name as the key of an object's member, rendered: `,"NAME":`, followed by blanks so that it can be copied in blocks.
 class JsonKey {
  public:
   explicit JsonKey(UnitView name);
@@ -36,8 +36,8 @@ class JsonKey {
   std::size_t size_;  // without the blanks
 };
 
-// RapidJSON's streaming writer with a shorter way for what records mostly hold: a key that was rendered before, and a
-// value behind it. A member or an element is begun first and then gets exactly one of the values.
+// RapidJSON's streaming writer with a shorter way for what records mostly hold: a key that was rendered before, and
+// its value. A member or an element is begun first and then gets exactly one of the values.
 //
 //   line.StartObject();
 //   line.beginMember(name);
@@ -54,9 +54,9 @@ class JsonLine : public rapidjson::Writer<rapidjson::StringBuffer, LenientUtf16>
     object.valueCount += 2;
   }
   void beginElement() { Prefix(rapidjson::kNullType); }
-  // The values. A text has a unit behind its end.
+  // The values. A text is followed by a unit that may be read.
   void text(UnitView text);
-  // Without superfluous zeros in front, with a digit in front of the point, and as a string if there is a point and
+  // Without superfluous leading zeros, with a digit before the point, and as a string if there is a point and
   // `pointsAsText`. Text that is no decimal becomes a string too, so that the line stays valid.
   void decimal(UnitView text, bool pointsAsText);
   void integer(std::int64_t value);

@@ -1,6 +1,6 @@
-#include "records/copybook/layoutcounters.hpp"
+#include "records/copybook/counters.hpp"
 
-namespace oxr::rec {
+namespace oxr::rec::copybook {
 
 namespace {
 
@@ -8,7 +8,7 @@ constexpr unsigned kMaxCounterDigits = 18;  // a count of any kind fits 64 bits
 
 class CounterFinder {
  public:
-  CounterFinder(const CopybookSource& source, Layout& layout)
+  CounterFinder(const Source& source, Layout& layout)
       : source_(source), items_(layout.items), counters_(layout.counters) {}
 
   void find(ItemIndex array, const std::vector<Token>& names);
@@ -22,7 +22,7 @@ class CounterFinder {
   // Does `item` lie in `group`, or is it the same?
   bool isWithin(ItemIndex item, ItemIndex group) const { return group <= item && item < items_[group].next; }
 
-  const CopybookSource& source_;
+  const Source& source_;
   std::vector<Item>& items_;
   std::vector<ItemIndex>& counters_;
 };
@@ -40,7 +40,7 @@ bool CounterFinder::isNamed(ItemIndex item, const std::vector<Token>& names) con
   return true;
 }
 
-// Does a counter in front of the array have one value when the array comes? Then each array that it lies in is one
+// Does a counter before the array have one value when the array comes? Then each array that it lies in is one
 // that the counted array lies in too.
 bool CounterFinder::isReadable(ItemIndex counter, ItemIndex array) const {
   for (ItemIndex i = counter; i != kNoItem; i = items_[i].parent)
@@ -62,10 +62,10 @@ ItemIndex CounterFinder::choose(ItemIndex array, const std::vector<Token>& names
   ItemIndex best = kNoItem;
   ItemIndex bestGroup = 0;
   bool isAmbiguous = false;
-  bool isInFront = false;
+  bool isEarlier = false;
   for (ItemIndex i = 1; i < array; ++i) {
     if (!isNamed(i, names)) continue;
-    isInFront = true;
+    isEarlier = true;
     if (!isReadable(i, array)) continue;
     const ItemIndex group = innermostCommonGroup(i, array);
     if (best != kNoItem && group < bestGroup) continue;
@@ -75,7 +75,7 @@ ItemIndex CounterFinder::choose(ItemIndex array, const std::vector<Token>& names
   }
   if (isAmbiguous) source_.raise(name.place, "there are several " + quoted(name) + ": add OF and the name of a group");
   if (best != kNoItem) return best;
-  if (isInFront) source_.raise(name.place, quoted(name) + " lies in an array that this one does not lie in");
+  if (isEarlier) source_.raise(name.place, quoted(name) + " lies in an array that this one does not lie in");
   for (ItemIndex i = array; i < items_.size(); ++i)
     if (isNamed(i, names)) source_.raise(name.place, quoted(name) + " must stand in front of the array");
   source_.raise(name.place, "DEPENDING ON names " + quoted(name) + ", which is no item of the record");
@@ -97,11 +97,11 @@ void CounterFinder::find(ItemIndex array, const std::vector<Token>& names) {
 
 }  // namespace
 
-void findCounters(const CopybookSource& source, std::span<const Entry* const> entries, Layout& layout) {
+void findCounters(const Source& source, std::span<const Entry* const> entries, Layout& layout) {
   CounterFinder finder(source, layout);
   for (ItemIndex i = 0; i < entries.size(); ++i)
     if (entries[i] && entries[i]->occurs && !entries[i]->occurs->counter.empty())
       finder.find(i, entries[i]->occurs->counter);
 }
 
-}  // namespace oxr::rec
+}  // namespace oxr::rec::copybook

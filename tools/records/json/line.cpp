@@ -1,4 +1,4 @@
-#include "records/json/jsonline.hpp"
+#include "records/json/line.hpp"
 
 #include <algorithm>
 #include <charconv>
@@ -45,7 +45,7 @@ Units loadHalves(const unsigned short* low, const unsigned short* high) {
 }
 
 // Writes the text as bytes; false if a unit of it needs more than that, and `to` then holds nothing of use. The last
-// block overlaps the one in front of it, so that no unit outside the text is touched.
+// block overlaps the one before it, so that no unit outside the text is touched.
 bool narrow(UnitView text, char* to) {
   const unsigned short* const from = text.data();
   const std::size_t size = text.size();
@@ -114,7 +114,7 @@ char* writeDigits(UnitView digits, char* to, char** point) {
 }  // namespace
 
 JsonKey::JsonKey(UnitView name) {
-  // A copy with a terminator, for the look behind the end.
+  // A copy with a terminator: the writer looks one unit past the end.
   const KelWstring copy(name);
   rapidjson::StringBuffer out;
   JsonLine(out).text(copy.view());
@@ -144,7 +144,7 @@ void JsonLine::decimal(UnitView value, bool pointsAsText) {
   UnitView digits = value;
   const bool isNegative = !digits.empty() && digits[0] == '-';
   if (isNegative) digits.remove_prefix(1);
-  // A quote, the minus, and a zero in front of the point, or a quote behind.
+  // Besides the digits: a leading quote, the minus, and a zero before the point or a trailing quote.
   const std::size_t room = digits.size() + 4;
   char* const begin = os_->Push(room);
   char* const start = begin + (pointsAsText ? 1 : 0);

@@ -1,4 +1,4 @@
-#include "records/fields/fielderror.hpp"
+#include "records/fields/faults.hpp"
 
 #include <algorithm>
 

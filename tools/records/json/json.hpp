@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "records/json/jsonline.hpp"
+#include "records/json/line.hpp"
 #include "records/recordhandler.hpp"
 
 namespace oxr::rec {

@@ -1,4 +1,4 @@
-#include "records/json/jsonhandler.hpp"
+#include "records/json/json.hpp"
 
 #include <cstdint>
 

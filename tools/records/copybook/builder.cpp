@@ -1,9 +1,9 @@
-#include "records/copybook/layoutbuilder.hpp"
+#include "records/copybook/builder.hpp"
 
 #include <algorithm>
 #include <array>
 
-#include "records/copybook/layoutcounters.hpp"
+#include "records/copybook/counters.hpp"
 
 // From entries to a layout, in this order:
 //   1. choose the record: the entries from one level 01 to the next
@@ -11,7 +11,7 @@
 //   3. find the counter of each counted array: all items must be known for that
 //   4. place the items of each group, inner groups first, so that a group's size is known when its own turn comes
 
-namespace oxr::rec {
+namespace oxr::rec::copybook {
 
 namespace {
 
@@ -35,8 +35,8 @@ std::uint32_t binaryBytes(unsigned digits) {
 }
 
 // Kinds of numbers by usage; a picture decides what DISPLAY is.
-constexpr std::array<Kind, 6> kKinds = {Kind::zoned,  Kind::binary,     Kind::nativeBinary,
-                                        Kind::packed, Kind::shortFloat, Kind::longFloat};
+constexpr std::array<Kind, 6> kKinds = {Kind::external, Kind::binary,     Kind::nativeBinary,
+                                        Kind::packed,   Kind::shortFloat, Kind::longFloat};
 
 constexpr SignPlace kSignPlaces[2][2] = {{SignPlace::trailingIncluded, SignPlace::trailingSeparate},
                                          {SignPlace::leadingIncluded, SignPlace::leadingSeparate}};
@@ -78,7 +78,7 @@ struct Inherited {
 
 class LayoutBuilder {
  public:
-  explicit LayoutBuilder(const CopybookSource& source) : source_(source) {}
+  explicit LayoutBuilder(const Source& source) : source_(source) {}
 
   Layout build(std::span<const Entry> entries, std::string_view recordName);
 
@@ -107,7 +107,7 @@ class LayoutBuilder {
   void placeChildren(ItemIndex group);
   std::uint32_t totalSize(ItemIndex item) const;
 
-  const CopybookSource& source_;
+  const Source& source_;
   Layout layout_;
   std::vector<Item>& items_ = layout_.items;
   std::vector<const Entry*> entries_;       // of each item; null for a root that the copybook does not have
@@ -197,8 +197,8 @@ void LayoutBuilder::link(Item& item, const Entry& entry) {
   open_.back().lastChild = static_cast<ItemIndex>(items_.size());
 }
 
-// The name must be that of the sibling in front or, behind that, of one whose bytes that sibling shares: no other
-// bytes may lie between an item and what redefines it.
+// The name must be that of the sibling before or of one whose bytes that sibling shares: no other bytes may lie between
+// an item and what redefines it.
 ItemIndex LayoutBuilder::redefinedItem(const Token& name) const {
   bool isAdjacent = true;
   for (ItemIndex i = open_.back().lastChild; i != kNoItem; i = previousSibling_[i]) {
@@ -250,7 +250,7 @@ void LayoutBuilder::readNumber(Item& item, const Entry& entry, const Inherited& 
   const Picture& picture = entry.picture->picture;
   item.digits = picture.digits;
   item.scale = picture.scale;
-  if (item.kind == Kind::zoned) {
+  if (item.kind == Kind::external) {
     item.size = picture.digits;
     item.isBlankWhenZero = entry.isBlankWhenZero;
     readSign(item, entry, inherited.sign);
@@ -322,8 +322,8 @@ Layout LayoutBuilder::build(std::span<const Entry> entries, std::string_view rec
 
 }  // namespace
 
-Layout buildLayout(const CopybookSource& source, std::span<const Entry> entries, std::string_view recordName) {
+Layout buildLayout(const Source& source, std::span<const Entry> entries, std::string_view recordName) {
   return LayoutBuilder(source).build(entries, recordName);
 }
 
-}  // namespace oxr::rec
+}  // namespace oxr::rec::copybook

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+
+#include "records/records.hpp"
+
+namespace oxr::rec {
+
+// The process around the program, as far as it matters: tests have one of their own.
+struct Console {
+  int input = 0;  // descriptors of the standard streams
+  int output = 1;
+  std::ostream& messages;           // one line each
+  bool messagesOnTerminal = false;  // progress may be shown among them
+};
+
+// Exit codes of the program.
+inline constexpr int kDone = 0;
+inline constexpr int kBadField = 1;  // a field cannot be read
+inline constexpr int kFailed = 2;    // all else: the request, the copybook, the input's records, the output
+
+// What stands for a standard stream in the place of a file's path.
+inline constexpr char kStandardStream[] = "-";
+
+// The file of this path, or standard input. Throws ToolError.
+FileInput openInput(const std::string& path, const Console& console);
+// The file of this path, emptied unless it is the one open as `input`, or standard output. Throws OutputError.
+FileOutput openOutput(const std::string& path, const Console& console, int input);
+
+}  // namespace oxr::rec

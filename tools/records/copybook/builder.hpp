@@ -1,0 +1,14 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "records/copybook/entries.hpp"
+#include "records/layout.hpp"
+
+namespace oxr::rec::copybook {
+
+// Lays out one record: the named one, or the first if `recordName` is empty. Throws CopybookError.
+Layout buildLayout(const Source& source, std::span<const Entry> entries, std::string_view recordName);
+
+}  // namespace oxr::rec::copybook
