@@ -92,7 +92,7 @@ std::variant<DecodeOptions, Notice> readOptions(std::span<const char* const> arg
   addJsonOptions(decoding, options);
   decoding.footer(kExamples);
   try {
-    // The parser takes them last first.
+    // The parser takes the arguments in reverse order.
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::ParseError& error) {
     std::ostringstream help;

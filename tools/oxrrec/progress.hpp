@@ -21,7 +21,7 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
   ~Progress() { wipe(); }
 
-  // Tells of `bytes` done so far. Cheap: it looks at the clock once in a while only.
+  // Tells of `bytes` done so far. A call is cheap: the clock is looked at only now and then.
   void update(std::uint64_t bytes) {
     if (isOn_ && ++calls_ % kCallsPerLook == 0) show(bytes);
   }

@@ -59,8 +59,8 @@ struct Item {
   std::uint8_t level = 0;
   Kind kind = Kind::group;
 
-  // Numbers (external, binary, nativeBinary, packed). The value is the stored digits times 10 to the power of -scale:
-  // `scale` is above `digits` for PPP9(5) (5 digits, scale 8) and negative for 9(5)PPP (5 digits, scale -3).
+  // These are of numbers (external, binary, nativeBinary, packed). The value is the stored digits times 10 to the power
+  // of -scale: `scale` is above `digits` for PPP9(5) (5 digits, scale 8) and negative for 9(5)PPP (5 digits, scale -3).
   std::uint16_t digits = 0;
   std::int16_t scale = 0;
   bool isSigned = false;             // also of an edited picture that starts with S
@@ -102,7 +102,7 @@ struct Item {
 
   bool isGroup() const { return kind == Kind::group; }
   bool isFiller() const { return name.empty(); }
-  // All occurrences together, at the largest.
+  // The bytes of all occurrences together, at the largest.
   std::uint32_t totalSize() const { return size * occurs.max; }
   // True if the bytes after this item move with a count in the record.
   bool movesWhatFollows() const { return hasVariableSize || occurs.isCounted(); }

@@ -5,6 +5,10 @@
 
 #include "kelwstringconvertor.hpp"
 
+// One walk over the tree of items emits the steps. It keeps the offset so far and the scope of names: the object that
+// the fields of a group go to, which is the enclosing one's for a group without a name. Where the scope is null nothing
+// is shown, and only what other steps need is emitted: counts, and arrays that move what follows.
+
 namespace oxr::rec {
 
 namespace {
@@ -18,7 +22,7 @@ ESign signOf(const Item& item) {
   return item.isSigned ? eSignLeadingIncluded : eSignNone;
 }
 
-// Why a field cannot be read; empty if it can.
+// Tells why a field cannot be read; the text is empty if it can.
 std::string refusal(const Item& item) {
   if (item.kind == Kind::shortFloat || item.kind == Kind::longFloat)
     return "a floating-point field (COMP-1, COMP-2) cannot be decoded yet";
@@ -42,7 +46,7 @@ class PlanCompiler {
   }
 
  private:
-  // The names of one object and how often each was taken. Null for what is walked in silence.
+  // The names of one object and how often each was taken. A null scope is that of what is walked in silence.
   using Scope = std::map<std::string, unsigned>;
 
   void children(ItemIndex group, std::uint32_t base, Scope* scope) {
@@ -78,7 +82,7 @@ class PlanCompiler {
     plan_.steps_[opened].target = static_cast<std::uint32_t>(plan_.steps_.size());
   }
 
-  // One occurrence. A group without a name of its own gives its children to the object around it.
+  // Emits one occurrence. A group without a name of its own gives its children to the object around it.
   void single(ItemIndex index, std::uint32_t offset, Scope* scope, std::uint32_t name, bool isOccurrence) {
     const Item& entry = items_[index];
     Step step = stepFor(entry.isGroup() ? Op::beginGroup : Op::field, index, offset);

@@ -2,6 +2,13 @@
 
 #include <limits>
 
+// A record is read by one loop over the steps of the plan. Their offsets hold with all arrays at their largest; shift_
+// makes up the difference. An open array adds the size of an occurrence at each turn; when it closes, an array whose
+// unused room is not in the record leaves shift_ short by that room, and any other restores it.
+//
+// A count that cannot be used makes its array null. If arrays take only the room that they use, the walk is then lost:
+// it goes on to the end, so that all elements are reported, with nulls for their values.
+
 namespace oxr::rec {
 
 namespace {
@@ -10,7 +17,7 @@ const WorkerInfoPtr& kNoInfo = WorkerInfoPtr::defaultWIP;
 
 constexpr std::int64_t kNotACount = -1;
 
-// The whole number that a count field holds, or kNotACount. One beyond any array counts as such too.
+// The whole number that a count field holds, or kNotACount, which a number beyond all array sizes gives too.
 std::int64_t countIn(const PWFData& value) {
   if (value.isNull()) return kNotACount;
   if (value.getDataLogicalType() == INTEGER) return value.getInt64Value();
@@ -212,7 +219,7 @@ std::int64_t RecordWorker::countFor(const Step& array) {
   return kNotACount;
 }
 
-// The step to go on with.
+// Opens the array, or reports it as null. Returns the step to go on with.
 const Step* RecordWorker::beginArray(const Step& step) {
   const Step* const after = plan_.steps().data() + step.target;
   const Step* const body = &step + 1;
@@ -246,7 +253,7 @@ const Step* RecordWorker::endArray(const Step& step) {
   return &step + 1;
 }
 
-// The record has been walked: its length is known, and may differ from what the input says.
+// To be called when the record has been walked. Its length is then known, and may differ from what the input says.
 void RecordWorker::checkLength() {
   const bool isFramed = reader_.headerSize() != 0;
   const auto size = static_cast<std::uint64_t>(plan_.maxSize() + shift_);

@@ -43,8 +43,8 @@ class RecordWorker final : public BitstreamWorker {
   static Owner make(const RecordPlan& plan, const PhysicalForm& form, const Settings& settings,
                     FaultListener& listener);
 
-  // Where the input goes on after the buffer that parse or parseFirst gets; null, as at first: nowhere. The source
-  // must live until the last record was read.
+  // Where the input goes on after the buffer that parse or parseFirst gets; null, as at first, if it ends there. The
+  // source must live until the last record was read.
   void setSource(BufferSource* source) { source_ = source; }
   // Records read so far, the one that a fault ended included.
   std::uint64_t recordsRead() const { return reader_.recordNumber(); }

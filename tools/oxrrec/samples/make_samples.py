@@ -52,7 +52,7 @@ class Record:
 
 
 def stored(value, scale):
-    """The digits of a number in a field with this many places behind the point, as an integer."""
+    """The digits of a number in a field with this many places after the point, as an integer."""
     whole, _, fraction = str(value).partition(".")
     assert len(fraction) <= max(scale, 0), value
     digits = int(whole.lstrip("-") + fraction.ljust(max(scale, 0), "0"))

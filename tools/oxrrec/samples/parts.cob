@@ -13,7 +13,7 @@
    05 PRICE          PIC S9(5)V99.
    05 PRICE-CHANGE   PIC S9(3)V9 SIGN LEADING SEPARATE.
    05 SHELF-OFFSET   PIC S9(4) SIGN IS TRAILING SEPARATE CHARACTER.
-   05 TOLERANCE      PIC SPP9(2).     *> 4 places behind the point, 2 of them stored
+   05 TOLERANCE      PIC SPP9(2).     *> 4 places after the point, 2 of them stored
    05 PACK-SIZE      PIC 9(2)PP.      *> hundreds
    05 BIN-CODE       PIC X(3) OCCURS 3 TIMES.
    05 WEIGHT-SHOWN   PIC Z(3)9.99-.

@@ -27,14 +27,15 @@ constexpr BinarySize kBinarySizes[] = {{4, 2}, {9, 4}, {kIntegerDigits, 8}};
 std::uint32_t binaryBytes(unsigned digits) {
   for (const BinarySize& size : kBinarySizes)
     if (digits <= size.digits) return size.bytes;
-  // The bits of the digits and a sign. A digit has log2(10) bits, here rounded up by less than 38 digits can show.
+  // The number needs the bits of its digits and a sign. A digit has log2(10) bits, rounded up here by so little that 38
+  // digits do not show it.
   constexpr unsigned kScale = 10000000;
   constexpr unsigned kBitsPerDigit = 33219281;
   const std::uint32_t bits = (digits * kBitsPerDigit + kScale - 1) / kScale + 1;
   return (bits + 7) / 8;
 }
 
-// Kinds of numbers by usage; a picture decides what DISPLAY is.
+// The kind of a number by its usage. Of DISPLAY the picture decides whether it is a number.
 constexpr std::array<Kind, 6> kKinds = {Kind::external, Kind::binary,     Kind::nativeBinary,
                                         Kind::packed,   Kind::shortFloat, Kind::longFloat};
 
@@ -110,7 +111,7 @@ class LayoutBuilder {
   const Source& source_;
   Layout layout_;
   std::vector<Item>& items_ = layout_.items;
-  std::vector<const Entry*> entries_;       // of each item; null for a root that the copybook does not have
+  std::vector<const Entry*> entries_;       // the entry of each item; null for a root that the copybook does not have
   std::vector<ItemIndex> previousSibling_;  // of each item
   std::vector<OpenGroup> open_;             // the root first; empty only before it is there
 };

@@ -1,5 +1,9 @@
 #include "records/copybook/counters.hpp"
 
+// OCCURS ... DEPENDING ON names its counter as nested scopes do: of all items with that name, each earlier one that has
+// a single value where the array stands may be meant, and the one that shares the innermost group with the array is. An
+// array may lie in another one: its counter is then read once for each occurrence if it lies there too.
+
 namespace oxr::rec::copybook {
 
 namespace {
@@ -27,7 +31,7 @@ class CounterFinder {
   std::vector<ItemIndex>& counters_;
 };
 
-// Are the names that of the item and of groups around it, from the inside?
+// Are the names those of the item and of groups around it, from the inside outwards?
 bool CounterFinder::isNamed(ItemIndex item, const std::vector<Token>& names) const {
   if (!equalIgnoringCase(items_[item].name, names.front().text)) return false;
   ItemIndex group = items_[item].parent;
@@ -48,7 +52,8 @@ bool CounterFinder::isReadable(ItemIndex counter, ItemIndex array) const {
   return true;
 }
 
-// Of groups around the same item the inner one has the larger index.
+// The innermost group that both lie in. Of two groups around an item the inner one has the larger index, so that
+// choose() can compare what this returns.
 ItemIndex CounterFinder::innermostCommonGroup(ItemIndex a, ItemIndex b) const {
   ItemIndex group = items_[a].parent;
   while (!isWithin(b, group))
@@ -56,7 +61,7 @@ ItemIndex CounterFinder::innermostCommonGroup(ItemIndex a, ItemIndex b) const {
   return group;
 }
 
-// Of several items of that name the nearest counts, as in nested scopes.
+// Of several items of that name the one that shares the innermost group with the array is chosen.
 ItemIndex CounterFinder::choose(ItemIndex array, const std::vector<Token>& names) const {
   const Token& name = names.front();
   ItemIndex best = kNoItem;

@@ -4,6 +4,9 @@
 
 #include "records/layout.hpp"
 
+// A parser with one function for each production, over a lexer that shows one token ahead. The clauses of an entry come
+// in any order: a table of their first words says which function reads each.
+//
 // copybook = { entry };
 // entry    = level [ name | "FILLER" ] { clause } ( period | end of the copybook );
 // Keywords are not reserved: a word is a name or a clause by where it stands, so that fields may be called COUNT or

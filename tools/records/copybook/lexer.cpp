@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <array>
 
+// The lexer holds the line that it reads and the one after it, and one token ahead. It needs the next line since a
+// continuation line tells of itself, not the line that it continues: only a look at it shows whether a word or a
+// literal that reaches the end of its line is complete.
+
 namespace oxr::rec::copybook {
 
 namespace {
@@ -46,7 +50,7 @@ Place Lexer::here() const {
   return {std::max(line_.number, 1U), static_cast<std::uint32_t>(at_ + 1)};
 }
 
-// False at the end of the copybook; the last line and its end are then still "here".
+// Returns false at the end of the copybook; here() is then still the end of the last line.
 bool Lexer::nextLine() {
   if (!hasLineAhead_) return false;
   std::swap(line_, lineAhead_);
@@ -60,7 +64,7 @@ bool Lexer::endsHere(std::size_t at) const {
   return at >= line_.text.size() || line_.text[at] == ' ' || line_.text.compare(at, 2, "*>") == 0;
 }
 
-// Goes to the next token; false at the end of the copybook.
+// Goes to the next token. Returns false at the end of the copybook.
 bool Lexer::skipSeparators() {
   for (;;) {
     const std::string& text = line_.text;
@@ -107,7 +111,7 @@ Token Lexer::scanLiteral(Token token) {
   }
 }
 
-// Does the word that ends here go on in a continuation line? Then goes there.
+// Goes to the continuation line if the word that ends here goes on there, and tells whether it does.
 bool Lexer::continueWord() {
   if (!hasLineAhead_ || !lineAhead_.isContinuation) return false;
   if (line_.text.find_first_not_of(' ', at_) != std::string::npos) return false;

@@ -36,7 +36,8 @@ bool isListingControl(std::string_view text) {
                      [&](std::string_view control) { return equalIgnoringCase(text, control); });
 }
 
-// "D" marks a debugging line, but before a letter it is rather the first letter of a clause.
+// "D" marks a debugging line, but before a letter it is rather the first letter of a clause (test
+// Copybook.LinesAreReadInEitherFormat).
 bool isDebugLine(std::string_view line) {
   return upperCase(line[kIndicator]) == 'D' && (line.size() == kIndicator + 1 || !isLetter(line[kIndicator + 1]));
 }
@@ -82,7 +83,7 @@ bool LineReader::nextRaw() {
   return true;
 }
 
-// ">>SOURCE [FORMAT] [IS] FREE|FIXED"; true if the line was a directive.
+// Follows ">>SOURCE [FORMAT] [IS] FREE|FIXED". Returns true if the line was a directive.
 bool LineReader::obeyDirective() {
   std::string_view rest = trim(expanded_);
   if (!rest.starts_with(">>") && !isFree_ && expanded_.size() > kIndicator)
@@ -102,7 +103,7 @@ bool LineReader::obeyDirective() {
   return true;
 }
 
-// expanded_ to program text; false if there is none.
+// Makes program text of expanded_. Returns false if there is none.
 bool LineReader::reduce(ProgramLine& line) const {
   const std::size_t first = expanded_.find_first_not_of(' ');
   if (first == std::string::npos || expanded_[first] == '*') return false;

@@ -21,7 +21,7 @@ class LineReader {
  public:
   LineReader(const Source& source, SourceFormat format);
 
-  // False at the end of the text; `line` is then untouched.
+  // Returns false at the end of the text; `line` is then untouched.
   bool next(ProgramLine& line);
 
  private:

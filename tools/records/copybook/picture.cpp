@@ -12,7 +12,7 @@
 // The runs are read first, equal neighbours joined, and the category follows from the set of symbols:
 //   numeric  [S] and 9 V P only:  [S] [V] P... 9...   |   [S] 9... P... [V]   |   [S] 9... [V] 9...
 //   text     X and A, or a mixture of X, A and 9
-//   edited   everything else
+//   edited   every other set of symbols
 
 namespace oxr::rec::copybook {
 
@@ -95,7 +95,7 @@ class PictureReader {
     return true;
   }
 
-  // [ "(" digits ")" ], 1 to kMaxRecordBytes
+  // [ "(" digits ")" ]; the number is 1 to kMaxRecordBytes.
   bool readCount(std::uint32_t& count) {
     if (at_ == text_.size() || text_[at_] != '(') return true;
     const std::size_t start = ++at_;

@@ -6,23 +6,23 @@
 
 namespace oxr::rec::copybook {
 
-// What single words of a copybook can be. A word may be several of these: its place decides.
+// What single words of a copybook can mean. A word may mean several of these: where it stands decides.
 
 enum class Usage : std::uint8_t { display, binary, nativeBinary, packed, shortFloat, longFloat };
 
-// COMP-3, COMPUTATIONAL-3, BINARY, ...
+// The usage that a word such as COMP-3, COMPUTATIONAL-3 or BINARY names.
 std::optional<Usage> findUsage(const Token& token);
-// A usage of the language that layouts here can't have: POINTER, INDEX, COMP-6, ...
+// Whether the word is a usage of the language that no layout can have here, such as POINTER, INDEX or COMP-6.
 bool isRefusedUsage(const Token& token);
 
-// Letters, digits, "-" and "_", at least one letter; also the signs of national conventions and of placeholders that
-// nobody replaced (":TAG:-ID").
+// Whether the word is a name: letters, digits, "-" and "_" with at least one letter. The signs of national conventions
+// and of placeholders that nobody replaced (":TAG:-ID") count as letters do in a name, but do not make one.
 bool isName(const Token& token);
 
-// A literal, a number or a figurative constant.
+// Whether the token is a literal, a number or a figurative constant.
 bool isValue(const Token& token);
 
-// A word that opens a phrase after the number of times in OCCURS.
+// Whether the word opens a phrase after the number of times in OCCURS.
 bool isOccursPhrase(const Token& token);
 
 }  // namespace oxr::rec::copybook

@@ -6,6 +6,10 @@
 
 #include "kelwstringconvertor.hpp"
 
+// Each kind of field goes to the operation of DataCnv that reads it. What is done beside that is said where it is done:
+// blanks that would be trimmed later are left out before they cost anything, and values that the library lets pass are
+// refused where a picture does not allow them.
+
 namespace oxr::rec {
 
 namespace {
@@ -14,7 +18,8 @@ constexpr EFloatFmt kFloatFormat = eFloatHexadecimal;  // no float is read
 constexpr int kCenturyWindow = 53;
 constexpr char kPositivePackedSign = 12;
 
-// Whether a text is what a decimal ought to be. The library also lets grouping commas pass.
+// Whether a text is what a decimal ought to be. The library also lets grouping commas pass (test
+// Decode.ReadsEachKindOfField).
 bool isPlainDecimal(UnitView text) {
   std::size_t at = !text.empty() && text[0] == '-' ? 1 : 0;
   bool hasDigit = false;
@@ -28,7 +33,7 @@ bool isPlainDecimal(UnitView text) {
   return hasDigit;
 }
 
-// The size without the bytes at the end that equal `byte`.
+// The size without the trailing bytes that equal `byte`.
 std::uint32_t withoutTrailing(unsigned char byte, const unsigned char* bytes, std::uint32_t size) {
   const std::uint64_t eight = 0x0101010101010101U * byte;
   while (size >= sizeof eight && std::memcmp(bytes + size - sizeof eight, &eight, sizeof eight) == 0)

@@ -30,7 +30,7 @@ struct FieldFault {
   std::uint64_t offset = 0;          // in the input, from 0, of the field
   std::string path;                  // see fieldPath; empty if the record as a whole is at fault
   std::vector<unsigned char> bytes;  // of the field; empty if it has none
-  int message = 0;                   // number in the message catalogue, such as 5505; 0 if this program found the fault
+  int message = 0;  // number in the message catalogue, such as 5505; 0 if no conversion told of the fault
   std::string reason;
 
   // "record 3, byte 245, ORDER(3).AMOUNT: OXR5505: ...; bytes 00 1A": complete, on one line. Of a long field the first

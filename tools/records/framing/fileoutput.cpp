@@ -26,7 +26,7 @@ bool isSameFile(int fd, int other) {
 }  // namespace
 
 FileOutput FileOutput::open(const std::string& path, int input) {
-  // Emptied only when it is known not to be the input.
+  // The file is emptied only when it is known not to be the input.
   FileDescriptor file = FileDescriptor::owned(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
   if (file.get() < 0) fail(path, errno);
   if (isSameFile(file.get(), input)) throw OutputError("cannot write " + path + ": it is the input");

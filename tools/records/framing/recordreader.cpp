@@ -6,6 +6,11 @@
 
 #include "records/framing/errors.hpp"
 
+// The reader looks at one buffer. When that holds less than is wanted, the source slides it: a new buffer begins with
+// the first byte that is not consumed. At the end of a record a byte of the next one is asked for, so that atEnd() is
+// known without a call. Of a variable record without headers nobody knows the length beforehand: the longest is asked
+// for, and what there is of it is handed out.
+
 namespace oxr::rec {
 
 void RecordReader::open(const BitstreamBuffer* buffer, int offset, BufferSource* source) {
@@ -19,7 +24,7 @@ void RecordReader::open(const BitstreamBuffer* buffer, int offset, BufferSource*
   ensure(1);
 }
 
-// Makes `wanted` bytes available if the input has them.
+// Makes `wanted` bytes available if the input has them, and tells whether it has.
 bool RecordReader::ensure(std::uint32_t wanted) {
   if (available() >= wanted) return true;
   if (source_ == nullptr) return false;

@@ -44,7 +44,7 @@ class RecordReader {
   // caller's.
   void open(const BitstreamBuffer* buffer, int offset, BufferSource* source);
 
-  // Whether no byte is left.
+  // True if no byte is left.
   bool atEnd() const { return available() == 0; }
   // The next record; its bytes stay until finish(). Throws FrameError for one that the input does not hold whole and
   // for a header that is none. A variable record without a header may turn out to be longer than what there is: the
@@ -55,13 +55,13 @@ class RecordReader {
   // Throws the FrameError for a record that needs `size` bytes where fewer are left.
   [[noreturn]] void refuseShort(std::uint64_t size) const;
 
-  // Of the record that next() gave last: its number, from 1, and where its bytes begin, counted from where open() began
-  // and without its header.
+  // The number, from 1, of the record that next() gave last, and where its bytes begin, counted from where open()
+  // began. Its header is not among its bytes.
   std::uint64_t recordNumber() const { return recordNumber_; }
   std::uint64_t recordOffset() const { return position_ + headerSize(); }
-  // Bytes that whole records took, headers included.
+  // The bytes that whole records took, headers included.
   std::uint64_t position() const { return position_; }
-  // Bytes of the header that each record begins with.
+  // The size of the header that each record begins with.
   std::uint32_t headerSize() const { return form_.header == RecordForm::Header::none ? 0 : kHeaderBytes; }
 
  private:

@@ -7,6 +7,8 @@
 #include "records/json/line.hpp"
 #include "records/recordhandler.hpp"
 
+// The way into this folder: the events of a record worker become JSON lines.
+
 namespace oxr::rec {
 
 // Writes each message as a JSON object on a line of its own, in UTF-8.
@@ -50,7 +52,7 @@ class JsonHandler final : public RecordHandler {
 
  private:
   const JsonKey& keyFor(const unsigned short* name) {
-    // As numbers: a name of somebody else's lies in other memory, and such pointers do not compare.
+    // They are compared as numbers: a name of somebody else's lies in other memory, and such pointers do not compare.
     const std::uintptr_t at =
         (reinterpret_cast<std::uintptr_t>(name) - reinterpret_cast<std::uintptr_t>(names_)) / sizeof(unsigned short);
     if (at < keyCount_ && keyAt_[at] != nullptr) [[likely]]
@@ -63,7 +65,7 @@ class JsonHandler final : public RecordHandler {
 
   const unsigned short* const names_;
   const std::size_t keyCount_;  // units of the names
-  // For each unit of the names: the key of the name that begins there, else null.
+  // The key of the name that begins there, for each unit of the names; null for a unit within a name.
   std::vector<const JsonKey*> keyAt_;
   std::deque<JsonKey> keys_;
   JsonKey foreignKey_{UnitView()};  // of the last name that is not among them

@@ -11,8 +11,11 @@ namespace oxr::rec {
 
 namespace {
 
-// Texts are narrowed eight units at a time and tested on the way. A lane of a test is 0 for a unit that stands in a
-// JSON string as one byte, itself: ASCII but for control characters, the quote and the backslash.
+// Almost all texts of records consist of characters that stand in a JSON string as they are. Such a text is narrowed
+// eight units at a time and tested on the way; any other one goes to the writer, character by character.
+//
+// A lane of a test is 0 for a unit that stands in a JSON string as one byte, itself: ASCII but for control characters,
+// the quote and the backslash.
 using Units = short __attribute__((vector_size(16)));
 using Bytes = unsigned char __attribute__((vector_size(8)));
 constexpr std::size_t kLanes = 8;
@@ -34,7 +37,7 @@ Units load(const unsigned short* units) {
   return loaded;
 }
 
-// Four units from each place.
+// Four units from each of two places.
 Units loadHalves(const unsigned short* low, const unsigned short* high) {
   std::uint64_t halves[2];
   std::memcpy(&halves[0], low, sizeof halves[0]);
@@ -88,8 +91,8 @@ std::size_t superfluousZeros(UnitView digits) {
   return at;
 }
 
-// Writes a decimal without its sign: where it ends, or null if it is none. `*point` is where its point is written, null
-// if it has none.
+// Writes a decimal without its sign. Returns where it ends, or null if the text is no decimal. `*point` is where its
+// point is written, null if it has none.
 char* writeDigits(UnitView digits, char* to, char** point) {
   std::size_t at = superfluousZeros(digits);
   *point = nullptr;
