@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -113,12 +114,17 @@ inline void checkLinks(const Layout& layout, ItemIndex i) {
 inline void checkSizes(const Layout& layout, ItemIndex group) {
   std::uint64_t end = 0;
   bool isMoved = false;
+  std::map<ItemIndex, std::uint32_t> areas;  // the largest of an item and all that redefines it
+  for (ItemIndex i = group + 1; i < layout.items[group].next; i = layout.items[i].next) {
+    std::uint32_t& area = areas[layout.items[i].redefines == kNoItem ? i : layout.items[i].redefines];
+    area = std::max(area, layout.items[i].totalSize());
+  }
   for (ItemIndex i = group + 1; i < layout.items[group].next; i = layout.items[i].next) {
     const Item& item = layout.items[i];
     require(item.size > 0 && item.occurs.min <= item.occurs.max && item.occurs.max > 0, "an item has no bytes");
     require(std::uint64_t{item.size} * item.occurs.max <= kMaxRecordBytes, "an item passes the limit");
     if (item.redefines != kNoItem) continue;
-    require(item.offset == end && item.hasFixedOffset == !isMoved && item.areaSize >= item.totalSize(),
+    require(item.offset == end && item.hasFixedOffset == !isMoved && item.areaSize == areas[i],
             "an item does not follow the one before it");
     end += item.areaSize;
     isMoved = isMoved || item.movesWhatFollows();

@@ -3,31 +3,25 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <csignal>
-
+#include "harness/hex.hpp"
 #include "harness/rows.hpp"
 #include "oxrrec/runs.hpp"
 
 namespace oxr::rec::test {
 namespace {
 
+using oxr::test::fromHex;
 using oxr::test::Row;
 using oxr::test::rows;
 using oxr::test::shown;
+using testing::ContainsRegex;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 TEST(Decode, GivesTheLinesOfTheBundledSamples) {
   const std::string folder = std::string(OXR_SAMPLES_DIR) + '/';
-  const struct {
-    const char* name;
-    const char* input;
-    const char* arguments;
-  } samples[] = {{"customers", "customers.rdw.bin", "--ccsid 37 --rdw big"}, {"parts", "parts.bin", "--ccsid 819"}};
-  for (const auto& [name, input, arguments] : samples) {
-    const Outcome outcome =
-        runProgram("decode --copybook " + folder + name + ".cob " + arguments + ' ' + folder + input);
-    EXPECT_EQ(outcome.lines, contentOf(folder + name + ".expected.jsonl"));
+  for (const Row& c : rows("customers customers.rdw.bin --ccsid_37_--rdw_big; parts parts.bin --ccsid_819")) {
+    const Outcome outcome = runProgram("decode --copybook " + folder + c[0] + ".cob " + c[2] + ' ' + folder + c[1]);
+    EXPECT_EQ(outcome.lines, contentOf(folder + c[0] + ".expected.jsonl"));
     EXPECT_EQ(outcome.messages, "");
     EXPECT_EQ(outcome.code, kDone);
   }
@@ -43,7 +37,7 @@ std::string asPattern(std::string_view text) {
   return pattern;
 }
 
-// A picture, the bytes of a field of it, and the JSON of its value or, behind "!", what is told of it; further
+// A picture, the bytes of a field of it, and the JSON of its value or, after "!", what is told of it; further
 // arguments. "*" stands for any text.
 constexpr char kFieldCases[] =
     "X(4) C140C240 \"A_B\"; X(4) 40404040 \"\"; X(2) C100 \"A\\u0000\"; X(3) E4F6FC \"äöü\" --ccsid_819; "
@@ -58,8 +52,9 @@ constexpr char kFieldCases[] =
     "S99 3172 -12 --ccsid_819; S99 314B -12 --ccsid_819_--ascii-signs_letters; SVPP99 F1D2 -0.0012; 99PPP F1F2 12000; "
     "9(2) 4040 !OXR5505:_; 9(2) F1C5 !OXR5505:_; 9(4)V9 F1C5F2F0F0 !OXR5505:_; 9(4)_BLANK_WHEN_ZERO 40404040 0; "
     "99V99_BLANK_WHEN_ZERO 40404040 0.00; 9(4) 31453035 !OXR5505:_*decimal*1E05 --ccsid_819; "
-    // grouped, to a lenient reader
-    "9(4) 312C3233 !\"1,23\"_is_no_number_of_digits --ccsid_819; "
+    // grouped, to a lenient reader; and control characters, which no message shows
+    "9(4) 312C3233 !\"1,23\"_is_no_number_of_digits --ccsid_819; 9(4) 311B7F33 !OXR5505:_*_1__3*31_1B_7F_33 "
+    "--ccsid_819; "
     // COMP-3.
     "S9(5)_COMP-3 12345D -12345; 9(4)_COMP-3 00012F 12; S9(3)V99_COMP-3 00005D -0.05; SV9(3)_COMP-3 123D -0.123; "
     "SVP(3)9(3)_COMP-3 123D -0.000123; S9(3)P(3)_COMP-3 123D -123000; "
@@ -82,154 +77,130 @@ TEST(Decode, ReadsEachKindOfField) {
     } else {
       EXPECT_EQ(outcome.lines, "");
       const std::string told = "oxrrec: standard input: record 1, byte 0, F: " + c[2].substr(1);
-      EXPECT_THAT(outcome.messages, testing::ContainsRegex(asPattern(told)));
+      EXPECT_THAT(outcome.messages, ContainsRegex(asPattern(told)));
       EXPECT_EQ(outcome.code, kBadField);
     }
   }
 }
 
-// Layouts of ASCII text: what becomes of groups, arrays, FILLER and counts.
-struct ShapeCase {
-  const char* copybook;
-  const char* records;
-  const char* lines;
-  const char* arguments = "";
-};
-
-const ShapeCase kShapeCases[] = {
-    {"01 R. 05 G. 10 A PIC X. 10 H. 15 B PIC X. 05 C PIC X.", "abcdef",
-     "{'G':{'A':'a','H':{'B':'b'}},'C':'c'}\n{'G':{'A':'d','H':{'B':'e'}},'C':'f'}\n"},
-    {"01 R. 05 G. 10 A PIC X. 10 H. 15 B PIC X. 05 C PIC X.", "abc", "{'A':'a','B':'b','C':'c'}\n", "--flat"},
-    {"01 R. 05 G OCCURS 2. 10 A PIC X. 10 H. 15 B PIC 9 OCCURS 2.", "a12b34",
-     "{'G':[{'A':'a','B':[1,2]},{'A':'b','B':[3,4]}]}\n", "--flat"},
-    {"01 R. 05 FILLER PIC X. 05 FILLER. 10 A PIC X. 10 FILLER PIC X(2). 05 B PIC X.", "-a--b", "{'A':'a','B':'b'}\n"},
-    {"01 R. 05 A PIC X(2). 05 FILLER REDEFINES A. 10 B PIC X. 10 C PIC X. 05 D REDEFINES A. 10 E PIC X. 10 F PIC X.",
-     "xy", "{'A':'xy','D':{'E':'x','F':'y'}}\n"},
-    {"01 R. 05 FILLER OCCURS 2. 10 A PIC X. 05 FILLER OCCURS 2 PIC X. 05 B PIC X.", "ab--c",
-     "{'FILLER':[{'A':'a'},{'A':'b'}],'B':'c'}\n"},
-    {"01 R. 05 G. 10 A PIC X. 05 A PIC X. 05 H. 10 A PIC X.", "abc", "{'A':'a','A(2)':'b','A(3)':'c'}\n", "--flat"},
-    {"01 R. 05 G. 10 FILLER PIC X.", "x", "{'G':{}}\n"},
-    {"77 A PIC 99.", "1207", "{'A':12}\n{'A':7}\n"},
-    // Counted arrays: what follows moves, unless they have their full size.
-    {"01 R. 05 N PIC 9. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N. 05 B PIC X.", "0b2xyb3xyzb",
-     "{'N':0,'A':[],'B':'b'}\n{'N':2,'A':['x','y'],'B':'b'}\n{'N':3,'A':['x','y','z'],'B':'b'}\n"},
-    {"01 R. 05 N PIC 9. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N. 05 B PIC X.", "0---b2xy-b",
-     "{'N':0,'A':[],'B':'b'}\n{'N':2,'A':['x','y'],'B':'b'}\n", "--odo fixed"},
-    {"01 R. 05 N PIC 9. 05 FILLER PIC X OCCURS 0 TO 3 DEPENDING ON N. 05 B PIC X.", "2--b0b",
-     "{'N':2,'B':'b'}\n{'N':0,'B':'b'}\n"},
-    {"01 R. 05 N PIC 9. 05 G OCCURS 0 TO 2 DEPENDING ON N. 10 M PIC 9. 10 H OCCURS 0 TO 3 DEPENDING ON M. 15 F PIC X.",
-     "01012AB21A2BC21A1B",
-     "{'N':0,'G':[]}\n{'N':1,'G':[{'M':0,'H':[]}]}\n{'N':1,'G':[{'M':2,'H':[{'F':'A'},{'F':'B'}]}]}\n"
-     "{'N':2,'G':[{'M':1,'H':[{'F':'A'}]},{'M':2,'H':[{'F':'B'},{'F':'C'}]}]}\n"
-     "{'N':2,'G':[{'M':1,'H':[{'F':'A'}]},{'M':1,'H':[{'F':'B'}]}]}\n"},
-    {"01 R. 05 N PIC 9. 05 G OCCURS 2. 10 A PIC X OCCURS 0 TO 2 DEPENDING ON N. 10 B PIC X. 05 C PIC X.",
-     "1abcdE2abcdefG",
-     "{'N':1,'G':[{'A':['a'],'B':'b'},{'A':['c'],'B':'d'}],'C':'E'}\n"
-     "{'N':2,'G':[{'A':['a','b'],'B':'c'},{'A':['d','e'],'B':'f'}],'C':'G'}\n"},
-    // The count lies in what is left out.
-    {"01 R. 05 X PIC X. 05 FILLER REDEFINES X. 10 N PIC 9. 05 A PIC X OCCURS 1 TO 3 DEPENDING ON N.", "2ab1c",
-     "{'X':'2','A':['a','b']}\n{'X':'1','A':['c']}\n"},
-};
-
-std::string doubleQuoted(std::string text) {
-  std::replace(text.begin(), text.end(), '\'', '"');
-  return text;
-}
-
-TEST(Decode, FollowsTheLayout) {
-  for (const auto& [copybook, records, lines, arguments] : kShapeCases) {
-    SCOPED_TRACE(copybook);
-    const Outcome outcome = decodeBytes(copybook, records, "--ccsid 819 " + std::string(arguments));
-    EXPECT_EQ(outcome.lines, doubleQuoted(lines));
-    EXPECT_EQ(outcome.messages, "");
-    EXPECT_EQ(outcome.code, kDone);
-  }
-}
-
-// What is told, and what is written before it.
-struct FaultCase {
-  const char* copybook;
-  const char* hex;
-  const char* arguments;
-  int code;
-  const char* lines;
-  const char* messages;  // without "oxrrec: standard input: " in front of each line
-};
-
 constexpr char kPair[] = "01 R. 05 A PIC X. 05 N PIC 9.";
 constexpr char kCounted[] = "01 R. 05 N PIC 9. 05 A PIC X OCCURS 1 TO 3 DEPENDING ON N. 05 B PIC X.";
 constexpr char kNested[] = "01 R. 05 A OCCURS 2. 10 B OCCURS 2. 15 C PIC S9 COMP-3.";
 
-const FaultCase kFaultCases[] = {
-    {kPair, "C1F1C240C3F3", "", 1, "{'A':'A','N':1}\n",
-     "record 2, byte 3, N: OXR5505: CPI Converter Input Data Invalid"},
-    {kPair, "C1F1C240C3F3", "--on-error null", 0, "{'A':'A','N':1}\n{'A':'B','N':null}\n{'A':'C','N':3}\n",
-     "record 2, byte 3, N: OXR5505: *; bytes 40\n1 bad field in 1 of 3 records, written as null\n"},
-    {kPair, "C1F1C240C3F3", "--on-error skip", 0, "{'A':'A','N':1}\n{'A':'C','N':3}\n",
-     "record 2, byte 3, N: OXR5505: *; bytes 40\n1 bad field in 1 of 3 records, left out\n"},
-    {kNested, "1C2C3CFF", "", 1, "",
-     "record 1, byte 3, A(2).B(2).C: OXR5505: CPI Converter Input Data Invalid; packed decimal, non-numeric data "
-     "found; "
-     "0xff; bytes FF\n"},
-    {kNested, "1CFE3C00", "--on-error null", 0, "{'A':[{'B':[{'C':1},{'C':null}]},{'B':[{'C':3},{'C':null}]}]}\n",
-     "record 1, byte 1, A(1).B(2).C: *\nrecord 1, byte 3, A(2).B(2).C: *\n2 bad fields in 1 of 1 record, written as "
-     "null\n"},
+const struct {
+  const char* copybook;
+  const char* records;  // ASCII, and bytes in hexadecimal between "<" and ">"
+  const char* arguments;
+  const char* result;  // the lines with single quotes, and each message after "| "; "*" stands for any text
+  int code = kDone;
+} kRecordCases[] = {
+    // Groups, arrays and FILLER.
+    {"05 G. 10 A PIC X. 10 H. 15 B PIC X. 05 C PIC X.", "abcdef", "",
+     "{'G':{'A':'a','H':{'B':'b'}},'C':'c'} {'G':{'A':'d','H':{'B':'e'}},'C':'f'}"},
+    {"05 G. 10 A PIC X. 10 H. 15 B PIC X. 05 C PIC X.", "abc", "--flat", "{'A':'a','B':'b','C':'c'}"},
+    {"05 G OCCURS 2. 10 A PIC X. 10 H. 15 B PIC 9 OCCURS 2.", "a12b34", "--flat",
+     "{'G':[{'A':'a','B':[1,2]},{'A':'b','B':[3,4]}]}"},
+    {"05 FILLER PIC X. 05 FILLER. 10 A PIC X. 10 FILLER PIC X(2). 05 B PIC X.", "-a--b", "", "{'A':'a','B':'b'}"},
+    {"05 A PIC X(2). 05 FILLER REDEFINES A. 10 B PIC X. 10 C PIC X. 05 D REDEFINES A. 10 E PIC X. 10 F PIC X.", "xy",
+     "", "{'A':'xy','D':{'E':'x','F':'y'}}"},
+    {"05 FILLER OCCURS 2. 10 A PIC X. 05 FILLER OCCURS 2 PIC X. 05 B PIC X.", "ab--c", "",
+     "{'FILLER':[{'A':'a'},{'A':'b'}],'B':'c'}"},
+    {"05 G. 10 A PIC X. 05 A PIC X. 05 H. 10 A PIC X.", "abc", "--flat", "{'A':'a','A(2)':'b','A(3)':'c'}"},
+    {"05 G. 10 FILLER PIC X.", "x", "", "{'G':{}}"},
+    {"77 A PIC 99.", "1207", "", "{'A':12} {'A':7}"},
+    // Counted arrays: what follows moves, unless they have their full size.
+    {"05 N PIC 9. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N. 05 B PIC X.", "0b2xyb3xyzb", "",
+     "{'N':0,'A':[],'B':'b'} {'N':2,'A':['x','y'],'B':'b'} {'N':3,'A':['x','y','z'],'B':'b'}"},
+    {"05 N PIC 9. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N. 05 B PIC X.", "0---b2xy-b", "--odo fixed",
+     "{'N':0,'A':[],'B':'b'} {'N':2,'A':['x','y'],'B':'b'}"},
+    {"05 N PIC 9. 05 FILLER PIC X OCCURS 0 TO 3 DEPENDING ON N. 05 B PIC X.", "2--b0b", "",
+     "{'N':2,'B':'b'} {'N':0,'B':'b'}"},
+    {"05 N PIC 9. 05 G OCCURS 0 TO 2 DEPENDING ON N. 10 M PIC 9. 10 H OCCURS 0 TO 3 DEPENDING ON M. 15 F PIC X.",
+     "01012AB21A2BC21A1B", "",
+     "{'N':0,'G':[]} {'N':1,'G':[{'M':0,'H':[]}]} {'N':1,'G':[{'M':2,'H':[{'F':'A'},{'F':'B'}]}]} "
+     "{'N':2,'G':[{'M':1,'H':[{'F':'A'}]},{'M':2,'H':[{'F':'B'},{'F':'C'}]}]} "
+     "{'N':2,'G':[{'M':1,'H':[{'F':'A'}]},{'M':1,'H':[{'F':'B'}]}]}"},
+    {"05 N PIC 9. 05 G OCCURS 2. 10 A PIC X OCCURS 0 TO 2 DEPENDING ON N. 10 B PIC X. 05 C PIC X.", "1abcdE2abcdefG",
+     "",
+     "{'N':1,'G':[{'A':['a'],'B':'b'},{'A':['c'],'B':'d'}],'C':'E'} "
+     "{'N':2,'G':[{'A':['a','b'],'B':'c'},{'A':['d','e'],'B':'f'}],'C':'G'}"},
+    // The count lies in what is left out.
+    {"05 X PIC X. 05 FILLER REDEFINES X. 10 N PIC 9. 05 A PIC X OCCURS 1 TO 3 DEPENDING ON N.", "2ab1c", "",
+     "{'X':'2','A':['a','b']} {'X':'1','A':['c']}"},
+    // Fields that cannot be read.
+    {kPair, "A1B C3", "",
+     "{'A':'A','N':1} | record 2, byte 3, N: OXR5505: CPI Converter Input Data Invalid; decimal;  ; bytes 20", 1},
+    {kPair, "A1B C3", "--on-error null",
+     "{'A':'A','N':1} {'A':'B','N':null} {'A':'C','N':3} | record 2, byte 3, N: OXR5505: *; bytes 20 | 1 bad field in "
+     "1 of 3 records, written as null"},
+    {kPair, "A1B C3", "--on-error skip",
+     "{'A':'A','N':1} {'A':'C','N':3} | record 2, byte 3, N: OXR5505: *; bytes 20 | 1 bad field in 1 of 3 records, "
+     "left out"},
+    {kNested, "<1C2C3CFF>", "", "| record 1, byte 3, A(2).B(2).C: OXR5505: *, non-numeric data found; 0xff; bytes FF",
+     1},
+    {kNested, "<1CFE3C00>", "--on-error null",
+     "{'A':[{'B':[{'C':1},{'C':null}]},{'B':[{'C':3},{'C':null}]}]} | record 1, byte 1, A(1).B(2).C: * | record 1, "
+     "byte 3, A(2).B(2).C: * | 2 bad fields in 1 of 1 record, written as null"},
     // Records of one length, cut off.
-    {kPair, "C1F1C2", "", 2, "{'A':'A','N':1}\n",
-     "record 2 at byte 2: it has 2 bytes, but the input has only 1 left\n"},
-    {kPair, "C1F1C2", "--on-error skip", 2, "{'A':'A','N':1}\n", "record 2 at byte 2: it has 2 bytes, *"},
-    {kPair, "C140C2", "--on-error skip", 2, "", "record 1, byte 1, N: *record 2 at byte 2: it has 2 bytes, *"},
-    {kPair, "", "", 0, "", ""},
+    {kPair, "A1B", "", "{'A':'A','N':1} | record 2 at byte 2: it has 2 bytes, but the input has only 1 left", 2},
+    {kPair, "A B", "--on-error skip", "| record 1, byte 1, N: * | record 2 at byte 2: it has 2 bytes, *", 2},
+    {kPair, "", "", ""},
     // Records with headers.
-    {kPair, "00060000C1F1,00060000C2F2", "--rdw big", 0, "{'A':'A','N':1}\n{'A':'B','N':2}\n", ""},
-    {kPair, "00000600C1F1,00000600C2F2", "--rdw little", 0, "{'A':'A','N':1}\n{'A':'B','N':2}\n", ""},
-    {kPair, "00020000C1F1", "--rdw big --rdw-excludes-header", 0, "{'A':'A','N':1}\n", ""},
-    {kPair, "00060000C1F1,0006", "--rdw big", 2, "{'A':'A','N':1}\n",
-     "record 2 at byte 6: the input ends within its record header\n"},
-    {kPair, "00060000C1F1,00070000C2F2", "--rdw big", 2, "{'A':'A','N':1}\n",
-     "record 2 at byte 6: its header asks for 3 bytes, but the input has only 2 left\n"},
-    {kPair, "00030000C1F1", "--rdw big", 2, "",
-     "record 1 at byte 0: its header gives a length of 3, less than the header's own 4 bytes\n"},
-    {kPair, "C1F1C2F2", "--rdw big", 2, "",
-     "record 1 at byte 0: there is no record header: bytes 3 and 4 of one are zero\n"},
-    {kPair, "C1F1C2F2", "--rdw little", 2, "",
-     "record 1 at byte 0: there is no record header: bytes 1 and 2 of one are zero\n"},
-    {kPair, "00050000C1", "--rdw big", 1, "",
-     "record 1, byte 5, N: the record ends after 1 bytes, before the field does\n"},
-    {kPair, "00050000C1,00040000", "--rdw big --on-error null", 0, "{'A':'A','N':null}\n{'A':null,'N':null}\n",
-     "record 1, byte 5, N: *\nrecord 2, byte 9, A: *\n2 bad fields in 2 of 2 records, written as null\n"},
-    {kPair, "00080000C1F10102", "--rdw big", 1, "",
-     "record 1, byte 6: the record has 4 bytes, 2 more than its layout; bytes 01 02\n"},
-    {kPair, "00080000C1F10102", "--rdw big --allow-extra", 0, "{'A':'A','N':1}\n", ""},
-    {kPair, "00080000C1F10102,00060000C2F2", "--rdw big --on-error skip", 0, "{'A':'B','N':2}\n",
-     "record 1, byte 6: *\n1 bad field in 1 of 2 records, left out\n"},
+    {kPair, "<00060000>A1<00060000>B2", "--rdw big", "{'A':'A','N':1} {'A':'B','N':2}"},
+    {kPair, "<00000600>A1<00000600>B2", "--rdw little", "{'A':'A','N':1} {'A':'B','N':2}"},
+    {kPair, "<00020000>A1", "--rdw big --rdw-excludes-header", "{'A':'A','N':1}"},
+    {kPair, "<00060000>A1<0006>", "--rdw big",
+     "{'A':'A','N':1} | record 2 at byte 6: the input ends within its record header", 2},
+    {kPair, "<00060000>A1<00070000>B2", "--rdw big",
+     "{'A':'A','N':1} | record 2 at byte 6: its header asks for 3 bytes, but the input has only 2 left", 2},
+    {kPair, "<00030000>A1", "--rdw big",
+     "| record 1 at byte 0: its header gives a length of 3, less than the header's own 4 bytes", 2},
+    {kPair, "A1B2", "--rdw big", "| record 1 at byte 0: there is no record header: bytes 3 and 4 of one are zero", 2},
+    {kPair, "A1B2", "--rdw little", "| record 1 at byte 0: there is no record header: bytes 1 and 2 of one are zero",
+     2},
+    {kPair, "<00050000>A", "--rdw big", "| record 1, byte 5, N: the record ends after 1 bytes, before the field does",
+     1},
+    {kPair, "<00050000>A<00040000>", "--rdw big --on-error null",
+     "{'A':'A','N':null} {'A':null,'N':null} | record 1, byte 5, N: * | record 2, byte 9, A: * | 2 bad fields in 2 of "
+     "2 records, written as null"},
+    {kPair, "<00080000>A1<0102>", "--rdw big",
+     "| record 1, byte 6: the record has 4 bytes, 2 more than its layout; bytes 01 02", 1},
+    {kPair, "<00080000>A1<0102>", "--rdw big --allow-extra", "{'A':'A','N':1}"},
+    {kPair, "<00080000>A1<0102><00060000>B2", "--rdw big --on-error skip",
+     "{'A':'B','N':2} | record 1, byte 6: * | 1 bad field in 1 of 2 records, left out"},
     // Counts.
-    {kCounted, "F4C1C2C3C4", "", 1, "",
-     "record 1, byte 0, N: the count is 4, not within 1 and 3 as A asks; bytes F4\n"},
-    {kCounted, "F0C2", "--odo fixed --on-error null", 2, "", "record 1 at byte 0: it has 5 bytes, *"},
-    {kCounted, "F0C1C2C3C4", "--odo fixed --on-error null", 0, "{'N':0,'A':null,'B':'D'}\n", "record 1, byte 0, N: *"},
-    {kCounted, "F2C1C2C3,F9C1C2,F1C1C2", "--on-error skip", 2, "{'N':2,'A':['A','B'],'B':'C'}\n",
-     "record 2, byte 4, N: the count is 9, *\nrecord 2 at byte 4: its length hangs on a count that cannot be read, so "
-     "the next record cannot be found\n"},
-    {kCounted, "00080000F2C1C2C3,00060000C1C2,00070000F1C1C2", "--rdw big --on-error null", 0,
-     "{'N':2,'A':['A','B'],'B':'C'}\n{'N':null,'A':null,'B':null}\n{'N':1,'A':['A'],'B':'B'}\n",
-     "record 2, byte 12, N: OXR5505: *1 bad field in 1 of 3 records, written as null\n"},
-    {kCounted, "F3C1C2", "", 2, "", "record 1 at byte 0: it has 4 bytes, but the input has only 3 left\n"},
-    {kCounted, "F2C1C2", "", 2, "", "record 1 at byte 0: it has 4 bytes, but the input has only 3 left\n"},
-    {"01 R. 05 N PIC S9 COMP-3. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N.", "1D", "", 1, "",
-     "record 1, byte 0, N: the count is no number of times, not within 0 and 3 as A asks; bytes 1D\n"},
+    {kCounted, "4ABCD", "", "| record 1, byte 0, N: the count is 4, not within 1 and 3 as A asks; bytes 34", 1},
+    {kCounted, "0B", "--odo fixed --on-error null", "| record 1 at byte 0: it has 5 bytes, *", 2},
+    {kCounted, "0ABCD", "--odo fixed --on-error null", "{'N':0,'A':null,'B':'D'} | record 1, byte 0, N: *"},
+    {kCounted, "2ABC9AB1AB", "--on-error skip",
+     "{'N':2,'A':['A','B'],'B':'C'} | record 2, byte 4, N: the count is 9, * | record 2 at byte 4: its length hangs on "
+     "a count that cannot be read, so the next record cannot be found",
+     2},
+    {kCounted, "<00080000>2ABC<00060000>AB<00070000>1AB", "--rdw big --on-error null",
+     "{'N':2,'A':['A','B'],'B':'C'} {'N':null,'A':null,'B':null} {'N':1,'A':['A'],'B':'B'} | record 2, byte 12, N: "
+     "OXR5505: * | 1 bad field in 1 of 3 records, written as null"},
+    {kCounted, "3AB", "", "| record 1 at byte 0: it has 4 bytes, but the input has only 3 left", 2},
+    {"05 N PIC S9 COMP-3. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N.", "<1D>", "",
+     "| record 1, byte 0, N: the count is no number of times, not within 0 and 3 as A asks; bytes 1D", 1},
 };
 
-TEST(Decode, TellsWhatIsWrongAndKeepsWholeLines) {
-  for (const auto& [copybook, hex, arguments, code, lines, messages] : kFaultCases) {
-    SCOPED_TRACE(std::string(copybook) + ' ' + hex + ' ' + arguments);
-    Outcome outcome = decodeBytes(copybook, fromHex(hex), arguments);
+std::string bytesOf(const std::string& text) {
+  std::string bytes;
+  std::istringstream parts(replaced(text, ">", "<"));
+  bool isHex = true;
+  for (std::string part; std::getline(parts, part, '<');)
+    bytes += (isHex = !isHex) ? fromHex(part) : part;
+  return bytes;
+}
+
+TEST(Decode, FollowsTheLayoutAndTellsWhatIsWrong) {
+  for (const auto& [copybook, records, arguments, result, code] : kRecordCases) {
+    SCOPED_TRACE(std::string(copybook) + ' ' + records + ' ' + arguments);
+    const Outcome outcome = decodeBytes(copybook, bytesOf(records), std::string("--ccsid 819 ") + arguments);
+    const std::string messages = replaced(outcome.messages, "oxrrec: standard input: ", "| ");
+    const std::string given = replaced(replaced(outcome.lines, "\"", "'") + messages, "\n", " ");
+    EXPECT_THAT(given, ContainsRegex(asPattern(result) + (given.empty() ? "$" : " $")));
     EXPECT_EQ(outcome.code, code);
-    EXPECT_EQ(outcome.lines, doubleQuoted(lines));
-    for (std::size_t at; (at = outcome.messages.find("oxrrec: standard input: ")) != std::string::npos;)
-      outcome.messages.erase(at, std::strlen("oxrrec: standard input: "));
-    const std::string pattern = *messages == 0 ? "^$" : asPattern(messages);
-    EXPECT_THAT(outcome.messages, testing::ContainsRegex(pattern));
   }
 }
 
@@ -240,91 +211,70 @@ TEST(Decode, CountsFaultsThatItNoLongerTells) {
   EXPECT_THAT(outcome.messages, HasSubstr("30 bad fields in 30 of 30 records, written as null\n"));
 }
 
-// What cannot be decoded at all is refused before the output is touched.
-TEST(Decode, RefusesWhatItCannotDoBeforeTheFirstRecord) {
+// The arguments that follow those of a good decode, and what is told. "@" begins the name of a file of the test.
+const struct {
+  const char* arguments;
+  const char* messages;
+} kRefusals[] = {
+    // What cannot be decoded is refused before the output is touched.
+    {"-o @out --copybook @wide --ccsid 37 @in",
+     "@wide:2: A: a binary number of 20 digits (9 bytes) is wider than the 8 bytes that can be decoded\n"
+     "@wide:3: F: a floating-point field (COMP-1, COMP-2) cannot be decoded yet\n"},
+    {"-o @out --copybook @bad --ccsid 37 @in", "@bad:1:16: unknown symbol in the picture\n*"},
+    {"-o @out --copybook @none --ccsid 37 @in", "@none: the copybook can't be read: No such file or directory\n"},
+    {"-o @out --copybook @good --ccsid 12345 @in", "CCSID 12345: OXR2132: Invalid codepage (or missing table)*"},
+    {"-o @out --copybook @good --ccsid 37 @none", "cannot open @none: No such file or directory\n"},
+    {"-o @out --copybook @good --ccsid 37 @.", "cannot read @.: Is a directory\n"},
+    {"-o @out --copybook @good --ccsid 37 --record NONE @in", "@good: no record is named NONE*"},
+    {"-o @in --copybook @good --ccsid 37 @in", "cannot write @in: it is the input\n"},
+    {"-o @no/out --copybook @good --ccsid 37 @in", "cannot write @no/out: No such file or directory\n"},
+    {"-o /dev/full --copybook @good --ccsid 37 @in", "cannot write /dev/full: No space left on device\n"},
+    // Arguments that are not known, or missing.
+    {"--ccsid 37 @in", "*--copybook is required*"},
+    {"--copybook @good @in", "*--ccsid is required*"},
+    {"--copybook @good --ccsid -1 @in", "*-1*"},
+    {"--copybook @good --ccsid 37 --rdw middle @in", "*middle*"},
+    {"--copybook @good --ccsid 37 @in y", "*y*"},
+};
+
+TEST(Decode, RefusesWhatItCannotDo) {
   const Folder folder;
-  const std::string input = folder.write("in", "\xC1\xF1");
-  const std::string output = folder.write("out", "as it was");
-  const std::string good = folder.write("good", kPair);
-  const std::string wide = folder.write("wide", "01 R.\n05 A PIC 9(20) COMP.\n05 F COMP-1.\n05 FILLER COMP-2.\n");
-  const std::string bad = folder.write("bad", "01 R. 05 A PIC Q.");
-  const struct {
-    std::string arguments;
-    std::string message;
-  } cases[] = {
-      {"--copybook " + wide + " --ccsid 37 " + input,
-       wide + ":2: A: a binary number of 20 digits (9 bytes) is wider than the 8 bytes that can be decoded\n" + wide +
-           ":3: F: a floating-point field (COMP-1, COMP-2) cannot be decoded yet\n"},
-      {"--copybook " + bad + " --ccsid 37 " + input, bad + ":1:"},
-      {"--copybook " + folder.path("none") + " --ccsid 37 " + input, folder.path("none")},
-      {"--copybook " + good + " --ccsid 12345 " + input, "CCSID 12345: OXR2132: Invalid codepage (or missing table)"},
-      {"--copybook " + good + " --ccsid 37 " + folder.path("none"),
-       "cannot open " + folder.path("none") + ": No such file or directory\n"},
-      {"--copybook " + good + " --ccsid 37 " + folder.path("."),
-       "cannot read " + folder.path(".") + ": Is a directory\n"},
-      {"--copybook " + good + " --ccsid 37 --record NONE " + input, good},
-  };
-  for (const auto& [arguments, message] : cases) {
+  folder.write("in", "\xC1\xF1");
+  folder.write("out", "as it was");
+  folder.write("good", kPair);
+  folder.write("wide", "01 R.\n05 A PIC 9(20) COMP.\n05 F COMP-1.\n05 FILLER COMP-2.\n");
+  folder.write("bad", "01 R. 05 A PIC Q.");
+  for (const auto& [arguments, messages] : kRefusals) {
     SCOPED_TRACE(arguments);
-    const Outcome outcome = runProgram("decode --format free -o " + output + ' ' + arguments);
+    const Outcome outcome = runProgram("decode --format free " + replaced(arguments, "@", folder.path("")));
     EXPECT_EQ(outcome.code, kFailed);
-    EXPECT_THAT(outcome.messages, StartsWith("oxrrec: " + message));
-    EXPECT_EQ(contentOf(output), "as it was");
+    EXPECT_THAT(replaced(replaced(outcome.messages, folder.path(""), "@"), "oxrrec: ", ""),
+                ContainsRegex(asPattern(messages) + '$'));
+    EXPECT_EQ(outcome.lines + contentOf(folder.path("out")) + contentOf(folder.path("in")), "as it was\xC1\xF1");
   }
+  EXPECT_EQ(runProgram("").code, kFailed);
+  EXPECT_EQ(runProgram("explain x").code, kFailed);
 }
 
-TEST(Decode, RefusesArgumentsThatItDoesNotKnow) {
-  for (const char* arguments :
-       {"", "explain x", "decode", "decode --ccsid 37 x", "decode --copybook c x",
-        "decode --copybook c --ccsid EBCDIC x", "decode --copybook c --ccsid -1 x",
-        "decode --copybook c --ccsid 37 --rdw middle x", "decode --copybook c --ccsid 37 x y"}) {
-    const Outcome outcome = runProgram(arguments);
-    EXPECT_EQ(outcome.code, kFailed) << arguments;
-    EXPECT_NE(outcome.messages, "") << arguments;
-    EXPECT_EQ(outcome.lines, "") << arguments;
-  }
+TEST(Decode, WritesHelpToTheOutputAndLinesToAFile) {
   const Outcome help = runProgram("decode --help");
   EXPECT_EQ(help.code, kDone);
   EXPECT_THAT(help.lines, HasSubstr("--copybook"));
-}
-
-TEST(Decode, WritesToAFile) {
   const Folder folder;
-  const std::string copybook = folder.write("c", kPair);
-  const std::string input = folder.write("in", "\xC1\xF1");
-  const std::string command = "decode --format free --ccsid 37 --copybook " + copybook + ' ';
   const std::string output = folder.write("out", "something longer than the line that takes its place");
-  EXPECT_EQ(runProgram(command + "-o " + output + ' ' + input).code, kDone);
+  EXPECT_EQ(decodeBytes(kPair, "\xC1\xF1", "-o " + output).code, kDone);
   EXPECT_EQ(contentOf(output), "{\"A\":\"A\",\"N\":1}\n");
-
-  const Outcome onItself = runProgram(command + "-o " + input + ' ' + input);
-  EXPECT_EQ(onItself.code, kFailed);
-  EXPECT_EQ(onItself.messages, "oxrrec: cannot write " + input + ": it is the input\n");
-  EXPECT_EQ(contentOf(input), "\xC1\xF1");
-
-  const Outcome full = runProgram(command + "-o /dev/full " + input);
-  EXPECT_EQ(full.code, kFailed);
-  EXPECT_EQ(full.messages, "oxrrec: cannot write /dev/full: No space left on device\n");
-  const std::string nowhere = folder.path("no/out");
-  EXPECT_EQ(runProgram(command + "-o " + nowhere + ' ' + input).messages,
-            "oxrrec: cannot write " + nowhere + ": No such file or directory\n");
 }
 
-TEST(Decode, TellsThatItsReaderWentAway) {
+TEST(Decode, TellsThatStandardOutputIsFull) {
   const Folder folder;
-  const std::string copybook = folder.write("c", kPair);
-  const std::string input = folder.write("in", "\xC1\xF1");
-  int ends[2];
-  ASSERT_EQ(::pipe(ends), 0);
-  ::close(ends[0]);
-  const auto before = std::signal(SIGPIPE, SIG_IGN);
-  std::ostringstream messages;
-  const char* const arguments[] = {"decode", "--format",   "free",           "--ccsid",
-                                   "37",     "--copybook", copybook.c_str(), input.c_str()};
-  EXPECT_EQ(run(arguments, {0, ends[1], messages, false}), kFailed);
-  EXPECT_EQ(messages.str(), "oxrrec: cannot write standard output: Broken pipe\n");
-  std::signal(SIGPIPE, before);
-  ::close(ends[1]);
+  const std::string files = folder.write("c", kPair) + ' ' + folder.write("in", "A1");
+  for (const std::string& arguments : {"decode --format free --ccsid 819 --copybook " + files, std::string("--help")}) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> full(std::fopen("/dev/full", "wb"), std::fclose);
+    std::ostringstream messages;
+    EXPECT_EQ(runOn({0, ::fileno(full.get()), messages, false}, arguments), kFailed);
+    EXPECT_EQ(messages.str(), "oxrrec: cannot write standard output: No space left on device\n");
+  }
 }
 
 }  // namespace

@@ -12,14 +12,11 @@
 #include <string_view>
 #include <vector>
 
-#include "harness/hex.hpp"
 #include "oxrrec/program.hpp"
 
 // Runs the program within the test, on files of its own.
 
 namespace oxr::rec::test {
-
-using oxr::test::fromHex;
 
 // A folder that goes with the object.
 class Folder {
@@ -45,9 +42,23 @@ class Folder {
 
 inline std::string contentOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  std::ostringstream content;
-  content << file.rdbuf();
-  return content.str();
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline std::string replaced(std::string text, const std::string& old, const std::string& by) {
+  for (std::size_t at = 0; (at = text.find(old, at)) != std::string::npos; at += by.size())
+    text.replace(at, old.size(), by);
+  return text;
+}
+
+// The program with `arguments` separated by blanks.
+inline int runOn(const Console& console, const std::string& arguments) {
+  std::istringstream stream(arguments);
+  const std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
+  std::vector<const char*> pointers;
+  for (const std::string& word : words)
+    pointers.push_back(word.c_str());
+  return run(pointers, console);
 }
 
 struct Outcome {
@@ -56,29 +67,15 @@ struct Outcome {
   std::string messages;  // on standard error
 };
 
-// The program with `arguments` separated by blanks, and `input` on its standard input.
+// The same with `input` on its standard input.
 inline Outcome runProgram(const std::string& arguments, std::string_view input = {}) {
-  std::vector<std::string> words;
-  std::istringstream stream(arguments);
-  for (std::string word; stream >> word;)
-    words.push_back(word);
-  std::vector<const char*> pointers;
-  pointers.reserve(words.size());
-  for (const std::string& word : words)
-    pointers.push_back(word.c_str());
-  const auto scratch = [] { return std::unique_ptr<std::FILE, int (*)(std::FILE*)>(std::tmpfile(), std::fclose); };
-  const auto in = scratch();
-  const auto out = scratch();
-  if (!input.empty()) std::fwrite(input.data(), 1, input.size(), in.get());
-  std::rewind(in.get());
+  const Folder folder;
+  using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+  const Stream in(std::fopen(folder.write("in", input).c_str(), "rb"), std::fclose);
+  const Stream out(std::fopen(folder.path("out").c_str(), "wb"), std::fclose);
   std::ostringstream messages;
-  Outcome outcome;
-  outcome.code = run(pointers, {::fileno(in.get()), ::fileno(out.get()), messages, false});
-  std::rewind(out.get());
-  for (int c = std::fgetc(out.get()); c != EOF; c = std::fgetc(out.get()))
-    outcome.lines += static_cast<char>(c);
-  outcome.messages = messages.str();
-  return outcome;
+  const int code = runOn({::fileno(in.get()), ::fileno(out.get()), messages, false}, arguments);
+  return {code, contentOf(folder.path("out")), messages.str()};
 }
 
 // decode of `bytes` by `copybook`, free format, with further arguments. Messages name the files "c" and "standard
@@ -89,8 +86,7 @@ inline Outcome decodeBytes(std::string_view copybook, std::string_view bytes, co
   const bool hasCcsid = arguments.find("--ccsid") != std::string::npos;
   Outcome outcome = runProgram(
       "decode --format free --copybook " + path + (hasCcsid ? " " : " --ccsid 37 ") + arguments + " -", bytes);
-  for (std::size_t at; (at = outcome.messages.find(path)) != std::string::npos;)
-    outcome.messages.replace(at, path.size(), 1, 'c');
+  outcome.messages = replaced(outcome.messages, path, "c");
   return outcome;
 }
 

@@ -20,7 +20,7 @@ namespace oxr::rec {
 //
 // Lines gather in memory: a record is there whole or not at all, since its user takes the lines between two records and
 // discards one that a fault ended.
-class JsonHandler final : public RecordHandler {
+class JsonHandler : public RecordHandler {
  public:
   struct Options {
     bool pointsAsText = false;  // a decimal with a point as a string
