@@ -9,44 +9,28 @@
 namespace oxr::test {
 namespace {
 
+constexpr char kBytes[] = "0123456789";
+
 // The bytes that the window shows.
 std::string shown(const KelBufferPointer& window) {
   const char* const start = window.getOffsetPointer(window.windowOffset());
   return start != nullptr ? std::string(start, window.getEndPointer()) : std::string();
 }
 
-TEST(KelBuffer, TellsWhatIsAvailable) {
-  const std::string bytes = "0123456789";
-  const KelBuffer buffer(bytes.data(), 10), empty(bytes.data(), 0), null(nullptr, 10), negative(bytes.data(), -3);
-  EXPECT_EQ(buffer.size(true), 10);
-  EXPECT_EQ(empty.size(false) + null.size(false) + negative.size(false), 0);
-  const struct {
-    int offset, remaining;
-    bool available, hasPointer;
-  } rows[] = {{0, 10, true, true},   {9, 1, true, true},         {10, 0, false, true},      {11, 0, false, false},
-              {-1, 0, false, false}, {INT_MAX, 0, false, false}, {INT_MIN, 0, false, false}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.offset);
-    EXPECT_EQ(buffer.offsetAvailable(row.offset), row.available);
-    EXPECT_EQ(buffer.bytesAvailable(row.offset, false), row.remaining);
+TEST(KelBuffer, TellsWhatIsAvailableAndCountsLocks) {
+  KelBuffer buffer(kBytes, 10), null(nullptr, 10), negative(kBytes, -3);
+  EXPECT_TRUE(buffer.size(true) == 10 && null.size(false) + negative.size(false) == 0 && null.getData(0) == nullptr);
+  for (const int offset : {0, 9, 10, 11, -1, INT_MAX, INT_MIN}) {
+    const bool available = offset >= 0 && offset < 10;
     int remaining = -1;
-    EXPECT_EQ(buffer.getData(&remaining, row.offset), row.hasPointer ? bytes.data() + row.offset : nullptr);
-    EXPECT_EQ(remaining, row.remaining);
-    EXPECT_FALSE(empty.offsetAvailable(row.offset) || null.offsetAvailable(row.offset));
+    EXPECT_EQ(buffer.getData(&remaining, offset), available || offset == 10 ? kBytes + offset : nullptr);
+    EXPECT_TRUE(remaining == (available ? 10 - offset : 0) && buffer.offsetAvailable(offset) == available) << offset;
   }
-  EXPECT_EQ(null.getData(0), nullptr);
-}
-
-TEST(KelBuffer, CountsLocksOfEachOffset) {
-  KelBuffer buffer("0123", 4);
   for (const int offset : {1, 2, 1})
     buffer.lockOffset(offset);
-  buffer.unlockOffset(1);
-  buffer.unlockOffset(3);  // not held
-  EXPECT_TRUE(buffer.isLocked(1) && buffer.isLocked(2));
-  buffer.unlockOffset(1);
-  EXPECT_FALSE(buffer.isLocked(1));
-  EXPECT_TRUE(buffer.isLocked(2));
+  for (const int offset : {1, 3, 2})  // 3 is not held
+    buffer.unlockOffset(offset);
+  EXPECT_TRUE(buffer.isLocked(1) && !buffer.isLocked(2));
 }
 
 TEST(KelBufferPointer, MovesWhereBytesAreAndStaysWhereNot) {
@@ -61,15 +45,14 @@ TEST(KelBufferPointer, MovesWhereBytesAreAndStaysWhereNot) {
       {"one too many", 7, 4, false, false, ""},
       {"shorter", 7, 400, true, true, "789"},
       {"shorter, nothing there", 10, 1, true, false, ""},
-      {"nothing asked", 4, 0, false, true, ""},
       {"nothing asked at the end", 10, 0, false, true, ""},
-      {"nothing asked behind the end", 11, 0, true, false, ""},
+      {"nothing asked past the end", 11, 0, true, false, ""},
       {"negative length", 4, -1, true, false, ""},
       {"negative offset", -1, 2, true, false, ""},
       {"sum beyond an int", INT_MAX, INT_MAX, true, false, ""},
       {"length beyond any buffer", 1, INT_MAX, true, true, "123456789"},
   };
-  KelBuffer buffer("0123456789", 10);
+  KelBuffer buffer(kBytes, 10);
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
     KelBufferPointer window(&buffer);
@@ -83,73 +66,50 @@ TEST(KelBufferPointer, MovesWhereBytesAreAndStaysWhereNot) {
 }
 
 TEST(KelBufferPointer, GrowsAndShrinksAtItsEnd) {
-  KelBuffer buffer("0123456789", 10);
+  KelBuffer buffer(kBytes, 10);
   KelBufferPointer window(&buffer);
-  EXPECT_EQ(shown(window), "");
   ASSERT_TRUE(window.moveOffsetWindow(4, 2, false));
-  EXPECT_TRUE(window.extendLength(2, false));
-  EXPECT_EQ(shown(window), "4567");
-  EXPECT_FALSE(window.extendLength(3, false));
-  EXPECT_FALSE(window.extendLength(-1, true));
-  EXPECT_EQ(shown(window), "4567");
-  EXPECT_TRUE(window.extendLength(INT_MAX, true));
-  EXPECT_EQ(shown(window), "456789");
-  EXPECT_FALSE(window.extendLength(1, true));  // not by a single byte
-  EXPECT_TRUE(window.extendLength(0, false));
-  EXPECT_TRUE(window.setLength(3, false));
-  EXPECT_EQ(shown(window), "456");
-  EXPECT_FALSE(window.setLength(7, false));
-  EXPECT_EQ(window.windowLength(), 3);
-  EXPECT_TRUE(window.setLength(7, true));
-  EXPECT_EQ(window.windowLength(), 6);
-  EXPECT_EQ(*window.getOffsetPointer(9), '9');
+  const struct {
+    bool grows;  // by the length; else the length is set
+    int length;
+    bool acceptShorter, done;
+    std::string_view shows;
+  } steps[] = {
+      {true, 2, false, true, "4567"},        {true, 3, false, false, "4567"},  {true, -1, true, false, "4567"},
+      {true, INT_MAX, true, true, "456789"}, {true, 1, true, false, "456789"}, {true, 0, false, true, "456789"},
+      {false, 3, false, true, "456"},        {false, 7, false, false, "456"},  {false, 7, true, true, "456789"},
+  };
+  for (const auto& [grows, length, acceptShorter, done, shows] : steps) {
+    EXPECT_EQ(grows ? window.extendLength(length, acceptShorter) : window.setLength(length, acceptShorter), done);
+    EXPECT_EQ(shown(window), shows);
+  }
   for (const int outside : {3, 10, -1, INT_MAX, INT_MIN})
     EXPECT_EQ(window.getOffsetPointer(outside), window.getEndPointer());
 }
 
 TEST(KelBufferPointer, ABoundIsTheEndOfTheData) {
-  KelBuffer buffer("0123456789", 10);
-  KelBufferPointer window(&buffer, 3, 4, true);
-  EXPECT_TRUE(window.isBounded() && buffer.isLocked(3));
-  EXPECT_FALSE(window.hasNoLock());
+  KelBuffer buffer(kBytes, 10);
+  KelBufferPointer window(&buffer, 3, 4, true), open(&buffer);
+  EXPECT_TRUE(window.isBounded() && !window.hasNoLock() && buffer.isLocked(3) && window.boundStart() == 3);
   EXPECT_EQ(shown(window), "3456");
-  EXPECT_EQ(window.boundStart(), 3);
-  EXPECT_FALSE(window.moveOffsetWindow(5, 3, false));
-  EXPECT_TRUE(window.moveOffsetWindow(5, 3, true));
-  EXPECT_EQ(shown(window), "56");
-  EXPECT_FALSE(window.extendLength(1, true));
-  EXPECT_FALSE(window.moveOffsetWindow(7, 1, true));
-  EXPECT_TRUE(window.moveOffsetWindow(0, 2, false));  // in front of the bound: offsets are those of the buffer
-  EXPECT_EQ(window.boundEnd(), 7);                    // whatever the window shows
-  EXPECT_TRUE(window.offsetAvailable(6));
-  EXPECT_FALSE(window.offsetAvailable(7));
+  EXPECT_TRUE(!window.moveOffsetWindow(5, 3, false) && window.moveOffsetWindow(5, 3, true));
+  EXPECT_TRUE(shown(window) == "56" && !window.extendLength(1, true) && !window.moveOffsetWindow(7, 1, true));
+  EXPECT_TRUE(window.moveOffsetWindow(0, 2, false));  // before the bound: offsets are those of the buffer
+  EXPECT_TRUE(window.boundEnd() == 7 && window.offsetAvailable(6) && !window.offsetAvailable(7));
   const struct {
     int offset, distance;
     bool available;
   } rows[] = {{4, 2, true},   {4, 3, false}, {6, 0, true},   {7, 0, false},  {7, -1, true},
               {8, -1, false}, {0, -1, true}, {4, -2, false}, {-1, 1, false}, {INT_MAX, INT_MAX, false}};
-  for (const auto& row : rows)
-    EXPECT_EQ(window.offsetAvailable(row.offset, row.distance), row.available) << row.offset << ' ' << row.distance;
+  for (const auto& [offset, distance, available] : rows)
+    EXPECT_EQ(window.offsetAvailable(offset, distance), available) << offset << ' ' << distance;
+  EXPECT_TRUE(open.boundEnd() == 10 && !open.isBounded() && open.hasNoLock());
+  EXPECT_EQ(shown(KelBufferPointer(&buffer, 8, INT_MAX, false)), "89");
+  EXPECT_EQ(shown(KelBufferPointer(&buffer, 12, 5, false)) + shown(KelBufferPointer(&buffer, -4, -1, false)), "");
 
-  const KelBufferPointer beyond(&buffer, 8, INT_MAX, false), behind(&buffer, 12, 5, false),
-      before(&buffer, -4, -1, false);
-  EXPECT_EQ(shown(beyond), "89");
-  EXPECT_TRUE(beyond.hasNoLock());
-  EXPECT_EQ(shown(behind) + shown(before), "");
-  const KelBufferPointer open(&buffer);
-  EXPECT_EQ(open.boundEnd(), 10);
-  EXPECT_FALSE(open.isBounded());
-}
-
-TEST(KelBufferPointer, WithoutABufferNothingIsAvailable) {
-  KelBufferPointer window(nullptr), bounded(nullptr, 2, 3, true);
-  char *start = nullptr, *end = nullptr;
-  EXPECT_FALSE(window.moveOffsetWindow(0, 1, true, &start, &end, false));
-  EXPECT_EQ(start, end);
-  EXPECT_TRUE(window.moveOffsetWindow(0, 0, false));
-  EXPECT_FALSE(bounded.offsetAvailable(2));
-  EXPECT_TRUE(bounded.hasNoLock());
-  EXPECT_EQ(window.buffer(), nullptr);
+  KelBufferPointer none(nullptr, 2, 3, true);  // without a buffer nothing is available
+  EXPECT_TRUE(none.hasNoLock() && !none.offsetAvailable(2) && !none.moveOffsetWindow(0, 1, true));
+  EXPECT_TRUE(none.moveOffsetWindow(0, 0, false) && shown(none).empty());
 }
 
 }  // namespace

@@ -1,11 +1,13 @@
 #include "messageinfo.hpp"
 
+#include <array>
+
 #include "datacnv/plainconverter.hpp"
 #include "kelwstringconvertor.hpp"
 
 using namespace oxr;
 
-// Statics of other source files may ask for these while they are built: they come before all of them.
+// Statics of other source files may ask for these keys while they are built: hence the priority, before all of them.
 [[gnu::init_priority(101)]] const KelWstring MI_MSG_SET_STR = convertString(L"messageset");
 [[gnu::init_priority(101)]] const KelWstring MI_MSG_TYPE_STR = convertString(L"messagetype");
 [[gnu::init_priority(101)]] const KelWstring MI_MSG_FORMAT_STR = convertString(L"messageformat");
@@ -46,7 +48,7 @@ void MessageInfo::setProperty(const KelWstring& key, const unsigned short* value
     properties.insert_or_assign(key, KelWstring(UnitView(value)));
 }
 
-// Unlike the one behind a pointer, an empty text is no value here: MessageInfo.EmptyTextIsAValueBehindAPointerOnly.
+// An empty text is no value here, while one given by a pointer is: MessageInfo.EmptyTextIsAValueByPointerOnly.
 void MessageInfo::setProperty(const KelWstring& key, const KelWstring& value) {
   if (value.length() == 0)
     properties.erase(key);
@@ -81,9 +83,11 @@ void MessageInfo::setPropertyFromInteger(const KelWstring& key, PWFInt64 value) 
     properties.erase(key);
     return;
   }
-  KelWstring text;
-  int length = 100;  // units, more than any integer has
-  plainConverter().StrFromInt64(value, text, length, eSignLeadingSeparate, DataCnv::US_MINUS.characters(),
+  // The form of the conversion that fills a buffer: its entry shows in the trace. It writes no terminator.
+  std::array<unsigned short, 101> text;
+  int length = static_cast<int>(text.size()) - 1;  // units, more than any integer has
+  plainConverter().StrFromInt64(value, text.data(), length, eSignLeadingSeparate, DataCnv::US_MINUS.characters(),
                                 DataCnv::US_PLUS.characters(), false, eJustifyLeft, '0', true);
-  setProperty(key, text);
+  text[static_cast<std::size_t>(length)] = 0;
+  setProperty(key, text.data());
 }
