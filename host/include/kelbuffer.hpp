@@ -11,22 +11,22 @@
 // An object serves one thread at a time.
 class KELHOST_EXPORT KelBuffer {
  public:
-  // `length` bytes at `data`; null data or a negative length gives an empty buffer.
+  // Shows `length` bytes at `data`; null data or a negative length gives an empty buffer.
   KelBuffer(const char* data, int length);
 
-  // The number of bytes. `readAll` would first fetch what is still to come.
+  // Gives the number of bytes. `readAll` asks to fetch first what is still to come, which is nothing here.
   int size(bool readAll) const;
 
-  // The byte at `offset`. The offset behind the last byte gives the end, not to be read; any other that is not
-  // available gives null.
+  // Gives the byte at `offset`. The offset after the last byte gives the end, which is not to be read; any other offset
+  // that is not available gives null.
   const char* getData(int offset) const {
     return offset >= 0 && offset <= length_ && data_ != nullptr ? data_ + offset : nullptr;
   }
-  // The same; `*remaining` becomes the number of bytes from `offset` to the end, 0 when there are none.
+  // Does the same; `*remaining` becomes the number of bytes from `offset` to the end, 0 when there are none.
   const char* getData(int* remaining, int offset) const;
 
   bool offsetAvailable(int offset) const;
-  // The number of bytes from `offset` to the end. `readAll` as for size().
+  // Gives the number of bytes from `offset` to the end. `readAll` is as for size().
   int bytesAvailable(int offset, bool readAll) const;
 
   // Ask that the bytes from `offset` on be kept, and give that up again. Locks count, each offset for itself; giving
@@ -38,14 +38,14 @@ class KELHOST_EXPORT KelBuffer {
  private:
   const char* data_;
   int length_;
-  std::vector<int> locks_;  // one entry a lock, in the order taken: they are few and come and go as on a stack
+  std::vector<int> locks_;  // an entry for each lock, in the order taken: they are few and come and go as on a stack
 };
 
 // A window on a KelBuffer: the stretch of bytes that a reader looks at just now. It is moved, grown and shrunk, and
 // never shows a byte that the buffer does not have.
 //
 // A window may be bounded: then it ends at its bound as if the buffer ended there. Offsets stay those of the buffer,
-// and bytes in front of the bound's start can still be looked at.
+// and bytes before the bound's start can still be looked at.
 //
 //   buffer          0 . . . . . . . . . . . . size
 //   bound               boundStart . . . . boundEnd
@@ -59,9 +59,9 @@ class KELHOST_EXPORT KelBuffer {
 //     use(window.getOffsetPointer(4), window.getEndPointer());
 class KELHOST_EXPORT KelBufferPointer {
  public:
-  // An unbounded, empty window at offset 0. Without a buffer nothing is available.
+  // Makes an unbounded, empty window at offset 0. Without a buffer nothing is available.
   explicit KelBufferPointer(KelBuffer* buffer);
-  // A window bounded to `length` bytes from `offset` on, as far as the buffer has them, that shows all of its bound.
+  // Makes a window bounded to `length` bytes from `offset` on, as far as the buffer has them, that shows all of it.
   // `lock` locks the bound's start; the destructor keeps that lock: whoever deletes a window whose hasNoLock() is false
   // unlocks boundStart(), unless the buffer goes too.
   KelBufferPointer(KelBuffer* buffer, int offset, int length, bool lock);
@@ -72,28 +72,30 @@ class KELHOST_EXPORT KelBufferPointer {
   // there is, if that is one byte at least. False leaves the window as it is. No bytes (`length` 0) can be had at every
   // offset up to the end.
   bool moveOffsetWindow(int offset, int length, bool acceptShorter);
-  // The same; `*start` and `*end` become the window's ends, for reading only. After a failure they show an empty range.
+  // Does the same; `*start` and `*end` become the window's ends, for reading only. After a failure they show an empty
+  // range.
   // The last argument is reserved: false.
   bool moveOffsetWindow(int offset, int length, bool acceptShorter, char** start, char** end, bool);
 
   // Grows the window by `more` bytes at its end. `acceptShorter` takes less, if that is one byte at least. False leaves
   // the window as it is.
   bool extendLength(int more, bool acceptShorter);
-  // Makes the window `length` bytes long, its start staying. `acceptShorter` and false as in moveOffsetWindow.
+  // Makes the window `length` bytes long; its start stays. `acceptShorter` and the result are as in moveOffsetWindow.
   bool setLength(int length, bool acceptShorter);
 
-  // The byte at `offset`. An offset outside the window gives the window's end, so that a reader finds nothing there.
+  // Gives the byte at `offset`. An offset outside the window gives the window's end, so that a reader finds nothing
+  // there.
   const char* getOffsetPointer(int offset) const {
     const bool inside = offset >= windowOffset_ && offset - windowOffset_ < windowLength_;
     return inside ? at(offset) : getEndPointer();
   }
-  // Behind the window's last byte. Null only where there is no data at all.
+  // Gives the address after the window's last byte; null only where there is no data at all.
   const char* getEndPointer() const { return at(windowOffset_ + windowLength_); }
 
-  // Whether there is a byte at `offset`, within the bound, whether the window shows it or not.
+  // Tells whether there is a byte at `offset` within the bound, be it in the window or not.
   bool offsetAvailable(int offset) const;
-  // Whether there is one at each offset from `offset` to `offset + distance`, both included. A distance of -1 is the
-  // empty range, available at every offset up to the end.
+  // Tells whether there is one at each offset from `offset` to `offset + distance`, both included. A distance of -1 is
+  // the empty range, which is available at every offset up to the end.
   bool offsetAvailable(int offset, int distance) const;
 
   KelBuffer* buffer() const { return buffer_; }

@@ -18,14 +18,14 @@
 //   UConverter* mine = ucnv_clone(page->converter(), &status);  // a null converter: status() why
 class KELHOST_EXPORT KelConverter {
  public:
-  // The code unit of each byte of a single-byte code page.
+  // Holds the code unit of each byte of a single-byte code page.
   using SingleByteTable = std::array<unsigned short, 256>;
-  // The byte of each code unit of a single-byte code page; kNoByte for a unit that has none by itself.
+  // Holds the byte of each code unit of a single-byte code page; kNoByte for a unit that has none by itself.
   using UnitTable = std::array<unsigned short, 65536>;
   static constexpr unsigned short kNoByte = 0x100;
 
-  // The converter of the code page `ccsid`; never null, never to be deleted. `byteOrder` counts for the CCSIDs of
-  // UTF-16 only: below 0 is little-endian, above 0 big-endian, 0 the order of this machine.
+  // Gives the converter of the code page `ccsid`, which is never null and never to be deleted. `byteOrder` counts for
+  // the CCSIDs of UTF-16 only: below 0 is little-endian, above 0 big-endian, 0 the order of this machine.
   // A code page that has no table gives an object with a status above zero and without a converter.
   static KelConverter* createConverter(unsigned ccsid, int byteOrder, KelThreadContext* context);
 

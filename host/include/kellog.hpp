@@ -35,7 +35,7 @@ enum class RecordKind { entry, exit, trace, event };
 // One record of trace or log, as a sink gets it.
 struct LogRecord {
   RecordKind kind = RecordKind::trace;
-  bool debug = false;                // written at the debug level (above 3)
+  bool debug = false;                // it is written at the debug level (above 3) only
   std::string function;              // may be empty
   std::string file;                  // source path of an event
   int line = 0;                      // of an event
@@ -256,7 +256,8 @@ class KELHOST_EXPORT KelLog::ComplexItem : public KelLog::Item {
 
   // The number by which the message catalogue knows the message: the low 16 bits, 5502 of 0xC000157E.
   virtual int oxrMessageNumber() const;
-  // For people: "OXR5502E CP_INTERNAL_ERROR: insert; insert", nested items behind. With `true`, where it happened too.
+  // A text for people: "OXR5502E CP_INTERNAL_ERROR: insert; insert", and the nested items after that. `withLocation`
+  // adds where it happened.
   virtual KelWstring toString() const;
   virtual KelWstring toLocalString() const;
   virtual KelWstring toString(bool withLocation) const;
@@ -305,8 +306,8 @@ class KELHOST_EXPORT KelLog::WarningItem : public KelLog::EventLogItem {
 };
 
 // Takes inserts by reference and copies nothing until `endOfInserts` closes the list; then the record stands, the
-// facts that the log source adds last, and the destructor writes it. At most kMaxInserts inserts. A list that is never
-// closed is not written: what it refers to may be gone.
+// facts that the log source adds last, and the destructor writes it. Inserts beyond kMaxInserts are dropped. A record
+// whose list was never closed is written without inserts: what they refer to may be gone.
 class KELHOST_EXPORT KelLog::FastItem {
  public:
   static constexpr int kMaxInserts = 16;

@@ -14,8 +14,8 @@
 //
 // Example:
 //   KelMutex::Mutex lock(mutex);             // waits for ever, unlocks at the end of the scope
-//   KelMutex::Mutex quick(mutex, 50);        // waits up to 50 milliseconds
-//   if (!quick.isLocked()) return;
+//   KelMutex::Mutex limited(mutex, 50);      // waits up to 50 milliseconds
+//   if (!limited.isLocked()) return;
 class KELHOST_EXPORT KelMutex {
  public:
   static constexpr int kWaitForEver = -1;
@@ -67,7 +67,7 @@ class KELHOST_EXPORT KelMutex::Mutex {
   bool locked_;
 };
 
-// What goes wrong inside lock() and unlock(). It never leaves them.
+// A failure inside lock() or unlock(). It never leaves them.
 class KELHOST_EXPORT KelMutex::KelMutexInternalException {
  public:
   enum excType { systemCall = 1, notOwner = 3 };

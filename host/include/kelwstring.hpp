@@ -29,9 +29,9 @@ class KELHOST_EXPORT KelWstring {
   // "Not found", and "to the end" where a count is asked for.
   static constexpr unsigned npos = 0xFFFFFFFFu;
 
-  // Empty, without storage.
+  // Makes an empty string without storage.
   constexpr KelWstring() noexcept = default;
-  // A copy of `count` units.
+  // Copies `count` units.
   KelWstring(const unsigned short* text, unsigned count) { assignInternal(text, count, 0); }
   explicit KelWstring(oxr::UnitView text) { assignInternal(text.data(), static_cast<unsigned>(text.size()), 0); }
   KelWstring(const KelWstring& other) { assign(other); }
@@ -45,9 +45,9 @@ class KELHOST_EXPORT KelWstring {
     if (isShared_) dropBlock();
   }
 
-  // The code units, zero-terminated, never null. Valid until the string is changed or destroyed.
+  // Gives the code units, zero-terminated and never null. They are valid until the string is changed or destroyed.
   const unsigned short* characters() const noexcept { return text_; }
-  // In code units.
+  // Counts code units.
   unsigned length() const noexcept { return length_; }
   oxr::UnitView view() const noexcept { return {text_, length_}; }
 
@@ -79,8 +79,8 @@ class KELHOST_EXPORT KelWstring {
   // Makes room for `capacity` units, so that growing up to there allocates nothing.
   void reserve(unsigned capacity);
 
-  // Makes the string `length` units long with unspecified contents and returns them for writing. The way to build text
-  // in place, without a scratch copy.
+  // Makes the string `length` units long with unspecified contents and returns them for writing. This builds text in
+  // place, without a scratch copy.
   unsigned short* resizeForOverwrite(unsigned length) {
     if (isShared_ || length > inlineCapacity_) return resizeBlock(length);
     length_ = length;
@@ -91,10 +91,10 @@ class KELHOST_EXPORT KelWstring {
   // Makes the string `count` units longer and returns the first of them for writing; their contents are unspecified.
   unsigned short* appendForOverwrite(unsigned count);
 
-  // Up to `count` units from `position` on, as a new string.
+  // Gives up to `count` units from `position` on as a new string.
   KelWstring substr(unsigned position, unsigned count) const;
 
-  // The unit at `index`; an index past the end gives the terminator. The terminator must not be written.
+  // Gives the unit at `index`; an index past the end gives the terminator, which must not be written.
   const unsigned short& operator[](unsigned index) const { return text_[index < length_ ? index : length_]; }
   const unsigned short& at(unsigned index) const { return (*this)[index]; }
   unsigned short& at(unsigned index) {
@@ -102,7 +102,7 @@ class KELHOST_EXPORT KelWstring {
     return text_[index < length_ ? index : length_];
   }
 
-  // First position at or after `from`, or npos. An empty pattern is found at `from`.
+  // Gives the first position at or after `from`, or npos. An empty pattern is found at `from`.
   unsigned find(const KelWstring& pattern, unsigned from) const { return find(pattern.view(), from); }
   unsigned find(unsigned short unit, unsigned from) const { return find(oxr::UnitView(&unit, 1), from); }
   unsigned find(oxr::UnitView pattern, unsigned from) const {
@@ -110,7 +110,8 @@ class KELHOST_EXPORT KelWstring {
     return position == oxr::UnitView::npos ? npos : static_cast<unsigned>(position);
   }
 
-  // By code unit value up to the shorter length, then by length; negative when this string sorts first.
+  // Compares the values of the code units up to the shorter length, then the lengths. The result is negative when this
+  // string sorts first.
   int compare(const KelWstring& other) const {
     if (text_ == other.text_) return 0;
     const int order = view().compare(other.view());
@@ -135,7 +136,7 @@ class KELHOST_EXPORT KelWstring {
     std::uint32_t reserved;
     unsigned short* units() { return reinterpret_cast<unsigned short*>(this + 1); }
   };
-  // What an empty string without a buffer shows. Never written.
+  // What an empty string without a buffer shows. It is never written.
   static constexpr unsigned short kTerminator = 0;
 
   static Block* allocateBlock(unsigned capacity);
@@ -143,7 +144,7 @@ class KELHOST_EXPORT KelWstring {
 
   unsigned short* inlineBuffer() { return reinterpret_cast<unsigned short*>(this + 1); }
   Block* block() const { return reinterpret_cast<Block*>(text_) - 1; }
-  // Whether a text of `length` units can be written in place: never while the block is shared with another string.
+  // Tells whether a text of `length` units can be written in place: never while another string shares the block.
   bool canHold(unsigned length) const;
   // Copies `count` units, at least one Word, by its two ends, which may overlap. Both are read before one is written,
   // so source and target may overlap too.
@@ -156,7 +157,7 @@ class KELHOST_EXPORT KelWstring {
     std::memcpy(target, &head, sizeof head);
     std::memcpy(target + last, &tail, sizeof tail);
   }
-  // memmove without the call, which would be most of the cost of a short text.
+  // Does what memmove does, without the call, which would be most of the cost of a short text.
   static void copyShort(unsigned short* target, const unsigned short* source, unsigned count) {
     if (count > 16)
       std::memmove(target, source, count * sizeof *source);

@@ -1,3 +1,7 @@
+// A buffer has all of its bytes from the start, so each question to a window is one of offsets: the end is that of the
+// bound, else the buffer's, and a move is refused before a member changes. An offset and a length that a caller gives
+// are never added as ints: their sum may be beyond one.
+
 #include "kelbuffer.hpp"
 
 #include <algorithm>

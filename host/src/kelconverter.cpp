@@ -126,7 +126,7 @@ KelConverter::KelConverter(icu::LocalUConverterPointer converter, UErrorCode sta
 
 KelConverter::~KelConverter() = default;
 
-// Failures are kept by their status alone: whoever asks for one CCSID after the other must not fill the memory.
+// Failures are kept by their status alone: a caller that asks for many unknown CCSIDs must not fill the memory.
 class KelConverter::Cache {
  public:
   KelConverter* get(unsigned ccsid, bool bigEndian) {

@@ -69,7 +69,7 @@ std::string oxr::messageName(int messageNumber) {
   return name + std::string(kSeverity[bits >> 28]);
 }
 
-// Item: the root has inserts and nothing else.
+// The root of the items has inserts and nothing else.
 
 KelLog::Item::~Item() = default;
 
@@ -173,7 +173,7 @@ oxr::LogRecord KelLog::Item::record() const {
   return record;
 }
 
-// Trace items.
+// Trace items carry the names of function and object.
 
 KelLog::TraceLogItem::TraceLogItem(const KelLogSource* source, const char* function, long handle)
     : function_(orEmpty(function)), handle_(handle) {
@@ -216,7 +216,7 @@ oxr::LogRecord KelLog::EntryItem::record() const {
   return record;
 }
 
-// Events.
+// Events carry place, message number and nested items.
 
 KelLog::ComplexItem::ComplexItem(const KelLogSource* source, const char* file, int line, const char* function,
                                  const KelWstring& sourceName, int number, long handle)
@@ -324,7 +324,7 @@ KelLog::EventLogItem::~EventLogItem() {
 KelLog::ErrorItem::~ErrorItem() = default;
 KelLog::WarningItem::~WarningItem() = default;
 
-// Fast items.
+// Fast items keep references until the list is closed.
 
 KelLog::FastItem::FastItem(oxr::RecordKind kind, bool debug, const KelLogSource* source, const char* function,
                            long handle)

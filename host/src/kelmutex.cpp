@@ -1,3 +1,9 @@
+// A POSIX mutex and condition under a recursive mutex that can be waited for with a limit.
+//
+// The inner mutex is held for a moment only, while free flag, owner and count are looked at or changed; who has to wait
+// does so on the condition, which the last unlock signals. A failure of the system while that goes on is raised as
+// KelMutexInternalException and caught in the same function: it is logged, and the caller goes on.
+
 #include "kelmutex.hpp"
 
 #include <sys/time.h>

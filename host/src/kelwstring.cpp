@@ -1,3 +1,9 @@
+// The parts of the string that deal with blocks; what a text in the buffer needs is inline in the header.
+//
+// A change either goes into the place that the string has, which must then be its own and large enough (canHold), or it
+// builds the new text in a fresh place and moves there (freshUnits, adopt). So a block that others share is never
+// written, and a change that finds no memory leaves the string as it was.
+
 #include "kelwstring.hpp"
 
 #include <algorithm>
@@ -55,7 +61,7 @@ unsigned short* KelWstring::freshUnits(unsigned length) {
 }
 
 // Takes over what freshUnits() gave, or a block that is counted already. A block's units never lie where the buffer
-// would: their header is in front of them.
+// would: the block's header comes before them.
 void KelWstring::adopt(unsigned short* units, unsigned length) noexcept {
   if (isShared_) dropBlock();
   text_ = units;

@@ -57,13 +57,13 @@ class OXR_EXPORT FIHandler {
   // The same by name: zero-terminated, null for no name.
   virtual int startMessageContent(const unsigned short* name, unsigned short type, const WorkerInfoPtr& info,
                                   int index) = 0;
-  // The same by a name within a namespace. Unused.
+  // The same by a name within a namespace. This operation is unused.
   virtual int startQualifiedMessageContent(const KelWstring& namespaceUri, const KelWstring& name, unsigned short type,
                                            const WorkerInfoPtr& info, int index) = 0;
   // Close the content that the start of the same form opened.
   virtual void endMessageContent(int id, const WorkerInfoPtr& info) = 0;
   virtual void endMessageContent(const unsigned short* name, const WorkerInfoPtr& info) = 0;
-  // Unused.
+  // Closes the qualified form. This operation is unused.
   virtual void endQualifiedMessageContent(const KelWstring& namespaceUri, const KelWstring& name,
                                           const WorkerInfoPtr& info) = 0;
 
@@ -74,13 +74,13 @@ class OXR_EXPORT FIHandler {
   // The same by name: zero-terminated, null for no name.
   virtual void startElement(const unsigned short* name, unsigned short type, const WorkerInfoPtr& info, int index,
                             int flags) = 0;
-  // The same by a name within a namespace. Unused.
+  // The same by a name within a namespace. This operation is unused.
   virtual void startQualifiedElement(const KelWstring& namespaceUri, const KelWstring& name, unsigned short type,
                                      const WorkerInfoPtr& info, int index, int flags) = 0;
   // Close the innermost open element, which was opened by the start of the same form with the same number or name.
   virtual void endElement(int id, const WorkerInfoPtr& info) = 0;
   virtual void endElement(const unsigned short* name, const WorkerInfoPtr& info) = 0;
-  // Unused.
+  // Closes the qualified form. This operation is unused.
   virtual void endQualifiedElement(const KelWstring& namespaceUri, const KelWstring& name,
                                    const WorkerInfoPtr& info) = 0;
 
@@ -89,7 +89,7 @@ class OXR_EXPORT FIHandler {
   virtual void startEmbeddedMessage(int& id) = 0;
   // Closes it. `isComplete` tells that all its bytes were read, `keepsContent` that its contents stay in the message.
   virtual void endEmbeddedMessage(bool isComplete, bool keepsContent) = 0;
-  // A part of the message that the parser leaves unread, as bytes. Unused.
+  // Hands on a part of the message that the parser leaves unread, as bytes. This operation is unused.
   virtual void unparsedContent(const void* bytes, int length, const WorkerInfoPtr& info) = 0;
 
   // The value of the innermost open element: nothing if it has none, a null if it says so. Comes once, before the
@@ -128,21 +128,21 @@ class OXR_EXPORT FIParser {
   // Sets who gets the events, before the first parse. The handler outlives the parser's work, unless `adopt` hands it
   // over: then the parser deletes it with itself, or when it gets another.
   virtual void setFIHandler(FIHandler* handler, bool adopt) = 0;
-  // The handler set last, null before.
+  // Gives the handler set last, null before.
   virtual FIHandler* getFIHandler() const = 0;
 
   // Reads the message at byte `offset` of `buffer` to its end and reports all of it. The buffer stays the caller's and
   // must live until the last event. `path`, which may be null, names the part that is wanted, as member numbers from
   // the root on; `offset` and `flags` may be -1.
   virtual void parse(const BitstreamBuffer* buffer, std::vector<int>* path, int offset, int flags) = 0;
-  // The same for the first part alone. What a part is, the worker decides; at the least it is one step that ends. The
+  // Does the same for the first part alone. What a part is, the worker decides; it is at least one step that ends. The
   // buffer must live until the last part was parsed. `isWholeMessage` tells that the buffer ends where the message
   // does.
   virtual void parseFirst(const BitstreamBuffer* buffer, std::vector<int>* path, bool isWholeMessage, int offset,
                           int flags) = 0;
   // Reads the next part. Only after parseFirst, and while hasNext() is true.
   virtual void parseNext() = 0;
-  // Whether a part is left that parseNext would read.
+  // Tells whether a part is left that parseNext would read.
   virtual bool hasNext() const = 0;
   // How many bytes, counted from where parse or parseFirst began, the parts that were read take. 64 bits: a worker may
   // be handed more than a buffer can show at once.
@@ -166,7 +166,7 @@ class OXR_EXPORT FIWriter {
   // Sets the tree to write, which stays unchanged while it is written. It is the caller's, unless `adopt` hands it
   // over.
   virtual void setFIMessageTree(const FIMessageTree* tree, bool adopt) = 0;
-  // The tree set last, null before.
+  // Gives the tree set last, null before.
   virtual const FIMessageTree* getFIMessageTree() const = 0;
   // Appends the message to `buffer`, which stays the caller's. The ints as in initializeWrite.
   virtual void write(WritableBitstreamBuffer* buffer, int mode, int flags) = 0;
@@ -178,7 +178,13 @@ class OXR_EXPORT FIWriter {
 // A worker: parser and writer of one message format. A worker that does only one of the two throws FIParseException or
 // FIWriteException on the other side.
 //
-// Example: see docs/oxrrec.md for a program that drives one, and tools/oxrrec/recordworker.hpp for the worker.
+// Example: how a broker has a message parsed. `MyWorker` derives from this class, `handler` from FIHandler.
+//   BitstreamWorker* const worker = new MyWorker;
+//   worker->initializeParse(-1, &info, -1);
+//   worker->setFIHandler(&handler, false);
+//   worker->parse(&buffer, nullptr, -1, -1);
+//   const PWFInt64 bytes = worker->getNumBytesParsed();
+//   worker->release(true);
 class OXR_EXPORT BitstreamWorker : public FIParser, public FIWriter {
  public:
   ~BitstreamWorker() override;
@@ -190,7 +196,7 @@ class OXR_EXPORT BitstreamWorker : public FIParser, public FIWriter {
   // Ends the use of the worker, which may delete itself: the caller does not touch it again. `discard` asks that it be
   // deleted, not kept for another message.
   virtual void release(bool discard) = 0;
-  // A name of the worker for messages, zero-terminated and static. Unused.
+  // Gives a name of the worker for messages, zero-terminated and static. This operation is unused.
   virtual const unsigned short* getWorkerName() const = 0;
 
  private:

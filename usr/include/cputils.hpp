@@ -12,10 +12,10 @@
 //   CPUtils::binaryDump(field, 2);  // "0x00ab"
 class OXR_EXPORT CPUtils {
  public:
-  // "0x" and two lower-case digits a byte. A length of 0 or less gives "0x"; `data` is then not looked at.
+  // Gives "0x" and two lower-case digits for each byte. A length of 0 or less gives "0x"; `data` is then not looked at.
   static std::string binaryDump(const unsigned char* data, int length);
 
-  // All fields by name: "year = 2024, month = 2, ...". A field that is not set shows as -2147483648, the zone as an
-  // address, 0 for none.
+  // Gives all fields by name: "year = 2024, month = 2, ...". A field that is not set shows as -2147483648, the zone as
+  // an address, 0 for none.
   static std::string pwfDateTimeDump(const PWFDateTime& value);
 };

@@ -11,18 +11,18 @@ class OXR_EXPORT FIMessageTree : public KelOwnedLogSource {
  public:
   ~FIMessageTree() override;
 
-  // The model that the message follows; null for none.
+  // Gives the model that the message follows; null for none.
   virtual const unsigned short* getProjectId() const = 0;
-  // How many models that one leans on, and each, `index` from 0.
+  // Tell how many models that one leans on, and give each; `index` counts from 0.
   virtual int getNumProjDependencies() const = 0;
   virtual const unsigned short* getProjDependency(int index) const = 0;
-  // What the parser said at the message's start and end.
+  // Give what the parser said at the message's start and end.
   virtual WorkerInfoPtr getMsgStartWorkerInfo() const = 0;
   virtual WorkerInfoPtr getMsgEndWorkerInfo() const = 0;
   virtual FITreeIterator getMsgHeaderIterator() const = 0;
   virtual FITreeIterator getMsgContentIterator() const = 0;
   virtual FITreeIterator getMsgFooterIterator() const = 0;
-  // The namespace of the message, null for none. Unused.
+  // Gives the namespace of the message, null for none. This operation is unused.
   virtual const unsigned short* getMsgNamespaceURI() const = 0;
 
  private:

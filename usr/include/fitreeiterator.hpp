@@ -24,7 +24,7 @@ static_assert(sizeof(PartialMember) == 24);
 class OXR_EXPORT FITreeIteratorImpl {
  public:
   virtual ~FITreeIteratorImpl();
-  // Whether `other` stands on the same node.
+  // Tells whether `other` stands on the same node.
   virtual bool operator==(const FITreeIteratorImpl* other) const = 0;
 
   virtual bool moveToParent() = 0;
@@ -34,14 +34,14 @@ class OXR_EXPORT FITreeIteratorImpl {
 
   virtual int getItemTypeIndex() const = 0;
   virtual int getTagId() const = 0;
-  // Zero-terminated, the tree's; null for a node without a name.
+  // Gives the name, zero-terminated and the tree's own; null for a node without a name.
   virtual const unsigned short* getTagName() const = 0;
   virtual KelWstring getNamespaceURI() const = 0;
   virtual int getMemberId() const = 0;
   virtual int getTagIndex() const = 0;
   virtual int getMemberIndex() const = 0;
   virtual int getTypeIndex() const = 0;
-  // Both the tree's; the second one is never null.
+  // Both belong to the tree; the second one is never null.
   virtual const std::vector<int>* getMemberIdPath() const = 0;
   virtual const std::vector<PartialMember>* getPartialMemberPath() const = 0;
   // What kind of node this is: 0 a field that describes itself, 1 a field of the model, 2 and 3 such structures, 4
@@ -57,10 +57,10 @@ class OXR_EXPORT FITreeIteratorImpl {
   virtual int getMaxLength() const = 0;
   virtual int getIsNullable() const = 0;
 
-  // The node's value: nothing for a node that has none, a null if it says so.
+  // Gives the node's value: nothing for a node that has none, a null if it says so.
   virtual PWFData getData() const = 0;
   virtual PWFData getDefaultData() const = 0;
-  // What the parser said at the node's start, with its data, at its end.
+  // Give what the parser said at the node's start, with its data, and at its end.
   virtual WorkerInfoPtr getStartWorkerInfo() const = 0;
   virtual WorkerInfoPtr getDataWorkerInfo() const = 0;
   virtual WorkerInfoPtr getEndWorkerInfo() const = 0;
@@ -70,7 +70,7 @@ class OXR_EXPORT FITreeIteratorImpl {
   virtual bool isValid() const = 0;
   virtual void loadDictionaryAndDescriptor() = 0;
   virtual void releaseDictionaryAndDescriptor() = 0;
-  // A new one on the same node; the caller's.
+  // Makes a new one on the same node, which is the caller's.
   virtual FITreeIteratorImpl* clone() const = 0;
 };
 

@@ -7,8 +7,8 @@
 #include "oxrexport.hpp"
 #include "pwftypes.hpp"
 
-// The keys that brokers and workers agree on. They are entries like any other. One definition for the process; it is
-// there before any other static of the library and until exit.
+// The keys that brokers and workers agree on. They are entries like any other. There is one definition for the process,
+// which stands before any other static of the library is built and until exit.
 OXR_EXPORT extern const KelWstring MI_MSG_SET_STR;           // "messageset"
 OXR_EXPORT extern const KelWstring MI_MSG_TYPE_STR;          // "messagetype"
 OXR_EXPORT extern const KelWstring MI_MSG_FORMAT_STR;        // "messageformat"
@@ -40,7 +40,7 @@ class OXR_EXPORT MessageInfo {
   const unsigned short* getProperty(const KelWstring& key) const;
 
   // Stores a value, replacing an old one. A null pointer removes the entry; so does an empty KelWstring, while an empty
-  // text behind a pointer is stored.
+  // text given by a pointer is stored.
   void setProperty(const unsigned short* key, const unsigned short* value);
   void setProperty(const unsigned short* key, const KelWstring& value);
   void setProperty(const KelWstring& key, const unsigned short* value);

@@ -27,43 +27,43 @@ struct TextValue;
 //   PWFData(STRING).isNull();            // true
 class OXR_EXPORT PWFData {
  public:
-  // Null of `type`; NOTHING is not null, and an INTEGER null is 8 bytes wide.
+  // Makes a null of `type`. NOTHING makes what is nothing and not null; an INTEGER null is 8 bytes wide.
   explicit PWFData(ELogicalType type) : logicalType(type), nullFlag(type >= 1) {
     if (type == INTEGER) valueArea.integer.width = 8;
     traceMade("PWFData::PWFData");
   }
-  // STRING. Long texts share their block with `text`.
+  // Makes a STRING. A long text shares its block with `text`.
   explicit PWFData(const PWFString& text) : logicalType(STRING), nullFlag(false), stringValue(text) {
     traceMade("PWFData::PWFData(PWFString&)");
   }
-  // INTEGER, 4 bytes wide, also when null.
+  // Makes an INTEGER of 4 bytes, which a null is, too.
   PWFData(PWFInt32 value, bool isNull) : logicalType(INTEGER), nullFlag(isNull) {
     valueArea.integer.width = 4;
     valueArea.integer.value32 = isNull ? 0 : value;
     traceMade("PWFData::PWFData(PWFInt32,bool)");
   }
-  // INTEGER, 8 bytes wide.
+  // Makes an INTEGER of 8 bytes.
   PWFData(PWFInt64 value, bool isNull);
-  // INTEGER 4 bytes wide, or BOOLEAN. Any other type raises 0xC0001592.
+  // Makes an INTEGER of 4 bytes, or a BOOLEAN. Any other type raises 0xC0001592.
   PWFData(PWFInt32 value, ELogicalType type);
   explicit PWFData(double value);
   explicit PWFData(bool value);
   explicit PWFData(const PWFDateTime& value);
   explicit PWFData(const PWFInterval& value);
-  // `type` from zero-terminated text, as a rule STRING or DECIMAL. Null text gives a null.
+  // Makes a value of `type`, as a rule STRING or DECIMAL, from zero-terminated text. Null text gives a null.
   PWFData(const unsigned short* text, ELogicalType type);
-  // STRING of `characters` code units. Null text gives a null.
+  // Makes a STRING of `characters` code units. Null text gives a null.
   PWFData(const unsigned short* text, int characters) : logicalType(STRING), nullFlag(text == nullptr) {
     if (text != nullptr && characters > 0) stringValue.assignInternal(text, static_cast<unsigned>(characters), 0);
     traceInit(text, static_cast<int>(2u * static_cast<unsigned>(characters)), STRING);
   }
-  // `type` from `length` bytes at `data`; null data gives a null. A text takes its length in bytes, or -1 when it is
-  // zero-terminated; INTEGER is 4 or 8 bytes; FLOAT, BOOLEAN, INTERVAL and DATETIME take what they need and ignore
-  // `length`. BINARY keeps the ownership; any other type copies, and with ADOPT then frees `data`.
-  // Raises KelParserException 0xC000157E when data comes with a type of 0 or below, KelConversionException 0xC0001592
-  // for an INTEGER of another length; `data` is then still the caller's.
+  // Makes a value of `type` from `length` bytes at `data`; null data gives a null. A text has its length in bytes, or
+  // -1 when it is zero-terminated; INTEGER is 4 or 8 bytes; FLOAT, BOOLEAN, INTERVAL and DATETIME take what they need
+  // and ignore `length`. BINARY keeps the ownership; any other type copies, and with ADOPT then frees `data`. Raises
+  // KelParserException 0xC000157E when data comes with a type of 0 or below, KelConversionException 0xC0001592 for an
+  // INTEGER of another length; `data` is then still the caller's.
   PWFData(void* data, int length, ELogicalType type, EOwnership own);
-  // The same; ADOPT raises 0xC0001592.
+  // Does the same, but ADOPT raises 0xC0001592.
   PWFData(const void* data, int length, ELogicalType type, EOwnership own);
   // A copy owns a block of its own where the source owns one; a copy of a REFERENCE refers to the same bytes.
   PWFData(const PWFData& other);
@@ -82,7 +82,7 @@ class OXR_EXPORT PWFData {
   int getDataLength() const;
   const void* getDataValue() const;
 
-  // DECIMAL only: the text, and its length in code units. Empty for a null.
+  // The text of a DECIMAL, and its length in code units. A null has the empty text.
   int getDecimalLength() const;
   const unsigned short* getDecimalValue() const;
   PWFInterval getIntervalValue() const;
@@ -95,7 +95,7 @@ class OXR_EXPORT PWFData {
   // Raises for a null, and 0xC0001583 (OXR5507) for an 8-byte value beyond 32 bits: "Overflow converting a PWFInt64 to
   // PWFInt32", "integer", "4-byte integer", the value.
   PWFInt32 getInt32Value() const;
-  int getStringLength() const;  // STRING and DECIMAL, unlike its siblings; in code units
+  int getStringLength() const;  // of a STRING or, unlike its siblings, of a DECIMAL; in code units
   const unsigned short* getStringValue() const;
   const unsigned short* getStringValue(PWFInt32& length) const;
   const PWFString& getPWFStringValue() const;
@@ -124,7 +124,7 @@ class OXR_EXPORT PWFData {
     Binary binary;
   };
 
-  // A text of `length` unwritten units.
+  // Makes a text of `length` units that are still to be written.
   PWFData(ELogicalType type, unsigned length) : logicalType(type), nullFlag(false) {
     stringValue.resizeForOverwrite(length);
   }

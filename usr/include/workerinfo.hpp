@@ -12,7 +12,7 @@
 // The count is a plain integer: a counted object and all pointers to it stay with one thread.
 class OXR_EXPORT CPRCObject {
  public:
-  // Nobody refers to the object yet.
+  // Makes an object that nobody refers to yet.
   CPRCObject() = default;
   // A copy starts with a count of its own, of 0; assignment leaves both counts as they are.
   CPRCObject(const CPRCObject&) {}
@@ -29,8 +29,8 @@ class OXR_EXPORT CPRCObject {
   PWFInt32 referenceCount = 0;
 };
 
-// What a property lookup gives for an absent key: nothing. One for the process; it is there before any other static of
-// the library and until exit.
+// What a property lookup gives for an absent key: nothing. There is one for the process, which stands before any other
+// static of the library is built and until exit.
 OXR_EXPORT extern const PWFData WorkerInfoNullData;
 
 // The properties that a worker attaches to the start, the data or the end of an element, such as what a later write
@@ -45,13 +45,13 @@ class OXR_EXPORT WorkerInfo : public CPRCObject {
 
   ~WorkerInfo() override;
 
-  // The value stored under `key`, or WorkerInfoNullData. Valid until the property is changed.
+  // Gives the value stored under `key`, or WorkerInfoNullData. It is valid until the property is changed.
   virtual const PWFData& getDataProperty(int key) const;
-  // The same as a number; 0x80000000 for an absent property.
+  // Gives the same as a number; 0x80000000 for an absent property.
   virtual PWFInt32 getInt32Property(int key) const;
   // Stores a property, replacing an old value. The value 0x80000000 removes it.
   virtual void setProperty(int key, int value);
-  // The same; a value that is nothing removes the property, while a null is stored.
+  // Does the same; a value that is nothing removes the property, while a null is stored.
   virtual void setProperty(int key, const PWFData& value);
 
  private:

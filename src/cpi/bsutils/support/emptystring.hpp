@@ -2,5 +2,5 @@
 
 #include "kelwstring.hpp"
 
-// The library's one empty string. Built by the compiler, so that statics of any source may use it.
+// The library's one empty string. The compiler builds it, so that statics of any source may use it.
 inline constinit const KelWstring EMPTYSTRING;

@@ -1,3 +1,7 @@
+// Making and reading logical values. A value is a type, a null flag, a string with room for 16 units inside, and 48
+// bytes that hold any other value; only a BINARY can own a block. So making, copying and dropping go by the type, and
+// an assignment does what can fail before a member changes: no block is ever owned twice.
+
 #include "pwfdata.hpp"
 
 #include <algorithm>
@@ -34,8 +38,8 @@ class InitTrace : public ValueFunctionTrace {
   raise<KelConversionException>(site, failures::kInvalidOperation, text);
 }
 
-// The two tests of the getters. The type comes first: a null of the wrong type reports the type. The line is the
-// getter's.
+// The two tests of the getters. The type comes first: a null of the wrong type reports the type
+// (PwfData.GettersTestTheTypeBeforeTheNull). The line that the trace shows is the getter's.
 void requireType(const Trace& trace, bool accepted, ELogicalType type, const char* text, int line = __builtin_LINE()) {
   if (accepted) return;
   trace.fact("LogicalType", static_cast<int>(type));
@@ -53,7 +57,7 @@ constexpr char kNotString[] = "Logical type not equal to string";
 constexpr char kNullBoolean[] = "Can't get value for null boolean value";
 constexpr char kNullInteger[] = "Can't get value for null integer value";
 
-// Stores the text of `bytes` bytes, or -1 when it is zero-terminated, that starts at any address, an odd one too.
+// Stores a text of `bytes` bytes; -1 says that it is zero-terminated. It may start at any address, at an odd one too.
 void assignText(KelWstring& target, const void* data, int bytes) {
   const auto* const text = static_cast<const unsigned char*>(data);
   const auto unitAt = [text](std::size_t index) {
@@ -69,7 +73,7 @@ void assignText(KelWstring& target, const void* data, int bytes) {
   if (count != 0) std::memcpy(units, text, count * sizeof *units);
 }
 
-// The bytes in a block of their own, released with array delete.
+// Copies the bytes to a block of their own, which is released with array delete.
 unsigned char* copyOf(const void* data, int length) {
   auto* const block = new unsigned char[static_cast<std::size_t>(length)];
   std::memcpy(block, data, static_cast<std::size_t>(length));
@@ -187,7 +191,7 @@ void PWFData::storeBinary(const void* data, int length, EOwnership own) {
   valueArea.binary = {own, length, pointer};
 }
 
-// An empty text and a scalar cost no more than their bytes here: only owned BINARY allocates.
+// An empty text and a scalar cost no more than their bytes here: only a BINARY that owns its block allocates.
 PWFData::PWFData(const PWFData& other)
     : logicalType(other.logicalType),
       nullFlag(other.nullFlag),
@@ -199,10 +203,10 @@ PWFData::PWFData(const PWFData& other)
 PWFData& PWFData::operator=(const PWFData& other) {
   const Trace trace("PWFData::OpAssign");
   if (this == &other) return *this;
-  // What can fail comes first, so that no block is ever owned twice.
+  // What can fail comes first.
   stringValue = other.stringValue;
   const ValueArea area = other.copiedArea();
-  // Not released on purpose: PwfData.AssignmentLeavesTheOldBlockValid.
+  // The old block is not released, on purpose: PwfData.AssignmentLeavesTheOldBlockValid.
   if (ownsBinary()) leakOnPurpose(valueArea.binary.pointer);
   logicalType = other.logicalType;
   nullFlag = other.nullFlag;

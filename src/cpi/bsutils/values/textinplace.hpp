@@ -7,13 +7,15 @@
 
 namespace oxr {
 
-// Makes a text value whose units are written where they stay: no scratch, no copy.
+// Makes a text value whose units are written where they stay, so that no conversion needs scratch room or a copy. It is
+// the one friend of PWFData: a value in the making is the only one that is ever written to.
 struct TextValue {
-  // A text of up to so many units stays inside the value; `write` may then touch one unit more.
+  // A text of up to so many units lies inside the value. There `write` may touch one unit more than these, whatever the
+  // length: digits are written as whole words, and the terminator put in after them.
   static constexpr unsigned kInlineUnits = 16;
 
-  // A value of `type` (STRING or DECIMAL) of `length` units. `write(unsigned short*)` fills them and leaves a zero
-  // behind them; what it throws passes through. std::length_error for a text that no string can hold.
+  // Makes a value of `type` (STRING or DECIMAL) of `length` units. `write(unsigned short*)` fills them and leaves a
+  // zero after them; what it throws passes through. A text that no string can hold raises std::length_error.
   template <class Write>
   static PWFData make(ELogicalType type, std::uint64_t length, Write write) {
     if (length >= KelWstring::npos) throw std::length_error("PWFData");
@@ -21,7 +23,7 @@ struct TextValue {
     write(const_cast<unsigned short*>(value.stringValue.characters()));
     return value;
   }
-  // The text of a value under construction.
+  // Gives the text of a value in the making.
   static KelWstring& text(PWFData& value) { return value.stringValue; }
 };
 
