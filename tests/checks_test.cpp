@@ -10,6 +10,7 @@
 
 #include "fuzz/datacnv/packed_check.hpp"
 #include "fuzz/harness/choices.hpp"
+#include "fuzz/host/kelbuffer_check.hpp"
 #include "fuzz/host/kelwstring_check.hpp"
 
 namespace oxr::test {
@@ -22,9 +23,8 @@ struct Check {
 };
 
 constexpr Check kChecks[] = {
-    {"EditedStrings", fuzz::checkKelWstring, 2'000},
-    {"PackedRead", fuzz::checkPackedRead, 20'000},
-    {"PackedWrite", fuzz::checkPackedWrite, 20'000},
+    {"Strings", fuzz::checkKelWstring, 2'000},           {"Windows", fuzz::checkKelBuffer, 5'000},
+    {"PackedRead", fuzz::checkPackedRead, 20'000},       {"PackedWrite", fuzz::checkPackedWrite, 20'000},
     {"PackedNumbers", fuzz::checkPackedNumbers, 40'000},
 };
 

@@ -9,8 +9,9 @@
 
 namespace oxr::fuzz {
 
-// Edits of six strings that share blocks, each held against the standard string: contents, terminator, and that no
-// other string changes with it. Three have a buffer of 16 units; the lengths lie around that and the first block's 37.
+// Edits, searches and comparisons of six strings that share blocks, each held against the standard string: contents,
+// terminator, and that no other string changes with it. Three have a buffer of 16 units; the lengths lie around that
+// and the first block's 37.
 inline void checkKelWstring(Choices& choices) {
   using Model = std::basic_string<unsigned short>;
   using Buffered = KelBufferedWstring<16u>;
@@ -83,6 +84,13 @@ inline void checkKelWstring(Choices& choices) {
       require(strings[i]->characters()[strings[i]->length()] == 0, "terminator of " + what);
     }
     require(text == model.c_str(), "comparison with zero-terminated text");
+    const Model pattern = model.substr(std::min<std::size_t>(position, model.size()), choices.upTo(3));
+    const auto found = model.find(pattern, length);
+    require(text.find(KelWstring(oxr::UnitView(pattern)), length) ==
+                (found == Model::npos ? KelWstring::npos : static_cast<unsigned>(found)),
+            "search");
+    const int order = model.compare(models[other]);
+    require(text.compare(*strings[other]) == (order > 0) - (order < 0), "order");
   }
 }
 

@@ -33,7 +33,6 @@ std::string told(const PWFData& value) {
 }
 
 TEST(PwfData, KeepsWhatItIsMadeFrom) {
-  const unsigned short* const noText = nullptr;
   void* const noBytes = nullptr;
   const double half = 0.5;
   alignas(2) const char bytes[] = "-1\0002\0003\0\0";  // from the second on: text may start at an odd address
@@ -46,7 +45,6 @@ TEST(PwfData, KeepsWhatItIsMadeFrom) {
       {PWFData(kUnknownType), "7 null: -"},
       {PWFData(kNegativeType), "-3: -"},
       {PWFData(noBytes, 0, NOTHING, COPY), "0 null nothing: -"},
-      {PWFData(noText, STRING), "2 null: -"},
       {PWFData(kText, 0), "2: "},
       {PWFData(kText, -1), "2: "},
       {PWFData(kText, STRING), "2: 310032002E003500"},
@@ -61,9 +59,6 @@ TEST(PwfData, KeepsWhatItIsMadeFrom) {
       {PWFData(2, BOOLEAN), "12: 02000000"},
       {PWFData(0.5), "6: 000000000000E03F"},
       {PWFData(&half, -99, FLOAT, REFERENCE), "6: 000000000000E03F"},  // the length counts for nothing
-      {PWFData(PWFDateTime{1, 2, 3, 4, 5, 6, 7, 8, nullptr, 9, 10}),
-       "15: 0100000002000000030000000400000005000000060000000700000008000000000000000000000009000000"
-       "0A000000"},
       {PWFData("abc", 3, BINARY, COPY), "10: 616263"},
       {PWFData("abc", -1, BINARY, COPY), "10: -"},
       {PWFData("abc", 0, BINARY, static_cast<EOwnership>(9)), "10: -"},
@@ -116,6 +111,8 @@ TEST(PwfData, GettersGiveTheValue) {
   EXPECT_TRUE(text.getStringValue(units) == text.getDataValue() && units == 4 && decimal.getStringLength() == 4);
   EXPECT_TRUE(decimal.getDecimalValue() == decimal.getDataValue() && decimal.getDecimalLength() == 4);
   EXPECT_TRUE(flag.getBooleanValue() == 2 && flag.getBoolValue() && !PWFData(false).getBoolValue());
+  const PWFDateTime dateTime{1, 2, 3, 4, 5, 6, 7, 8, nullptr, 9, 10}, read = PWFData(dateTime).getDateTimeValue();
+  EXPECT_TRUE(std::memcmp(&read, &dateTime, sizeof read) == 0);
   EXPECT_EQ(PWFData(PWFInterval{0, 0, 0, 2}).getIntervalValue()._sign, 2);
 
   for (const PWFInt64 value : {-2147483649, -2147483648, -1L, 2147483647L, 2147483648}) {
