@@ -1,5 +1,7 @@
 #include "kelexception.hpp"
 
+// Each class throws a copy of itself: in a base, `throw *this` would cut the object down to that base.
+
 KelException::~KelException() = default;
 void KelException::throwThis() const {
   throw *this;

@@ -23,6 +23,6 @@ void KelLocale::initialiseExtendedInformation() {
     iLocale = oxr::fromUtf8(locale.getName());
     unsigned short* const units = iSymbols.resizeForOverwrite(static_cast<unsigned>(point.length()));
     point.extract(0, point.length(), oxr::toIcu(units));
-    symbolsInitialised = true;
+    symbolsInitialised = true;  // comes last: a thread that sees it set sees both texts
   });
 }

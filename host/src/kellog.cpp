@@ -1,3 +1,8 @@
+// The way of a record from the functions that write one to the sink in force, and the trace level.
+//
+// All records pass writeRecord(), which holds one mutex: a sink gets one record at a time and may be exchanged between
+// two. The level is looked at by the callers only, before they build anything.
+
 #include "kellog.hpp"
 
 #include <charconv>

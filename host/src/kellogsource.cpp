@@ -1,3 +1,6 @@
+// A named source goes by the level of the process. An owned one asks its owner; without one it answers what lets all
+// trace through, since nobody is there to say otherwise.
+
 #include "kellogsource.hpp"
 
 #include <utility>

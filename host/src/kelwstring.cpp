@@ -22,6 +22,7 @@ unsigned checkedLength(std::uint64_t length) {
   return static_cast<unsigned>(length);
 }
 
+// Copies units whose places may overlap. Null is allowed where nothing is copied.
 void copyUnits(unsigned short* target, const unsigned short* source, std::size_t count) {
   if (count != 0) std::memmove(target, source, count * sizeof *target);
 }
@@ -88,6 +89,8 @@ void KelWstring::assignShared(const KelWstring& other) {
   adopt(other.text_, other.length_);
 }
 
+// Takes over the block of `other`, which is empty afterwards. A text without a block is copied: it may lie in the other
+// string's buffer.
 void KelWstring::take(KelWstring& other) {
   if (!other.isShared_) {
     assignInternal(other.text_, other.length_, 0);
@@ -113,6 +116,7 @@ void KelWstring::reserve(unsigned capacity) {
   adopt(units, length_);
 }
 
+// What resizeForOverwrite() does where the buffer alone will not do: the text has a block, or will need one.
 unsigned short* KelWstring::resizeBlock(unsigned length) {
   if (length <= inlineCapacity_) {
     dropBlock();

@@ -10,6 +10,7 @@ namespace KelWstringConvertor {
 KelWstring toKelWstring(const wchar_t* text) {
   KelWstring result;
   if (text == nullptr) return result;
+  // One unit a character is what most texts need; the others make the string grow.
   result.reserve(static_cast<unsigned>(std::wcslen(text)));
   for (; *text != 0; ++text) {
     unsigned short units[2];

@@ -145,7 +145,8 @@ void PWFData::writeInit(const void* data, int length, ELogicalType type) const {
   InitTrace(data, length, type, COPY).exit(nullFlag);
 }
 
-// Stores by logicalType. A number that names no type stores nothing.
+// Stores by logicalType; a number that names no type stores nothing. Values are copied as bytes: `data` may point into
+// a message, at any address.
 void PWFData::store(const FailureSite& site, const void* data, int length, EOwnership own) {
   switch (logicalType) {
     case STRING:
@@ -181,6 +182,7 @@ void PWFData::store(const FailureSite& site, const void* data, int length, EOwne
   }
 }
 
+// A length of -1 stores nothing. An ownership that is none of the three stores the length, but no pointer.
 void PWFData::storeBinary(const void* data, int length, EOwnership own) {
   if (length == -1) return;
   void* pointer = nullptr;

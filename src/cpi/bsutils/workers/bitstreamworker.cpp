@@ -1,5 +1,6 @@
 #include "bitstreamworker.hpp"
 
+// The destructors are out of line so that each class has its virtual table and type record here, once.
 FIHandler::~FIHandler() = default;
 FIParser::~FIParser() = default;
 FIWriter::~FIWriter() = default;

@@ -1,3 +1,5 @@
+// An iterator owns its place in the tree: whatever copies one has the place cloned, and a null one stays null.
+
 #include "fitreeiterator.hpp"
 
 namespace {

@@ -1,3 +1,6 @@
+// A map of texts. The integer views go through a converter that each call makes for itself, so that they read and write
+// a number as the fields of messages do.
+
 #include "messageinfo.hpp"
 
 #include <array>
@@ -18,6 +21,7 @@ using namespace oxr;
 
 namespace {
 
+// A key that is a null pointer is the empty key.
 KelWstring keyOf(const unsigned short* key) {
   return key == nullptr ? KelWstring() : KelWstring(UnitView(key));
 }

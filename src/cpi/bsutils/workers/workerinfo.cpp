@@ -28,6 +28,8 @@ MapWorkerInfo::MapWorkerInfo(const MapWorkerInfo& source) : WorkerInfo(source) {
   header = source.header;
 }
 
+// Merges by the virtual call, so that a class that looks at what is stored sees each entry, in order of the keys:
+// MapWorkerInfo.AssignmentMergesInOrderOfKeys.
 MapWorkerInfo& MapWorkerInfo::operator=(const MapWorkerInfo& source) {
   if (this == &source) return *this;
   for (const auto& [key, value] : source.properties)
