@@ -12,6 +12,9 @@
 #include "fuzz/harness/choices.hpp"
 #include "fuzz/host/kelbuffer_check.hpp"
 #include "fuzz/host/kelwstring_check.hpp"
+#include "fuzz/records/copybook_check.hpp"
+#include "fuzz/records/jsonvalue_check.hpp"
+#include "fuzz/records/recordreader_check.hpp"
 
 namespace oxr::test {
 namespace {
@@ -19,14 +22,21 @@ namespace {
 struct Check {
   const char* name;
   void (*run)(fuzz::Choices&);
-  int cases;  // as many as a second or so allows for all checks together
+  int cases;  // some tenths of a second each
 };
 
+// clang-format off
 constexpr Check kChecks[] = {
-    {"Strings", fuzz::checkKelWstring, 2'000},           {"Windows", fuzz::checkKelBuffer, 5'000},
-    {"PackedRead", fuzz::checkPackedRead, 20'000},       {"PackedWrite", fuzz::checkPackedWrite, 20'000},
-    {"PackedNumbers", fuzz::checkPackedNumbers, 40'000},
+    {"KelBuffer",     fuzz::checkKelBuffer,      5'000},
+    {"KelWstring",    fuzz::checkKelWstring,     2'000},
+    {"PackedRead",    fuzz::checkPackedRead,    20'000},
+    {"PackedWrite",   fuzz::checkPackedWrite,   20'000},
+    {"PackedNumbers", fuzz::checkPackedNumbers, 20'000},
+    {"Copybook",      fuzz::checkCopybook,      10'000},
+    {"JsonValue",     fuzz::checkJsonValue,     20'000},
+    {"RecordReader",  fuzz::checkRecordReader,   3'000},
 };
+// clang-format on
 
 class Checks : public ::testing::TestWithParam<Check> {};
 

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "harness/headers.hpp"
-#include "records/json/jsonhandler.hpp"
+#include "records/json/json.hpp"
 
 namespace oxr::test {
 namespace {
