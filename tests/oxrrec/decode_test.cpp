@@ -109,6 +109,7 @@ const struct {
      "{'FILLER':[{'A':'a'},{'A':'b'}],'B':'c'}"},
     {"05 G. 10 A PIC X. 05 A PIC X. 05 H. 10 A PIC X.", "abc", "--flat", "{'A':'a','A(2)':'b','A(3)':'c'}"},
     {"05 G. 10 FILLER PIC X.", "x", "", "{'G':{}}"},
+    {"05 FILLER OCCURS 2. 10 FILLER PIC X. 05 B PIC X.", "--b", "", "{'B':'b'}"},
     {"77 A PIC 99.", "1207", "", "{'A':12} {'A':7}"},
     // Counted arrays: what follows moves, unless they have their full size.
     {"05 N PIC 9. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N. 05 B PIC X.", "0b2xyb3xyzb", "",
@@ -126,6 +127,8 @@ const struct {
      "",
      "{'N':1,'G':[{'A':['a'],'B':'b'},{'A':['c'],'B':'d'}],'C':'E'} "
      "{'N':2,'G':[{'A':['a','b'],'B':'c'},{'A':['d','e'],'B':'f'}],'C':'G'}"},
+    {"05 G. 10 N PIC 9. 05 H. 10 N PIC 9. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N OF G.", "21xy", "",
+     "{'G':{'N':2},'H':{'N':1},'A':['x','y']}"},
     // The count lies in what is left out.
     {"05 X PIC X. 05 FILLER REDEFINES X. 10 N PIC 9. 05 A PIC X OCCURS 1 TO 3 DEPENDING ON N.", "2ab1c", "",
      "{'X':'2','A':['a','b']} {'X':'1','A':['c']}"},
@@ -143,6 +146,8 @@ const struct {
     {kNested, "<1CFE3C00>", "--on-error null",
      "{'A':[{'B':[{'C':1},{'C':null}]},{'B':[{'C':3},{'C':null}]}]} | record 1, byte 1, A(1).B(2).C: * | record 1, "
      "byte 3, A(2).B(2).C: * | 2 bad fields in 1 of 1 record, written as null"},
+    {"05 G. 10 FILLER. 15 A PIC 9(66).", "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx7yy", "",
+     "| record 1, byte 0, G.A: OXR5505: *78 37 ... (66 in all)", 1},
     // Records of one length, cut off.
     {kPair, "A1B", "", "{'A':'A','N':1} | record 2 at byte 2: it has 2 bytes, but the input has only 1 left", 2},
     {kPair, "A B", "--on-error skip", "| record 1, byte 1, N: * | record 2 at byte 2: it has 2 bytes, *", 2},
@@ -211,10 +216,7 @@ TEST(Decode, CountsFaultsThatItNoLongerTells) {
 }
 
 // The arguments that follow those of a good decode, and what is told. "@" begins the name of a file of the test.
-const struct {
-  const char* arguments;
-  const char* messages;
-} kRefusals[] = {
+constexpr const char* kRefusals[][2] = {
     // What cannot be decoded is refused before the output is touched.
     {"-o @out --copybook @wide --ccsid 37 @in",
      "@wide:2: A: a binary number of 20 digits (9 bytes) is wider than the 8 bytes that can be decoded\n"

@@ -149,7 +149,7 @@ constexpr Case kErrors[] = {
     {"01 R.\n05 A PIC X\n05 B PIC X.", "3:1: expected a clause or a period, found '05'"},
     {"05 A PIC X BASED.", "1:12: expected a clause or a period, found 'BASED'"},
     {"05 A PIC X VALUE.", "1:17: expected a literal after VALUE, found the period"},
-    {"05 A PIC X VALUE 'abc", "1:18: the literal has no closing quote"},
+    {"05 A PIC X VALUE 'abc\n05 B PIC X.", "1:18: the literal has no closing quote"},
     {"05 A PIC", "1:9: expected a picture, found the end of the copybook"},
     {"05 A B PIC X.", "1:6: expected a clause or a period, found 'B'"},
     {"05 A! PIC X.", "1:4: expected a name, found 'A!'"},
