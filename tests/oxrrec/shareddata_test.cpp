@@ -83,33 +83,30 @@ void expectSameValues(const std::string& given, const std::string& wanted, const
   }
 }
 
-const struct {
-  const char* folder;
-  const char* copybook;
-  const char* input;
-  const char* expected;
-  const char* arguments;
-} kSets[] = {
-    {"occurs-segments", "customers.cob", "customers.first50.rdw.bin", "customers.first50.expected.jsonl",
-     "--ccsid 37 --rdw big --flat --decimals text"},
-    {"occurs-segments", "nested.cob", "nested.ascii.txt", "nested.expected.jsonl", "--ccsid 819"},
-    {"occurs-segments", "accounts.cob", "accounts.bin", "accounts.expected.jsonl",
-     "--ccsid 37 --odo fixed --on-error null"},
-    {"code-pages", "layout.cob", "records.bin", "first60.cp037_ext.expected.jsonl", "--ccsid 37"},
-    {"code-pages", "layout.cob", "records.bin", "first60.cp500.expected.jsonl", "--ccsid 500"},
-    {"code-pages", "layout.cob", "records.bin", "first60.cp273.expected.jsonl", "--ccsid 273"},
-    {"code-pages", "layout.cob", "records.bin", "first60.cp1140.expected.jsonl", "--ccsid 1140"},
-    {"numeric-types", "layout.cob", "first20.bin", "first20.expected.jsonl", "--ccsid 37 --on-error null"},
+// Folder, copybook, records, what the other reader made of them, and the arguments.
+constexpr const char* kSets[] = {
+    "occurs-segments customers.cob customers.first50.rdw.bin customers.first50.expected.jsonl"
+    " --ccsid 37 --rdw big --flat --decimals text",
+    "occurs-segments nested.cob nested.ascii.txt nested.expected.jsonl --ccsid 819",
+    "occurs-segments accounts.cob accounts.bin accounts.expected.jsonl --ccsid 37 --odo fixed --on-error null",
+    "code-pages layout.cob records.bin first60.cp037_ext.expected.jsonl --ccsid 37",
+    "code-pages layout.cob records.bin first60.cp500.expected.jsonl --ccsid 500",
+    "code-pages layout.cob records.bin first60.cp273.expected.jsonl --ccsid 273",
+    "code-pages layout.cob records.bin first60.cp1140.expected.jsonl --ccsid 1140",
+    "numeric-types layout.cob first20.bin first20.expected.jsonl --ccsid 37 --on-error null",
 };
 
 // Floats and binary numbers of 9 bytes and more are refused by name; the rest is read once these have none.
 TEST(SharedData, ReadsAsTheOtherReaderDid) {
   if (!std::filesystem::exists(OXR_SHARED_DATA_DIR)) GTEST_SKIP() << OXR_SHARED_DATA_DIR << " is not here";
   const Folder mine;
-  for (const auto& [name, copybook, input, expected, arguments] : kSets) {
-    SCOPED_TRACE(expected);
+  for (const char* const set : kSets) {
+    SCOPED_TRACE(set);
+    std::istringstream words(set);
+    std::string name, copybook, input, expected, arguments;
+    std::getline(words >> name >> copybook >> input >> expected, arguments);
     const std::string folder = std::string(OXR_SHARED_DATA_DIR) + '/' + name + '/';
-    const std::string rest = std::string(" ") + arguments + ' ' + folder + input;
+    const std::string rest = arguments + ' ' + folder + input;
     Outcome outcome = runProgram("decode --copybook " + folder + copybook + rest);
     std::set<std::string> refused;
     if (outcome.code == kFailed) {
@@ -122,7 +119,7 @@ TEST(SharedData, ReadsAsTheOtherReaderDid) {
       }
       outcome = runProgram("decode --copybook " + mine.write("c", text) + rest);
     }
-    EXPECT_EQ(refused.size(), std::string(name) == "numeric-types" ? 12u : 0u);
+    EXPECT_EQ(refused.size(), name == "numeric-types" ? 12u : 0u);
     EXPECT_EQ(outcome.code, kDone) << outcome.messages;
     expectSameValues(outcome.lines, contentOf(folder + expected), refused);
   }
