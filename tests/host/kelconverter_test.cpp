@@ -21,7 +21,7 @@ std::string letterA(const KelConverter& page) {
   return toHex({bytes, static_cast<std::size_t>(length)});
 }
 
-// What the tables of the single-byte pages hold is compared with ICU in the tests of CPUnicodeConverter.
+// That the tables of the single-byte pages hold nothing wrong is seen where CPUnicodeConverter is compared with ICU.
 TEST(KelConverter, OpensCodePagesByNumberAndByteOrder) {
   const struct {
     unsigned ccsid;
@@ -60,6 +60,9 @@ TEST(KelConverter, OpensCodePagesByNumberAndByteOrder) {
     EXPECT_TRUE((page->singleByteTable() != nullptr) == hasTable && (page->unitTable() != nullptr) == hasTable);
     EXPECT_EQ(page->status() == U_FILE_ACCESS_ERROR, page->converter() == nullptr);
   }
+  const KelConverter* const latin = KelConverter::createConverter(37, 0, nullptr);
+  for (std::size_t byte = 0; byte < 256; ++byte)  // the tables lack nothing: each byte has a character of its own
+    EXPECT_EQ((*latin->unitTable())[(*latin->singleByteTable())[byte]], byte);
   EXPECT_EQ(KelConverter::createConverter(37, -1, nullptr), KelConverter::createConverter(37, 1, nullptr));
   EXPECT_NE(KelConverter::createConverter(1200, -1, nullptr), KelConverter::createConverter(1200, 1, nullptr));
 }

@@ -78,7 +78,8 @@ TEST(KelWstringThreads, StringsSharingABlockChangeApart) {
 }
 
 TEST(KelWstringConvertor, TurnsWideLiteralsIntoCodeUnits) {
-  EXPECT_EQ(KelWstringConvertor::toKelWstring(L"a\u20AC\U0001F600"), u"a\u20AC\U0001F600"_k);
+  const wchar_t wide[] = {L'a', 0x20AC, 0x1F600, 0x110000, 0};  // the last is no character
+  EXPECT_EQ(KelWstringConvertor::toKelWstring(wide), u"a\u20AC\U0001F600\uFFFD"_k);
   EXPECT_EQ(convertString(L"a\u00E9\u20AC"), u"a\u00E9\u00AC"_k);  // the low 8 bits of each
   EXPECT_EQ(KelWstringConvertor::toKelWstring(nullptr) + convertString(L""), KelWstring());
   EXPECT_TRUE(convertChar(0x20AC) == 0xAC && convertChar(0) == 0);
