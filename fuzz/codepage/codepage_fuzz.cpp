@@ -1,0 +1,6 @@
+#include "fuzz/codepage/codepage_check.hpp"
+#include "fuzz/harness/target.hpp"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  return oxr::fuzz::runTarget(oxr::fuzz::checkCodePage, data, size);
+}
