@@ -8,7 +8,7 @@
 // "+", "/") for three bytes, "=" in the places that a short last group leaves empty.
 //
 // Text is written without line ends. It is read leniently: units outside the alphabet, such as line ends, are skipped
-// wherever they stand, and nothing behind a padded group is looked at.
+// wherever they stand, and nothing after a padded group is looked at.
 //
 // All members are static and hold no state: any thread may call at any time.
 //

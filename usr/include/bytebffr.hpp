@@ -17,7 +17,7 @@ class OXR_EXPORT BitstreamBuffer {
   BitstreamBuffer& operator=(const BitstreamBuffer&) = delete;
   virtual ~BitstreamBuffer();
 
-  // The byte at `offset`, with those behind it up to the end. Null when there is no data. Bounds need not be
+  // The byte at `offset`, with those after it up to the end. Null when there is no data. Bounds need not be
   // tested: ask offsetAvailable() first.
   virtual const char* getData(int offset) const = 0;
   // The same; `*remaining` becomes the number of bytes from `offset` to the end.
@@ -47,7 +47,7 @@ class OXR_EXPORT ReadOnlyByteBuffer : public BitstreamBuffer {
   bool create(const void* data, int length);
 
   const char* getData(int offset) const override;
-  // `*remaining` is the length less the offset whatever that gives, so 0 and below tell an offset at or behind the end.
+  // `*remaining` is the length less the offset whatever that gives, so 0 and below tell an offset at the end or beyond.
   const char* getData(int* remaining, int offset) const override;
   int getLength() const override;
   // A new host buffer with each call, released together with this object.
@@ -103,7 +103,7 @@ class OXR_EXPORT WritableBitstreamBuffer : public BitstreamBuffer {
   virtual void insertBytesAt(const char* bytes, int length, int offset) = 0;
   // Overwrites from `offset` on.
   virtual void writeBytesAt(const char* bytes, int length, int offset) = 0;
-  // At least `size` writable bytes behind the end. They are no part of the buffer yet, and stay valid until the next
+  // At least `size` writable bytes after the end. They are no part of the buffer yet, and stay valid until the next
   // operation that changes it.
   virtual char* reserveForAppend(int size) = 0;
   // Makes the first `length` of the reserved bytes part of the buffer.

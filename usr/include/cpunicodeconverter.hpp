@@ -12,9 +12,7 @@
 
 class KelConverter;
 namespace oxr {
-class ConverterState;
 struct CodePage;
-struct DirectPath;
 }  // namespace oxr
 
 // What converters have in common: a status and a name for messages. The name opens nothing.
@@ -58,7 +56,7 @@ class OXR_EXPORT CPUnicodeConverter : public CPBaseUnicodeConverter {
   CPUnicodeConverter& operator=(const CPUnicodeConverter&) = delete;
   ~CPUnicodeConverter();
 
-  // As ucnv_toUnicode and ucnv_fromUnicode: the pointers move, `conversionStatus` is ICU's; room behind the text may be
+  // As ucnv_toUnicode and ucnv_fromUnicode: the pointers move, `conversionStatus` is ICU's; room after the text may be
   // overwritten. `offsets` may be null. What found no room comes out first next time. The result is the status again.
   int toUnicode(unsigned short*& target, const unsigned short* targetLimit, const char*& source,
                 const char* sourceLimit, int* offsets, signed char flush, UErrorCode& conversionStatus);
@@ -90,35 +88,14 @@ class OXR_EXPORT CPUnicodeConverter : public CPBaseUnicodeConverter {
   void fromUnicodeString(char* target, int& targetLength, const KelWstring& source, UErrorCode& conversionStatus) const;
 
  private:
-  friend struct oxr::DirectPath;
-  friend struct oxr::CodePage;
-  friend class oxr::ConverterState;
-
-  // Code pages that have a way around ICU.
-  enum class Form : unsigned char { eOther, eSingleByte, eUtf8, eUtf16Big, eUtf16Little };
-
-  [[gnu::visibility("hidden")]] Form formOf(const KelConverter& shared) const;
-  void decodeStep(unsigned short*& target, const unsigned short* targetLimit, const char*& source,
-                  const char* sourceLimit, int* offsets, bool flush, UErrorCode& stepStatus) const;
-  void encodeStep(char*& target, const char* targetLimit, const unsigned short*& source,
-                  const unsigned short* sourceLimit, int* offsets, bool flush, UErrorCode& stepStatus) const;
-  [[gnu::visibility("hidden")]] void decodeByIcu(unsigned short*& target, const unsigned short* targetLimit,
-                                                 const char*& source, const char* sourceLimit, int* offsets, bool flush,
-                                                 UErrorCode& stepStatus) const;
-  [[gnu::visibility("hidden")]] void encodeByIcu(char*& target, const char* targetLimit, const unsigned short*& source,
-                                                 const unsigned short* sourceLimit, int* offsets, bool flush,
-                                                 UErrorCode& stepStatus) const;
-  int decodeWhole(unsigned short* target, int room, const char* source, int length, UErrorCode& wholeStatus) const;
-  int encodeWhole(char* target, int room, const unsigned short* source, int length, UErrorCode& wholeStatus) const;
-  void decodeInPasses(KelWstring& target, const char* source, int length, UErrorCode& wholeStatus) const;
-  [[gnu::visibility("hidden")]] void forgetHeldUnits() const;
+  friend struct oxr::CodePage;  // all that the library does with a converter beyond these members
 
   icu::LocalUConverterPointer converter;  // lies in cloneBuffer when it fits
   int cloneSize = 1024;                   // bytes of cloneBuffer offered to ICU
   alignas(16) char cloneBuffer[8192];
   const std::array<unsigned short, 256>* byteTable = nullptr;    // the host's; null unless a byte is always a character
   const std::array<unsigned short, 65536>* unitTable = nullptr;  // the way back
-  Form form = Form::eOther;
+  unsigned char form;                                            // the code page's form among those of oxr::CodePage
   signed char minBytesPerChar = 0;
   signed char maxBytesPerChar = 0;
   // ICU may owe units, or bytes, from before or be in the middle of a character: the next conversion is ICU's.

@@ -33,7 +33,7 @@ class OXR_EXPORT GrowingByteBuffer : public WritableBitstreamBuffer {
   // The number of bytes for which there is room without a further allocation. It never shrinks.
   int capacity() const { return capacity_; }
 
-  // The offset behind the last byte gives the end, not to be read. Outside of that there is null, and 0 remaining.
+  // The offset after the last byte gives the end, not to be read. Outside of that there is null, and 0 remaining.
   const char* getData(int offset) const override;
   const char* getData(int* remaining, int offset) const override;
   int getLength() const override;
@@ -43,9 +43,9 @@ class OXR_EXPORT GrowingByteBuffer : public WritableBitstreamBuffer {
   bool offsetAvailable(int offset) const override;
 
   // In addition to what each operation is for: writeBytesAt() makes the message longer where it goes beyond its end,
-  // with zero bytes in between if it begins behind it.
+  // with zero bytes in between if it begins beyond it.
   // KelConversionException: 0xC000157E (OXR5502) "CPI Internal Error" and "Invalid argument for
-  // GrowingByteBuffer::setLength", or whichever it was, for a negative length or offset, an insertion behind the end,
+  // GrowingByteBuffer::setLength", or whichever it was, for a negative length or offset, an insertion beyond the end,
   // and a commitAppend() of more than there is room for. 0xC0001583 (OXR5507) "CPI InputData Too Long" when the message
   // would become too long. The message stays as it was.
   void setLength(int length) override;

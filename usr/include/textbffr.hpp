@@ -72,7 +72,7 @@ class OXR_EXPORT TextBufferReader {
   void unlockCurrentOffset();
 
   // One character to `*target`: a character above U+FFFF as its leading surrogate, all of its bytes being consumed.
-  // `*bytesConsumed`, if not null, becomes the bytes it takes with the shifts in front of it. `moveOffset` adds them to
+  // `*bytesConsumed`, if not null, becomes the bytes it takes with the shifts before it. `moveOffset` adds them to
   // the current offset, wherever the character was read and whatever the result is.
   // False at the end of the data: 0 bytes, `*target` stays. False for a cut one: its bytes, `*target` becomes 0.
   bool getCharacter(unsigned short* target, bool moveOffset, int* bytesConsumed, int offset);
@@ -80,7 +80,7 @@ class OXR_EXPORT TextBufferReader {
   bool getCharacter32(int* target, bool moveOffset, int* bytesConsumed, int offset);
 
   // Moves the current offset over `count` characters, from where it stands or from the start of the buffer; with fewer
-  // characters, behind the last one. False when it stays where it began, and when it moved over a cut one.
+  // characters, to the end of the last one. False when it stays where it began, and when it moved over a cut one.
   bool moveOffsetChars(int count);
   bool setOffsetChars(int count);
 
@@ -94,7 +94,7 @@ class OXR_EXPORT TextBufferReader {
 
   // `charCount` characters from `startOffset` on, appended to `target` or as a STRING value assigned to it. A negative
   // count reads up to the next zero character, which is passed over and no part of the text. A count of 0 is true and
-  // does nothing at all. `moveOffset` puts the current offset behind what was read. False when there are fewer
+  // does nothing at all. `moveOffset` puts the current offset after what was read. False when there are fewer
   // characters. 0xC000157E "Conversion to unicode error. Error code: 11" for a cut one.
   // Up to a zero: 0xC000157F with `startOffset` and ">= 1" when there is no byte, 0xC0001580 when there is no zero.
   //
@@ -130,14 +130,14 @@ class OXR_EXPORT TextBufferReader {
   void beginAt(int offset) const;
   void moveTo(int offset, unsigned short lastUnit);
   void leaveAt(int offset);
-  bool readCharacter(unsigned short& target, bool moveOffset, int* bytesConsumed, int start);
+  bool getCharacterFast(unsigned short& target, bool moveOffset, int* bytesConsumed, int start);
+  bool getCharacterGeneral(unsigned short& target, bool moveOffset, int* bytesConsumed, int start);
   oxr::core::Decoded decodeCharacter(unsigned short& target, int start, bool moveOffset);
   bool skip(int count);
   PWFData shownText() const;
   void readTerminated(const oxr::FailureSite& site, KelWstring& target, int start, bool moveOffset);
 
   bool hasStates;          // text in the code page may be in a state that its next bytes depend on
-  bool isUtf8;             // a byte below 0x80 is a character, whatever stands in front of it
   bool stateHeld = false;  // the converter stands at currentOffset and may not be in its initial state
 };
 

@@ -17,12 +17,12 @@ class TextBufferReader;
 // the message's own storage and is whole in itself: shifts that it opens are closed at its end, and half a surrogate
 // pair at one of its ends is no character. What the code page lacks becomes its substitution byte.
 //
-// CCSIDs 1204, 1205 (UTF-16) and 1236, 1237 (UTF-32) write a byte-order mark in front of every text. If the environment
+// CCSIDs 1204, 1205 (UTF-16) and 1236, 1237 (UTF-32) write a byte-order mark before every text. If the environment
 // variable NVRA_INSTREAM_BOMS_OFF, of whatever value, is set when the library is loaded, appendStrAfterFlushed() and
 // the queue keep the mark for the start of the message. In UTF-32 a mark and its text are in the order of this machine,
 // a text without a mark in the caller's: leave marks out only where these are the same.
 //
-// Text may be put in a queue and is then written in larger pieces, in front of whatever writeStr() or appendBuf()
+// Text may be put in a queue and is then written in larger pieces, before whatever writeStr() or appendBuf()
 // writes. appendStr() doesn't care for the queue. Text that waits when the object ends is lost: flush() first.
 //
 // The failures are KelConversionException, internal error 0xC000157E (OXR5502) with the inserts given below. After one,
@@ -97,7 +97,8 @@ class OXR_EXPORT TextBufferWriter {
   CPUnicodeConverter& pageFor(bool mayDropBom) const;
   int roomFor(int length) const;
   void append(const char* function, const unsigned short* text, int length, bool mayDropBom);
-  void appendTraced(const char* function, const unsigned short* text, int length, bool mayDropBom);
+  bool appendFast(char*& reserved, const unsigned short* text, int length, bool mayDropBom);
+  void appendGeneral(const char* function, char* reserved, const unsigned short* text, int length, bool mayDropBom);
   void flushPending(bool keepsLead);
   void appendSwapped(const TextBufferReader& reader, int startOffset, int length);
   void appendConverted(const TextBufferReader& reader, const char* bytes, int length);

@@ -1,32 +1,11 @@
 #include "buffers/decoding.hpp"
 
-#include <algorithm>
-
-#include "codepage/codepage.hpp"
-#include "codepage/directpath.hpp"
+#include "support/support.hpp"
 
 namespace oxr {
 
-namespace {
-
-Decoded decodeTable(const core::SingleByteTable& table, const char* source, const char* end,
-                    std::span<unsigned short> target, int* offsets) {
-  const auto size = static_cast<std::size_t>(end - source);
-  const std::size_t count = std::min(size, target.size());
-  core::decodeSingleBytes({reinterpret_cast<const unsigned char*>(source), count}, table, target.data());
-  if (offsets != nullptr)
-    for (std::size_t i = 0; i < count; ++i)
-      offsets[i] = static_cast<int>(i);
-  const int done = static_cast<int>(count);
-  return {done, done, count < size ? U_BUFFER_OVERFLOW_ERROR : U_ZERO_ERROR};
-}
-
-}  // namespace
-
 Decoded decode(CPUnicodeConverter& converter, const char* source, const char* end, std::span<unsigned short> target,
                int* offsets, bool flush) {
-  if (const core::SingleByteTable* const table = CodePage::byteTable(converter))
-    return decodeTable(*table, source, end, target, offsets);
   Decoded result;
   unsigned short* written = target.data();
   const char* passed = source;
@@ -36,14 +15,27 @@ Decoded decode(CPUnicodeConverter& converter, const char* source, const char* en
   return result;
 }
 
+namespace {
+
+// Fills `target` from what the window shows already.
+inline bool decodeShownFast(const KelBufferPointer& window, const CPUnicodeConverter& converter, int start,
+                            std::span<unsigned short> target, Decoded& run) {
+  const std::span shown(window.getOffsetPointer(start), window.getEndPointer());
+  const core::Advance done = CodePage::convertFast(converter, shown, target);
+  if (done.written != target.size() || target.empty()) return false;
+  run.units = static_cast<int>(done.written);
+  run.bytes = static_cast<int>(done.read);
+  return true;
+}
+
+}  // namespace
+
 Decoded decodeOnward(KelBufferPointer& window, CPUnicodeConverter& converter, int start,
                      std::span<unsigned short> target, int maxBytes) {
-  const std::span shown(window.getOffsetPointer(start), window.getEndPointer());
-  const core::Progress direct = DirectPath::convert(converter, shown, target);
-  if (direct.written == target.size() && !target.empty())
-    return {static_cast<int>(direct.written), static_cast<int>(direct.read), U_ZERO_ERROR};
-  window.extendLength(kCharacterSlack, true);
   Decoded run;
+  if (wentFast([&] { return decodeShownFast(window, converter, start, target, run); })) [[likely]]
+    return run;
+  window.extendLength(kCharacterSlack, true);
   for (;;) {
     const bool last = showsEnd(window);
     const auto room = target.subspan(static_cast<std::size_t>(run.units));
@@ -56,8 +48,8 @@ Decoded decodeOnward(KelBufferPointer& window, CPUnicodeConverter& converter, in
   }
 }
 
-void restart(CPUnicodeConverter& converter) {
-  if (!DirectPath::isAtStart(converter)) converter.resetToUnicode();
+void startReading(CPUnicodeConverter& converter) {
+  if (!CodePage::isAtStart(converter)) converter.resetToUnicode();
 }
 
 void dropHeldUnits(CPUnicodeConverter& converter) {

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "buffers/sourcepath.hpp"
+#include "buffers/textsourcepath.hpp"
 #include "support/support.hpp"
 #include "textbffr.hpp"
 

@@ -4,10 +4,8 @@
 #include <array>
 
 #include "buffers/decoding.hpp"
-#include "buffers/sourcepath.hpp"
+#include "buffers/textsourcepath.hpp"
 #include "codepage/codepage.hpp"
-#include "codepage/converterstate.hpp"
-#include "codepage/directpath.hpp"
 #include "cputils.hpp"
 #include "support/scratch.hpp"
 #include "support/support.hpp"
@@ -55,19 +53,6 @@ inline bool isShown(const KelBufferPointer& window, int offset) {
          static_cast<unsigned>(window.windowLength());
 }
 
-inline unsigned short unitAt(const KelBufferPointer& window, const core::SingleByteTable& table, int offset) {
-  return table[static_cast<unsigned char>(*window.getOffsetPointer(offset))];
-}
-
-// One character of a single-byte code page; nothing where there is no byte. The window shows more bytes than the one:
-// the next are likely to be asked for next.
-Decoded decodeByte(KelBufferPointer& window, const core::SingleByteTable& table, int offset, unsigned short& target) {
-  constexpr int kAhead = 4096;
-  if (!isShown(window, offset) && !window.moveOffsetWindow(offset, kAhead, true)) return {};
-  target = unitAt(window, table, offset);
-  return {1, 1, U_ZERO_ERROR};
-}
-
 }  // namespace
 
 TextBufferReader::TextBufferReader(const BitstreamBuffer* source, int codePage, EEndian byteOrder,
@@ -80,8 +65,7 @@ TextBufferReader::TextBufferReader(const BitstreamBuffer* source, int codePage, 
       converter(shared == nullptr ? ownConverter.get() : shared),
       minBytes(converter->getMinBytesPerChar()),
       maxBytes(converter->getMaxBytesPerChar()),
-      hasStates(mayHoldStates(converter->getType())),
-      isUtf8(converter->getType() == UCNV_UTF8) {}
+      hasStates(mayHoldStates(converter->getType())) {}
 
 TextBufferReader::~TextBufferReader() = default;
 
@@ -113,10 +97,10 @@ std::string TextBufferReader::dump() const {
 
 // Puts the converter into the state in which the text at `offset` is read.
 void TextBufferReader::beginAt(int offset) const {
-  if (!stateHeld || offset != currentOffset) restart(*converter);
+  if (!stateHeld || offset != currentOffset) startReading(*converter);
 }
 
-// Makes `offset` the current one, where the converter stopped. `lastUnit` is what it wrote last: behind a leading
+// Makes `offset` the current one, where the converter stopped. `lastUnit` is what it wrote last: after a leading
 // surrogate it may hold the other half.
 void TextBufferReader::moveTo(int offset, unsigned short lastUnit) {
   currentOffset = offset;
@@ -129,46 +113,42 @@ void TextBufferReader::leaveAt(int offset) {
   stateHeld = false;
 }
 
-bool TextBufferReader::getCharacter(unsigned short* target, bool moveOffset, int* bytesConsumed, int offset) {
-  // Called for each character of a text: with trace off not even the object that traces is made, and a byte that the
-  // window shows is read without a call, so that no register need be saved.
-  if (!debugTraceOn()) [[likely]] {
-    const int start = resolved(offset);
-    const core::SingleByteTable* const table = CodePage::byteTable(*converter);
-    if (table == nullptr || !isShown(*pointer, start)) [[unlikely]]
-      return readCharacter(*target, moveOffset, bytesConsumed, start);
-    *target = unitAt(*pointer, *table, start);
-    if (bytesConsumed != nullptr) *bytesConsumed = 1;
-    if (moveOffset) currentOffset = toLength(std::int64_t{currentOffset} + 1);
-    return true;
-  }
-  const Trace trace("TextBufferReader::getCharacter");
-  return readCharacter(*target, moveOffset, bytesConsumed, resolved(offset));
+// A byte that the window shows and that is a character by itself: read without a call, so that no register need be
+// saved.
+inline bool TextBufferReader::getCharacterFast(unsigned short& target, bool moveOffset, int* bytesConsumed, int start) {
+  if (!isShown(*pointer, start) || !CodePage::convertByteFast(*converter, *pointer->getOffsetPointer(start), target))
+    return false;
+  if (bytesConsumed != nullptr) *bytesConsumed = 1;
+  if (moveOffset) currentOffset = toLength(std::int64_t{currentOffset} + 1);
+  return true;
 }
 
-[[gnu::noinline]] bool TextBufferReader::readCharacter(unsigned short& target, bool moveOffset, int* bytesConsumed,
-                                                       int start) {
-  const core::SingleByteTable* const table = CodePage::byteTable(*converter);
-  const Decoded character =
-      table != nullptr ? decodeByte(*pointer, *table, start, target) : decodeCharacter(target, start, moveOffset);
+[[gnu::noinline]] bool TextBufferReader::getCharacterGeneral(unsigned short& target, bool moveOffset,
+                                                             int* bytesConsumed, int start) {
+  const Trace trace("TextBufferReader::getCharacter");
+  const Decoded character = decodeCharacter(target, start, moveOffset);
   if (bytesConsumed != nullptr) *bytesConsumed = character.bytes;
   // The step goes onto the current offset, not onto `start`: TextBufferReader.ReadsAndMovesAsScripted.
   if (moveOffset) currentOffset = toLength(std::int64_t{currentOffset} + character.bytes);
   return character.bytes > 0 && isComplete(character.status) && character.units > 0;
 }
 
-// One character of any code page; nothing where there is no byte, else `target` is 0 when there is no character. The
-// other half of a character above U+FFFF is thrown away, and so is one that was left at `start`.
-[[gnu::noinline]] Decoded TextBufferReader::decodeCharacter(unsigned short& target, int start, bool moveOffset) {
-  if (!pointer->moveOffsetWindow(start, maxBytes, true)) return {};
-  const unsigned byte = static_cast<unsigned char>(*pointer->getOffsetPointer(start));
-  if (isUtf8 && byte < 0x80) {
-    target = static_cast<unsigned short>(byte);
-    stateHeld = stateHeld && !moveOffset;
-    return {1, 1, U_ZERO_ERROR};
-  }
+bool TextBufferReader::getCharacter(unsigned short* target, bool moveOffset, int* bytesConsumed, int offset) {
+  const int start = resolved(offset);
+  if (wentFast([&] { return getCharacterFast(*target, moveOffset, bytesConsumed, start); })) [[likely]]
+    return true;
+  return getCharacterGeneral(*target, moveOffset, bytesConsumed, start);
+}
+
+// One character; nothing where there is no byte, else `target` is 0 when there is no character. The other half of a
+// character above U+FFFF is thrown away, and so is one that was left at `start`.
+Decoded TextBufferReader::decodeCharacter(unsigned short& target, int start, bool moveOffset) {
+  // Where no state is carried on the window shows more bytes than the character's: the next are likely to be asked for
+  // next, and are then read fast.
+  constexpr int kAhead = 4096;
+  if (!pointer->moveOffsetWindow(start, hasStates ? maxBytes : kAhead, true)) return {};
   const bool continues = start == currentOffset;
-  const ConverterState kept(*converter, stateHeld && !moveOffset);
+  const CodePage::KeptState kept(*converter, stateHeld && !moveOffset);
   beginAt(start);
   if (stateHeld) dropHeldUnits(*converter);
   target = 0;
@@ -198,7 +178,7 @@ bool TextBufferReader::setOffsetChars(int count) {
   return skip(count);
 }
 
-// Moves over `count` units. They are converted a piece after the other: a count may go far beyond what is there.
+// Moves over `count` units. They are converted piece by piece: a count may go far beyond what is there.
 bool TextBufferReader::skip(int count) {
   const int start = currentOffset;
   if (count <= 0 || !pointer->moveOffsetWindow(start, toLength(std::int64_t{maxBytes} * count), true)) return false;
@@ -222,12 +202,11 @@ bool TextBufferReader::getPWFString(KelWstring& target, int startOffset, int end
   const std::int64_t length = std::int64_t{endOffset} - startOffset;
   if (length <= 0) return length == 0;
   if (!pointer->moveOffsetWindow(startOffset, toLength(length), false)) return false;
-  if (const core::SingleByteTable* const table = CodePage::byteTable(*converter)) {
-    decodeShownBytes(*pointer, *table, target.appendForOverwrite(static_cast<unsigned>(length)));
-  } else {
+  const std::span bytes(pointer->getOffsetPointer(startOffset), static_cast<std::size_t>(length));
+  if (!wentFast([&] { return appendTextFast(*converter, bytes, target); })) {
     int units = toLength(2 * length);
     Scratch<unsigned short, 256> work(static_cast<std::size_t>(units));
-    toUnicode(work.data(), &units, pointer->getOffsetPointer(startOffset), toLength(length));
+    toUnicode(work.data(), &units, bytes.data(), toLength(length));
     target.appendInternal(work.data(), static_cast<unsigned>(units), 0);
   }
   if (moveOffset) leaveAt(endOffset);
@@ -253,10 +232,12 @@ PWFData TextBufferReader::shownText() const {
   const int length = pointer->windowLength();
   const char* const source = pointer->getOffsetPointer(pointer->windowOffset());
   const std::span bytes(source, static_cast<std::size_t>(length));
-  if (const std::size_t count = DirectPath::unitsOf(*converter, bytes))
+  if (const std::size_t count = CodePage::unitCount(*converter, bytes))
     return TextValue::make(STRING, count, [&](unsigned short* units) {
+      if (wentFast([&] { return CodePage::convertCountedFast(*converter, bytes, units); })) [[likely]]
+        return;
       int room = static_cast<int>(count);  // ICU gives as many, a substitute for what is not well formed
-      if (!DirectPath::convertAll(*converter, bytes, {units, count})) toUnicode(units, &room, source, length);
+      toUnicode(units, &room, source, length);
     });
   int units = toLength(std::int64_t{2} * length);
   Scratch<unsigned short, 256> work(static_cast<std::size_t>(units));
@@ -269,8 +250,8 @@ void TextBufferReader::toUnicode(unsigned short* target, int* targetLength, cons
   const Trace trace("TextBufferReader::toUnicode");
   if (converter == nullptr)
     raiseBare<KelConversionException>(trace.site(), failures::kInternalError, "no valid converter");
-  const ConverterState kept(*converter, stateHeld);
-  restart(*converter);
+  const CodePage::KeptState kept(*converter, stateHeld);
+  startReading(*converter);
   Decoded text{0, 0, U_ILLEGAL_ARGUMENT_ERROR};
   if (*targetLength >= 0 && sourceLength >= 0)
     text = decode(*converter, source, source + sourceLength, {target, static_cast<std::size_t>(*targetLength)}, nullptr,

@@ -1,4 +1,5 @@
-// Counted and zero-terminated stretches of text.
+// Counted and zero-terminated stretches of text. A count of characters is no count of bytes: where the code page has
+// characters of several lengths, the window first shows as many bytes as the shortest take and then grows.
 
 #include <unicode/ustring.h>
 
@@ -6,9 +7,7 @@
 #include <array>
 
 #include "buffers/decoding.hpp"
-#include "buffers/sourcepath.hpp"
-#include "codepage/codepage.hpp"
-#include "codepage/converterstate.hpp"
+#include "buffers/textsourcepath.hpp"
 #include "support/scratch.hpp"
 #include "support/support.hpp"
 #include "textbffr.hpp"
@@ -50,16 +49,16 @@ struct Run {
   bool extend(int more, bool acceptShorter) { return window.extendLength(more, acceptShorter); }
 };
 
-// A run behind which the data ends, for now at least.
+// Reads a run after which the data ends, for now at least.
 Decoded decodeAtEnd(KelBufferPointer& window, CPUnicodeConverter& converter, int start,
                     std::span<unsigned short> target, int minBytes, int maxBytes) {
   Run run{window, start};
-  return core::readGrowingRun(
+  return core::readResumableRun(
       run, target, minBytes, maxBytes,
       [&](std::span<const char> bytes, std::span<unsigned short> room) {
         return decode(converter, bytes.data(), bytes.data() + bytes.size(), room, nullptr, true);
       },
-      [&] { restart(converter); });
+      [&] { startReading(converter); });
 }
 
 // What the window shows from `start` on, and no more: a character that is not all there is cut off.
@@ -74,6 +73,29 @@ Decoded decodeShown(const KelBufferPointer& window, CPUnicodeConverter& converte
   return {run.units + rest.units, run.bytes, rest.status};
 }
 
+// Reads the `size` bytes at `start` as a value, if the window shows them all and their units can be counted beforehand.
+bool readSectionFast(const KelBufferPointer& window, const CPUnicodeConverter& converter, int start, std::int64_t size,
+                     PWFData& target) {
+  if (size > window.windowLength()) return false;
+  const std::span bytes(window.getOffsetPointer(start), static_cast<std::size_t>(size));
+  const std::size_t count = CodePage::unitCount(converter, bytes);
+  if (count == 0) return false;
+  bool served = false;
+  const PWFData text = TextValue::make(
+      STRING, count, [&](unsigned short* units) { served = CodePage::convertCountedFast(converter, bytes, units); });
+  if (served) target = text;
+  return served;
+}
+
+// The first units of a chunk, as many as can be had fast.
+bool decodeChunkFast(const CPUnicodeConverter& converter, std::span<const char> bytes, std::span<unsigned short> units,
+                     Decoded& chunk) {
+  const core::Advance done = CodePage::convertFast(converter, bytes, units);
+  chunk.units = static_cast<int>(done.written);
+  chunk.bytes = static_cast<int>(done.read);
+  return done.written != 0;
+}
+
 }  // namespace
 
 bool TextBufferReader::getPWFStringSection(KelWstring& target, int charCount, bool moveOffset, int startOffset) {
@@ -86,12 +108,12 @@ bool TextBufferReader::getPWFStringSection(KelWstring& target, int charCount, bo
   }
   const int bytes = toLength(std::int64_t{minBytes} * charCount);
   if (!pointer->moveOffsetWindow(start, bytes, false)) return false;
-  if (const core::SingleByteTable* const table = CodePage::byteTable(*converter)) {
-    decodeShownBytes(*pointer, *table, target.appendForOverwrite(static_cast<unsigned>(charCount)));
-    if (moveOffset) leaveAt(start + charCount);
+  const std::span shortest(pointer->getOffsetPointer(start), static_cast<std::size_t>(bytes));
+  if (wentFast([&] { return appendTextFast(*converter, shortest, target); })) {
+    if (moveOffset) leaveAt(start + bytes);
     return true;
   }
-  ConverterState kept(*converter, stateHeld);
+  CodePage::KeptState kept(*converter, stateHeld);
   beginAt(start);
   Scratch<unsigned short, 256> work(static_cast<std::size_t>(charCount));
   const std::span units(work.data(), work.size());
@@ -125,16 +147,15 @@ bool TextBufferReader::getStringSection(PWFData& target, int charCount, bool mov
     return true;
   }
   pointer->setLength(toLength(std::int64_t{maxBytes} * charCount), true);
-  if (CodePage::byteTable(*converter) != nullptr) {
-    if (pointer->windowLength() != charCount) return false;
-    target = shownText();
-    if (moveOffset) leaveAt(start + charCount);
+  const std::int64_t shortest = std::int64_t{minBytes} * charCount;
+  if (wentFast([&] { return readSectionFast(*pointer, *converter, start, shortest, target); })) {
+    if (moveOffset) leaveAt(start + static_cast<int>(shortest));
     return true;
   }
   // A count far beyond what is there must not ask for memory without need.
   const std::int64_t most = kMostUnitsPerByte * pointer->windowLength() + kMostHeldUnits;
   const int room = toLength(std::min<std::int64_t>(charCount, most));
-  ConverterState kept(*converter, stateHeld);
+  CodePage::KeptState kept(*converter, stateHeld);
   beginAt(start);
   Decoded run;
   const PWFData text = TextValue::make(STRING, static_cast<std::uint64_t>(room), [&](unsigned short* units) {
@@ -156,23 +177,28 @@ void TextBufferReader::readTerminated(const FailureSite& site, KelWstring& targe
     raise<KelConversionException>(site, failures::kTextBufferTooShort, dump(), start, ">= 1");
   pointer->setLength(maxBytes * kChunkUnits, true);
   pointer->extendLength(kCharacterSlack, true);
-  ConverterState kept(*converter, stateHeld);
+  CodePage::KeptState kept(*converter, stateHeld);
   beginAt(start);
   std::array<unsigned short, kChunkUnits> units;
   std::array<int, kChunkUnits> offsets;
   for (int chunkStart = start;;) {
-    const char* const source = pointer->getOffsetPointer(chunkStart);
-    const char* const end = pointer->getEndPointer();
-    if (end <= source) raise<KelConversionException>(site, failures::kTerminatorNotFound, dump(), start);
-    const Decoded chunk = decode(*converter, source, end, units, offsets.data(), showsEnd(*pointer));
+    const std::span bytes(pointer->getOffsetPointer(chunkStart), pointer->getEndPointer());
+    if (bytes.empty()) raise<KelConversionException>(site, failures::kTerminatorNotFound, dump(), start);
+    Decoded chunk;
+    const bool isFast = wentFast([&] { return decodeChunkFast(*converter, bytes, units, chunk); });
+    if (!isFast)
+      chunk = decode(*converter, bytes.data(), bytes.data() + bytes.size(), units, offsets.data(), showsEnd(*pointer));
     const char16_t* const begin = toIcu(units.data());
     if (const char16_t* const zero = u_memchr(begin, 0, chunk.units)) {
       const auto length = static_cast<std::size_t>(zero - begin);
       target.appendInternal(units.data(), static_cast<unsigned>(length), 0);
-      // A zero character is as short as any. What follows it is left where it is, with the shift in front of it.
+      // A zero character is as short as any. What follows it is left where it is, with the shift before it.
       if (moveOffset) {
         kept.drop();
-        leaveAt(chunkStart + std::max(offsets[length], 0) + minBytes);
+        const std::span before = std::span(units).first(length);
+        leaveAt(chunkStart + minBytes +
+                (isFast ? static_cast<int>(CodePage::convertFast(*converter, bytes, before).read)
+                        : std::max(offsets[length], 0)));
       }
       return;
     }

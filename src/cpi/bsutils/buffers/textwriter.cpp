@@ -5,13 +5,13 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "buffers/sourcepath.hpp"
-#include "codepage/directpath.hpp"
+#include "buffers/textsourcepath.hpp"
+#include "codepage/codepage.hpp"
 #include "core/resumablerun.hpp"
 #include "kelalloc.hpp"
-#include "support/isrange.hpp"
 #include "support/scratch.hpp"
 #include "support/support.hpp"
+#include "support/validrange.hpp"
 #include "textbffr.hpp"
 #include "textbffrwriter.hpp"
 
@@ -42,23 +42,10 @@ std::unique_ptr<CPUnicodeConverter> makeBomless(int ccsid, EEndian endian) {
 
 // The bytes of a text beyond those of its longest characters: a mark or a shift at its end. Two hold the mark of UTF-16
 // and every shift but those of ISO 2022, which may switch twice for a single character; the mark of UTF-32 has four.
-// Held by TextBufferWriter.ReservesRoomForEveryText.
+// Held by checkTextWriter() in fuzz/buffers.
 int markRoomOf(const CPUnicodeConverter& page) {
   const UConverterType type = page.getType();
   return type == UCNV_UTF32 || type == UCNV_ISO_2022 ? 4 : 2;
-}
-
-// Makes the converter forget what an error left in it: bytes that found no room, a shift state, half a pair.
-[[gnu::cold, gnu::noinline]] void restart(CPUnicodeConverter& page) {
-  const unsigned short end = 0;
-  UErrorCode status;
-  do {
-    char scrap[64];
-    char* target = scrap;
-    const unsigned short* nothing = &end;
-    status = U_ZERO_ERROR;
-    page.fromUnicode(target, scrap + sizeof scrap, nothing, nothing, nullptr, true, status);
-  } while (status == U_BUFFER_OVERFLOW_ERROR);
 }
 
 [[noreturn]] void raiseNoConverter(const FailureSite& site) {
@@ -70,21 +57,17 @@ int markRoomOf(const CPUnicodeConverter& page) {
                                     static_cast<int>(status));
 }
 
-FailureSite siteOf(const char* function, int line = __builtin_LINE()) {
-  return {nullptr, function, kTextBufferPath, 0, line};
-}
-
-// Converts a whole text; the result is the number of bytes. `makeSite()` tells where a failure is raised.
-template <class MakeSite>
-inline int convert(CPUnicodeConverter& page, char* target, int room, const unsigned short* source, int length,
-                   MakeSite makeSite) {
-  if (!isRange(target, room) || !isRange(source, length)) raiseConversionError(makeSite(), U_ILLEGAL_ARGUMENT_ERROR);
+// Converts a whole text; the result is the number of bytes.
+inline int convert(const FunctionTrace& trace, CPUnicodeConverter& page, char* target, int room,
+                   const unsigned short* source, int length) {
+  if (!isValidRange(target, room) || !isValidRange(source, length))
+    raiseConversionError(trace.site(), U_ILLEGAL_ARGUMENT_ERROR);
   char* end = target;
   UErrorCode status = U_ZERO_ERROR;
   page.fromUnicode(end, target + room, source, source + length, nullptr, true, status);
   if (U_FAILURE(status)) {
-    restart(page);
-    raiseConversionError(makeSite(), status);
+    CodePage::forgetHeldBytes(page);  // bytes that found no room, a shift state, half a pair
+    raiseConversionError(trace.site(), status);
   }
   return static_cast<int>(end - target);
 }
@@ -120,38 +103,44 @@ void TextBufferWriter::fromUnicode(char* target, int* targetLength, const unsign
                                    bool mayDropBom) const {
   const FunctionTrace trace(nullptr, kFromUnicode, kTextBufferPath);
   if (converter == nullptr) raiseNoConverter(trace.site());
-  *targetLength =
-      convert(pageFor(mayDropBom), target, *targetLength, source, sourceLength, [&] { return trace.site(); });
+  *targetLength = convert(trace, pageFor(mayDropBom), target, *targetLength, source, sourceLength);
 }
 
 inline int TextBufferWriter::roomFor(int length) const {
   return toLength(std::int64_t{maxBytes} * std::max(length, 0) + markRoom);
 }
 
-// Texts are short: objects that trace and a call more would be a good part of the cost.
-inline void TextBufferWriter::append(const char* function, const unsigned short* text, int length, bool mayDropBom) {
-  if (debugTraceOn()) [[unlikely]]
-    return appendTraced(function, text, length, mayDropBom);
-  if (converter == nullptr) raiseNoConverter(siteOf(function));
+// Writes a text without a failure or a mark. `reserved` becomes the room that the message gave, which is not to be
+// asked for twice.
+[[gnu::always_inline]] inline bool TextBufferWriter::appendFast(char*& reserved, const unsigned short* text, int length,
+                                                                bool mayDropBom) {
+  if (length <= 0 || text == nullptr || converter == nullptr) return false;
   const int room = roomFor(length);
-  char* const target = buffer->reserveForAppend(room);
-  CPUnicodeConverter& page = pageFor(mayDropBom);
-  if (length > 0 && text != nullptr && target != nullptr) {
-    const auto count = static_cast<std::size_t>(length);
-    const core::Progress direct =
-        DirectPath::convert(page, std::span(text, count), {target, static_cast<std::size_t>(room)});
-    if (direct.read == count) return buffer->commitAppend(static_cast<int>(direct.written));
-  }
-  buffer->commitAppend(convert(page, target, room, text, length, [] { return siteOf(kFromUnicode); }));
+  reserved = buffer->reserveForAppend(room);
+  if (reserved == nullptr) return false;
+  const auto count = static_cast<std::size_t>(length);
+  const core::Advance done =
+      CodePage::convertFast(pageFor(mayDropBom), std::span(text, count), {reserved, static_cast<std::size_t>(room)});
+  if (done.read != count) return false;
+  buffer->commitAppend(static_cast<int>(done.written));
+  return true;
 }
 
-void TextBufferWriter::appendTraced(const char* function, const unsigned short* text, int length, bool mayDropBom) {
+void TextBufferWriter::appendGeneral(const char* function, char* reserved, const unsigned short* text, int length,
+                                     bool mayDropBom) {
   const FunctionTrace trace(nullptr, function, kTextBufferPath);
   if (converter == nullptr) raiseNoConverter(trace.site());
-  int size = roomFor(length);
-  char* const target = buffer->reserveForAppend(size);
-  fromUnicode(target, &size, text, length, mayDropBom);
-  buffer->commitAppend(size);
+  const int room = roomFor(length);
+  if (reserved == nullptr) reserved = buffer->reserveForAppend(room);
+  const FunctionTrace inner(nullptr, kFromUnicode, kTextBufferPath);
+  buffer->commitAppend(convert(inner, pageFor(mayDropBom), reserved, room, text, length));
+}
+
+inline void TextBufferWriter::append(const char* function, const unsigned short* text, int length, bool mayDropBom) {
+  char* reserved = nullptr;
+  if (!wentFast([&]() __attribute__((always_inline)) { return appendFast(reserved, text, length, mayDropBom); }))
+      [[unlikely]]
+    appendGeneral(function, reserved, text, length, mayDropBom);
 }
 
 void TextBufferWriter::appendStr(const unsigned short* text, int length) {
@@ -169,7 +158,7 @@ void TextBufferWriter::appendStrAfterFlushed(const unsigned short* text, int len
 void TextBufferWriter::writeStr(const unsigned short* text, int length, int offset) {
   const FunctionTrace trace(nullptr, "TextBufferWriter::writeStr", kTextBufferPath);
   if (converter == nullptr) raiseNoConverter(trace.site());
-  // No room for a mark here, unlike append(). Kept: TextBufferWriter.WritesOverWhatIsThere.
+  // No room for a mark here, unlike append(). Kept: TextBufferWriter.WritesStraightIntoTheMessageAndOverIt.
   int size = toLength(std::int64_t{maxBytes} * std::max(length, 0));
   Scratch<char, 1024> work(static_cast<std::size_t>(size) + 1);
   fromUnicode(work.data(), &size, text, length, false);
@@ -179,7 +168,7 @@ void TextBufferWriter::writeStr(const unsigned short* text, int length, int offs
 
 void TextBufferWriter::queueStr(const unsigned short* text, int length) {
   const FunctionTrace trace(nullptr, "TextBufferWriter::queueStr", kTextBufferPath);
-  if (!isRange(text, length)) raiseConversionError(trace.site(), U_ILLEGAL_ARGUMENT_ERROR);
+  if (!isValidRange(text, length)) raiseConversionError(trace.site(), U_ILLEGAL_ARGUMENT_ERROR);
   if (length == 0) return;
   if (std::int64_t{pending.length()} + length > pendingCapacity) flushPending(U16_IS_TRAIL(text[0]));
   pending.appendInternal(text, static_cast<unsigned>(length), 0);

@@ -4,13 +4,15 @@
 
 #include <algorithm>
 #include <span>
-#include <string_view>
 
-#include "codepage/directpath.hpp"
+#include "codepage/codepage.hpp"
 #include "kelconverter.hpp"
-#include "support/isrange.hpp"
 #include "support/scratch.hpp"
 #include "support/support.hpp"
+#include "support/validrange.hpp"
+
+// The members of the converter. Each goes the fast way where the form of its code page serves all of a text; else ICU
+// converts, from the place that the form has come to.
 
 using namespace oxr;
 
@@ -23,13 +25,6 @@ class Trace : public FunctionTrace {
  public:
   explicit Trace(const char* function) : FunctionTrace(nullptr, function, kSourcePath) {}
 };
-
-// Conversions with trace on, out of the way: with trace off not even the object that traces is made.
-template <class Convert>
-[[gnu::cold, gnu::noinline]] void traced(const char* function, Convert convert) {
-  const Trace trace(function);
-  convert();
-}
 
 // ICU's own callback would also substitute a character that the end of the input cuts off, and the caller would never
 // learn that bytes are missing.
@@ -67,22 +62,55 @@ void requireConverted(const Trace& trace, UErrorCode status, const char* text) {
     raiseBare<KelConversionException>(trace.site(), failures::kInternalError, text, static_cast<int>(status));
 }
 
-// The first stretch of a conversion, on the way around ICU. True when that was all: the source is used up, or the room.
+// Converts the first stretch of a text by the form of its code page and moves the pointers over it. True when that was
+// all: the source is used up, or the room.
 template <class From, class To>
-[[gnu::always_inline]] inline bool takeDirectPath(const CPUnicodeConverter& page, const From*& source,
-                                                  const From* sourceLimit, To*& target, const To* targetLimit,
-                                                  UErrorCode& status) {
+[[gnu::always_inline]] inline bool convertStretchFast(const CPUnicodeConverter& page, To*& target,
+                                                      const To* targetLimit, const From*& source,
+                                                      const From* sourceLimit, const int* offsets, UErrorCode& status) {
   constexpr std::ptrdiff_t kMost = 0x3FFFFFFF;  // of longer ranges ICU thinks that they are a mistake
   const std::ptrdiff_t length = sourceLimit - source, room = targetLimit - target;
-  if (U_FAILURE(status) || length <= 0 || length > kMost || room < 0 || room > kMost) return false;
-  const core::Progress done = DirectPath::convert(page, std::span(source, static_cast<std::size_t>(length)),
-                                                  std::span(target, static_cast<std::size_t>(room)));
+  if (offsets != nullptr || U_FAILURE(status) || length <= 0 || length > kMost || room < 0 || room > kMost)
+    return false;
+  const core::Advance done = CodePage::convertFast(page, std::span(source, static_cast<std::size_t>(length)),
+                                                   std::span(target, static_cast<std::size_t>(room)));
   if (done.read == 0) return false;
   source += done.read;
   target += done.written;
   if (source == sourceLimit) return true;
   if (target != targetLimit) return false;
   status = U_BUFFER_OVERFLOW_ERROR;
+  return true;
+}
+
+// Reads a whole text whose number of units only its conversion tells.
+[[gnu::noinline]] bool readUncountedFast(const CPUnicodeConverter& page, KelWstring& target,
+                                         std::span<const char> bytes) {
+  if (!CodePage::isAtStart(page)) return false;
+  Scratch<unsigned short, 256> work(bytes.size());
+  const core::Advance done = CodePage::convertFast(page, bytes, std::span(work.data(), work.size()));
+  if (done.read != bytes.size()) return false;
+  std::copy_n(work.data(), done.written, target.resizeForOverwrite(static_cast<unsigned>(done.written)));
+  return true;
+}
+
+// Reads a whole text. Where it is not served `target` may have changed.
+[[gnu::always_inline]] inline bool readTextFast(const CPUnicodeConverter& page, KelWstring& target,
+                                                std::span<const char> bytes) {
+  if (const std::size_t count = CodePage::unitCount(page, bytes)) [[likely]]
+    return CodePage::convertCountedFast(page, bytes, target.resizeForOverwrite(static_cast<unsigned>(count)));
+  return readUncountedFast(page, target, bytes);
+}
+
+// Writes a whole text; the empty one is left to ICU, which may hold bytes back that come out with it.
+[[gnu::always_inline]] inline bool writeTextFast(const CPUnicodeConverter& page, char* target, int& targetLength,
+                                                 const KelWstring& source, UErrorCode status) {
+  if (U_FAILURE(status) || target == nullptr || source.length() == 0) return false;
+  const std::span units(source.characters(), source.length());
+  const core::Advance done =
+      CodePage::convertFast(page, units, std::span(target, static_cast<std::size_t>(targetLength)));
+  if (done.read != units.size()) return false;
+  targetLength = static_cast<int>(done.written);
   return true;
 }
 
@@ -110,7 +138,8 @@ CPUnicodeConverter::CPUnicodeConverter(int ccsid, EEndian endian) : CPBaseUnicod
   ucnv_setFallback(converter.getAlias(), true);
   byteTable = shared->singleByteTable();
   unitTable = shared->unitTable();
-  form = formOf(*shared);
+  UErrorCode ignored = U_ZERO_ERROR;
+  form = CodePage::formOf(*shared, ucnv_getName(converter.getAlias(), &ignored));
   minBytesPerChar = ucnv_getMinCharSize(converter.getAlias());
   maxBytesPerChar = ucnv_getMaxCharSize(converter.getAlias());
 }
@@ -119,147 +148,116 @@ CPUnicodeConverter::~CPUnicodeConverter() {
   converter.adoptInstead(nullptr);  // while the buffer that it lies in is still there
 }
 
-CPUnicodeConverter::Form CPUnicodeConverter::formOf(const KelConverter& shared) const {
-  if (shared.singleByteTable() != nullptr) return Form::eSingleByte;
-  UErrorCode ignored = U_ZERO_ERROR;
-  // Only the plain forms have these names; a form that reads or writes a mark has a longer one.
-  const std::string_view icuName = ucnv_getName(converter.getAlias(), &ignored);
-  if (icuName == "UTF-8") return Form::eUtf8;
-  if (icuName == "UTF-16BE") return Form::eUtf16Big;
-  return icuName == "UTF-16LE" ? Form::eUtf16Little : Form::eOther;
-}
-
-// One conversion: around ICU as far as that goes, the rest through it. With offsets all is ICU's. Inline, as a field is
-// converted in the time of a few calls.
-[[gnu::always_inline]] inline void CPUnicodeConverter::decodeStep(unsigned short*& target,
-                                                                  const unsigned short* targetLimit,
-                                                                  const char*& source, const char* sourceLimit,
-                                                                  int* offsets, bool flush,
-                                                                  UErrorCode& stepStatus) const {
-  if (offsets != nullptr || !takeDirectPath(*this, source, sourceLimit, target, targetLimit, stepStatus))
-    decodeByIcu(target, targetLimit, source, sourceLimit, offsets, flush, stepStatus);
-}
-
-[[gnu::always_inline]] inline void CPUnicodeConverter::encodeStep(char*& target, const char* targetLimit,
-                                                                  const unsigned short*& source,
-                                                                  const unsigned short* sourceLimit, int* offsets,
-                                                                  bool flush, UErrorCode& stepStatus) const {
-  if (offsets != nullptr || !takeDirectPath(*this, source, sourceLimit, target, targetLimit, stepStatus))
-    encodeByIcu(target, targetLimit, source, sourceLimit, offsets, flush, stepStatus);
-}
-
-[[gnu::noinline]] void CPUnicodeConverter::decodeByIcu(unsigned short*& target, const unsigned short* targetLimit,
-                                                       const char*& source, const char* sourceLimit, int* offsets,
-                                                       bool flush, UErrorCode& stepStatus) const {
-  if (U_FAILURE(stepStatus)) return;
-  char16_t* const begin = toIcu(target);
-  char16_t* end = begin;
-  ucnv_toUnicode(converter.getAlias(), &end, toIcu(targetLimit), &source, sourceLimit, offsets, flush, &stepStatus);
-  target += end - begin;
-  UErrorCode ignored = U_ZERO_ERROR;
-  holdsUnitsBack = U_FAILURE(stepStatus) || (!flush && ucnv_toUCountPending(converter.getAlias(), &ignored) != 0);
-}
-
-[[gnu::noinline]] void CPUnicodeConverter::encodeByIcu(char*& target, const char* targetLimit,
-                                                       const unsigned short*& source, const unsigned short* sourceLimit,
-                                                       int* offsets, bool flush, UErrorCode& stepStatus) const {
-  if (U_FAILURE(stepStatus)) return;
-  const char16_t* const begin = toIcu(source);
-  const char16_t* end = begin;
-  ucnv_fromUnicode(converter.getAlias(), &target, targetLimit, &end, toIcu(sourceLimit), offsets, flush, &stepStatus);
-  source += end - begin;
-  UErrorCode ignored = U_ZERO_ERROR;
-  holdsBytesBack = U_FAILURE(stepStatus) || (!flush && ucnv_fromUCountPending(converter.getAlias(), &ignored) != 0);
-}
-
-// Whole conversions; the result is the number of units, or bytes, written. After an error the converter starts anew: a
-// later text must not begin with what found no room in this one.
-int CPUnicodeConverter::decodeWhole(unsigned short* target, int room, const char* source, int length,
-                                    UErrorCode& wholeStatus) const {
-  if (U_SUCCESS(wholeStatus) && !(isRange(target, room) && isRange(source, length)))
-    wholeStatus = U_ILLEGAL_ARGUMENT_ERROR;
-  if (U_FAILURE(wholeStatus)) return 0;
-  unsigned short* end = target;
-  decodeStep(end, target + room, source, source + length, nullptr, true, wholeStatus);
-  if (U_FAILURE(wholeStatus)) forgetHeldUnits();
-  return static_cast<int>(end - target);
-}
-
-int CPUnicodeConverter::encodeWhole(char* target, int room, const unsigned short* source, int length,
-                                    UErrorCode& wholeStatus) const {
-  if (U_SUCCESS(wholeStatus) && !(isRange(target, room) && isRange(source, length)))
-    wholeStatus = U_ILLEGAL_ARGUMENT_ERROR;
-  if (U_FAILURE(wholeStatus)) return 0;
-  char* end = target;
-  encodeStep(end, target + room, source, source + length, nullptr, true, wholeStatus);
-  if (U_FAILURE(wholeStatus)) {
-    ucnv_resetFromUnicode(converter.getAlias());
-    holdsBytesBack = false;
+// The general way, by ICU, and whole texts. `member` names the exported member that is traced; null for none.
+struct CodePage::General {
+  [[gnu::noinline]] static void convert(const char* member, const CPUnicodeConverter& page, unsigned short*& target,
+                                        const unsigned short* targetLimit, const char*& source, const char* sourceLimit,
+                                        int* offsets, bool flush, UErrorCode& status) {
+    if (member != nullptr && debugTraceOn()) [[unlikely]] {
+      const Trace trace(member);
+      return convert(nullptr, page, target, targetLimit, source, sourceLimit, offsets, flush, status);
+    }
+    if (U_FAILURE(status)) return;
+    UConverter* const icu = page.converter.getAlias();
+    char16_t* const begin = toIcu(target);
+    char16_t* end = begin;
+    ucnv_toUnicode(icu, &end, toIcu(targetLimit), &source, sourceLimit, offsets, flush, &status);
+    target += end - begin;
+    UErrorCode ignored = U_ZERO_ERROR;
+    page.holdsUnitsBack = U_FAILURE(status) || (!flush && ucnv_toUCountPending(icu, &ignored) != 0);
   }
-  return static_cast<int>(end - target);
-}
-
-// A work area after the other. A text may have more units than fit into the first: characters above U+FFFF, and units
-// held back from before.
-void CPUnicodeConverter::decodeInPasses(KelWstring& target, const char* source, int length,
-                                        UErrorCode& wholeStatus) const {
-  // Less than the shortest character still needs a unit's room, or units held back would overflow for ever.
-  const int room = form == Form::eUtf8 ? length : std::max(length / ucnv_getMinCharSize(converter.getAlias()), 1);
-  Scratch<unsigned short, 256> work(static_cast<std::size_t>(room));
-  // Mostly one pass is all, and ICU has no part in it.
-  const std::span bytes(source, static_cast<std::size_t>(length));
-  const core::Progress direct = DirectPath::convert(*this, bytes, std::span(work.data(), work.size()));
-  if (direct.read == bytes.size()) {
-    std::copy_n(work.data(), direct.written, target.resizeForOverwrite(static_cast<unsigned>(direct.written)));
-    wholeStatus = U_ZERO_ERROR;
-    return;
+  [[gnu::noinline]] static void convert(const char* member, const CPUnicodeConverter& page, char*& target,
+                                        const char* targetLimit, const unsigned short*& source,
+                                        const unsigned short* sourceLimit, int* offsets, bool flush,
+                                        UErrorCode& status) {
+    if (member != nullptr && debugTraceOn()) [[unlikely]] {
+      const Trace trace(member);
+      return convert(nullptr, page, target, targetLimit, source, sourceLimit, offsets, flush, status);
+    }
+    if (U_FAILURE(status)) return;
+    UConverter* const icu = page.converter.getAlias();
+    const char16_t* const begin = toIcu(source);
+    const char16_t* end = begin;
+    ucnv_fromUnicode(icu, &target, targetLimit, &end, toIcu(sourceLimit), offsets, flush, &status);
+    source += end - begin;
+    UErrorCode ignored = U_ZERO_ERROR;
+    page.holdsBytesBack = U_FAILURE(status) || (!flush && ucnv_fromUCountPending(icu, &ignored) != 0);
   }
-  const auto pass = [&, limit = source + length] {
-    wholeStatus = U_ZERO_ERROR;
-    unsigned short* end = work.data();
-    decodeStep(end, work.data() + room, source, limit, nullptr, true, wholeStatus);
-    return static_cast<unsigned>(end - work.data());
-  };
-  const unsigned first = pass();
-  std::copy_n(work.data(), first, target.resizeForOverwrite(first));
-  while (wholeStatus == U_BUFFER_OVERFLOW_ERROR)
-    target.appendInternal(work.data(), pass(), 0);
-  if (U_FAILURE(wholeStatus)) forgetHeldUnits();
-}
 
-void CPUnicodeConverter::forgetHeldUnits() const {
-  ucnv_resetToUnicode(converter.getAlias());
-  holdsUnitsBack = false;
-}
+  // A whole text; the result is the number of units, or bytes, written. After an error the converter starts anew: a
+  // later text must not begin with what found no room in this one.
+  template <class From, class To>
+  static int convertWhole(const CPUnicodeConverter& page, To* target, int room, const From* source, int length,
+                          UErrorCode& status) {
+    if (U_SUCCESS(status) && !(isValidRange(target, room) && isValidRange(source, length)))
+      status = U_ILLEGAL_ARGUMENT_ERROR;
+    if (U_FAILURE(status)) return 0;
+    To* end = target;
+    convertStep(page, end, target + room, source, source + length, status);
+    if (U_FAILURE(status)) forgetHeld(page, source);
+    return static_cast<int>(end - target);
+  }
+
+  // A text of any length in one pass after another over a work area. A text may have more units than fit into the
+  // first: characters above U+FFFF, and units held back from before.
+  static void readInPasses(const CPUnicodeConverter& page, KelWstring& target, const char* source, int length,
+                           UErrorCode& status) {
+    // Less than the shortest character still needs a unit's room, or units held back would overflow for ever.
+    const int room = std::max(length / page.minBytesPerChar, 1);
+    Scratch<unsigned short, 256> work(static_cast<std::size_t>(room));
+    const auto pass = [&, limit = source + length] {
+      status = U_ZERO_ERROR;
+      unsigned short* end = work.data();
+      convertStep(page, end, work.data() + room, source, limit, status);
+      return static_cast<unsigned>(end - work.data());
+    };
+    const unsigned first = pass();
+    std::copy_n(work.data(), first, target.resizeForOverwrite(first));
+    while (status == U_BUFFER_OVERFLOW_ERROR)
+      target.appendInternal(work.data(), pass(), 0);
+    if (U_FAILURE(status)) forgetHeldUnits(page);
+  }
+
+ private:
+  template <class From, class To>
+  [[gnu::always_inline]] static void convertStep(const CPUnicodeConverter& page, To*& target, const To* targetLimit,
+                                                 const From*& source, const From* sourceLimit, UErrorCode& status) {
+    if (!wentFast([&]() __attribute__((always_inline)) {
+          return convertStretchFast(page, target, targetLimit, source, sourceLimit, nullptr, status);
+        })) [[unlikely]]
+      convert(nullptr, page, target, targetLimit, source, sourceLimit, nullptr, true, status);
+  }
+  static void forgetHeld(const CPUnicodeConverter& page, const char*) { forgetHeldUnits(page); }
+  static void forgetHeld(const CPUnicodeConverter& page, const unsigned short*) { forgetHeldBytes(page); }
+};
 
 int CPUnicodeConverter::toUnicode(unsigned short*& target, const unsigned short* targetLimit, const char*& source,
                                   const char* sourceLimit, int* offsets, signed char flush,
                                   UErrorCode& conversionStatus) {
-  if (debugTraceOn()) [[unlikely]]
-    traced("CPUnicodeConverter::toUnicode", [=, this, &target, &source, &conversionStatus] {
-      decodeStep(target, targetLimit, source, sourceLimit, offsets, flush != 0, conversionStatus);
-    });
-  else
-    decodeStep(target, targetLimit, source, sourceLimit, offsets, flush != 0, conversionStatus);
+  if (!wentFast([&] {
+        return convertStretchFast(*this, target, targetLimit, source, sourceLimit, offsets, conversionStatus);
+      })) [[unlikely]]
+    CodePage::General::convert("CPUnicodeConverter::toUnicode", *this, target, targetLimit, source, sourceLimit,
+                               offsets, flush != 0, conversionStatus);
   return conversionStatus;
 }
 
 int CPUnicodeConverter::fromUnicode(char*& target, const char* targetLimit, const unsigned short*& source,
                                     const unsigned short* sourceLimit, int* offsets, signed char flush,
                                     UErrorCode& conversionStatus) {
-  if (debugTraceOn()) [[unlikely]]
-    traced("CPUnicodeConverter::fromUnicode", [=, this, &target, &source, &conversionStatus] {
-      encodeStep(target, targetLimit, source, sourceLimit, offsets, flush != 0, conversionStatus);
-    });
-  else
-    encodeStep(target, targetLimit, source, sourceLimit, offsets, flush != 0, conversionStatus);
+  if (!wentFast([&] {
+        return convertStretchFast(*this, target, targetLimit, source, sourceLimit, offsets, conversionStatus);
+      })) [[unlikely]]
+    CodePage::General::convert("CPUnicodeConverter::fromUnicode", *this, target, targetLimit, source, sourceLimit,
+                               offsets, flush != 0, conversionStatus);
   return conversionStatus;
 }
 
 void CPUnicodeConverter::fromUnicode(char* target, int* targetLength, const unsigned short* source, int sourceLength) {
   const Trace trace("CPUnicodeConverter::fromUnicode");
   UErrorCode conversionStatus = U_ZERO_ERROR;
-  const int written = encodeWhole(target, *targetLength, source, sourceLength, conversionStatus);
+  const int written =
+      CodePage::General::convertWhole(*this, target, *targetLength, source, sourceLength, conversionStatus);
   requireConverted(trace, conversionStatus, "Error converting to text to codepage");
   *targetLength = written;
 }
@@ -269,7 +267,8 @@ void CPUnicodeConverter::fromLocalToUnicode(unsigned short* target, int* targetL
   const Trace trace("CPUnicodeConverter::fromLocalToUnicode");
   const CPUnicodeConverter local(kLocalCcsid, eEndianLittle);
   UErrorCode conversionStatus = U_ZERO_ERROR;
-  const int written = local.decodeWhole(target, *targetLength, source, sourceLength, conversionStatus);
+  const int written =
+      CodePage::General::convertWhole(local, target, *targetLength, source, sourceLength, conversionStatus);
   requireConverted(trace, conversionStatus, "Error converting from local codepage to unicode");
   *targetLength = written;
 }
@@ -279,7 +278,8 @@ void CPUnicodeConverter::fromUnicodeToLocal(char* target, int* targetLength, con
   const Trace trace("CPUnicodeConverter::fromUnicodeToLocal");
   const CPUnicodeConverter local(kLocalCcsid, eEndianLittle);
   UErrorCode conversionStatus = U_ZERO_ERROR;
-  const int written = local.encodeWhole(target, *targetLength, source, sourceLength, conversionStatus);
+  const int written =
+      CodePage::General::convertWhole(local, target, *targetLength, source, sourceLength, conversionStatus);
   requireConverted(trace, conversionStatus, "Error converting to text to local codepage");
   *targetLength = written;
 }
@@ -306,7 +306,7 @@ const char* CPUnicodeConverter::getName(UErrorCode& nameStatus) const {
 
 void CPUnicodeConverter::resetToUnicode() {
   const Trace trace("CPUnicodeConverter::resetToUnicode");
-  forgetHeldUnits();
+  CodePage::forgetHeldUnits(*this);
 }
 
 void CPUnicodeConverter::toUnicodeString(KelWstring& target, const char* source, int length,
@@ -316,21 +316,17 @@ void CPUnicodeConverter::toUnicodeString(KelWstring& target, const char* source,
     return;
   }
   const std::span bytes(source, static_cast<std::size_t>(length));
-  if (const std::size_t count = DirectPath::unitsOf(*this, bytes)) {
-    unsigned short* const units = target.resizeForOverwrite(static_cast<unsigned>(count));
-    if (DirectPath::convertAll(*this, bytes, std::span(units, count))) {
-      conversionStatus = U_ZERO_ERROR;
-      return;
-    }
-  }
-  decodeInPasses(target, source, length, conversionStatus);
+  if (wentFast([&] { return readTextFast(*this, target, bytes); })) [[likely]]
+    conversionStatus = U_ZERO_ERROR;
+  else
+    CodePage::General::readInPasses(*this, target, source, length, conversionStatus);
 }
 
 void CPUnicodeConverter::fromUnicodeString(char* target, int& targetLength, const KelWstring& source,
                                            UErrorCode& conversionStatus) const {
   if (targetLength <= 0)
     conversionStatus = U_ILLEGAL_ARGUMENT_ERROR;
-  else
-    targetLength =
-        encodeWhole(target, targetLength, source.characters(), static_cast<int>(source.length()), conversionStatus);
+  else if (!wentFast([&] { return writeTextFast(*this, target, targetLength, source, conversionStatus); }))
+    targetLength = CodePage::General::convertWhole(*this, target, targetLength, source.characters(),
+                                                   static_cast<int>(source.length()), conversionStatus);
 }

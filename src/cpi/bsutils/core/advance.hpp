@@ -5,7 +5,7 @@
 namespace oxr::core {
 
 // How far a conversion came: elements taken from its input and put to its output.
-struct Progress {
+struct Advance {
   std::size_t read = 0;
   std::size_t written = 0;
 };

@@ -48,7 +48,7 @@ constexpr std::uint32_t kForeignGroup = std::uint32_t{kForeignUnit} << 24;
 
 using Group = std::array<unsigned short, 4>;
 
-// Takes the next four units that are not foreign, fewer at the end of the text. Moves `next` behind all it looked at.
+// Takes the next four units that are not foreign, fewer at the end of the text. Moves `next` past all it looked at.
 std::size_t takeGroup(const unsigned short*& next, const unsigned short* end, Group& group) {
   if (end - next >= 4 && bitsOf(next) < kForeignGroup) {
     std::memcpy(group.data(), next, sizeof group);
@@ -61,7 +61,7 @@ std::size_t takeGroup(const unsigned short*& next, const unsigned short* end, Gr
   return found;
 }
 
-// Only the last two places are looked at for padding: Base64Core.PadsInTheLastTwoPlacesOnly.
+// Only the last two places are looked at for padding: CPBase64Converter.ReadsAndWritesText.
 std::size_t bytesIn(const Group& group) {
   return group[2] == kPad ? 1 : group[3] == kPad ? 2 : 3;
 }
@@ -90,7 +90,7 @@ Base64Decoded decodeBase64(UnitView text, std::span<unsigned char> target) {
   const unsigned short* next = text.data();
   const unsigned short* const end = next + text.size();
   std::size_t written = 0;
-  // The vectors stop at a block that they cannot read. From there it goes by groups, up to the first clean one behind
+  // The vectors stop at a block that they cannot read. From there it goes by groups, up to the first clean one after
   // the foreign units that are the reason.
   bool cleanAgain = true;
   for (bool passedForeign = false;;) {

@@ -31,13 +31,13 @@ enum class Base64Fault {
   targetFull,  // a group has more bytes than the target has room for
 };
 struct Base64Decoded {
-  std::size_t size;  // bytes written, also in front of a fault
+  std::size_t size;  // bytes written, before a fault too
   Base64Fault fault;
 };
 
 // Decodes groups of four units up to the end or through the first padded group; what follows that is not read. Foreign
 // units are skipped wherever they stand. "=" pads as third or fourth unit of a group and counts as the value 0
-// elsewhere. A target of text.size() * 3 / 4 bytes holds any text. Behind `size` the target's contents are unspecified;
+// elsewhere. A target of text.size() * 3 / 4 bytes holds any text. Beyond `size` the target's contents are unspecified;
 // it does not overlap `text`.
 Base64Decoded decodeBase64(UnitView text, std::span<unsigned char> target);
 

@@ -176,11 +176,11 @@ constexpr Table kToValue = {{0, 0, 0, 0, distance('+', 62), distance('/', 63), d
 constexpr Table kToFault = {{128, 128, 128, 128, distance('+', 0), distance('/', 0), 0, distance('9', 127),
                              distance('A', 0), 0, 0, distance('Z', 127), distance('a', 0), 0, 0, distance('z', 127)}};
 
-struct Decoded {
+struct Values {
   ByteVector values;
   ByteVector faults;  // the top bit of each byte
 };
-Decoded toValues(ByteVector units) {
+Values toValues(ByteVector units) {
   const auto shifted = hn::BitCast(Bytes(), hn::ShiftRight<3>(hn::BitCast(Words(), units)));
   const auto plus = hn::VecFromMask(Bytes(), hn::Eq(units, hn::Set(Bytes(), '+')));
   const auto range = hn::Add(hn::And(shifted, hn::Set(Bytes(), 0x0F)), plus);
@@ -203,8 +203,8 @@ std::size_t decodeBlocks(const unsigned short* text, std::size_t length, unsigne
   std::size_t taken = 0;
   // Two at a time: the test for faults costs as much for both as for one.
   for (; length - taken >= 2 * kWidth && room >= 2 * kWidth; taken += 2 * kWidth) {
-    const Decoded first = toValues(loadUnits(text + taken));
-    const Decoded second = toValues(loadUnits(text + taken + kWidth));
+    const Values first = toValues(loadUnits(text + taken));
+    const Values second = toValues(loadUnits(text + taken + kWidth));
     if (anyFault(hn::Or(first.faults, second.faults))) break;
     storeValues(first.values, out);
     storeValues(second.values, out + kDataWidth);
@@ -212,7 +212,7 @@ std::size_t decodeBlocks(const unsigned short* text, std::size_t length, unsigne
     room -= 2 * kDataWidth;
   }
   for (; length - taken >= kWidth && room >= kWidth; taken += kWidth) {
-    const Decoded block = toValues(loadUnits(text + taken));
+    const Values block = toValues(loadUnits(text + taken));
     if (anyFault(block.faults)) break;
     storeValues(block.values, out);
     out += kDataWidth;

@@ -31,11 +31,11 @@ struct Decoded {
 // A character that is cut off at the window's end is no failure while the window can grow. The result's units are all
 // that was written, its bytes those of the last conversion, its status the failure or U_ZERO_ERROR.
 //
-// Once grown, the run is read again from its start, behind the units that are already there. Kept:
-// GrowingRun.ReadsFromTheStartAgainBehindWhatItHas.
+// Once grown, the run is read again from its start, and its units follow those that are already there. Meant:
+// ResumableRun.ReadsFromTheStartAgainAfterWhatItHas.
 template <class Window, class Decode, class Restart>
-Decoded readGrowingRun(Window& window, std::span<unsigned short> target, int minBytes, int maxBytes, Decode decode,
-                       Restart restart) {
+Decoded readResumableRun(Window& window, std::span<unsigned short> target, int minBytes, int maxBytes, Decode decode,
+                         Restart restart) {
   Decoded run;
   for (;;) {
     const Decoded pass = decode(window.bytes(), target.subspan(static_cast<std::size_t>(run.units)));

@@ -16,7 +16,7 @@ using SingleByteTable = std::array<unsigned short, 256>;
 using UnitTable = std::array<unsigned short, 65536>;
 inline constexpr unsigned kNoByte = 0x100;
 
-// Look-ups that are written out one after the other, for compilers leave such loops rolled.
+// A number of look-ups, each written out, for compilers leave such loops rolled.
 inline constexpr std::size_t kUnrolled = 8;
 template <class LookUp>
 [[gnu::always_inline]] inline void unrolled(LookUp lookUp) {

@@ -6,6 +6,9 @@
 
 namespace oxr::core {
 
+// Most text has no surrogates: 16 units at a time are looked at for any, swapped if need be, and stored. A block with
+// surrogates goes unit by unit, so that a half that stands alone ends the conversion right before it.
+
 namespace {
 
 // Vectors in the notation that gcc and clang share; they find the instructions.
@@ -38,7 +41,7 @@ unsigned short load(const unsigned char* from) {
 }
 
 // Copies up to `count` units, and one more where the last one begins a pair; fewer where a half stands alone.
-// `kSwapped` tells on which side units are to be looked at: as they come, or as they go.
+// `kLookAfter`: the units are looked at as they go out, else as they come in.
 template <bool kSwap, bool kLookAfter>
 std::size_t copyPairs(const unsigned char* in, unsigned char* out, std::size_t count, std::size_t available) {
   const auto look = [in](std::size_t index) { return inOrder < kSwap && kLookAfter > (load(in + 2 * index)); };
@@ -88,7 +91,7 @@ const unsigned char* bytesOf(const unsigned short* units) {
 
 }  // namespace
 
-Progress decodeUtf16(std::span<const unsigned char> bytes, std::span<unsigned short> units, bool swap) {
+Advance decodeUtf16(std::span<const unsigned char> bytes, std::span<unsigned short> units, bool swap) {
   const std::size_t count = std::min(bytes.size() / 2, units.size());
   unsigned char* const out = bytesOf(units.data());
   const std::size_t done =
@@ -96,7 +99,7 @@ Progress decodeUtf16(std::span<const unsigned char> bytes, std::span<unsigned sh
   return {2 * done, done};
 }
 
-Progress encodeUtf16(std::span<const unsigned short> units, std::span<unsigned char> bytes, bool swap) {
+Advance encodeUtf16(std::span<const unsigned short> units, std::span<unsigned char> bytes, bool swap) {
   const std::size_t count = std::min(bytes.size() / 2, units.size());
   const unsigned char* const in = bytesOf(units.data());
   const std::size_t done =

@@ -27,10 +27,10 @@ constexpr unsigned short trailOf(unsigned character) {
   return static_cast<unsigned short>(0xDC00 + (character & 0x3FF));
 }
 
-// Both stop in front of what is not a whole, well-formed character and of a character that finds no room. `swap`: the
-// bytes are not in this machine's order. Read and written count bytes on one side, units on the other. The output
-// behind what was written may be overwritten, up to its end.
-Progress decodeUtf16(std::span<const unsigned char> bytes, std::span<unsigned short> units, bool swap);
-Progress encodeUtf16(std::span<const unsigned short> units, std::span<unsigned char> bytes, bool swap);
+// Both stop before what is not a whole, well-formed character and before a character that finds no room. `swap`: the
+// bytes are not in this machine's order. Read and written count bytes on one side, units on the other. The rest
+// of the output may be overwritten, up to its end.
+Advance decodeUtf16(std::span<const unsigned char> bytes, std::span<unsigned short> units, bool swap);
+Advance encodeUtf16(std::span<const unsigned short> units, std::span<unsigned char> bytes, bool swap);
 
 }  // namespace oxr::core

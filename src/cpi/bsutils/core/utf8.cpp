@@ -27,7 +27,7 @@ std::uint64_t loadWord(const Element* elements) {
   return word;
 }
 
-// The number of zero bits in front of the first one, in the order of memory.
+// The number of zero bits before the first one, in the order of memory.
 int bitsBeforeFirst(std::uint64_t word) {
   return std::endian::native == std::endian::little ? std::countr_zero(word) : std::countl_zero(word);
 }
@@ -49,7 +49,7 @@ bool isAsciiBlock(const unsigned short* units) {
   return ((loadWord(units) | loadWord(units + 4) | loadWord(units + 8) | loadWord(units + 12)) & kNoAsciiUnits) == 0;
 }
 
-// By way of locals: input and output might overlap for all that a compiler knows.
+// Copies by way of locals: input and output might overlap for all that a compiler knows.
 template <std::size_t kCount, class From, class To>
 void copy(const From* from, To* to) {
   std::array<From, kCount> input;
@@ -148,9 +148,9 @@ bool encodeLong(const unsigned short*& in, const unsigned short* end, unsigned c
   return true;
 }
 
-// Runs of ASCII and runs of longer characters by turns.
+// Converts runs of ASCII and runs of longer characters by turns.
 template <class From, class To, class ConvertLong>
-Progress convert(std::span<const From> input, std::span<To> output, ConvertLong convertLong) {
+Advance convert(std::span<const From> input, std::span<To> output, ConvertLong convertLong) {
   const From* in = input.data();
   const From* const end = in + input.size();
   To* out = output.data();
@@ -171,7 +171,7 @@ void widenAscii(std::span<const unsigned char> bytes, unsigned short* units) {
   std::copy(in, end, units);
 }
 
-Progress decodeUtf8(std::span<const unsigned char> bytes, std::span<unsigned short> units) {
+Advance decodeUtf8(std::span<const unsigned char> bytes, std::span<unsigned short> units) {
   return convert(bytes, units, [](auto& in, auto end, auto& out, auto outEnd) {
     do
       if (!decodeLong(in, end, out, outEnd)) return false;
@@ -180,7 +180,7 @@ Progress decodeUtf8(std::span<const unsigned char> bytes, std::span<unsigned sho
   });
 }
 
-Progress encodeUtf8(std::span<const unsigned short> units, std::span<unsigned char> bytes) {
+Advance encodeUtf8(std::span<const unsigned short> units, std::span<unsigned char> bytes) {
   return convert(units, bytes, [](auto& in, auto end, auto& out, auto outEnd) {
     do
       if (!encodeLong(in, end, out, outEnd)) return false;

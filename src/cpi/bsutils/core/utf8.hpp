@@ -10,8 +10,8 @@
 // UTF-8 and UTF-16 in this machine's order, one into the other, as far as the text is well formed. Several times faster
 // than a converter, which has to be ready for any code page, state and fault.
 //
-// Both stop in front of what is not a whole, well-formed character and of a character that finds no room. The output
-// behind what was written may be overwritten, up to its end.
+// Both stop before what is not a whole, well-formed character and before a character that finds no room. The rest of
+// the output may be overwritten, up to its end.
 namespace oxr::core {
 
 // Whether all bytes are below 0x80, each a character by itself.
@@ -32,7 +32,7 @@ inline bool isAscii(std::span<const unsigned char> bytes) {
 // The units of ASCII, one for each byte, to `units`.
 void widenAscii(std::span<const unsigned char> bytes, unsigned short* units);
 
-Progress decodeUtf8(std::span<const unsigned char> bytes, std::span<unsigned short> units);
-Progress encodeUtf8(std::span<const unsigned short> units, std::span<unsigned char> bytes);
+Advance decodeUtf8(std::span<const unsigned char> bytes, std::span<unsigned short> units);
+Advance encodeUtf8(std::span<const unsigned short> units, std::span<unsigned char> bytes);
 
 }  // namespace oxr::core

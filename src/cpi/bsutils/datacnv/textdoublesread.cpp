@@ -8,9 +8,9 @@
 #include "datacnv/parts.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
-#include "support/isrange.hpp"
 #include "support/scratch.hpp"
 #include "support/support.hpp"
+#include "support/validrange.hpp"
 
 using namespace oxr;
 
@@ -39,7 +39,7 @@ locale_t plainLocale() {
 void encode(const FailureSite& site, CPUnicodeConverter& converter, char*& target, char* limit,
             const unsigned short* text, int length) {
   UErrorCode status = U_ILLEGAL_ARGUMENT_ERROR;
-  if (isRange(text, length)) {
+  if (isValidRange(text, length)) {
     status = U_ZERO_ERROR;
     converter.fromUnicode(target, limit, text, text + length, nullptr, true, status);
   }
