@@ -4,50 +4,12 @@
 
 #include <climits>
 #include <functional>
-#include <random>
 #include <string>
 
 #include "harness/failures.hpp"
 
 namespace oxr::test {
 namespace {
-
-// Random changes, some with the buffer's own bytes, beside a string that undergoes the same.
-TEST(GrowingByteBuffer, ChangesAsAStringWould) {
-  std::mt19937 random(20240229);
-  for (int round = 0; round < 200; ++round) {
-    GrowingByteBuffer buffer(round % 2 == 0 ? 0 : round);
-    std::string model;
-    for (int step = 0; step < 60; ++step) {
-      const auto any = [&](std::size_t limit) { return static_cast<int>(random() % limit); };
-      const int length = any(80), at = any(model.size() + 1), beyond = at + any(200);
-      const std::size_t count = static_cast<std::size_t>(length), end = static_cast<std::size_t>(beyond);
-      const bool own = any(3) == 0 && count <= model.size();
-      const std::string given = own ? model.substr(0, count) : std::string(count, static_cast<char>(any(256)));
-      const char* const bytes = own ? buffer.getData(0) : given.data();
-      switch (random() % 5) {
-        case 0:
-          buffer.appendBytes(bytes, length), model += given;
-          break;
-        case 1:
-          buffer.insertBytesAt(bytes, length, at), model.insert(static_cast<std::size_t>(at), given);
-          break;
-        case 2:
-          buffer.writeBytesAt(bytes, length, beyond);
-          if (model.size() < end + count) model.resize(end + count);
-          model.replace(end, count, given);
-          break;
-        case 3:
-          buffer.setLength(beyond), model.resize(end);
-          break;
-        default:
-          std::copy_n(given.data(), count, buffer.reserveForAppend(length + 5));
-          buffer.commitAppend(length), model += given;
-      }
-      ASSERT_EQ(buffer.bytes(), model);
-    }
-  }
-}
 
 TEST(GrowingByteBuffer, GrowsSeldom) {
   GrowingByteBuffer buffer;

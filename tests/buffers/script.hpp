@@ -29,13 +29,13 @@ inline std::string shown(const KelWstring& text) {
 // A reader with its bytes that takes its operations as text and tells as text what they did.
 //
 // An operation is a letter, in upper case when it must not move the current offset, and numbers:
-//   c            getCharacter: "A/1", the bytes consumed behind the stroke
+//   c            getCharacter: "A/1", the bytes consumed after the stroke
 //   s2  v2       getPWFStringSection, getStringSection of 2 characters
 //   r3,5  g3,5   getPWFString, getString from 3 up to 5
 //   m2  o2       moveOffsetChars, setOffsetChars
 //   (5  )        spawn 5 bytes, unspawn
-// "@3" behind c, s or v is the offset, else -1. The result is the text, "true" or "false", "5502:11" for a failure and
-// the end of its last insert, and behind it "@" and the current offset.
+// "@3" after c, s or v is the offset, else -1. The result is the text, "true" or "false", "5502:11" for a failure and
+// the end of its last insert, followed by "@" and the current offset.
 class ScriptedReader : public SpawnableTextBufferReader {
  public:
   ScriptedReader(const BitstreamBuffer& bytes, int codePage, EEndian byteOrder = eEndianBig,

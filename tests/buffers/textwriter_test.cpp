@@ -55,8 +55,8 @@ struct Writer : Message, TextBufferWriter {
       TextBufferWriter::endian, TextBufferWriter::pending;
 
   // An operation is a letter, a number and a text: "a:x" appendStr, "A:x" appendStrAfterFlushed, "w3:x" writeStr at 3,
-  // "q:x" queueStr, "f" flush. Without a text it is as many dots as the number says, null with a "?" behind. The result
-  // is the calls of the message, and "!" with the last insert of a failure, and then the bytes.
+  // "q:x" queueStr, "f" flush. Without a text it is as many dots as the number says, null with a "?" after it. The
+  // result is the calls of the message, and "!" with the last insert of a failure, and then the bytes.
   std::string run(const std::string& script) {
     std::istringstream operations(script);
     for (std::string operation; operations >> operation;) {
@@ -87,40 +87,20 @@ struct Writer : Message, TextBufferWriter {
   }
 };
 
-TEST(TextBufferWriter, AppendsInEveryCodePage) {
+TEST(TextBufferWriter, AppendsTexts) {
   // CCSID, byte order, two texts, bytes.
   for (const Row& c :
-       rows("37 2 [ü] 5-中 BADCBBF5603F; 500 1 [ü] ! 4ADC5A4F; 1047 2 [^] {é AD5FBDC051; 1140 2 € _1 9F40F1; "
-            "819 -1 ï €ÿ EF1AFF; 1252 2 “中 ‡ 931A87; 850 2 Ａ 😀B 417F42; 0 2 aé €𝄞 61C3A9E282ACF09D849E; "
-            "1200 2 a𝄞 € 0061D834DD1E20AC; 1200 1 a𝄞 € 610034D81EDDAC20; 1232 2 a 𝄞 000000610001D11E; "
-            "943 2 A漢 ｱÿ 418ABFB17F; 930 2 漢 字 0E4F580F0E48F20F; 939 2 A漢 b C10E4F580F82; "  // shifts are closed
-            "1388 2 中 a文 0E5BCF0F810E57C30F; 5488 2 a中 𝄞 61D6D09432BE34; "
-            "1208 2 a< > 61EFBFBDEFBFBD; 1200 -1 a< >< 6100FDFFFDFFFDFF; "  // pairs torn apart
-            "1204 2 a b FEFF0061FEFF0062; 1205 1 '' b FFFE6200; 1236 1 a 𝄞 FFFE000061000000FFFE00001ED10100")) {
-    SCOPED_TRACE(shown(c));
+       rows("37 2 [ü] 5-中 BADCBBF5603F; 0 2 aé €𝄞 61C3A9E282ACF09D849E; 1200 -1 a< >< 6100FDFFFDFFFDFF; "
+            "930 2 漢 字 0E4F580F0E48F20F; 1204 2 a b FEFF0061FEFF0062; 1205 1 '' b FFFE6200; "
+            "1236 1 a 𝄞 FFFE000061000000FFFE00001ED10100")) {
     Writer writer(std::stoi(c[0]), EEndian{std::stoi(c[1])});
     writer.runOne("a:" + c[2]);
     writer.appendStr(textOf(c[3]).characters());
     if (c[0] == "37") writer.appendStr(nullptr);
-    EXPECT_EQ(toHex(writer.bytes()), c[4]);
+    EXPECT_EQ(toHex(writer.bytes()), c[4]) << shown(c);
     EXPECT_EQ(writer.getCodepage(), c[0] == "0" ? 1208 : std::stoi(c[0]));
   }
   EXPECT_TRUE(Writer(-1, eEndianUnset).ccsid == 1208 && Writer(37, eEndianUnset).endian == eEndianLittle);
-}
-
-// Alone and among others of one byte, where shifts and marks take the most room in proportion.
-TEST(TextBufferWriter, ReservesRoomForEveryText) {
-  for (const int ccsid : {930, 1388, 1390, 1204, 1208, 1214, 1236, 1237, 5054, 5488, 25546}) {
-    SCOPED_TRACE(ccsid);
-    Writer writer(ccsid);
-    for (unsigned unit = 0; unit < 0x10000; unit += 7) {
-      const auto u = static_cast<unsigned short>(unit);
-      const unsigned short text[] = {u, 'A', 0xD83D, u};
-      for (const int length : {1, 2, 4})
-        ASSERT_EQ(raisedBy([&] { writer.appendStr(text, length); }), Raised()) << unit;
-      writer.setLength(0);
-    }
-  }
 }
 
 TEST(TextBufferWriter, ConvertsIntoMemory) {
@@ -176,10 +156,11 @@ TEST(TextBufferWriter, QueuesTextUpToItsCapacity) {
   EXPECT_EQ(callsOf(1208, "q1023 q:< q:a f"), "r3074 c1026 r5 c1 ");
 }
 
-// Ways into a code page with marks: twice after flushing, appended, queued. "*" where there is a second converter.
+// Ways into a code page with marks: twice after flushing, appended, queued; written over, which finds no room for a
+// mark and so never leaves one out. "*" where there is a second converter.
 std::string marksOf(int ccsid, EEndian endian) {
   Writer writer(ccsid, endian);
-  writer.run("A:a A:b a:c q:d f");
+  writer.run("A:a A:b a:c q:d f w:e");
   return toHex(writer.bytes()) + (writer.bomlessConverter != nullptr ? "*" : "");
 }
 
@@ -191,7 +172,7 @@ TEST_F(TextBufferWriterMarks, AreLeftOutInsideAMessageOnRequest) {
       EXPECT_EQ(marksOf(std::stoi(c[0]), EEndian{std::stoi(c[1])}), c[2]) << shown(c);
   };
   const std::string unmarked =
-      "1200 1 6100620063006400; 1202 1 6100620063006400; 1232 2 00000061000000620000006300000064; 37 2 81828384; ";
+      "1200 1 6500620063006400; 1202 1 6500620063006400; 1232 2 00000065000000620000006300000064; 37 2 85828384; ";
   if (std::getenv("NVRA_INSTREAM_BOMS_OFF") == nullptr)
     expectMarks(unmarked +
                 "1204 2 FEFF0061FEFF0062FEFF0063FEFF0064; 1205 1 FFFE6100FFFE6200FFFE6300FFFE6400; "
@@ -238,14 +219,14 @@ TEST(TextBufferWriter, CopiesStretchesOfAReader) {
   }
 }
 
-TEST(TextBufferWriter, CopiesLongStretchesAndItsOwnMessage) {
-  std::string bytes;
+// In blocks of 1024 bytes, asking for the bytes anew each time, as they move while the message grows.
+TEST(TextBufferWriter, CopiesLongStretchesOfItsOwnMessage) {
+  Writer writer(1200, eEndianLittle);
+  std::string bytes, pairs;
   for (int i = 0; i < 2500; ++i)
     bytes += static_cast<char>(i * i / 7);
-  std::string pairs = bytes.substr(0, 2400);
-  for (std::size_t i = 0; i < pairs.size(); i += 2)
-    pairs[i] = bytes[i + 1];
-  Writer writer(1200, eEndianLittle);
+  for (std::size_t i = 1; i < 2400; i += 2)
+    pairs += {bytes[i], bytes[i]};
   writer.GrowingByteBuffer::appendBytes(bytes.data(), 2500);
   TextBufferReader own(static_cast<Message*>(&writer), 1200, eEndianBig, nullptr);
   writer.run("q:A");
