@@ -17,12 +17,12 @@ constexpr bool isExponentLetter(unsigned short unit) {
   return unit == 'e' || unit == 'E';
 }
 
-// Without its trailing zeros. REQUIRES: a point, which the zeros then cannot pass.
-std::size_t withoutTrailingZeros(UnitView text) {
+// The length without trailing zeros. REQUIRES: the text has a point, at which the zeros end at the latest.
+std::size_t lengthWithoutZeros(UnitView text) {
   return text.find_last_not_of(u'0') + 1;
 }
 
-// A text without a point, or none at all.
+// The edit of a text without a point, which may be empty.
 PlacesEdit editWholeNumber(std::uint32_t length, std::int32_t selector) {
   PlacesEdit edit{.keep = length};
   edit.appendPoint = selector == kExplicitPoint || selector > 0;
@@ -30,15 +30,15 @@ PlacesEdit editWholeNumber(std::uint32_t length, std::int32_t selector) {
   return edit;
 }
 
-// A text with its first point at `point`, to exactly `places` of them. More than there are are zeros; fewer are cut,
-// with the point where none is left. Below 0 whole digits go, too.
+// The edit of a text with its first point at `point` to exactly `places` decimal places. Missing ones are zeros. Those
+// that are too many are cut, and the point with them where none is left. Below 0 places, whole digits go too.
 PlacesEdit editToPlaces(std::uint32_t length, std::uint32_t point, std::int32_t places) {
-  PlacesEdit edit{.zeroInFront = point == 0, .keep = length};
+  PlacesEdit edit{.leadingZero = point == 0, .keep = length};
   const std::int64_t excess = std::int64_t{length} - point - 1 - places;
   if (excess < 0) edit.appendZeros = static_cast<std::uint32_t>(-excess);
-  if (excess <= 0) return edit;  // a point at the end stays: Decimals.AdjustsPrecision
+  if (excess <= 0) return edit;  // a point at the end stays: Decimals.Edits
   const std::int64_t keep = places == 0 ? point : std::int64_t{point} + 1 + places;
-  edit.becomesZero = keep + edit.zeroInFront <= 0;
+  edit.becomesZero = keep + edit.leadingZero <= 0;
   if (!edit.becomesZero) edit.keep = static_cast<std::uint32_t>(keep);
   return edit;
 }
@@ -83,9 +83,23 @@ PlacesEdit editPlaces(UnitView text, std::int32_t selector) {
   const std::size_t point = text.find(kPoint);
   if (point == UnitView::npos) return editWholeNumber(length, selector);
   if (!asValue) return editToPlaces(length, static_cast<std::uint32_t>(point), selector);
-  PlacesEdit edit{.zeroInFront = point == 0, .keep = static_cast<std::uint32_t>(withoutTrailingZeros(text))};
+  PlacesEdit edit{.leadingZero = point == 0, .keep = static_cast<std::uint32_t>(lengthWithoutZeros(text))};
   if (selector == kPlacesOfValue && text[edit.keep - 1] == kPoint) --edit.keep;
   return edit;
+}
+
+std::optional<PlainDecimal> plainDecimal(UnitView text) {
+  if (!isDecimalText(text, true)) return {};
+  PlainDecimal decimal{.negative = text.starts_with(u'-')};
+  if (!text.empty() && isSign(text[0])) text.remove_prefix(1);
+  decimal.digits = text;
+  decimal.digits.remove_prefix(std::min(text.find_first_not_of(u'0'), text.size()));
+  if (text.find(kPoint) != UnitView::npos) {
+    decimal.digits = decimal.digits.substr(0, lengthWithoutZeros(decimal.digits));
+    if (decimal.digits.ends_with(kPoint)) decimal.digits.remove_suffix(1);
+  }
+  decimal.leadingZero = !text.empty() && (decimal.digits.empty() || decimal.digits[0] == kPoint);
+  return decimal;
 }
 
 }  // namespace oxr::core

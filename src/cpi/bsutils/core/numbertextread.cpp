@@ -1,5 +1,6 @@
 #include "core/numbertextread.hpp"
 
+#include <algorithm>
 #include <charconv>
 
 #include "core/numbertextwrite.hpp"
@@ -8,17 +9,18 @@ namespace oxr::core {
 
 namespace {
 
-constexpr std::size_t kShortDigits = 18;
+constexpr std::size_t kShortDigits = 18;  // their number fits 64 bits, and their places the exact powers of ten
 
 constexpr bool isExponentLetter(unsigned short unit) {
   return (unit | 0x20) == 'e';
 }
-// "+" to "9", which are the signs, the point, the digits, and "," and "/": those end a number for std::from_chars, too.
+// The units from "+" to "9" are the signs, the point and the digits, and "," and "/", at which std::from_chars stops.
 constexpr bool isNumberUnit(unsigned short unit) {
   return static_cast<std::uint16_t>(unit - '+') <= '9' - '+' || isExponentLetter(unit);
 }
 
-// The part of readPlainDouble() that needs all the care that there is.
+// Reads a plain text through std::from_chars, which takes more than is wanted here: words such as "inf", and texts of
+// which it reads only the beginning. Both are turned away.
 std::optional<double> readThroughChars(UnitView text) {
   constexpr std::size_t kMostUnits = 64;
   if (text.empty() || text.size() > kMostUnits) return {};
@@ -26,14 +28,14 @@ std::optional<double> readThroughChars(UnitView text) {
   char* end = chars;
   bool hasExponent = false;
   for (const unsigned short unit : text) {
-    if (!isNumberUnit(unit)) return {};  // std::from_chars knows words, too
+    if (!isNumberUnit(unit)) return {};
     hasExponent |= isExponentLetter(unit);
     *end++ = static_cast<char>(unit);
   }
   double value;
   const auto [endOfNumber, error] = std::from_chars(chars, end, value);
   if (error != std::errc() || endOfNumber != end) return {};
-  // ICU makes infinity of "0E999999999999".
+  // ICU makes infinity of "0E999999999999": NumbersFromText.ReadDecimalsAndDoubles.
   if (value == 0 && hasExponent) return {};
   return value;
 }
@@ -53,12 +55,12 @@ std::uint64_t sumOfDigits(UnitView digits) {
 }
 
 std::optional<double> readShortDecimal(UnitView text, unsigned short point) {
-  constexpr std::uint64_t kExact = std::uint64_t{1} << 53;  // up to here each integer is a double
+  constexpr std::uint64_t kExact = std::uint64_t{1} << 53;  // up to this bound each integer is a double
   if (text.size() > kShortDigits + 1) return {};
   std::uint64_t digits = 0;
   std::size_t pointAt = text.size();
   for (std::size_t i = 0; i < text.size(); ++i) {
-    const std::uint32_t digit = aboveZero(text[i]);
+    const std::uint32_t digit = digitValue(text[i]);
     if (digit <= 9) {
       digits = digits * 10 + digit;
     } else {
@@ -68,7 +70,7 @@ std::optional<double> readShortDecimal(UnitView text, unsigned short point) {
   }
   const bool hasPoint = pointAt != text.size();
   if (text.size() == hasPoint || digits > kExact) return {};
-  // Both exact, so that the one division rounds as it should.
+  // Dividend and divisor are exact, so that the one division rounds as it should.
   const std::size_t places = hasPoint ? text.size() - pointAt - 1 : 0;
   return static_cast<double>(digits) / kExactPowers[places];
 }

@@ -21,17 +21,19 @@ constexpr std::array<UnitPair, 100> kPairs = [] {
   return pairs;
 }();
 
+// The exponent of the power of two that a normal number is at least.
 std::int32_t binaryExponent(double magnitude) {
   return static_cast<std::int32_t>(std::bit_cast<std::uint64_t>(magnitude) >> 52) - 1023;
 }
 
+// Divides a number by a power of ten if nothing is left over.
 template <std::uint32_t kZeros>
 void dropZeros(std::uint64_t& number) {
   constexpr std::uint64_t kPower = kPowersOfTen[kZeros];  // a constant: division by it is a multiplication
   if (number % kPower == 0) number /= kPower;
 }
 
-// Takes the zeros off the end of a number of 1 to 16 digits.
+// Takes the trailing zeros off a number of 1 to 16 digits: eight of them, then four, two and one are at most fifteen.
 std::uint64_t withoutTrailingZeros(std::uint64_t number) {
   dropZeros<8>(number);
   dropZeros<4>(number);
@@ -48,7 +50,7 @@ std::uint32_t exponentDigits(std::uint32_t exponent) {
 
 void IntegerText::write(unsigned short* out) const {
   unsigned short* end = out + length_;
-  *out = '-';
+  *out = '-';  // a digit overwrites it where the number is not negative
   std::uint64_t rest = magnitude_;
   while (rest >= 100) {
     end -= 2;
@@ -66,9 +68,9 @@ DoubleText::DoubleText(double value) : negative_(std::signbit(value)) {
   if (!takeShort(magnitude)) takeAny(magnitude);
 }
 
-// Numbers of up to 15 digits, of usual size: no two of them are the same double, so that one that reads back as the
-// double is its shortest text. Scaled to 15 digits before the point, such a number is off by less than a quarter after
-// the multiplication; and the division, of two exact numbers, is what reading does.
+// Serves numbers of up to 15 digits and of usual size. No two of them are the same double, so that the one that reads
+// back as the double is its shortest text. Scaled to 15 digits before the point, such a number is off by less than a
+// quarter after the multiplication, and the division, of two exact numbers, is what reading does.
 bool DoubleText::takeShort(double magnitude) {
   constexpr double kLimit = 1e15;
   constexpr double kHalf = 0.5;
@@ -77,10 +79,12 @@ bool DoubleText::takeShort(double magnitude) {
     return true;
   }
   if (magnitude < 1e-7 || magnitude >= kLimit) return false;
-  std::int32_t places = 14 - (binaryExponent(magnitude) * 1233 >> 12);  // or one more than fits; 22 at most
+  // The guess is the number of places that fit or one more, and 22 at most.
+  std::int32_t places = 14 - (binaryExponent(magnitude) * 1233 >> 12);
   double scaled = magnitude * kExactPowers[static_cast<std::size_t>(places)];
   if (scaled >= kLimit) scaled = magnitude * kExactPowers[static_cast<std::size_t>(--places)];
-  const auto number = static_cast<std::int64_t>(scaled + kHalf);  // the nearest, or the division tells
+  // Where this is not the nearest integer, the division tells.
+  const auto number = static_cast<std::int64_t>(scaled + kHalf);
   if (static_cast<double>(number) / kExactPowers[static_cast<std::size_t>(places)] != magnitude) return false;
   exponent_ = static_cast<std::int32_t>(IntegerText::digitCount(static_cast<std::uint64_t>(number))) - 1 - places;
   const IntegerText digits(static_cast<std::int64_t>(withoutTrailingZeros(static_cast<std::uint64_t>(number))));
@@ -89,6 +93,7 @@ bool DoubleText::takeShort(double magnitude) {
   return true;
 }
 
+// Serves every number: the standard library finds the shortest digits, and its text is taken apart.
 void DoubleText::takeAny(double magnitude) {
   char text[32];  // "d.ddddddddddddddddE-ddd", and room to spare
   const char* const end = std::to_chars(text, text + sizeof text, magnitude, std::chars_format::scientific).ptr;
@@ -103,7 +108,7 @@ void DoubleText::takeAny(double magnitude) {
   if (isSmall) exponent_ = -exponent_;
 }
 
-bool DoubleText::isNines() const {
+bool DoubleText::startsWithNines() const {
   constexpr std::uint32_t kNines = 15;
   return count_ >= kNines && std::all_of(digits_, digits_ + kNines, [](unsigned short digit) { return digit == '9'; });
 }
@@ -123,10 +128,10 @@ void DoubleText::writePlain(unsigned short* out) const {
     return;
   }
   const auto whole = static_cast<std::uint32_t>(exponent_) + 1;
-  const std::uint32_t front = std::min(whole, count_);
-  out = std::fill_n(std::copy_n(digits_, front, out), whole - front, kZero);
+  const std::uint32_t wholeDigits = std::min(whole, count_);
+  out = std::fill_n(std::copy_n(digits_, wholeDigits, out), whole - wholeDigits, kZero);
   *out++ = '.';
-  std::copy_n(digits_ + front, count_ - front, out);
+  std::copy_n(digits_ + wholeDigits, count_ - wholeDigits, out);
 }
 
 std::uint32_t DoubleText::exponentialLength() const {

@@ -3,7 +3,10 @@
 #include <array>
 #include <cstdint>
 
-// Integers and doubles as text, written in place: the length is known before the first unit is.
+// Integers and doubles as text, written in place.
+//
+// Each number is first reduced to what its text is made of: a magnitude, or digits and an exponent. The length follows
+// from that before the first unit is written, so that the caller can make exactly the room that is needed.
 namespace oxr::core {
 
 // The decimal digits of an integer, with "-" where it is negative.
@@ -37,7 +40,7 @@ inline constexpr auto kPowersOfTen = [] {
   return powers;
 }();
 
-// Those that a double holds exactly.
+// The powers of ten that a double holds exactly.
 inline constexpr auto kExactPowers = [] {
   std::array<double, 23> powers{1.0};
   for (std::size_t i = 1; i < powers.size(); ++i)
@@ -46,7 +49,7 @@ inline constexpr auto kExactPowers = [] {
 }();
 static_assert(kExactPowers[22] == 1e22);
 
-// 1233 / 4096 is log10(2) from above, near enough for 64 bits: the guess is the count or one more than it.
+// 1233 / 4096 is a little below log10(2), near enough for 64 bits, so that the guess is the count or one less than it.
 constexpr std::uint32_t IntegerText::digitCount(std::uint64_t value) {
   const auto bits = static_cast<std::uint32_t>(64 - __builtin_clzll(value | 1));
   const std::uint32_t guess = bits * 1233 >> 12;
@@ -55,7 +58,7 @@ constexpr std::uint32_t IntegerText::digitCount(std::uint64_t value) {
 static_assert(IntegerText::digitCount(0) == 1 && IntegerText::digitCount(9) == 1 && IntegerText::digitCount(10) == 2);
 static_assert(IntegerText::digitCount(~0ull) == 20);
 
-// The shortest digits that read back as the same finite double, laid out in either notation. The point is always there:
+// The shortest digits that read back as the same finite double, in either notation. The point is always there:
 //
 //   value      plain       exponential
 //   1500       1500.       1.5E+3
@@ -71,8 +74,8 @@ class DoubleText {
   std::uint32_t exponentialLength() const;
   void writeExponential(unsigned short* out) const;
 
-  // Whether the number is the next thing to a power of ten, but less: fifteen nines or more.
-  bool isNines() const;
+  // Whether the first fifteen digits are nines: the number is a little less than a power of ten.
+  bool startsWithNines() const;
 
  private:
   static constexpr std::uint32_t kMaxDigits = 17;
@@ -81,7 +84,7 @@ class DoubleText {
   void takeAny(double magnitude);
 
   unsigned short digits_[kMaxDigits];
-  std::uint32_t count_ = 0;    // of digits, at least 1; no zeros behind the last one
+  std::uint32_t count_ = 0;    // of digits, at least 1; the last one is no zero unless it is the only one
   std::int32_t exponent_ = 0;  // of the first digit
   bool negative_;
 };

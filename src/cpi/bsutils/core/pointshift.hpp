@@ -14,20 +14,20 @@ namespace oxr::core {
 struct PointShift {
   static constexpr std::uint32_t kNoPoint = 0xFFFFFFFFu;
 
-  std::uint32_t frontZeros = 0;
-  std::uint32_t backZeros = 0;
-  std::uint32_t point = kNoPoint;
+  std::uint32_t frontZeros = 0;    // before the first unit
+  std::uint32_t backZeros = 0;     // after the last unit
+  std::uint32_t point = kNoPoint;  // units and zeros before the point
 
   constexpr bool hasPoint() const { return point != kNoPoint; }
-  // Of the whole result, for a text of `units` units without its point.
+  // The length of the whole result, for a text of `units` units without its point.
   constexpr std::uint64_t length(std::uint32_t units) const {
     return std::uint64_t{frontZeros} + units + backZeros + (hasPoint() ? 1 : 0);
   }
 };
 
 // The shift by `places` (positive: to the left, a smaller number) of a text of `units` units, its point not counted,
-// that had its point before unit `point`, or kNoPoint. Not for 0 places and not for an empty text: both stay as they
-// are. The result may begin or end with the point; see trimmed().
+// that had its point before unit `point`, or kNoPoint. 0 places and an empty text are not for this function: the caller
+// leaves those texts as they are. The result may begin or end with the point; see trimmed().
 constexpr PointShift shiftPoint(std::uint32_t units, std::uint32_t point, std::int32_t places) {
   const std::int64_t from = point == PointShift::kNoPoint ? units : point;
   const std::int64_t to = from - places;
@@ -43,8 +43,8 @@ constexpr PointShift shiftPoint(std::uint32_t units, std::uint32_t point, std::i
   return shift;
 }
 
-// The same with a digit in front of a point that came first, and without a point that came last. For texts that hold no
-// further point.
+// The same shift with a digit before a point that came first, and without a point that came last. It serves texts that
+// hold no further point.
 constexpr PointShift trimmed(PointShift shift, std::uint32_t units) {
   if (shift.point == 0) return {1, 0, 1};
   if (shift.hasPoint() && shift.point == shift.frontZeros + units) shift.point = PointShift::kNoPoint;

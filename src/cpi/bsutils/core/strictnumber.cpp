@@ -8,6 +8,7 @@ namespace oxr::core {
 
 namespace {
 
+// ASCII is tested first, since ICU's test is a look-up.
 bool isDigit(unsigned short unit) {
   return isAsciiDigit(unit) || u_isdigit(unit);
 }
@@ -19,7 +20,7 @@ bool hasExponentLetter(UnitView text) {
 
 enum PointForm { kPointAndDigit, kPointAlone, kNoPoint };
 
-// By the selectors without a number of places; `PointForm` is the column.
+// What is amiss with a text, by the precision selectors that name no number of places; `PointForm` is the column.
 struct PlacesRule {
   std::int32_t precision;
   StrictFault faults[3];
@@ -34,12 +35,12 @@ constexpr PlacesRule kPlacesRules[] = {
 // REQUIRES: the point, if there is one, lies inside the text.
 StrictFault placesFault(UnitView text, std::size_t point, std::int32_t precision) {
   const bool hasPoint = point != UnitView::npos;
-  const UnitView behind = hasPoint ? text.substr(point + 1) : UnitView();
-  const PointForm form = !hasPoint ? kNoPoint : !behind.empty() && isDigit(behind[0]) ? kPointAndDigit : kPointAlone;
+  const UnitView places = hasPoint ? text.substr(point + 1) : UnitView();
+  const PointForm form = !hasPoint ? kNoPoint : !places.empty() && isDigit(places[0]) ? kPointAndDigit : kPointAlone;
   for (const PlacesRule& rule : kPlacesRules)
     if (rule.precision == precision) return rule.faults[form];
-  if (hasPoint && static_cast<std::int64_t>(behind.size()) == precision) return StrictFault::none;
-  // Of a whole number with an exponent, the exponent is told: NumbersFromText.StrictCheckingTellsWhatIsAmiss.
+  if (hasPoint && static_cast<std::int64_t>(places.size()) == precision) return StrictFault::none;
+  // A whole number with an exponent is refused for its exponent: NumbersFromText.ReadDecimalsAndDoubles.
   return !hasPoint && hasExponentLetter(text) ? StrictFault::none : StrictFault::wrongPlaces;
 }
 

@@ -1,3 +1,9 @@
+// What conversions lean on beside the settings: the converter of the object's code page, raw text in that page, and the
+// decimal formatter.
+//
+// ICU's formatter takes long to make and serves one thread at a time. So the process makes one, which is never changed
+// once others can see it, and each object clones that for itself on first use.
+
 #include <unicode/dcfmtsym.h>
 #include <unicode/decimfmt.h>
 #include <unicode/numfmt.h>
@@ -23,21 +29,22 @@ bool DataCnv::_symbolsAreAscii = false;
 
 namespace {
 
-// The default locale's formatter, but always with "." and ",". Null, and a status above zero, when there is none.
+// The default locale's formatter, but always with "." and ",". The result is null, with a status above zero, where the
+// locale has none.
 std::unique_ptr<icu::DecimalFormat> makeFormatter(UErrorCode& status) {
   std::unique_ptr<icu::NumberFormat> made(icu::NumberFormat::createInstance(status));
   auto* const decimal = dynamic_cast<icu::DecimalFormat*>(made.get());
   // A locale may ask for numbers in words, which no decimal formatter writes.
   if (U_SUCCESS(status) && decimal == nullptr) status = U_UNSUPPORTED_ERROR;
   if (U_FAILURE(status)) return nullptr;
-  static_cast<void>(made.release());
+  static_cast<void>(made.release());  // `decimal` is the same object
   std::unique_ptr<icu::DecimalFormat> formatter(decimal);
 
   formatter->applyPattern(icu::UnicodeString(), status);
   icu::DecimalFormatSymbols symbols(*formatter->getDecimalFormatSymbols());
   symbols.setSymbol(icu::DecimalFormatSymbols::kDecimalSeparatorSymbol, u'.', true);
   symbols.setSymbol(icu::DecimalFormatSymbols::kGroupingSeparatorSymbol, u',', true);
-  // What is no number is the same text for all locales, too: Format.LocalesChangeNothing.
+  // Infinity and what is no number are the same texts in all locales, too: NumbersToText.LocalesChangeNothing.
   symbols.setSymbol(icu::DecimalFormatSymbols::kInfinitySymbol, icu::UnicodeString(u"INF"), false);
   symbols.setSymbol(icu::DecimalFormatSymbols::kNaNSymbol, icu::UnicodeString(u"NaN"), false);
   formatter->setDecimalFormatSymbols(symbols);
@@ -64,7 +71,8 @@ bool hasAsciiSymbols(const icu::DecimalFormatSymbols& symbols) {
   });
 }
 
-// "e" of "E" and "E" of "e"; a symbol without case stays. Not by the locale's rules: the text parsed knows no locale.
+// The symbol in its other case: "e" for "E" and "E" for "e". A symbol without case stays. The rules of case are not
+// those of the locale, since the texts that are read know none.
 icu::UnicodeString otherCase(const icu::UnicodeString& symbol) {
   icu::UnicodeString other(symbol);
   other.toLower(icu::Locale::getRoot());
@@ -78,13 +86,14 @@ CPUnicodeConverter* DataCnv::getConverter() {
   return converter.get();
 }
 
+// The code page tells by its digit zero, so that no table of pages is needed. A page that has no zero is no EBCDIC.
 bool DataCnv::IsCcsidEBCDIC() {
   constexpr unsigned short kZero[] = {'0'};
   constexpr unsigned char kEbcdicZero = 0xF0;
   if (ebcdicState == -1) {
     int size = getConverter()->getMaxBytesPerChar();
     Scratch<unsigned char, 16> bytes(static_cast<std::size_t>(size));
-    bytes.data()[0] = 0;
+    bytes.data()[0] = 0;  // what a failed conversion leaves
     fromUnicodeString(KelBufferedWstring<16u>(kZero, 1), bytes.data(), size);
     ebcdicState = bytes.data()[0] == kEbcdicZero ? 1 : 0;
   }
@@ -116,7 +125,7 @@ PWFData DataCnv::RawCharsToPWFData(const char* bytes, int size) {
 
 icu::DecimalFormat* DataCnv::getDecimalFormatter() {
   if (decFormatter != nullptr) return decFormatter.get();
-  // Always in this order: the object's mutex, then the one of the process.
+  // The mutexes are always taken in this order, the object's and then the one of the process.
   const KelMutex::Mutex lock(decFormatterMutex);
   icu::DecimalFormat* shared = _global_decFormatter.load(std::memory_order_acquire);
   if (shared == nullptr) {
@@ -133,7 +142,7 @@ icu::DecimalFormat* DataCnv::getDecimalFormatter() {
       _otherCaseExponentSymbol = otherCase(_exponentSymbol);
       _symbolsAreAscii = hasAsciiSymbols(*made->getDecimalFormatSymbols());
       shared = made.release();
-      // Last, and with release: who sees the formatter sees the symbols, and never one half set up.
+      // This store is the last, and a release: who sees the formatter sees its symbols, and never one half set up.
       _global_decFormatter.store(shared, std::memory_order_release);
     }
   }

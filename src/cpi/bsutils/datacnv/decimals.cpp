@@ -1,3 +1,5 @@
+// Edits of decimal texts. How a text changes is worked out in core/; here it is changed in place.
+
 #include <cmath>
 
 #include "core/decimaltext.hpp"
@@ -11,7 +13,8 @@ using namespace oxr;
 
 namespace {
 
-// Puts a digit in front of a point that comes first; else takes off a point that comes last. The first point counts.
+// Puts a "0" before a point that comes first, or else takes off a point that comes last. Of several points the first
+// one counts.
 void tidyPoint(KelWstring& text) {
   const unsigned point = findPoint(text);
   if (point == 0)
@@ -20,14 +23,15 @@ void tidyPoint(KelWstring& text) {
     text.eraseInternal(point, 1);
 }
 
-// Makes the shift of a text that has lost its (first) point.
+// Applies a shift to a text that has lost its first point.
 void applyShift(KelWstring& text, const core::PointShift& shift) {
   if (shift.frontZeros != 0) insertCopies(text, 0, shift.frontZeros, '0');
   if (shift.backZeros != 0) insertCopies(text, text.length(), shift.backZeros, '0');
   if (shift.hasPoint()) insertUnit(text, shift.point, '.');
 }
 
-// The power of ten, or 0 when it underflows.
+// 10 to the power, by the system's function, whose rounding is asked for. It is 0 for a power below the range of
+// doubles.
 double powerOfTen(int power) {
   return std::pow(10.0, power);
 }
@@ -47,14 +51,14 @@ bool DataCnv::isDecimalValid(const KelWstring& text, bool pointRequired) {
 
 void DataCnv::adjustDecimalForString(KelWstring& text, int places) {
   const FunctionTrace trace(this, "DataCnv::adjustDecimalForString", kDataCnvPath);
-  // Nothing at all is done then, not even a digit put in front of a point: Decimals.ShiftsThePoint.
+  // With 0 places nothing at all is done, and a point that comes first gets no digit: Decimals.Edits.
   if (places == 0 || text.length() == 0) return;
   const unsigned point = findPoint(text);
   if (point == KelWstring::npos) {
     applyShift(text, core::trimmed(core::shiftPoint(text.length(), core::PointShift::kNoPoint, places), text.length()));
     return;
   }
-  // Bad text may hold further points, so that the tidying has to look for the first one again.
+  // A bad text may hold further points, so that tidying it has to look for the first one again.
   text.eraseInternal(point, 1);
   applyShift(text, core::shiftPoint(text.length(), point, places));
   tidyPoint(text);
@@ -70,7 +74,7 @@ void DataCnv::adjustPrecisionForString(KelWstring& text, int selector) {
   text.eraseInternal(edit.keep, KelWstring::npos);
   if (edit.appendPoint) appendUnit(text, '.');
   if (edit.appendZeros != 0) insertCopies(text, text.length(), edit.appendZeros, '0');
-  if (edit.zeroInFront) insertUnit(text, 0, '0');
+  if (edit.leadingZero) insertUnit(text, 0, '0');
 }
 
 int DataCnv::UpdateDecimal(KelWstring& text, const unsigned short* oldPoint, const unsigned short* newPoint) {
@@ -78,7 +82,7 @@ int DataCnv::UpdateDecimal(KelWstring& text, const unsigned short* oldPoint, con
   if (oldPoint == nullptr || newPoint == nullptr) return -1;
   const UnitView oldText(oldPoint);
   const UnitView newText(newPoint);
-  // The old text is a set of units here, and yet all its length is replaced: Decimals.ReplacesAPoint.
+  // The old text is a set of units here, and yet as many units as it has are replaced: Decimals.ReplacesAPoint.
   const std::size_t position = text.view().find_first_of(oldText);
   if (position == UnitView::npos) return -1;
   text.replaceInternal(static_cast<unsigned>(position), static_cast<unsigned>(oldText.size()), newText.data(),
@@ -99,6 +103,7 @@ void DataCnv::TrimFromDecimal(KelWstring& text) {
   if (point != KelWstring::npos) text.eraseInternal(point, KelWstring::npos);
 }
 
+// The result means nothing. Zero comes out empty.
 int DataCnv::TrimNonSignificantZeros(KelWstring& text) {
   const FunctionTrace trace(this, "DataCnv::TrimNonSignificantZeros", kDataCnvPath);
   if (text.length() == 0) return 0;
@@ -110,6 +115,8 @@ int DataCnv::TrimNonSignificantZeros(KelWstring& text) {
   return 0;
 }
 
+// Multiplying by ten to a negative power and dividing by ten to the positive one round differently, so that neither of
+// these is made of the other.
 double DataCnv::MultiplyDouble(double value, int power) {
   const FunctionTrace trace(this, "DataCnv::MultiplyDouble", kDataCnvPath);
   const double factor = power == 0 ? 0.0 : powerOfTen(power);

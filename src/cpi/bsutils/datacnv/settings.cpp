@@ -1,3 +1,5 @@
+// What a converter is made of and told: its settings, the constant texts, its beginning and its end.
+
 #include <unicode/decimfmt.h>
 
 #include "datacnv/sourcepath.hpp"
@@ -9,7 +11,7 @@
 using oxr::FunctionTrace;
 using oxr::kDataCnvPath;
 
-// Built at load and only read later; no member looks at them before the first object is made.
+// These are built at load and only read later. No member looks at them before the first object is made.
 const KelWstring DataCnv::UHEX_NUMBERS = convertString(L"0123456789abcdefABCDEF");
 const KelWstring DataCnv::US_PLUS = convertString(L"+");
 const KelWstring DataCnv::US_MINUS = convertString(L"-");
@@ -21,6 +23,7 @@ const KelWstring DataCnv::MILLISEC_PATTERN = convertString(L".SSS");
 
 namespace {
 
+// The decimal point of the process's locale, which the first object of the process finds out.
 const KelWstring& localeDecimalText() {
   if (!KelLocale::symbolsInitialised) KelLocale::initialiseExtendedInformation();
   return KelLocale::iSymbols;
@@ -53,6 +56,7 @@ DataCnv::DataCnv(int codePage, EEndian endianOfIntegers, EEndian endianOfPacked,
 
 DataCnv::~DataCnv() {
   const FunctionTrace trace(this, "DataCnv::~DataCnv", kDataCnvPath);
+  // The order is part of what trace shows, and with it the reason why this is not left to the members.
   converter.reset();
   localConverter.reset();
   if (decFormatter != nullptr) {
@@ -61,6 +65,7 @@ DataCnv::~DataCnv() {
   }
 }
 
+// The texts are held by pointer and stay the caller's.
 void DataCnv::setDateTimeProperties(int windowOfCentury, const unsigned short* nameOfTimeZone,
                                     const unsigned short* textOfDateTime, int firstWeek, bool isLenient,
                                     bool flagOfDateTime) {

@@ -1,3 +1,8 @@
+// Fields of numbers with decimal places, read as decimals and as doubles.
+//
+// Both readings bring a field to canonical text first, in the same steps: trim, sign, point, and under strict checking
+// the tests of the form that the field is declared with. A decimal is that text; a double is read from it.
+
 #include <unicode/uchar.h>
 
 #include <iterator>
@@ -6,14 +11,13 @@
 #include "core/decimaltext.hpp"
 #include "core/numbertextread.hpp"
 #include "core/strictnumber.hpp"
-#include "datacnv/asciinumbers.hpp"
 #include "datacnv/padchar.hpp"
 #include "datacnv/parts.hpp"
-#include "datacnv/signform.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
 #include "datacnv/textfield.hpp"
 #include "dataconv.hpp"
+#include "support/fastway.hpp"
 #include "support/support.hpp"
 #include "values/textinplace.hpp"
 
@@ -35,7 +39,7 @@ namespace {
 constexpr NumberKind kDecimal = {false, "Tried to convert a zero length string to a decimal", "decimal"};
 constexpr NumberKind kDouble = {true, "Tried to convert a zero length string to a double", "float"};
 
-// By the number of the StrictFault.
+// The failure of each StrictFault.
 constexpr const Failure* kStrictFailures[] = {
     nullptr,
     &failures::kStrictVirtualPoint,
@@ -48,50 +52,55 @@ constexpr const Failure* kStrictFailures[] = {
 };
 static_assert(std::size(kStrictFailures) == static_cast<std::size_t>(core::StrictFault::isNotExponential) + 1);
 
-[[noreturn]] void refuse(const FailureSite& site, const Failure& failure, const NumberField& field) {
+// Raises a failure of strict checking. It quotes the field as it came, and the places where their number is wrong.
+[[noreturn]] void raiseStrict(const FailureSite& site, const Failure& failure, const NumberField& field) {
   const KelWstring untouched(field.view());
   if (failure.number == failures::kStrictPlaces.number)
     raise<KelConversionException>(site, failure, untouched, field.precision);
   raise<KelConversionException>(site, failure, untouched);
 }
 
+// Tests the arguments in the order that decides which of several failures is told. A length of 0 is no failure.
 void requireField(const FailureSite& site, const NumberKind& kind, const NumberField& field) {
   if (field.text == nullptr) raiseInternalError(site, "Null input pointer");
   if (field.length < 0)
     raiseBare<KelConversionException>(site, failures::kInvalidData, kind.negativeLength, kind.word, "");
-  if (field.minusText == nullptr || field.plusText == nullptr) raiseInternalError(site, "Null sign string pointer");
+  requireSignTexts(site, field.minusText, field.plusText);
   if (field.decimalPoint == nullptr) raiseInternalError(site, "Null decimal point string pointer");
-  if (isIncluded(field.sign)) raiseInternalError(site, numbered("Sign type invalid for context: ", field.sign));
+  requireSeparateSign(site, field.sign);
 }
 
-// A "." where the message has a point of its own; some messages may have both.
+// Refuses a "." where the message has a point of its own.
 void requireOwnPoint(const FailureSite& site, const NumberField& field, const KelWstring& text) {
   if (field.decimalPoint[0] == '.' || findPoint(text) == KelWstring::npos) return;
-  refuse(site, field.precision == 0 ? failures::kStrictPlaces : failures::kStrictDecimalPoint, field);
+  raiseStrict(site, field.precision == 0 ? failures::kStrictPlaces : failures::kStrictDecimalPoint, field);
 }
 
-// The value of a frequent field: ASCII digits with at most a point of one unit among them, and no fault.
-std::optional<double> quickDouble(const NumberField& field, bool isStrict) {
+// Serves ASCII digits with at most a point of one unit among them, in a field that has no fault.
+inline bool readDoubleFast(const NumberField& field, bool isStrict, double& value) {
+  if (!DataCnvParts::hasAsciiSymbols()) return false;
   if (field.decimalPoint == nullptr || field.useVirtualDecimalPoint || field.precision == core::kExplicitPoint)
-    return {};
+    return false;
   const unsigned short point = field.decimalPoint[0];
-  // Nor an exponent's letter, which strict checking would look for.
+  // A digit would be one of the number's, and an exponent's letter is what strict checking looks for.
   const bool isPlainPoint =
-      point != 0 && field.decimalPoint[1] == 0 && core::aboveZero(point) > 9 && point != 'e' && point != 'E';
-  if (!isPlainPoint || (isStrict && u_isdigit(field.padChar))) return {};
+      point != 0 && field.decimalPoint[1] == 0 && core::digitValue(point) > 9 && point != 'e' && point != 'E';
+  if (!isPlainPoint || (isStrict && u_isdigit(field.padChar))) return false;
   const auto number = bareNumber(field);
-  if (!number) return {};
-  const auto value = core::readShortDecimal(number->text, point);
-  if (!value) return {};
+  if (!number) return false;
+  const auto magnitude = core::readShortDecimal(number->text, point);
+  if (!magnitude) return false;
   if (isStrict && core::strictFault(number->text, number->text.find(point), {false, field.precision, true}) !=
                       core::StrictFault::none)
-    return {};
-  return number->negative ? -*value : *value;
+    return false;
+  value = number->negative ? -*magnitude : *magnitude;
+  return true;
 }
 
-// Puts the canonical point for the message's, and under strict checking sees to it that the number has its form.
-void settlePoint(DataCnv& cnv, const FailureSite& site, const NumberKind& kind, const NumberField& field,
-                 KelWstring& text) {
+// Replaces the message's point by the canonical one, and under strict checking requires the declared form of the
+// number, which is looked at from its point on.
+void replacePoint(DataCnv& cnv, const FailureSite& site, const NumberKind& kind, const NumberField& field,
+                  KelWstring& text) {
   const bool mayHaveBothPoints = field.useVirtualDecimalPoint || DataCnvParts::takesLoosePoints(cnv);
   if (DataCnvParts::checksStrictly(cnv) && !mayHaveBothPoints) requireOwnPoint(site, field, text);
   int point = -1;
@@ -101,31 +110,32 @@ void settlePoint(DataCnv& cnv, const FailureSite& site, const NumberKind& kind, 
   const core::StrictFault fault =
       core::strictFault(text.view(), point < 0 ? UnitView::npos : static_cast<std::size_t>(point),
                         {field.useVirtualDecimalPoint, field.precision, kind.isDouble});
-  if (fault != core::StrictFault::none) refuse(site, *kStrictFailures[static_cast<std::size_t>(fault)], field);
+  if (fault != core::StrictFault::none) raiseStrict(site, *kStrictFailures[static_cast<std::size_t>(fault)], field);
 }
 
-// Brings a field to canonical text without its sign, and tells whether that was negative. An empty text stays empty; of
-// a double's field, only when nothing but padding was in it.
-bool numberFrom(DataCnv& cnv, const FailureSite& site, const NumberKind& kind, const NumberField& field,
+// Reads a field as canonical text without its sign, and tells whether that was negative. The text of an empty field is
+// empty; so is that of a double's field that holds nothing but padding.
+bool readNumber(DataCnv& cnv, const FailureSite& site, const NumberKind& kind, const NumberField& field,
                 KelWstring& text) {
   requireField(site, kind, field);
   const bool hasUnits = field.length != 0;
   text.assignInternal(field.text, static_cast<unsigned>(field.length), 0);
   const unsigned short pad = field.padCharIsUnicode ? field.padChar : uncheckedPadUnit(cnv, field.padChar);
-  // The checks must see the zeros that a field was filled with: NumbersFromText.StrictCheckingTrimsDigitsLate.
+  // Strict checking must see the zeros that a field was filled with, so that they are trimmed after it:
+  // NumbersFromText.StrictCheckingTrimsDigitsLate.
   const bool trimsLate = DataCnvParts::checksStrictly(cnv) && u_isdigit(pad);
   if (!trimsLate) cnv.TrimData(text, field.trim, field.justification, pad, true);
   if (text.length() == 0 && (hasUnits || kind.isDouble)) {
-    if (DataCnvParts::checksStrictly(cnv)) refuse(site, failures::kStrictZeroLength, field);
+    if (DataCnvParts::checksStrictly(cnv)) raiseStrict(site, failures::kStrictZeroLength, field);
     if (kind.isDouble) return false;
     setToZero(text);
   }
   const bool negative = cnv.CheckSign(text, field.sign, field.minusText, field.plusText);
   if (DataCnvParts::checksStrictly(cnv) && hasUnits && text.length() == 0)
-    refuse(site, failures::kStrictIntegerDigit, field);
-  settlePoint(cnv, site, kind, field, text);
+    raiseStrict(site, failures::kStrictIntegerDigit, field);
+  replacePoint(cnv, site, kind, field, text);
   if (trimsLate) cnv.TrimData(text, field.trim, field.justification, pad, true);
-  if (!kind.isDouble) {
+  if (!kind.isDouble) {  // a double's digits are read with leading zeros, and not with white space
     cnv.TrimData(text, eTrimPadding, eJustifyRight, '0', true);
     if (!DataCnvParts::checksStrictly(cnv)) cnv.TrimData(text, eTrimSpaceBoth, field.justification, ' ', true);
   }
@@ -137,11 +147,20 @@ bool numberFrom(DataCnv& cnv, const FailureSite& site, const NumberKind& kind, c
   return negative;
 }
 
-void decimalFrom(DataCnv& cnv, const NumberField& field, KelWstring& text) {
+// Reads a decimal into a text of the caller's, which may be that of a value.
+void readDecimal(DataCnv& cnv, const NumberField& field, KelWstring& text) {
   const FunctionTrace trace(&cnv, "DataCnv::StrToDecimal", kDataCnvPath);
-  const bool negative = numberFrom(cnv, trace.site(), kDecimal, field, text);
+  const bool negative = readNumber(cnv, trace.site(), kDecimal, field, text);
   if (!field.useVirtualDecimalPoint) cnv.removeTrailingDecimal(text);
   if (negative) insertUnit(text, 0, '-');
+}
+
+double readDoubleGeneral(DataCnv& cnv, const NumberField& field) {
+  const FunctionTrace trace(&cnv, "DataCnv::StrToDbl", kDataCnvPath);
+  KelBufferedWstring<16u> number;
+  const bool negative = readNumber(cnv, trace.site(), kDouble, field, number);
+  const double value = number.length() == 0 ? 0.0 : cnv.PWFStringTodouble(number);
+  return negative ? -value : value;
 }
 
 }  // namespace
@@ -151,7 +170,7 @@ KelWstring DataCnv::StrToDecimal(const unsigned short* text, int length, bool us
                                  const unsigned short* plusText, ETrimType trim, EJustification justification,
                                  unsigned short padChar, bool padCharIsUnicode) {
   KelBufferedWstring<16u> decimal;
-  decimalFrom(*this,
+  readDecimal(*this,
               {{text, length, sign, minusText, plusText, trim, justification, padChar, padCharIsUnicode},
                useVirtualDecimalPoint,
                precision,
@@ -164,18 +183,14 @@ double DataCnv::StrToDbl(const unsigned short* text, int length, bool useVirtual
                          const unsigned short* decimalPoint, ESign sign, const unsigned short* minusText,
                          const unsigned short* plusText, ETrimType trim, EJustification justification,
                          unsigned short padChar, bool padCharIsUnicode) {
-  const FunctionTrace trace(this, "DataCnv::StrToDbl", kDataCnvPath);
   const NumberField field{{text, length, sign, minusText, plusText, trim, justification, padChar, padCharIsUnicode},
                           useVirtualDecimalPoint,
                           precision,
                           decimalPoint};
-  if (readsAsciiNumbers()) [[likely]] {
-    if (const auto value = quickDouble(field, strictNumericChecking)) return *value;
-  }
-  KelBufferedWstring<16u> number;
-  const bool negative = numberFrom(*this, trace.site(), kDouble, field, number);
-  const double value = number.length() == 0 ? 0.0 : PWFStringTodouble(number);
-  return negative ? -value : value;
+  double value;
+  if (wentFast([&] { return readDoubleFast(field, strictNumericChecking, value); })) [[likely]]
+    return value;
+  return readDoubleGeneral(*this, field);
 }
 
 PWFData DataCnv::StrToDec(const unsigned short* text, int length, bool useVirtualDecimalPoint, int precision,
@@ -184,7 +199,7 @@ PWFData DataCnv::StrToDec(const unsigned short* text, int length, bool useVirtua
                           unsigned short padChar, bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::StrToDec", kDataCnvPath);
   PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});
-  decimalFrom(*this,
+  readDecimal(*this,
               {{text, length, sign, minusText, plusText, trim, justification, padChar, padCharIsUnicode},
                useVirtualDecimalPoint,
                precision,
@@ -202,7 +217,7 @@ PWFData DataCnv::StrToDec(const unsigned short* text, int& length, ETrimType tri
 PWFData DataCnv::StrToDec(const unsigned char* bytes, int& length, int scale) {
   const FunctionTrace trace(this, "DataCnv::StrToDec", kDataCnvPath);
   if (bytes == nullptr) raiseInternalError(trace.site(), "Null input pointer");
-  // A length of 0 passes in spite of the words: NumbersFromText.BytesBecomeDecimals.
+  // A length of 0 passes in spite of the words, and is for toUnicodeString to refuse: NumbersFromText.ReadPlainTexts.
   if (length < 0)
     raiseBare<KelConversionException>(trace.site(), failures::kInvalidData, kDecimal.negativeLength, kDecimal.word, "");
   PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});

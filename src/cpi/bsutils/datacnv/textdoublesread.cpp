@@ -1,10 +1,12 @@
+// Plain texts of numbers, read as doubles: canonical text as ICU takes it, and any text as strtod takes it. What both
+// would read alike, and most texts are such, is read without them.
+
 #include <unicode/decimfmt.h>
 
 #include <clocale>
 #include <cstdlib>
 
 #include "core/numbertextread.hpp"
-#include "datacnv/asciinumbers.hpp"
 #include "datacnv/parts.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
@@ -17,8 +19,9 @@ using namespace oxr;
 namespace {
 
 constexpr int kLocalCcsid = 1208;         // UTF-8
-constexpr std::size_t kUsualChars = 128;  // of a text that needs no heap
+constexpr std::size_t kUsualChars = 128;  // up to so many bytes a text needs no heap
 
+// The number that ICU read, whichever type it chose for it.
 double valueOf(const icu::Formattable& number) {
   switch (number.getType()) {
     case icu::Formattable::kLong:
@@ -30,12 +33,14 @@ double valueOf(const icu::Formattable& number) {
   }
 }
 
-// The process may have any locale, and change it: a number that was written with "." is read with "." all the same.
+// The process may have any locale, and change it. A number that was written with "." is read with "." all the same:
+// NumbersFromText.TheProcessLocaleChangesNothing.
 locale_t plainLocale() {
   static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
   return locale;
 }
 
+// Appends the text's UTF-8 form at `target`, which moves on.
 void encode(const FailureSite& site, CPUnicodeConverter& converter, char*& target, char* limit,
             const unsigned short* text, int length) {
   UErrorCode status = U_ILLEGAL_ARGUMENT_ERROR;
@@ -46,22 +51,44 @@ void encode(const FailureSite& site, CPUnicodeConverter& converter, char*& targe
   if (U_FAILURE(status)) raiseInternalError(site, "Error converting from unicode", static_cast<int>(status));
 }
 
-// Whatever ICU takes.
-double parsedDouble(DataCnv& cnv, const FailureSite& site, const KelWstring& text) {
+// Serves plain numbers while ICU's symbols are ASCII. ICU is asked as long as there is no formatter, whose symbols
+// could be looked at: the first number of the process makes it.
+inline bool readCanonicalFast(const KelWstring& text, double& value) {
+  if (!DataCnvParts::hasAsciiSymbols()) return false;
+  const auto reading = core::readPlainDouble(text.view());
+  if (reading) value = *reading;
+  return reading.has_value();
+}
+
+// Reads whatever ICU takes, as far as it goes.
+double readCanonicalGeneral(DataCnv& cnv, const KelWstring& text) {
+  // The traced name isn't the operation's own: NumbersFromText.Trace.
+  const FunctionTrace trace(&cnv, "DataCnv::UStringTodouble", kDataCnvPath);
   const icu::DecimalFormat& formatter = *cnv.getDecimalFormatter();
   icu::UnicodeString units(toIcu(text.characters()), static_cast<std::int32_t>(text.length()));
   units.findAndReplace(DataCnvParts::otherCaseExponentSymbol(), DataCnvParts::exponentSymbol());
   icu::Formattable number;
   UErrorCode status = U_ZERO_ERROR;
   static_cast<const icu::NumberFormat&>(formatter).parse(units, number, status);
-  // A point alone counts as zero: NumbersFromText.CanonicalTextIsReadAsFarAsItGoes.
+  // A text that begins with a point, and is no number, counts as zero: NumbersFromText.ReadPlainTexts.
   if (U_FAILURE(status) && !text.view().starts_with(u'.'))
-    raise<KelConversionException>(site, failures::kInvalidData, "string", text);
+    raise<KelConversionException>(trace.site(), failures::kInvalidData, "string", text);
   return valueOf(number);
 }
 
-// Whatever strtod takes.
-double systemDouble(DataCnv& cnv, const FailureSite& site, const unsigned short* text, int length) {
+inline bool readTextFast(const unsigned short* text, int length, double& value) {
+  if (text == nullptr || length < 0) return false;
+  const auto reading = core::readPlainDouble({text, static_cast<unsigned>(length)});
+  if (reading) value = *reading;
+  return reading.has_value();
+}
+
+// Reads whatever strtod takes, and refuses a text of which it takes only the beginning.
+double readTextGeneral(DataCnv& cnv, const unsigned short* text, int length) {
+  const FunctionTrace trace(&cnv, "DataCnv::StrToDbl", kDataCnvPath);
+  if (length < 0)
+    raiseBare<KelConversionException>(trace.site(), failures::kInvalidData,
+                                      "Tried to convert a zero length string to a double", "float");
   constexpr unsigned short kEnd[1] = {};
   std::unique_ptr<CPUnicodeConverter>& localConverter = DataCnvParts::localConverter(cnv);
   if (localConverter == nullptr) localConverter = std::make_unique<CPUnicodeConverter>(kLocalCcsid, eEndianLittle);
@@ -69,13 +96,13 @@ double systemDouble(DataCnv& cnv, const FailureSite& site, const unsigned short*
   Scratch<char, kUsualChars> chars((static_cast<std::size_t>(length) + 1) * maxBytes);
   char* const limit = chars.data() + chars.size();
   char* end = chars.data();
-  encode(site, *localConverter, end, limit, text, length);
+  encode(trace.site(), *localConverter, end, limit, text, length);
   const char* const endOfText = end;
-  encode(site, *localConverter, end, limit, kEnd, 1);
+  encode(trace.site(), *localConverter, end, limit, kEnd, 1);  // strtod wants a zero after the text
   char* endOfNumber = nullptr;
   const double value = strtod_l(chars.data(), &endOfNumber, plainLocale());
   if (endOfNumber != endOfText)
-    raise<KelConversionException>(site, failures::kInvalidData, "string",
+    raise<KelConversionException>(trace.site(), failures::kInvalidData, "string",
                                   KelWstring(text, static_cast<unsigned>(length)));
   return value;
 }
@@ -83,21 +110,15 @@ double systemDouble(DataCnv& cnv, const FailureSite& site, const unsigned short*
 }  // namespace
 
 double DataCnv::PWFStringTodouble(const KelWstring& text) {
-  // The traced name isn't the operation's own: NumbersFromText.TraceUnderTheirNames.
-  const FunctionTrace trace(this, "DataCnv::UStringTodouble", kDataCnvPath);
-  if (readsAsciiNumbers()) [[likely]] {
-    if (const auto value = core::readPlainDouble(text.view())) return *value;
-  }
-  return parsedDouble(*this, trace.site(), text);
+  double value;
+  if (wentFast([&] { return readCanonicalFast(text, value); })) [[likely]]
+    return value;
+  return readCanonicalGeneral(*this, text);
 }
 
 double DataCnv::StrToDbl(const unsigned short* text, int length) {
-  const FunctionTrace trace(this, "DataCnv::StrToDbl", kDataCnvPath);
-  if (length < 0)
-    raiseBare<KelConversionException>(trace.site(), failures::kInvalidData,
-                                      "Tried to convert a zero length string to a double", "float");
-  if (text != nullptr && !debugTraceOn()) [[likely]] {
-    if (const auto value = core::readPlainDouble({text, static_cast<unsigned>(length)})) return *value;
-  }
-  return systemDouble(*this, trace.site(), text, length);
+  double value;
+  if (wentFast([&] { return readTextFast(text, length, value); })) [[likely]]
+    return value;
+  return readTextGeneral(*this, text, length);
 }

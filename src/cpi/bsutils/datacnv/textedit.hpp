@@ -8,9 +8,10 @@
 
 #include "kelwstring.hpp"
 
-// Small edits of host strings that the text members share.
+// Small edits of host strings that the text members share, in terms of units and not of zero-terminated texts.
 namespace oxr {
 
+// The position of the first ".", or KelWstring::npos.
 inline unsigned findPoint(const KelWstring& text) {
   return text.find(u'.', 0);
 }
@@ -25,7 +26,7 @@ inline void setToZero(KelWstring& text) {
   text.assignInternal(&kZero, 1, 0);
 }
 
-// Inserts `count` copies of a unit before `position`. std::length_error for a text that no string can hold.
+// Inserts `count` copies of a unit before `position`. A text that no string can hold is a std::length_error.
 inline void insertCopies(KelWstring& text, unsigned position, std::uint32_t count, unsigned short unit) {
   unsigned short few[64];
   if (count <= std::size(few)) {
@@ -33,6 +34,7 @@ inline void insertCopies(KelWstring& text, unsigned position, std::uint32_t coun
     text.insertInternal(position, few, count, 0);
     return;
   }
+  // Many copies are written where they stay, in a string that replaces the old one.
   const UnitView old = text.view();
   if (std::uint64_t{count} + old.size() >= KelWstring::npos) throw std::length_error("KelWstring");
   KelWstring grown;

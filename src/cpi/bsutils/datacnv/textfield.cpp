@@ -7,6 +7,7 @@ namespace oxr {
 
 namespace {
 
+// The field without what its trim type takes off, as TrimData would leave it. An unknown type takes nothing off.
 UnitView trimmed(UnitView text, const TextField& field) {
   switch (field.trim) {
     case eTrimSpaceLeading:

@@ -1,3 +1,8 @@
+// Numbers as text: in fields of messages, in plain forms, and a decimal in the code page.
+//
+// All field forms go the same way. The number gets its canonical text, the text its decimal places and the message's
+// point, then padding and the message's sign. A pad that is a digit goes between sign and digits, any other around all.
+
 #include <unicode/decimfmt.h>
 
 #include <algorithm>
@@ -8,14 +13,15 @@
 
 #include "core/decimaltext.hpp"
 #include "core/numbertextwrite.hpp"
-#include "datacnv/asciinumbers.hpp"
 #include "datacnv/padchar.hpp"
 #include "datacnv/parts.hpp"
-#include "datacnv/signform.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
+#include "datacnv/textfield.hpp"
 #include "dataconv.hpp"
 #include "kelutility.hpp"
+#include "support/fastway.hpp"
+#include "support/scratch.hpp"
 #include "support/support.hpp"
 #include "values/textinplace.hpp"
 
@@ -47,9 +53,10 @@ using namespace oxr;
 
 namespace {
 
-// Decimal places that any double's shortest digits end within: ICU, left to itself, would round to six.
+// So many decimal places hold the shortest digits of any double. ICU, left to itself, would round to six places.
 constexpr int kAllPlaces = std::numeric_limits<double>::max_digits10 - std::numeric_limits<double>::min_exponent10;
 
+// A formatter for one of the two notations, made from the object's own.
 std::unique_ptr<icu::DecimalFormat> makeNotation(const icu::DecimalFormat& formatter, bool exponential) {
   std::unique_ptr<icu::DecimalFormat> made(formatter.clone());
   if (made == nullptr) throw std::bad_alloc();
@@ -61,46 +68,67 @@ std::unique_ptr<icu::DecimalFormat> makeNotation(const icu::DecimalFormat& forma
   return made;
 }
 
+// Tests the arguments that all field forms have, in the order that decides which of several failures is told.
 void requireLook(const FailureSite& site, const FieldLook& look) {
   if (look.length < 1) raiseInternalError(site, numbered("Invalid output buffer length: ", look.length));
-  if (look.minusText == nullptr || look.plusText == nullptr) raiseInternalError(site, "Null sign string pointer");
-  if (isIncluded(look.sign)) raiseInternalError(site, numbered("Sign type invalid for context: ", look.sign));
+  requireSignTexts(site, look.minusText, look.plusText);
+  requireSeparateSign(site, look.sign);
 }
 
-// A value that a field cannot show: below zero without a sign, or too long. `shown` is the value or its text.
+// Raises the failure of a value that a field cannot show, since it is below zero without a sign or too long. `shown` is
+// the value or its text.
 template <class Shown>
 [[noreturn]] void raiseOutOfBounds(const FailureSite& site, const char* type, const std::string& target,
                                    const Shown& shown) {
   raise<KelConversionException>(site, failures::kOutOfBounds, type, target, shown);
 }
-std::string characters(int count) {
+// What a field is called in that failure.
+std::string fieldOf(int count) {
   return numbered("string (", count) + " characters)";
 }
 
-// What all buffer forms do: a text made by `format(KelWstring&)` goes to a field of exactly `length` units, which that
-// sets to the text's length.
-template <class Format>
-void writeBuffer(const FailureSite& site, unsigned short* out, const int& length, Format format) {
+// What all buffer forms do: a text that `write(KelWstring&)` makes goes into a field of exactly `length` units, which
+// `write` sets to the text's length. No terminator follows it.
+template <class Write>
+void writeBuffer(const FailureSite& site, unsigned short* out, const int& length, Write write) {
   if (out == nullptr) raiseInternalError(site, "Null output buffer pointer");
   KelBufferedWstring<16u> text;
-  format(text);
+  write(text);
   std::copy_n(text.characters(), static_cast<unsigned>(length), out);
 }
 
-// The formatter's own text. A clone a notation: a switch from one to the other makes ICU build the formatter anew.
-void formatDouble(DataCnv& cnv, double value, KelWstring& out, bool exponential) {
+inline bool writeDoubleFast(double value, KelWstring& out, bool exponential) {
+  // The first double of the process makes the formatter, whose symbols are not known until then.
+  if (!DataCnvParts::hasAsciiSymbols() || !std::isfinite(value)) [[unlikely]]
+    return false;
+  const core::DoubleText number(value);
+  if (!exponential) {
+    number.writePlain(out.resizeForOverwrite(number.plainLength()));
+    return true;
+  }
+  // ICU writes some of these as "0.09999999999999999E+1". Which ones is its own affair.
+  if (number.startsWithNines()) [[unlikely]]
+    return false;
+  number.writeExponential(out.resizeForOverwrite(number.exponentialLength()));
+  return true;
+}
+
+// Writes the formatter's own text. Each notation has a formatter, since a switch from one to the other makes ICU build
+// it anew.
+void writeDoubleGeneral(DataCnv& cnv, double value, KelWstring& out, bool exponential) {
+  const FunctionTrace trace(&cnv, "DataCnv::doubleToUString", kDataCnvPath);
   std::unique_ptr<icu::DecimalFormat>& notation = DataCnvParts::notation(cnv, exponential);
   if (notation == nullptr) notation = makeNotation(*cnv.getDecimalFormatter(), exponential);
   icu::UnicodeString text;
   icu::FieldPosition position;
   notation->format(value, text, position);
-  // A text that ICU could not make has no length.
+  // A text that ICU could not make has no length, and the result is empty.
   const auto length = static_cast<unsigned>(text.length());
   text.extract(0, text.length(), toIcu(out.resizeForOverwrite(length)), 0);
 }
 
-// Text with digits, perhaps the message's point, and no sign gets the canonical "-" where it is negative. A pad that is
-// a digit goes between that and the digits, and then there is no other padding.
+// Takes a text of digits, perhaps with the message's point, and no sign. It gets the canonical "-" where the number is
+// negative. A pad that is a digit goes between that and the digits, and then there is no other padding.
 void padDigits(DataCnv& cnv, KelWstring& text, FieldLook& look, bool negative) {
   if (look.padField) {
     if (!look.padCharIsUnicode) look.padChar = uncheckedPadUnit(cnv, look.padChar);
@@ -116,7 +144,7 @@ void padDigits(DataCnv& cnv, KelWstring& text, FieldLook& look, bool negative) {
   if (negative) insertUnit(text, 0, '-');
 }
 
-// The message's sign text for the canonical one, and padding around all of it.
+// Replaces the canonical sign by the message's, and pads all of it. The families differ in what they call negative.
 void signAndPad(DataCnv& cnv, KelWstring& text, const FieldLook& look, bool negative) {
   if (negative)
     cnv.SubstituteMinusSign(text, look.sign, look.minusText, false);
@@ -127,6 +155,11 @@ void signAndPad(DataCnv& cnv, KelWstring& text, const FieldLook& look, bool nega
     cnv.PadData(text, static_cast<int>(missing), look.justification, look.padChar, true);
 }
 
+// The count the other way round. The least number has no counterpart and becomes the greatest; both shift out of sight.
+int reversed(int places) {
+  return -std::max(places, -std::numeric_limits<int>::max());
+}
+
 // Brings digits to the places that the field has, cutting what is beyond them, and puts in the message's point.
 void placePoint(DataCnv& cnv, KelWstring& text, const PointLook& point, bool exponential) {
   if (!exponential) {
@@ -135,16 +168,17 @@ void placePoint(DataCnv& cnv, KelWstring& text, const PointLook& point, bool exp
     if (hadDigits && text.length() == 0) setToZero(text);
     if (!point.useVirtualDecimalPoint) {
       cnv.adjustPrecisionForString(text, point.precision);
-    } else if (point.precision != 0) {  // else a fraction stays as it is: Format.WritesDoubles
-      cnv.adjustDecimalForString(text, -std::max(point.precision, -std::numeric_limits<int>::max()));
+    } else if (point.precision != 0) {  // with 0 places a fraction stays as it is: NumbersToText.WriteFields
+      cnv.adjustDecimalForString(text, reversed(point.precision));
       cnv.TrimFromDecimal(text);
     }
   }
   cnv.UpdateDecimal(text, DataCnv::US_DECIMAL.characters(), point.decimalPoint);
 }
 
-void formatInteger(DataCnv& cnv, const FailureSite& site, long value, KelWstring& out, int& length, FieldLook look,
-                   const char* width) {
+// The field forms of integers. `width` names the type in a failure.
+void writeInteger(DataCnv& cnv, const FailureSite& site, long value, KelWstring& out, int& length, FieldLook look,
+                  const char* width) {
   requireLook(site, look);
   KelBufferedWstring<16u> number;
   cnv.Int64ToUString(value, number);
@@ -152,9 +186,60 @@ void formatInteger(DataCnv& cnv, const FailureSite& site, long value, KelWstring
   KelBufferedWstring<16u> text(number);
   padDigits(cnv, text, look, cnv.CheckSign(text, eSignLeadingSeparate, DataCnv::US_MINUS.characters(), look.plusText));
   signAndPad(cnv, text, look, value < 0);
-  if (text.length() > static_cast<unsigned>(length)) raiseOutOfBounds(site, "integer", characters(length), number);
+  if (text.length() > static_cast<unsigned>(length)) raiseOutOfBounds(site, "integer", fieldOf(length), number);
   out.assign(text);
   length = static_cast<int>(text.length());
+}
+
+// The plain forms are made of the buffer forms, which trace shows. A text that the fast ways serve is written where it
+// stays, and needs no field.
+constexpr int kPlainUnits = 100;  // more than any integer or exponential double has
+
+PWFData emptyString() {
+  return TextValue::make(STRING, 0, [](unsigned short*) {});
+}
+
+bool writePlainFast(long value, KelWstring& out) {
+  const core::IntegerText number(value);
+  number.write(out.resizeForOverwrite(number.length()));
+  return true;
+}
+
+bool writePlainFast(const unsigned short* value, KelWstring& out) {
+  if (value == nullptr) return false;
+  const auto decimal = core::plainDecimal(value);
+  if (!decimal) return false;
+  decimal->write(out.resizeForOverwrite(decimal->length()));
+  return true;
+}
+
+[[gnu::cold, gnu::noinline]] void writePlainGeneral(DataCnv& cnv, long value, KelWstring& out) {
+  const FunctionTrace trace(&cnv, "DataCnv::StrFromInt64", kDataCnvPath);
+  unsigned short text[kPlainUnits];
+  int length = kPlainUnits;
+  cnv.StrFromInt64(value, text, length, eSignLeadingSeparate, DataCnv::US_MINUS.characters(),
+                   DataCnv::US_PLUS.characters(), false, eJustifyLeft, '0', true);
+  out.assignInternal(text, static_cast<unsigned>(length), 0);
+}
+
+[[gnu::cold, gnu::noinline]] void writePlainGeneral(DataCnv& cnv, double value, KelWstring& out) {
+  const FunctionTrace trace(&cnv, "DataCnv::StrFromDbl", kDataCnvPath);
+  unsigned short text[kPlainUnits];
+  int length = kPlainUnits;
+  cnv.StrFromDbl(value, text, length);
+  out.assignInternal(text, static_cast<unsigned>(length), 0);
+}
+
+// Only a leading zero can be added to a decimal. A null text is for the field form to refuse.
+[[gnu::cold, gnu::noinline]] void writePlainGeneral(DataCnv& cnv, const unsigned short* value, KelWstring& out) {
+  const FunctionTrace trace(&cnv, "DataCnv::StrFromDec", kDataCnvPath);
+  const std::size_t units = value == nullptr ? 0 : UnitView(value).size();
+  Scratch<unsigned short, kPlainUnits> text(units + 2);
+  int length = static_cast<int>(text.size());
+  cnv.StrFromDec(value, text.data(), length, false, core::kPlacesOfValue, DataCnv::US_DECIMAL.characters(),
+                 eSignLeadingSeparate, DataCnv::US_MINUS.characters(), DataCnv::US_PLUS.characters(), false,
+                 eJustifyLeft, '0', true, false);
+  out.assignInternal(text.data(), static_cast<unsigned>(length), 0);
 }
 
 }  // namespace
@@ -166,28 +251,17 @@ void DataCnv::Int64ToUString(long value, KelWstring& out) {
 }
 
 void DataCnv::doubleToUString(double value, KelWstring& out, bool exponential) {
-  const FunctionTrace trace(this, "DataCnv::doubleToUString", kDataCnvPath);
-  // The first double of the process makes the formatter: until then its symbols are not known.
-  if (!readsAsciiNumbers() || !std::isfinite(value)) [[unlikely]] {
-    formatDouble(*this, value, out, exponential);
-    return;
-  }
-  const core::DoubleText number(value);
-  if (!exponential)
-    number.writePlain(out.resizeForOverwrite(number.plainLength()));
-  else if (!number.isNines()) [[likely]]
-    number.writeExponential(out.resizeForOverwrite(number.exponentialLength()));
-  else  // "0.09999999999999999E+1" at times, which is ICU's to decide: Format.WritesDoublesAsTheFormatterDoes
-    formatDouble(*this, value, out, true);
+  if (!wentFast([&] { return writeDoubleFast(value, out, exponential); })) [[unlikely]]
+    writeDoubleGeneral(*this, value, out, exponential);
 }
 
 void DataCnv::StrFromInt64(long value, KelWstring& out, int& length, ESign sign, const unsigned short* minusText,
                            const unsigned short* plusText, bool padField, EJustification justification,
                            unsigned short padChar, bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::StrFromInt64", kDataCnvPath);
-  formatInteger(*this, trace.site(), value, out, length,
-                {length, sign, minusText, plusText, padField, justification, padChar, padCharIsUnicode},
-                "8-byte integer");
+  writeInteger(*this, trace.site(), value, out, length,
+               {length, sign, minusText, plusText, padField, justification, padChar, padCharIsUnicode},
+               "8-byte integer");
 }
 
 void DataCnv::StrFromInt64(long value, unsigned short* out, int& length, ESign sign, const unsigned short* minusText,
@@ -204,9 +278,9 @@ void DataCnv::StrFromInt32(int value, unsigned short* out, int& length, ESign si
                            unsigned short padChar, bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::StrFromInt32", kDataCnvPath);
   writeBuffer(trace.site(), out, length, [&](KelWstring& text) {
-    formatInteger(*this, trace.site(), value, text, length,
-                  {length, sign, minusText, plusText, padField, justification, padChar, padCharIsUnicode},
-                  "4-byte integer");
+    writeInteger(*this, trace.site(), value, text, length,
+                 {length, sign, minusText, plusText, padField, justification, padChar, padCharIsUnicode},
+                 "4-byte integer");
   });
 }
 
@@ -223,9 +297,8 @@ void DataCnv::StrFromDbl(double value, KelWstring& out, int& length, bool useVir
   if (sign == eSignNone && value < 0.0) raiseOutOfBounds(trace.site(), "double", "string (no sign)", text);
   placePoint(*this, text, {useVirtualDecimalPoint, precision, decimalPoint}, exponential);
   padDigits(*this, text, look, CheckSign(text, eSignLeadingSeparate, US_MINUS.characters(), plusText));
-  signAndPad(*this, text, look, value < 0.0);  // negative zero keeps the canonical sign: Format.WritesDoubles
-  if (text.length() > static_cast<unsigned>(length))
-    raiseOutOfBounds(trace.site(), "double", characters(length), value);
+  signAndPad(*this, text, look, value < 0.0);  // negative zero keeps the canonical sign: NumbersToText.WriteFields
+  if (text.length() > static_cast<unsigned>(length)) raiseOutOfBounds(trace.site(), "double", fieldOf(length), value);
   out.assign(text);
   length = static_cast<int>(text.length());
 }
@@ -280,7 +353,7 @@ void DataCnv::StrFromDec(const unsigned short* value, unsigned char* bytes, int&
   if (size < 1) raiseInternalError(trace.site(), numbered("Invalid output buffer size: ", size));
   KelBufferedWstring<16u> text{UnitView(value)};
   validateDecimal(text, eSignLeadingSeparate);
-  adjustDecimalForString(text, -std::max(scale, -std::numeric_limits<int>::max()));
+  adjustDecimalForString(text, reversed(scale));
   const int room = size;
   const UErrorCode status = fromUnicodeString(text, bytes, size);
   if (status == U_BUFFER_OVERFLOW_ERROR)
@@ -295,30 +368,31 @@ void DataCnv::StrFromDbl(double value, unsigned short* out, int& length) {
   if (out == nullptr) raiseInternalError(trace.site(), "Null output buffer pointer");
   KelBufferedWstring<16u> text;
   doubleToUString(value, text, true);
-  if (std::int64_t{text.length()} >= length) raiseOutOfBounds(trace.site(), "double", characters(length), value);
+  if (std::int64_t{text.length()} >= length) raiseOutOfBounds(trace.site(), "double", fieldOf(length), value);
   std::copy_n(text.characters(), text.length() + 1, out);
   length = static_cast<int>(text.length());
 }
 
 PWFData DataCnv::StrFromDbl(double value) {
-  const FunctionTrace trace(this, "DataCnv::StrFromDbl", kDataCnvPath);
-  PWFData text = TextValue::make(STRING, 0, [](unsigned short*) {});
-  doubleToUString(value, TextValue::text(text), true);
+  PWFData text = emptyString();
+  KelWstring& out = TextValue::text(text);
+  if (!wentFast([&] { return writeDoubleFast(value, out, true); })) [[unlikely]]
+    writePlainGeneral(*this, value, out);
   return text;
 }
 
 PWFData DataCnv::StrFromInt64(long value) {
-  const FunctionTrace trace(this, "DataCnv::StrFromInt64", kDataCnvPath);
-  PWFData text = TextValue::make(STRING, 0, [](unsigned short*) {});
-  Int64ToUString(value, TextValue::text(text));
+  PWFData text = emptyString();
+  KelWstring& out = TextValue::text(text);
+  if (!wentFast([&] { return writePlainFast(value, out); })) [[unlikely]]
+    writePlainGeneral(*this, value, out);
   return text;
 }
 
 PWFData DataCnv::StrFromDec(const unsigned short* value) {
-  const FunctionTrace trace(this, "DataCnv::StrFromDec", kDataCnvPath);
-  PWFData text = TextValue::make(STRING, 0, [](unsigned short*) {});
-  int length = std::numeric_limits<int>::max();
-  StrFromDec(value, TextValue::text(text), length, false, core::kPlacesOfValue, US_DECIMAL.characters(),
-             eSignLeadingSeparate, US_MINUS.characters(), US_PLUS.characters(), false, eJustifyLeft, '0', true, false);
+  PWFData text = emptyString();
+  KelWstring& out = TextValue::text(text);
+  if (!wentFast([&] { return writePlainFast(value, out); })) [[unlikely]]
+    writePlainGeneral(*this, value, out);
   return text;
 }
