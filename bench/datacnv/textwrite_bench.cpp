@@ -140,4 +140,38 @@ void decimalField(benchmark::State& state) {
 }
 BENCHMARK(decimalField)->Name("StrFromDec/field of 22");
 
+// The plain forms, as values.
+void plainInteger(benchmark::State& state) {
+  const auto values = integers();
+  DataCnv cnv = converterFor();
+  std::size_t i = 0;
+  for (auto _ : state) {
+    const PWFData text = cnv.StrFromInt64(values[i++ % kCount]);
+    benchmark::DoNotOptimize(text);
+  }
+}
+BENCHMARK(plainInteger)->Name("StrFromInt64/plain");
+
+void plainDouble(benchmark::State& state) {
+  const auto values = doubles(false);
+  DataCnv cnv = converterFor();
+  cnv.getDecimalFormatter();
+  std::size_t i = 0;
+  for (auto _ : state) {
+    const PWFData text = cnv.StrFromDbl(values[i++ % kCount]);
+    benchmark::DoNotOptimize(text);
+  }
+}
+BENCHMARK(plainDouble)->Name("StrFromDbl/plain");
+
+void plainDecimal(benchmark::State& state) {
+  constexpr unsigned short kText[] = {'-', '1', '2', '3', '4', '5', '6', '7', '8', '9', '0', '.', '5', '0', 0};
+  DataCnv cnv = converterFor();
+  for (auto _ : state) {
+    const PWFData text = cnv.StrFromDec(kText);
+    benchmark::DoNotOptimize(text);
+  }
+}
+BENCHMARK(plainDecimal)->Name("StrFromDec/plain");
+
 }  // namespace

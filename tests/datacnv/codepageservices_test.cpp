@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unicode/dcfmtsym.h>
 #include <unicode/decimfmt.h>
@@ -8,84 +7,70 @@
 #include <set>
 #include <string>
 #include <thread>
-#include <tuple>
 #include <vector>
 
-#include "dataconv.hpp"
-#include "harness/converter.hpp"
-#include "harness/failures.hpp"
-#include "harness/hex.hpp"
 #include "harness/newprocess.hpp"
-#include "harness/rows.hpp"
-#include "harness/text.hpp"
-#include "harness/tracing.hpp"
+#include "harness/table.hpp"
 
 namespace oxr::test {
 namespace {
 
-const unsigned char* bytesOf(const char* text) {
-  return reinterpret_cast<const unsigned char*>(text);
+const Members kMembers = {
+    {"IsCcsidEBCDIC", [](Case& c) { return shown(c.converter().IsCcsidEBCDIC()); }},
+    {"toUnicodeString",
+     [](Case& c) {
+       KelWstring text = u"old"_k;
+       const int status = c.converter().toUnicodeString(text, c.bytes("data"), c.sizeOf("data"));
+       return toUtf8(text) + "; " + std::to_string(status);
+     }},
+    {"RawCharsToPWFData",
+     [](Case& c) {
+       return shown(c.converter().RawCharsToPWFData(reinterpret_cast<const char*>(c.bytes("data")), c.sizeOf("data")));
+     }},
+    {"fromUnicodeString",
+     [](Case& c) {
+       int size = c.number("room");
+       DataCnv cnv = c.converter();
+       unsigned char* const target = c.target(size);
+       const int status = cnv.fromUnicodeString(k(c.word("data")), target, size);
+       return c.written(size) + "; " + std::to_string(status);
+     }},
+};
+
+TEST(CodePageServices, Convert) {
+  runTable(R"(
+    member            page  data   ->
+    IsCcsidEBCDIC     1399  ''     -> true
+    ~                 420   ''     -> true
+    ~                 1200  ''     -> false
+    ~                 1200  ''     order=little -> false
+    ~                 33722 ''     -> false
+    ~                 99999 ''     -> KelRecoverableException OXR2132 bare: Invalid codepage (or missing table) | 99999 | ibm-99999
+    toUnicodeString   37    C1C240 -> AB ; 0
+    ~                 1208  E282ACFF -> €�; 0
+    ~                 1208  41E2   -> A; 11
+    ~                 1200  4100   order=little -> A; 0
+    ~                 1232  00AAAA -> OXR5502: size < MinBytesPerChar for codepage: 1232
+    RawCharsToPWFData 37    F0F1F2F3F4F5F6F7F8F9F0F1F2F3F4F5F6 -> STRING 01234567890123456
+    ~                 1208  41E2   -> STRING A
+    ~                 37    ''     -> OXR5502: size < MinBytesPerChar for codepage: 37
+    fromUnicodeString 37    A0     room=4 -> C1F0; 0
+    ~                 37    A0     room=1 -> C1; 15
+    ~                 37    A0     room=0 -> ; 1
+  )",
+           kMembers);
+  runTable(R"(
+    member            page  data ->
+    RawCharsToPWFData 37    C1   -> RawCharsToPWFData( const char* source, PWFInt32 size ) toUnicodeString
+  )",
+           tracesOf(kMembers));
 }
 
-TEST(ConverterServices, TellEbcdicByItsZero) {
-  for (const int ccsid : {37, 273, 420, 500, 875, 930, 939, 1047, 1140, 1388, 1399})
-    EXPECT_TRUE(converterFor(ccsid).IsCcsidEBCDIC()) << ccsid;
-  for (const EEndian order : {eEndianLittle, eEndianBig, eEndianUnset})
-    for (const int ccsid : {437, 819, 850, 943, 1200, 1204, 1208, 1252, 5488, 13488, 33722})
-      EXPECT_FALSE(converterFor(ccsid, order).IsCcsidEBCDIC()) << ccsid;
-}
-
-TEST(ConverterServices, OneConverterServesTheObject) {
-  DataCnv cnv = converterFor(1200, eEndianLittle, eEndianBig);  // text goes by the order of the integers
+TEST(CodePageServices, OneConverterServesTheObject) {
+  DataCnv cnv = converterFor(37);
   CPUnicodeConverter* const page = cnv.getConverter();
-  KelWstring text;
-  EXPECT_EQ(cnv.toUnicodeString(text, bytesOf("A\0B"), 4), U_ZERO_ERROR);
-  EXPECT_EQ(toUtf8(text), "AB");
+  EXPECT_TRUE(cnv.IsCcsidEBCDIC() && cnv.IsCcsidEBCDIC());
   EXPECT_EQ(cnv.getConverter(), page);
-
-  DataCnv missing = converterFor(99999);  // found out on first use only, and every time
-  for (int i = 0; i < 2; ++i)
-    EXPECT_EQ(raisedBy([&] { missing.IsCcsidEBCDIC(); }),
-              recoverableFailure(2132, {"Invalid codepage (or missing table)", "99999", "ibm-99999"}));
-}
-
-TEST(ConverterServices, ReadBytesAsText) {
-  // CCSID, bytes, text, status, which RawCharsToPWFData does not look at.
-  for (const Row& c : rows("37 C1C240 AB_ 0; 37 F0F1F2F3F4F5F6F7F8F9F0F1F2F3F4F5F6 01234567890123456 0; "  // not inline
-                           "1208 E282ACFF \u20AC\uFFFD 0; 1208 41E2 A 11; 1208 E2 '' 11")) {
-    const std::string bytes = fromHex(c[1]);
-    const int size = static_cast<int>(bytes.size());
-    DataCnv cnv = converterFor(std::stoi(c[0]));
-    KelWstring text = u"old"_k;
-    EXPECT_EQ(cnv.toUnicodeString(text, bytesOf(bytes.data()), size), std::stoi(c[3]));
-    EXPECT_EQ(toUtf8(text), c[2]);
-    const PWFData value = cnv.RawCharsToPWFData(bytes.data(), size);
-    EXPECT_EQ(value.getDataLogicalType(), STRING);
-    EXPECT_FALSE(value.isNull());
-    EXPECT_EQ(toUtf8(value.getPWFStringValue()), c[2]);
-  }
-  for (const Row& c : rows("37 0; 37 -1; 1208 0; 1200 1; 1232 3")) {  // less than the shortest character
-    DataCnv cnv = converterFor(std::stoi(c[0]));
-    KelWstring text;
-    const Raised tooShort =
-        conversionFailure(5502, {"CPI Internal Error", "size < MinBytesPerChar for codepage: " + c[0]});
-    EXPECT_EQ(raisedBy([&] { cnv.toUnicodeString(text, bytesOf("AAA"), std::stoi(c[1])); }), tooShort);
-    EXPECT_EQ(raisedBy([&] { cnv.RawCharsToPWFData("AAA", std::stoi(c[1])); }), tooShort);
-  }
-  DataCnv cnv = converterFor(37);
-  EXPECT_THAT(tracedAt(4, [&] { cnv.RawCharsToPWFData("\xC1", 1); }),
-              ::testing::StartsWith("> DataCnv::RawCharsToPWFData( const char* source, PWFInt32 size )\n"));
-}
-
-TEST(ConverterServices, WriteTextIntoTheRoomThereIs) {
-  unsigned char bytes[4] = {};
-  DataCnv cnv = converterFor(37);
-  for (const auto& [room, used, status] : {std::tuple(4, 2, 0), {1, 1, 15}, {0, 0, 1}}) {
-    int size = room;
-    EXPECT_EQ(cnv.fromUnicodeString(u"A0"_k, bytes, size), status);
-    EXPECT_EQ(size, used);
-  }
-  EXPECT_TRUE(bytes[0] == 0xC1 && bytes[1] == 0xF0);
 }
 
 std::string formatted(const icu::DecimalFormat& format, double value) {
@@ -94,34 +79,7 @@ std::string formatted(const icu::DecimalFormat& format, double value) {
   return format.format(value, text).toUTF8String(utf8);
 }
 
-// One formatter serves the process, so that the first call is what counts.
-TEST(DecimalFormatter, WritesAPointWhateverTheLocale) {
-  inANewProcess([] {
-    useLocale("de_DE");
-    DataCnv cnv = converterFor(37);
-    const icu::DecimalFormat* const format = cnv.getDecimalFormatter();
-    EXPECT_EQ(cnv.getDecimalFormatter(), format);
-    EXPECT_EQ(formatted(*format, 1234.5), "1234.5");
-    EXPECT_EQ(formatted(*format, -7), "-7.");
-    const auto grouping = icu::DecimalFormatSymbols::kGroupingSeparatorSymbol;
-    EXPECT_EQ(format->getDecimalFormatSymbols()->getConstSymbol(grouping), icu::UnicodeString(u','));
-  });
-}
-
-TEST(DecimalFormatter, ALocaleWithoutDigitsIsRefusedAndTheNextCallTriesAnew) {
-  inANewProcess([] {
-    useLocale("zh@numbers=hans");  // numbers in words
-    DataCnv cnv = converterFor(37);
-    for (int i = 0; i < 2; ++i) {
-      const Raised raised = raisedBy([&] { cnv.getDecimalFormatter(); });
-      const char* const text = "Error creating Decimal NumberFormat single instance.";
-      EXPECT_EQ(raised, recoverableFailure(2112, {text, text, "16"}));
-    }
-    useLocale("en_US");
-    EXPECT_EQ(formatted(*cnv.getDecimalFormatter(), 0.5), "0.5");
-  });
-}
-
+// One formatter serves the process, so that the first calls are what counts: eight objects on threads of their own.
 TEST(DecimalFormatterThreads, ObjectsThatAskTogetherGetAFormatterEach) {
   inANewProcess([] {
     useLocale("de_DE");
@@ -136,11 +94,27 @@ TEST(DecimalFormatterThreads, ObjectsThatAskTogetherGetAFormatterEach) {
         start.arrive_and_wait();
         formats[t] = objects[t]->getDecimalFormatter();
         for (int i = 0; i < 20; ++i)
-          EXPECT_EQ(formatted(*formats[t], 0.25 + i), std::to_string(i) + ".25");
+          EXPECT_EQ(formatted(*formats[t], -1234.25 - i), "-" + std::to_string(1234 + i) + ".25");
       });
     for (std::thread& thread : threads)
       thread.join();
     EXPECT_EQ(std::set(formats.begin(), formats.end()).size(), std::size_t{kThreads});
+    EXPECT_EQ(objects[0]->getDecimalFormatter(), formats[0]);
+    EXPECT_EQ(formatted(*formats[0], -7), "-7.");
+    const auto grouping = icu::DecimalFormatSymbols::kGroupingSeparatorSymbol;
+    EXPECT_EQ(formats[0]->getDecimalFormatSymbols()->getConstSymbol(grouping), icu::UnicodeString(u','));
+  });
+}
+
+TEST(DecimalFormatter, ALocaleWithoutDigitsIsRefusedAndTheNextCallTriesAnew) {
+  inANewProcess([] {
+    useLocale("zh@numbers=hans");  // numbers in words
+    DataCnv cnv = converterFor(37);
+    const char* const text = "Error creating Decimal NumberFormat single instance.";
+    for (int i = 0; i < 2; ++i)
+      EXPECT_EQ(raisedBy([&] { cnv.getDecimalFormatter(); }), recoverableFailure(2112, {text, text, "16"}));
+    useLocale("en_US");
+    EXPECT_EQ(formatted(*cnv.getDecimalFormatter(), 0.5), "0.5");
   });
 }
 

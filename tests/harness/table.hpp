@@ -145,6 +145,20 @@ inline std::vector<std::string> wordsOf(std::string_view line) {
   return words;
 }
 
+// The same members, their result the members of DataCnv that they enter: "StrToDec StrToDecimal TrimData". Entry and
+// end of the converter itself don't count.
+inline Members tracesOf(const Members& members) {
+  Members traces;
+  for (const auto& [name, member] : members)
+    traces[name] = [member = member](Case& c) {
+      std::string entered;
+      for (const std::string& each : enteredMembers([&] { raisedBy([&] { member(c); }); }))
+        if (each.find("DataCnv") == each.npos) entered += (entered.empty() ? "" : " ") + each;
+      return entered;
+    };
+  return traces;
+}
+
 // One run of a case; what a member must leave alone is looked at too.
 inline std::string runCase(const Member& member, const std::map<std::string, std::string>& words) {
   Case run;
