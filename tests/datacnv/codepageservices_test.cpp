@@ -16,7 +16,15 @@ namespace oxr::test {
 namespace {
 
 const Members kMembers = {
-    {"IsCcsidEBCDIC", [](Case& c) { return shown(c.converter().IsCcsidEBCDIC()); }},
+    {"IsCcsidEBCDIC",
+     [](Case& c) {
+       DataCnv cnv = c.converter();
+       const bool isEbcdic = cnv.IsCcsidEBCDIC();
+       CPUnicodeConverter* const page = cnv.getConverter();
+       EXPECT_EQ(cnv.IsCcsidEBCDIC(), isEbcdic);
+       EXPECT_EQ(cnv.getConverter(), page) << "one converter serves the object";
+       return shown(isEbcdic);
+     }},
     {"toUnicodeString",
      [](Case& c) {
        KelWstring text = u"old"_k;
@@ -64,13 +72,6 @@ TEST(CodePageServices, Convert) {
     RawCharsToPWFData 37    C1   -> RawCharsToPWFData( const char* source, PWFInt32 size ) toUnicodeString
   )",
            tracesOf(kMembers));
-}
-
-TEST(CodePageServices, OneConverterServesTheObject) {
-  DataCnv cnv = converterFor(37);
-  CPUnicodeConverter* const page = cnv.getConverter();
-  EXPECT_TRUE(cnv.IsCcsidEBCDIC() && cnv.IsCcsidEBCDIC());
-  EXPECT_EQ(cnv.getConverter(), page);
 }
 
 std::string formatted(const icu::DecimalFormat& format, double value) {

@@ -34,8 +34,12 @@ const Members kMembers = {
     {"isDecimalValid", [](Case& c) { return shown(c.converter().isDecimalValid(k(c.word("text")), c.flag("point"))); }},
 };
 
+void run(std::string_view table) {
+  runTable(table, kMembers);
+}
+
 TEST(Decimals, Edits) {
-  runTable(R"(
+  run(R"(
     member              text    places ->
     shift               12345   2           -> 123.45
     ~                   12345   7           -> 0.0012345
@@ -64,24 +68,22 @@ TEST(Decimals, Edits) {
     trailingPoint,fromPoint 100     0           -> 100
     zeros               007.500 0           -> 7.5
     ~                   0.00    0           -> ''
-  )",
-           kMembers);
+  )");
 }
 
 // A point that is found by its second unit is replaced together with the unit after that.
 TEST(Decimals, ReplacesAPoint) {
-  runTable(R"(
+  run(R"(
     member        text   old  new ->
     UpdateDecimal 1.5.6  .    ::   -> 1::5.6 at 1
     ~             12:345 ,:   .    -> 12.45 at 2
     ~             1.5    null .    -> 1.5 at -1
     ~             1.5    .    null -> 1.5 at -1
-  )",
-           kMembers);
+  )");
 }
 
 TEST(Decimals, TellsDecimalTextFromOther) {
-  runTable(R"(
+  run(R"(
     member          text   sign ->
     validateDecimal -,1.5  LS           -> valid
     ~               ''     LS           -> valid
@@ -95,8 +97,7 @@ TEST(Decimals, TellsDecimalTextFromOther) {
     ~               -5     LS           -> false
     ~               1e2E3  LS           -> false
     ~               1e+-3  LS           -> false
-  )",
-           kMembers);
+  )");
 }
 
 TEST(Decimals, ScalesDoublesByTheSystemsPower) {
