@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/datacnv/numbertext_check.hpp"
 #include "fuzz/datacnv/packed_check.hpp"
 #include "fuzz/harness/choices.hpp"
 #include "fuzz/host/kelbuffer_check.hpp"
@@ -32,6 +33,10 @@ constexpr Check kChecks[] = {
     {"PackedRead",    fuzz::checkPackedRead,    20'000},
     {"PackedWrite",   fuzz::checkPackedWrite,   20'000},
     {"PackedNumbers", fuzz::checkPackedNumbers, 20'000},
+    {"NumberField",   fuzz::checkNumberField,   15'000},
+    {"NumberRead",    fuzz::checkNumberRead,    10'000},
+    {"NumberWrite",   fuzz::checkNumberWrite,   10'000},
+    {"DecimalText",   fuzz::checkDecimalText,   10'000},
     {"Copybook",      fuzz::checkCopybook,      10'000},
     {"JsonValue",     fuzz::checkJsonValue,     20'000},
     {"RecordReader",  fuzz::checkRecordReader,   3'000},

@@ -1,4 +1,4 @@
-// Numbers of text fields. Yardsticks: ICU's parse of the same text, and std::from_chars behind a loop that narrows the
+// Numbers of text fields. Yardsticks: ICU's parse of the same text, and std::from_chars after a loop that narrows the
 // units, which has no field's settings to look at.
 
 #include <benchmark/benchmark.h>

@@ -1,3 +1,5 @@
+// The tests go through a text once. The edits look for its first point and count from there.
+
 #include "core/decimaltext.hpp"
 
 #include <unicode/uchar.h>
@@ -50,6 +52,7 @@ bool isDecimalText(UnitView text, bool mayBeSigned) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     const unsigned short unit = text[i];
     if (isAsciiDigit(unit) || unit == ',') continue;
+    // A second point, or a sign that does not come first, is what makes a text bad that has only legal units.
     const bool legal = unit == kPoint ? !pointSeen : isSign(unit) && i == 0 && mayBeSigned;
     if (!legal) return false;
     pointSeen |= unit == kPoint;
@@ -83,6 +86,7 @@ PlacesEdit editPlaces(UnitView text, std::int32_t selector) {
   const std::size_t point = text.find(kPoint);
   if (point == UnitView::npos) return editWholeNumber(length, selector);
   if (!asValue) return editToPlaces(length, static_cast<std::uint32_t>(point), selector);
+  // The zeros end at the point, which goes too where it need not be shown.
   PlacesEdit edit{.leadingZero = point == 0, .keep = static_cast<std::uint32_t>(lengthWithoutZeros(text))};
   if (selector == kPlacesOfValue && text[edit.keep - 1] == kPoint) --edit.keep;
   return edit;
@@ -92,6 +96,7 @@ std::optional<PlainDecimal> plainDecimal(UnitView text) {
   if (!isDecimalText(text, true)) return {};
   PlainDecimal decimal{.negative = text.starts_with(u'-')};
   if (!text.empty() && isSign(text[0])) text.remove_prefix(1);
+  // As in the general way, zeros go from the end only if a point stops them there.
   decimal.digits = text;
   decimal.digits.remove_prefix(std::min(text.find_first_not_of(u'0'), text.size()));
   if (text.find(kPoint) != UnitView::npos) {

@@ -42,6 +42,7 @@ std::uint64_t withoutTrailingZeros(std::uint64_t number) {
   return number;
 }
 
+// A double's exponent has at most three digits.
 std::uint32_t exponentDigits(std::uint32_t exponent) {
   return exponent < 10 ? 1 : exponent < 100 ? 2 : 3;
 }
@@ -52,6 +53,7 @@ void IntegerText::write(unsigned short* out) const {
   unsigned short* end = out + length_;
   *out = '-';  // a digit overwrites it where the number is not negative
   std::uint64_t rest = magnitude_;
+  // From the end, two digits at a time, which halves the divisions.
   while (rest >= 100) {
     end -= 2;
     std::memcpy(end, &kPairs[rest % 100], sizeof(UnitPair));
@@ -119,6 +121,7 @@ std::uint32_t DoubleText::plainLength() const {
   return negative_ + units + 1;
 }
 
+// Below 1 the zeros after the point come from the exponent; from 1 on, zeros stand for digits that are not there.
 void DoubleText::writePlain(unsigned short* out) const {
   if (negative_) *out++ = '-';
   if (exponent_ < 0) {

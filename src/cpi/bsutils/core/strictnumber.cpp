@@ -1,3 +1,5 @@
+// The declared places are a small table by precision selector and by what stands after the point.
+
 #include "core/strictnumber.hpp"
 
 #include <unicode/uchar.h>
@@ -44,6 +46,7 @@ StrictFault placesFault(UnitView text, std::size_t point, std::int32_t precision
   return !hasPoint && hasExponentLetter(text) ? StrictFault::none : StrictFault::wrongPlaces;
 }
 
+// An exponent must be there exactly where the field is declared exponential.
 StrictFault exponentFault(UnitView text, const DeclaredNumber& declared) {
   const bool isWanted = declared.mayBeExponential && declared.precision == kPlacesUntouched;
   if (hasExponentLetter(text) == isWanted) return StrictFault::none;

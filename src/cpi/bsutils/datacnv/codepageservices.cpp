@@ -81,6 +81,7 @@ icu::UnicodeString otherCase(const icu::UnicodeString& symbol) {
 
 }  // namespace
 
+// A converter is costly to open, and an object that reads integers alone never has one.
 CPUnicodeConverter* DataCnv::getConverter() {
   if (converter == nullptr) converter = std::make_unique<CPUnicodeConverter>(ccsid, integerEndian);
   return converter.get();
@@ -100,6 +101,7 @@ bool DataCnv::IsCcsidEBCDIC() {
   return ebcdicState == 1;
 }
 
+// The status is for the caller to look at; only a size that no character fits is a failure.
 UErrorCode DataCnv::toUnicodeString(KelWstring& out, const unsigned char* bytes, int size) {
   const FunctionTrace trace(this, "DataCnv::toUnicodeString", kDataCnvPath);
   const CPUnicodeConverter& page = *getConverter();
@@ -110,6 +112,7 @@ UErrorCode DataCnv::toUnicodeString(KelWstring& out, const unsigned char* bytes,
   return status;
 }
 
+// Nothing is raised here: too little room is the caller's to tell.
 UErrorCode DataCnv::fromUnicodeString(const KelWstring& text, unsigned char* bytes, int& size) {
   UErrorCode status = U_ZERO_ERROR;
   getConverter()->fromUnicodeString(reinterpret_cast<char*>(bytes), size, text, status);
@@ -117,6 +120,7 @@ UErrorCode DataCnv::fromUnicodeString(const KelWstring& text, unsigned char* byt
 }
 
 PWFData DataCnv::RawCharsToPWFData(const char* bytes, int size) {
+  // The traced name has the arguments in it: CodePageServices.Convert.
   const FunctionTrace trace(this, "DataCnv::RawCharsToPWFData( const char* source, PWFInt32 size )", kDataCnvPath);
   PWFData value = TextValue::make(STRING, 0, [](unsigned short*) {});
   toUnicodeString(TextValue::text(value), reinterpret_cast<const unsigned char*>(bytes), size);
@@ -124,7 +128,7 @@ PWFData DataCnv::RawCharsToPWFData(const char* bytes, int size) {
 }
 
 icu::DecimalFormat* DataCnv::getDecimalFormatter() {
-  if (decFormatter != nullptr) return decFormatter.get();
+  if (decFormatter != nullptr) return decFormatter.get();  // without a lock
   // The mutexes are always taken in this order, the object's and then the one of the process.
   const KelMutex::Mutex lock(decFormatterMutex);
   icu::DecimalFormat* shared = _global_decFormatter.load(std::memory_order_acquire);

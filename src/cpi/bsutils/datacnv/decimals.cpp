@@ -38,6 +38,7 @@ double powerOfTen(int power) {
 
 }  // namespace
 
+// With a trailing separate sign a leading one is refused; every other form of sign allows it.
 void DataCnv::validateDecimal(const KelWstring& text, ESign sign) {
   const FunctionTrace trace(this, "DataCnv::validateDecimal", kDataCnvPath);
   if (!core::isDecimalText(text.view(), sign != eSignTrailingSeparate)) [[unlikely]]
@@ -64,6 +65,7 @@ void DataCnv::adjustDecimalForString(KelWstring& text, int places) {
   tidyPoint(text);
 }
 
+// The edit goes from right to left, so that positions stay what they were worked out for.
 void DataCnv::adjustPrecisionForString(KelWstring& text, int selector) {
   const FunctionTrace trace(this, "DataCnv::adjustPrecisionForString", kDataCnvPath);
   const core::PlacesEdit edit = core::editPlaces(text.view(), selector);
@@ -77,6 +79,7 @@ void DataCnv::adjustPrecisionForString(KelWstring& text, int selector) {
   if (edit.leadingZero) insertUnit(text, 0, '0');
 }
 
+// The result is the position of the point, which strict checking goes on from, or -1.
 int DataCnv::UpdateDecimal(KelWstring& text, const unsigned short* oldPoint, const unsigned short* newPoint) {
   const FunctionTrace trace(this, "DataCnv::UpdateDecimal", kDataCnvPath);
   if (oldPoint == nullptr || newPoint == nullptr) return -1;
@@ -90,6 +93,7 @@ int DataCnv::UpdateDecimal(KelWstring& text, const unsigned short* oldPoint, con
   return static_cast<int>(position);
 }
 
+// A point alone becomes zero.
 void DataCnv::removeTrailingDecimal(KelWstring& text) {
   const FunctionTrace trace(this, "DataCnv::removeTrailingDecimal", kDataCnvPath);
   if (text.length() == 0) return;
@@ -107,6 +111,7 @@ void DataCnv::TrimFromDecimal(KelWstring& text) {
 int DataCnv::TrimNonSignificantZeros(KelWstring& text) {
   const FunctionTrace trace(this, "DataCnv::TrimNonSignificantZeros", kDataCnvPath);
   if (text.length() == 0) return 0;
+  // Without a point, trailing zeros are places of the integer and stay.
   const bool hasPoint = findPoint(text) != KelWstring::npos;
   TrimData(text, eTrimPadding, eJustifyRight, '0', true);
   if (hasPoint) TrimData(text, eTrimPadding, eJustifyLeft, '0', true);

@@ -31,6 +31,7 @@ const KelWstring& localeDecimalText() {
 
 }  // namespace
 
+// The owner is ignored, and set with setOwner alone: Settings.OwnerArgumentIsIgnored.
 DataCnv::DataCnv(int codePage, EEndian endianOfIntegers, EEndian endianOfPacked, EFloatFmt formatOfFloats,
                  int windowOfCentury, const unsigned short* nameOfTimeZone, bool flagOfDateTime,
                  const unsigned short* textOfDateTime, int firstWeek, bool isLenient, char positiveSign,
@@ -40,6 +41,7 @@ DataCnv::DataCnv(int codePage, EEndian endianOfIntegers, EEndian endianOfPacked,
       integerEndian(endianOfIntegers),
       packedEndian(endianOfPacked),
       floatFormat(formatOfFloats),
+      // Floats have no byte order of their own.
       floatEndian(formatOfFloats == eFloatIeeeLittle ? eEndianLittle : eEndianBig),
       timeZoneName(nameOfTimeZone),
       dateTimeFlag(flagOfDateTime),
@@ -49,6 +51,7 @@ DataCnv::DataCnv(int codePage, EEndian endianOfIntegers, EEndian endianOfPacked,
       firstWeekOfYear(firstWeek),
       strictNumericChecking(checksStrictly),
       messageStandard(standard),
+      // Only the first of these two asks for the locale, so that their order matters.
       localeDecimal(localeDecimalText().characters()),
       localeDecimalDiffers(!(KelLocale::iSymbols == US_DECIMAL)) {
   const FunctionTrace trace(this, "DataCnv::DataCnv", kDataCnvPath);

@@ -23,7 +23,7 @@
 
 namespace oxr {
 
-// What the readings of decimals and of doubles differ in.
+// What the readings of decimals and of doubles differ in. The word and the text are those of their failures.
 struct NumberKind {
   bool isDouble;
   const char* negativeLength;
@@ -118,7 +118,7 @@ void replacePoint(DataCnv& cnv, const FailureSite& site, const NumberKind& kind,
 bool readNumber(DataCnv& cnv, const FailureSite& site, const NumberKind& kind, const NumberField& field,
                 KelWstring& text) {
   requireField(site, kind, field);
-  const bool hasUnits = field.length != 0;
+  const bool hasUnits = field.length != 0;  // an empty field is no number, and yet no failure for a decimal
   text.assignInternal(field.text, static_cast<unsigned>(field.length), 0);
   const unsigned short pad = field.padCharIsUnicode ? field.padChar : uncheckedPadUnit(cnv, field.padChar);
   // Strict checking must see the zeros that a field was filled with, so that they are trimmed after it:
@@ -130,6 +130,7 @@ bool readNumber(DataCnv& cnv, const FailureSite& site, const NumberKind& kind, c
     if (kind.isDouble) return false;
     setToZero(text);
   }
+  // From here to the end the text has no sign, so that a point moves among digits alone.
   const bool negative = cnv.CheckSign(text, field.sign, field.minusText, field.plusText);
   if (DataCnvParts::checksStrictly(cnv) && hasUnits && text.length() == 0)
     raiseStrict(site, failures::kStrictIntegerDigit, field);
@@ -140,8 +141,10 @@ bool readNumber(DataCnv& cnv, const FailureSite& site, const NumberKind& kind, c
     if (!DataCnvParts::checksStrictly(cnv)) cnv.TrimData(text, eTrimSpaceBoth, field.justification, ' ', true);
   }
   if (hasUnits && text.length() == 0) setToZero(text);
+  // Only a double's exponent has a meaning, and may be written with the message's own signs.
   if (kind.isDouble) cnv.ReplaceExponentialSign(text, field.minusText, field.plusText);
   if (field.useVirtualDecimalPoint) cnv.adjustDecimalForString(text, field.precision);
+  // The last word on the text is the same for both readings, with and without strict checking.
   if (!cnv.isDecimalValid(text, !field.useVirtualDecimalPoint && field.precision == core::kExplicitPoint))
     raise<KelConversionException>(site, failures::kInvalidData, "string", KelWstring(field.view()));
   return negative;
@@ -155,6 +158,7 @@ void readDecimal(DataCnv& cnv, const NumberField& field, KelWstring& text) {
   if (negative) insertUnit(text, 0, '-');
 }
 
+// Reads any field. A negative zero keeps its sign.
 double readDoubleGeneral(DataCnv& cnv, const NumberField& field) {
   const FunctionTrace trace(&cnv, "DataCnv::StrToDbl", kDataCnvPath);
   KelBufferedWstring<16u> number;
@@ -169,7 +173,7 @@ KelWstring DataCnv::StrToDecimal(const unsigned short* text, int length, bool us
                                  const unsigned short* decimalPoint, ESign sign, const unsigned short* minusText,
                                  const unsigned short* plusText, ETrimType trim, EJustification justification,
                                  unsigned short padChar, bool padCharIsUnicode) {
-  KelBufferedWstring<16u> decimal;
+  KelBufferedWstring<16u> decimal;  // a decimal of usual length needs no heap until it is handed over
   readDecimal(*this,
               {{text, length, sign, minusText, plusText, trim, justification, padChar, padCharIsUnicode},
                useVirtualDecimalPoint,

@@ -1,3 +1,5 @@
+// The look at a field that the fast ways begin with: the same steps as the general ways, on a view of the field.
+
 #include "datacnv/textfield.hpp"
 
 #include "core/padding.hpp"
@@ -33,6 +35,7 @@ std::optional<BareNumber> bareNumber(const TextField& field) {
   if (field.text == nullptr || field.length <= 0 || field.minusText == nullptr || field.plusText == nullptr) return {};
   if (!field.padCharIsUnicode) return {};
   UnitView text = trimmed(field.view(), field);
+  // Padding alone is zero or a failure, which the general ways decide.
   if (text.empty()) return {};
   core::FoundSign sign;
   if (field.sign == eSignLeadingSeparate) {
@@ -41,7 +44,7 @@ std::optional<BareNumber> bareNumber(const TextField& field) {
   } else if (field.sign == eSignTrailingSeparate) {
     sign = core::trailingSign(text, field.minusText, field.plusText);
     text.remove_suffix(sign.units);
-  } else if (field.sign != eSignNone) {
+  } else if (field.sign != eSignNone) {  // an included sign, or none of the five forms
     return {};
   }
   if (text.empty()) return {};

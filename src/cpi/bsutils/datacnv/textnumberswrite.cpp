@@ -97,8 +97,9 @@ void writeBuffer(const FailureSite& site, unsigned short* out, const int& length
   std::copy_n(text.characters(), static_cast<unsigned>(length), out);
 }
 
+// Serves finite doubles while the formatter's symbols are ASCII.
 inline bool writeDoubleFast(double value, KelWstring& out, bool exponential) {
-  // The first double of the process makes the formatter, whose symbols are not known until then.
+  // The first double of the process goes the general way and makes the formatter, whose symbols are not known before.
   if (!DataCnvParts::hasAsciiSymbols() || !std::isfinite(value)) [[unlikely]]
     return false;
   const core::DoubleText number(value);
@@ -134,6 +135,7 @@ void padDigits(DataCnv& cnv, KelWstring& text, FieldLook& look, bool negative) {
     if (!look.padCharIsUnicode) look.padChar = uncheckedPadUnit(cnv, look.padChar);
     look.padCharIsUnicode = true;
     if (KelUtility::isDigit(look.padChar)) {
+      // Room is left for the sign that is still to come.
       std::int64_t missing = std::int64_t{look.length} - text.length();
       if (negative) missing -= static_cast<std::int64_t>(UnitView(look.minusText).size());
       if (look.showPlus && !negative) missing -= static_cast<std::int64_t>(UnitView(look.plusText).size());
@@ -163,7 +165,7 @@ int reversed(int places) {
 // Brings digits to the places that the field has, cutting what is beyond them, and puts in the message's point.
 void placePoint(DataCnv& cnv, KelWstring& text, const PointLook& point, bool exponential) {
   if (!exponential) {
-    const bool hadDigits = text.length() != 0;
+    const bool hadDigits = text.length() != 0;  // zero comes out of the next step empty, and gets its digit back
     cnv.TrimNonSignificantZeros(text);
     if (hadDigits && text.length() == 0) setToZero(text);
     if (!point.useVirtualDecimalPoint) {
@@ -176,14 +178,15 @@ void placePoint(DataCnv& cnv, KelWstring& text, const PointLook& point, bool exp
   cnv.UpdateDecimal(text, DataCnv::US_DECIMAL.characters(), point.decimalPoint);
 }
 
-// The field forms of integers. `width` names the type in a failure.
+// The field forms of integers. Only a text that fits reaches `out` and `length`. `width` names the type in a failure.
 void writeInteger(DataCnv& cnv, const FailureSite& site, long value, KelWstring& out, int& length, FieldLook look,
                   const char* width) {
   requireLook(site, look);
-  KelBufferedWstring<16u> number;
+  KelBufferedWstring<16u> number;  // stays as it is, for the failures
   cnv.Int64ToUString(value, number);
   if (look.sign == eSignNone && value < 0) raiseOutOfBounds(site, width, "string (no sign)", number);
   KelBufferedWstring<16u> text(number);
+  // A text that begins with the message's plus text loses that, even if it is a digit: NumbersToText.WriteFields.
   padDigits(cnv, text, look, cnv.CheckSign(text, eSignLeadingSeparate, DataCnv::US_MINUS.characters(), look.plusText));
   signAndPad(cnv, text, look, value < 0);
   if (text.length() > static_cast<unsigned>(length)) raiseOutOfBounds(site, "integer", fieldOf(length), number);
@@ -199,12 +202,14 @@ PWFData emptyString() {
   return TextValue::make(STRING, 0, [](unsigned short*) {});
 }
 
+// Serves every integer.
 bool writePlainFast(long value, KelWstring& out) {
   const core::IntegerText number(value);
   number.write(out.resizeForOverwrite(number.length()));
   return true;
 }
 
+// Serves every decimal that is one.
 bool writePlainFast(const unsigned short* value, KelWstring& out) {
   if (value == nullptr) return false;
   const auto decimal = core::plainDecimal(value);
@@ -291,6 +296,7 @@ void DataCnv::StrFromDbl(double value, KelWstring& out, int& length, bool useVir
   const FunctionTrace trace(this, "DataCnv::StrFromDbl", kDataCnvPath);
   FieldLook look{length, sign, minusText, plusText, padField, justification, padChar, padCharIsUnicode};
   requireLook(trace.site(), look);
+  // A virtual point excludes the exponential form; the selector then counts as a number of places.
   const bool exponential = !useVirtualDecimalPoint && precision == core::kPlacesUntouched;
   KelBufferedWstring<16u> text;
   doubleToUString(value, text, exponential);
@@ -325,6 +331,7 @@ void DataCnv::StrFromDec(const unsigned short* value, KelWstring& out, int& leng
   KelBufferedWstring<16u> text{UnitView(value)};
   validateDecimal(text, eSignLeadingSeparate);
   const bool negative = CheckSign(text, eSignLeadingSeparate, US_MINUS.characters(), plusText);
+  // Negative zero has a sign too, and needs room for it in the field.
   if (negative && sign == eSignNone) raiseOutOfBounds(trace.site(), "decimal", "string (no sign)", value);
   placePoint(*this, text, {useVirtualDecimalPoint, precision, decimalPoint}, false);
   padDigits(*this, text, look, negative);
@@ -354,7 +361,7 @@ void DataCnv::StrFromDec(const unsigned short* value, unsigned char* bytes, int&
   KelBufferedWstring<16u> text{UnitView(value)};
   validateDecimal(text, eSignLeadingSeparate);
   adjustDecimalForString(text, reversed(scale));
-  const int room = size;
+  const int room = size;  // what the field had, for the failure: the conversion sets `size`
   const UErrorCode status = fromUnicodeString(text, bytes, size);
   if (status == U_BUFFER_OVERFLOW_ERROR)
     raise<KelConversionException>(trace.site(), failures::kTooLong, "decimal", "string", numbered("", room) + " bytes",
@@ -369,7 +376,7 @@ void DataCnv::StrFromDbl(double value, unsigned short* out, int& length) {
   KelBufferedWstring<16u> text;
   doubleToUString(value, text, true);
   if (std::int64_t{text.length()} >= length) raiseOutOfBounds(trace.site(), "double", fieldOf(length), value);
-  std::copy_n(text.characters(), text.length() + 1, out);
+  std::copy_n(text.characters(), text.length() + 1, out);  // with its terminator
   length = static_cast<int>(text.length());
 }
 
