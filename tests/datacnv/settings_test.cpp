@@ -27,7 +27,7 @@ TEST(Settings, ObjectsCarryTheirHeaders) {
 TEST(Settings, Statics) {
   EXPECT_EQ(DataCnv::UHEX_NUMBERS, u"0123456789abcdefABCDEF"_k);
   EXPECT_EQ(DataCnv::US_PLUS + DataCnv::US_MINUS + DataCnv::US_DECIMAL, u"+-."_k);
-  EXPECT_EQ(DataCnv::TIMESTAMP_PATTERN, DataCnv::DATE_PATTERN + u" "_k + DataCnv::TIME_PATTERN);
+  EXPECT_EQ(DataCnv::DATE_PATTERN + u" "_k + DataCnv::TIME_PATTERN, DataCnv::TIMESTAMP_PATTERN);
   EXPECT_EQ(DataCnv::TIMESTAMP_PATTERN + DataCnv::MILLISEC_PATTERN, u"yyyy-MM-dd HH:mm:ss.SSS"_k);
 }
 

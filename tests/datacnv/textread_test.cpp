@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <clocale>
-#include <iterator>
 #include <string>
 
 #include "harness/newprocess.hpp"
@@ -62,7 +60,6 @@ const Members kMembers = {
     {"StrToDbl", fields(kDbl)},
     {"StrToDec2", looselyAndStrictly(fields(kDec))},
     {"StrToDbl2", looselyAndStrictly(fields(kDbl))},
-    {"StrToDecimal", fields([](DataCnv& cnv, auto... a) { return cnv.StrToDecimal(a...); })},
     {"UStringToInt64", texts([](Case&, DataCnv& cnv, auto& text, int) { return cnv.UStringToInt64(text); })},
     {"PWFStringTodouble", texts([](Case&, DataCnv& cnv, auto& text, int) { return cnv.PWFStringTodouble(text); })},
     {"plain_StrToDbl", texts([](Case& c, DataCnv& cnv, auto&, int n) { return cnv.StrToDbl(c.text("field"), n); })},
@@ -84,24 +81,17 @@ TEST(NumbersFromText, ReadIntegers) {
     StrToInt32,StrToInt64 12                    LS   way=fast                       -> 12
     ~                     +12                   LS                                  -> 12
     ~                     12CR                  TS   minus=CR way=fast              -> -12
-    ~                     ''                    LS                                  -> 0
     ~                     -                     LS   way=general                    -> 0
     ~                     -                     9    trim=pad pad=-                 -> 0
     ~                     **12                  LS   trim=pad justify=right way=fast -> 12
-    ~                     -12**                 LS   trim=pad way=fast              -> -12
     ~                     **12                  LS   trim=pad justify=right padByte=0x15C way=general -> 12
     ~                     **12                  LS   trim=pad justify=right padByte=0x40 -> OXR5505: string | **12
-    ~                     -+12                  LS                                  -> OXR5505: string | +12
     ~                     ٣                     LS   way=general                    -> 1587
     StrToInt32            123456789             LS   way=fast                       -> 123456789
     ~                     2147483647            LS   way=general                    -> 2147483647
     ~                     2147483648            LS -> OXR5506: string | 4-byte integer | 2147483648
-    ~                     -2147483649           LS -> OXR5506: string | 4-byte integer | -2147483649
-    ~                     00000000001           LS -> OXR5506: string | 4-byte integer | 00000000001
     ~                     23s                   TI                                  -> -233
-    ~                     -23                   LI                                  -> OXR5505: string | ￭23
-    StrToInt64            123456789012345678    LS   way=fast                       -> 123456789012345678
-    ~                     9223372036854775807   LS   way=general                    -> 9223372036854775807
+    StrToInt64            9223372036854775807   LS   way=general                    -> 9223372036854775807
     ~                     -9223372036854775808  LS                                  -> -9223372036854775808
     ~                     -9223372036854775809* LS trim=pad -> OXR5506: string | 8-byte integer | -9223372036854775809*
     ~                     00000000000000000000  LS -> OXR5506: string | 8-byte integer | 00000000000000000000
@@ -112,89 +102,63 @@ TEST(NumbersFromText, ReadIntegers) {
 // The members with a 2 in their names are tried without and with strict checking.
 TEST(NumbersFromText, ReadDecimalsAndDoubles) {
   run(R"(
-    member    field                places ->
-    StrToDec2 1,50                 2                                 -> 1.50
-    ~         DB1,50               2      minus=CR plus=DB           -> 1.50
-    ~         1,5                  2                                 -> 1.5 / OXR5557: 1,5 | 2
-    ~         -5                   -2                                -> OXR5505: string | -5 / OXR5553: -5
-    ~         1.50                 2                                 -> 1.50 / OXR5551: 1.50
-    ~         1,50                 2      point=.                    -> OXR5505: string | 1,50 / OXR5557: 1,50 | 2
-    ~         1,5,0                2                                 -> OXR5505: string | 1,5,0 / OXR5557: 1,5,0 | 2
-    ~         1E2                  2                                 -> 1E2 / OXR5555: 1E2
-    ~         ''                   2                                 -> '' / OXR5557:  | 2
-    ~         ***                  0      trim=pad                   -> 0 / OXR5550: ***
-    ~         ' 7 '                0                                 -> 7 / OXR5505: string |  7
-    StrToDbl2 1,50                 2      way=fast                   -> 1.5
-    ~         1,50-                2      sign=TS way=fast           -> -1.5
-    ~         1::50                2      point=:: way=general       -> 1.5
-    ~         1,5,0                2                                 -> OXR5505: string | 1,5,0 / OXR5557: 1,5,0 | 2
-    ~         1,5                  2                                 -> 1.5 / OXR5557: 1,5 | 2
-    ~         1.50                 2                                 -> 1.5 / OXR5551: 1.50
-    ~         -1,5                 -3                                -> -1.5 / OXR5556: -1,5
-    ~         15                   -1     point=5                    -> 1 / OXR5554: 15
-    ~         15                   0      point='' way=general       -> 15
-    ~         5,                   -2     way=general                -> 5
-    ~         150                  2      virtual=1 way=general      -> 1.5
-    ~         1,5ECR3              -3     minus=CR                   -> 0.0015
-    ~         0E999999999999       -3                                -> inf
-    ~         -***                 0      trim=pad                   -> -0 / OXR5552: -***
-    StrToDbl  12                   0      pad=0 strict=1 way=general -> 12
-    ~         900719925474099,2    1      way=fast                   -> 900719925474099.2
-    ~         900719925474099,3    1      way=general                -> 900719925474099.2
-    ~         0000000000000001,50  2      way=fast                   -> 1.5
-    ~         00000000000000001,50 2      way=general                -> 1.5
-  )");
-}
-
-// A field filled with zeros is checked as it was written, and only then do they go.
-TEST(NumbersFromText, StrictCheckingTrimsDigitsLate) {
-  run(R"(
-    member            field places justify trim pad strict ->
-    StrToDec,StrToDbl 000   0      right   pad  0   1                -> 0
-    ~                 1,50  2      left    pad  0   1                -> 1.5
-    StrToDec          0,00  2      right   pad  0   1                -> 0.00
-    StrToDbl          100   2      left    pad  0   1      virtual=1 -> 0.01
+    member            field                places ->
+    StrToDec2         1,50                 2                                     -> 1.50
+    ~                 -5                   -2                                    -> OXR5505: string | -5 / OXR5553: -5
+    ~                 1.50                 2                                     -> 1.50 / OXR5551: 1.50
+    ~                 1E2                  2                                     -> 1E2 / OXR5555: 1E2
+    ~                 ''                   2                                     -> '' / OXR5557:  | 2
+    ~                 ***                  0      trim=pad                       -> 0 / OXR5550: ***
+    ~                 ' 7 '                0                                     -> 7 / OXR5505: string |  7
+    StrToDbl2         1,50                 2      way=fast                       -> 1.5
+    ~                 1,50-                2      sign=TS way=fast               -> -1.5
+    ~                 1::50                2      point=:: way=general           -> 1.5
+    ~                 1,5,0                2 -> OXR5505: string | 1,5,0 / OXR5557: 1,5,0 | 2
+    ~                 1,5                  2                                     -> 1.5 / OXR5557: 1,5 | 2
+    ~                 -1,5                 -3                                    -> -1.5 / OXR5556: -1,5
+    ~                 15                   -1     point=5                        -> 1 / OXR5554: 15
+    ~                 15                   0      point='' way=general           -> 15
+    ~                 5,                   -2     way=general                    -> 5
+    ~                 150                  2      virtual=1 way=general          -> 1.5
+    ~                 0E999999999999       -3                                    -> inf
+    ~                 -***                 0      trim=pad                       -> -0 / OXR5552: -***
+    StrToDec,StrToDbl 000                  0      justify=right trim=pad pad=0 strict=1 -> 0
+    ~                 1,50                 2      trim=pad pad=0 strict=1        -> 1.5
+    StrToDbl          100                  2      trim=pad pad=0 strict=1 virtual=1 -> 0.01
+    StrToDbl          12                   0      pad=0 strict=1 way=general     -> 12
+    ~                 900719925474099,2    1      way=fast                       -> 900719925474099.2
+    ~                 900719925474099,3    1      way=general                    -> 900719925474099.2
+    ~                 0000000000000001,50  2      way=fast                       -> 1.5
+    ~                 00000000000000001,50 2      way=general                    -> 1.5
   )");
 }
 
 TEST(NumbersFromText, ReadPlainTexts) {
-  const std::string many(200, 'x');
   run(R"(
     member            field ->
-    UStringToInt64    ''                    way=fast    -> 0
-    ~                 9223372036854775807   way=fast    -> 9223372036854775807
-    ~                 -9223372036854775808  way=fast    -> -9223372036854775808
-    ~                 9223372036854775808               -> OXR5506: string | 8-byte integer | 9223372036854775808
-    ~                 99999999999999999999x             -> OXR5506: string | 8-byte integer | 99999999999999999999x
-    ~                 999999999999999999x9              -> OXR5505: string | 999999999999999999x9
-    ~                 +-1                               -> OXR5505: string | +-1
-    ~                 ١                                 -> OXR5505: string | ١
-    PWFStringTodouble,plain_StrToDbl -1.5                  way=fast    -> -1.5
-    ~                 1e-400                way=general -> 0
+    UStringToInt64    ''                   way=fast    -> 0
+    ~                 9223372036854775807  way=fast    -> 9223372036854775807
+    ~                 -9223372036854775808 way=fast    -> -9223372036854775808
+    ~                 9223372036854775808              -> OXR5506: string | 8-byte integer | 9223372036854775808
+    ~                 999999999999999999x9             -> OXR5505: string | 999999999999999999x9
+    PWFStringTodouble,plain_StrToDbl -1.5                 way=fast    -> -1.5
     ~                 0.100000000000000005551115123125782702118158340454101562500000001 way=general -> 0.1
     ~                 0.10000000000000000555111512312578270211815834045410156250000001 way=fast    -> 0.1
-    PWFStringTodouble +1.5                              -> OXR5505: string | +1.5
-    ~                 .x                                -> 0
-    ~                 1.5x                              -> 1.5
-    ~                 ''                                -> OXR5505: string | 
-    plain_StrToDbl    .                                 -> OXR5505: string | .
-    ~                 ''                                -> 0
-    ~                 1.5x                              -> OXR5505: string | 1.5x
-    ~                 0x1p4                             -> 16
-    ~                 -inf                              -> -inf
-    ~                 null                  length=0    -> 0
-    ~                 null                  length=1    -> OXR5502: Error converting from unicode | 1
+    PWFStringTodouble +1.5                             -> OXR5505: string | +1.5
+    ~                 .x                               -> 0
+    ~                 1.5x                             -> 1.5
+    ~                 ''                               -> OXR5505: string | 
+    plain_StrToDbl    .                                -> OXR5505: string | .
+    ~                 1.5x                             -> OXR5505: string | 1.5x
+    ~                 0x1p4                            -> 16
+    ~                 null                 length=1    -> OXR5502: Error converting from unicode | 1
     ~                 null length=-1 -> OXR5505 bare: Tried to convert a zero length string to a double | float
-    ~                  )" +
-      many + " -> OXR5505: string | " + many + R"(
-    short_StrToDec -1.50      trim=pad -> -1.5
-    ~              +07.500    -> 7.500
-    bytes_StrToDec 60F1F2F3F4 places=2 -> -12.34
-    ~              F16BF5     places=0 -> 1,5
-    ~              F1A7       -> OXR5505: decimal | 1x
-    ~              ''         -> OXR5502: size < MinBytesPerChar for codepage: 37
-    ~              null       size=0   -> OXR5502: Null input pointer
-    ~              F1         size=-1  -> OXR5505 bare: Tried to convert a zero length string to a decimal | decimal | 
+    short_StrToDec    -1.50                trim=pad    -> -1.5
+    bytes_StrToDec    60F1F2F3F4           places=2    -> -12.34
+    ~                 F1A7                             -> OXR5505: decimal | 1x
+    ~                 ''                               -> OXR5502: size < MinBytesPerChar for codepage: 37
+    ~                 null                 size=0      -> OXR5502: Null input pointer
+    ~                 F1 size=-1 -> OXR5505 bare: Tried to convert a zero length string to a decimal | decimal | 
   )");
   EXPECT_EQ(raisedBy([] { converterFor(37).StrToDbl(u"1\0002"_k.characters(), 3); }).number & 0xFFFF, 5505);
 }
@@ -205,7 +169,6 @@ TEST(NumbersFromText, RefuseArgumentsInOrder) {
     member            field length minus plus point sign strict ->
     StrToInt32 null -1 null null null TI 1 -> OXR5502: Null input pointer passed into DataCnv::StrToInt32
     ~ '' -1 null null null TI 1 -> OXR5505 bare: Tried to convert a zero length string to a integer | integer
-    ~ '' 0 null null null TI 1 -> OXR5502: Null sign string pointer passed into DataCnv::StrToInt32
     ~ '' 0 - null null TI 1 -> OXR5502: Null sign string pointer passed into DataCnv::StrToInt32
     ~                 ''    0      -     +    null  TI   1      -> 0
     StrToInt64 null -1 null null null TI 1 -> OXR5502: Null input pointer passed into DataCnv::StrToInt64
@@ -229,7 +192,6 @@ TEST(NumbersFromText, Trace) {
     StrToInt64        1     padByte=0x5C -> StrToInt64 toUnicodeString TrimData CheckSign
     UStringToInt64    1                  -> UStringToInt64
     PWFStringTodouble 1     early=1      -> UStringTodouble
-    plain_StrToDbl    1                  -> StrToDbl
     bytes_StrToDec    F1    places=1     -> StrToDec toUnicodeString validateDecimal adjustDecimalForString
     StrToDbl 1,50 -> StrToDbl TrimData CheckSign UpdateDecimal CheckExponentialSign isDecimalValid UStringTodouble
     short_StrToDec    null               -> StrToDec StrToDec StrToDecimal
@@ -246,8 +208,6 @@ void expectTheSameNumbers(bool hasAsciiExponent) {
     StrToDbl2         -234567,75           -> -234567.75
     PWFStringTodouble -1.5       early=1   -> -1.5
     plain_StrToDbl    -1.5                 -> -1.5
-    ~                 ' 1.5'               -> 1.5
-    ~                 1,5                  -> OXR5505: string | 1,5
     StrToDbl2         -1,5e-3    places=-3 -> )" +
       std::string(hasAsciiExponent ? "-0.0015" : "-1.5"));
 }
@@ -256,23 +216,9 @@ TEST(NumbersFromText, LocalesChangeNothing) {
   for (const std::string name : {"de_DE", "sv_SE", "ar_EG", "de_CH"})
     inANewProcess([&] {
       useLocale(name.c_str());
+      std::setlocale(LC_ALL, (name + ".UTF-8").c_str());  // the process's own, where it is installed
       expectTheSameNumbers(name != "sv_SE" && name != "ar_EG");
     });
-}
-
-TEST(NumbersFromText, TheProcessLocaleChangesNothing) {
-  const auto useComma = [] {
-    const char* const names[] = {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8", "fr_FR.utf8"};
-    return std::any_of(std::begin(names), std::end(names), [](auto name) { return std::setlocale(LC_ALL, name); });
-  };
-  const bool hasComma = useComma();
-  std::setlocale(LC_ALL, "C");
-  if (!hasComma) GTEST_SKIP() << "no locale with a decimal comma is installed";
-  inANewProcess([&] {
-    useLocale("en_US");
-    ASSERT_TRUE(useComma() && std::string_view(std::localeconv()->decimal_point) == ",");
-    expectTheSameNumbers(true);
-  });
 }
 
 }  // namespace

@@ -74,13 +74,10 @@ TEST(NumbersToText, WriteFields) {
   run(R"(
     member           value                size ->
     StrFromInt32,StrFromInt64 -12                  6    pad=0                     -> -00012
-    ~                -12                  6    pad=0 justify=left        -> -12000
     ~                -12                  6    pad=*                     -> ***-12
     ~                -12                  6    pad=0 sign=TS minus=CR    -> 0012CR
     ~                -12                  6    padByte=0xFFF0            -> -00012
-    ~                -12                  6    padByte=0x5C              -> ***-12
     ~                -12                  5    pad=٣                     -> -٣٣12
-    ~                0                    1    sign=none                 -> 0
     ~                12                   5    plus=1                    -> 2
     ~                -12                  4 pad=0 minus=CRR -> OXR5506: integer | string (4 characters) | -12
     StrFromInt32     -1                   1 sign=none -> OXR5506: 4-byte integer | string (no sign) | -1
@@ -88,45 +85,35 @@ TEST(NumbersToText, WriteFields) {
     StrFromInt64     -9223372036854775808 20                             -> -9223372036854775808
     StrFromDbl       1.25                 9    places=1                  -> 1.2
     ~                12.345               9    virtual=1 places=2        -> 1234
-    ~                0.5                  9    virtual=1 places=0        -> .5
     ~                1500                 9    places=-3                 -> 1.5E+3
     ~                1.5                  9    point=::                  -> 1::5
     ~                -12.5                8    point=, pad=0             -> -00012,5
     ~                -0.0                 9    minus=CR sign=none        -> -0
     ~                -inf                 9    minus=CR                  -> CRINF
-    ~                nan                  9    places=2 sign=none        -> NaN.00
     ~                1.25                 3 -> OXR5506: double | string (3 characters) | 1.25
     StrFromDec       5                    9    showPlus=1                -> +5
-    ~                5                    5    showPlus=1 plus=PL pad=0  -> PL005
     ~                007.500              9                              -> 7.5
     ~                ''                   9                              -> ''
     ~                -.5                  9    places=-2 point=, sign=TS -> 0,5-
     ~                -1.25                3                              -> OXR5507: decimal | string | 3 | -1.25
-    ~                -0                   9    sign=none                 -> OXR5506: decimal | string (no sign) | -0
-    ~                5-                   9    sign=TS                   -> OXR5505: decimal | 5-
     bytes_StrFromDec -1.5                 9    places=1                  -> 60F1F5
-    ~                1.5                  9    places=3                  -> F1F5F0F0
-    ~                1e5                  9                              -> OXR5505: decimal | 1e5
   )");
 }
 
 TEST(NumbersToText, WritePlainForms) {
   run(R"(
     member             value ->
-    plain_StrFromInt64 -9223372036854775808   way=fast    -> STRING -9223372036854775808
-    plain_StrFromDbl   -1500                  way=fast    -> STRING -1.5E+3
-    ~                  inf                    way=general -> STRING INF
-    ~                  0.999999999999999      way=general -> STRING 9.99999999999999E-1
-    plain_StrFromDec   -007.50                way=fast    -> STRING -7.5
-    ~                  +.5                    way=fast    -> STRING 0.5
-    ~                  000                    way=fast    -> STRING 0
-    ~                  ''                     way=fast    -> STRING
-    ~                  12345678901234567890.1 way=fast    -> STRING 12345678901234567890.1
-    ~                  1e5                    way=general -> OXR5505: decimal | 1e5
-    ~                  null                   way=general -> OXR5502: Null input pointer
-    short_StrFromDbl   -1500                  size=8      -> -1.5E+3
-    ~                  -1500                  size=7      -> OXR5506: double | string (7 characters) | -1500
-    ~                  1                      target=null -> OXR5502: Null output buffer pointer
+    plain_StrFromInt64 -9223372036854775808 way=fast    -> STRING -9223372036854775808
+    plain_StrFromDbl   -1500                way=fast    -> STRING -1.5E+3
+    ~                  0.999999999999999    way=general -> STRING 9.99999999999999E-1
+    plain_StrFromDec   -007.50              way=fast    -> STRING -7.5
+    ~                  000                  way=fast    -> STRING 0
+    ~                  ''                   way=fast    -> STRING
+    ~                  1e5                  way=general -> OXR5505: decimal | 1e5
+    ~                  null                 way=general -> OXR5502: Null input pointer
+    short_StrFromDbl   -1500                size=8      -> -1.5E+3
+    ~                  -1500                size=7      -> OXR5506: double | string (7 characters) | -1500
+    ~                  1                    target=null -> OXR5502: Null output buffer pointer
   )");
 }
 
@@ -139,12 +126,10 @@ TEST(NumbersToText, RefuseArgumentsInOrder) {
     ~                -1    1    null  x    LI               -> OXR5502: Null sign string pointer
     ~                -1    1    x     null LI               -> OXR5502: Null sign string pointer
     ~                -1    1    x     x    LI               -> OXR5502: Sign type invalid for context: 1
-    ~                -1    1    x     x    TI               -> OXR5502: Sign type invalid for context: 2
     StrFromDec       null  0    null  null LI   target=null -> OXR5502: Null output buffer pointer
     StrFromDec       null  0    null  null LI               -> OXR5502: Null input pointer
     bytes_StrFromDec null  0    x     x    LI   target=null -> OXR5502: Null input pointer
     ~                x     0    x     x    LI   target=null -> OXR5502: Null output buffer pointer
-    ~                x     0    x     x    LI               -> OXR5502: Invalid output buffer size: 0
   )");
 }
 
@@ -154,7 +139,6 @@ TEST(NumbersToText, Trace) {
     member             value ->
     plain_StrFromInt64 1             -> StrFromInt64 StrFromInt64 StrFromInt64 Int64ToUString CheckSign
     plain_StrFromDbl   1     early=1 -> StrFromDbl StrFromDbl doubleToUString
-    plain_StrFromDec   5-            -> StrFromDec StrFromDec StrFromDec validateDecimal
     StrFromInt64       1     size=0  -> StrFromInt64 StrFromInt64
     bytes_StrFromDec   1             -> StrFromDec validateDecimal adjustDecimalForString
   )",

@@ -85,7 +85,7 @@ int DataCnv::UpdateDecimal(KelWstring& text, const unsigned short* oldPoint, con
   if (oldPoint == nullptr || newPoint == nullptr) return -1;
   const UnitView oldText(oldPoint);
   const UnitView newText(newPoint);
-  // The old text is a set of units here, and yet as many units as it has are replaced: Decimals.ReplacesAPoint.
+  // The old text is a set of units here, and yet as many units as it has are replaced: Decimals.Edits.
   const std::size_t position = text.view().find_first_of(oldText);
   if (position == UnitView::npos) return -1;
   text.replaceInternal(static_cast<unsigned>(position), static_cast<unsigned>(oldText.size()), newText.data(),

@@ -122,7 +122,7 @@ bool readNumber(DataCnv& cnv, const FailureSite& site, const NumberKind& kind, c
   text.assignInternal(field.text, static_cast<unsigned>(field.length), 0);
   const unsigned short pad = field.padCharIsUnicode ? field.padChar : uncheckedPadUnit(cnv, field.padChar);
   // Strict checking must see the zeros that a field was filled with, so that they are trimmed after it:
-  // NumbersFromText.StrictCheckingTrimsDigitsLate.
+  // NumbersFromText.ReadDecimalsAndDoubles.
   const bool trimsLate = DataCnvParts::checksStrictly(cnv) && u_isdigit(pad);
   if (!trimsLate) cnv.TrimData(text, field.trim, field.justification, pad, true);
   if (text.length() == 0 && (hasUnits || kind.isDouble)) {

@@ -34,7 +34,7 @@ double valueOf(const icu::Formattable& number) {
 }
 
 // The process may have any locale, and change it. A number that was written with "." is read with "." all the same:
-// NumbersFromText.TheProcessLocaleChangesNothing.
+// NumbersFromText.LocalesChangeNothing.
 locale_t plainLocale() {
   static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
   return locale;
