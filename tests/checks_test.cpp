@@ -8,6 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/buffers/base64_check.hpp"
+#include "fuzz/buffers/growingbytebuffer_check.hpp"
+#include "fuzz/buffers/textreader_check.hpp"
+#include "fuzz/buffers/textwriter_check.hpp"
+#include "fuzz/codepage/codepage_check.hpp"
 #include "fuzz/datacnv/numbertext_check.hpp"
 #include "fuzz/datacnv/packed_check.hpp"
 #include "fuzz/harness/choices.hpp"
@@ -30,6 +35,11 @@ struct Check {
 constexpr Check kChecks[] = {
     {"KelBuffer",     fuzz::checkKelBuffer,      5'000},
     {"KelWstring",    fuzz::checkKelWstring,     2'000},
+    {"CodePage",      fuzz::checkCodePage,       2'000},
+    {"GrowingBuffer", fuzz::checkGrowingByteBuffer, 5'000},
+    {"TextReader",    fuzz::checkTextReader,     3'000},
+    {"TextWriter",    fuzz::checkTextWriter,     3'000},
+    {"Base64",        fuzz::checkBase64,           500},
     {"PackedRead",    fuzz::checkPackedRead,    20'000},
     {"PackedWrite",   fuzz::checkPackedWrite,   20'000},
     {"PackedNumbers", fuzz::checkPackedNumbers, 20'000},
