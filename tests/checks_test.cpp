@@ -13,6 +13,7 @@
 #include "fuzz/buffers/textreader_check.hpp"
 #include "fuzz/buffers/textwriter_check.hpp"
 #include "fuzz/codepage/codepage_check.hpp"
+#include "fuzz/datacnv/external_check.hpp"
 #include "fuzz/datacnv/numbertext_check.hpp"
 #include "fuzz/datacnv/packed_check.hpp"
 #include "fuzz/harness/choices.hpp"
@@ -40,6 +41,9 @@ constexpr Check kChecks[] = {
     {"TextReader",    fuzz::checkTextReader,     3'000},
     {"TextWriter",    fuzz::checkTextWriter,     3'000},
     {"Base64",        fuzz::checkBase64,           500},
+    {"ExternalRead",  fuzz::checkExternalRead,  10'000},
+    {"ExternalSigns", fuzz::checkExternalSigns,     40},
+    {"ExternalWrite", fuzz::checkExternalWrite, 20'000},
     {"PackedRead",    fuzz::checkPackedRead,    20'000},
     {"PackedWrite",   fuzz::checkPackedWrite,   20'000},
     {"PackedNumbers", fuzz::checkPackedNumbers, 20'000},

@@ -579,8 +579,8 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   // What external decimals are written with in the code page, asked of the converter once, the pad once a change.
   struct ExternalCodes {
     bool areKnown = false;
-    bool areBytes = false;  // a byte each, digits in order
-    bool areZoned = false;  // F0 to F9 or 30 to 39, and nothing else reads as them
+    bool areBytes = false;       // a byte each, digits in order
+    bool haveDigitZone = false;  // digits of one upper half byte, F0 to F9 or 30 to 39
     unsigned char zero = 0, plus = 0, minus = 0;
     int padChar = -1;  // as a code unit; -1 before the first one
     bool padIsByte = false;

@@ -1,3 +1,5 @@
+// Reads an external decimal the way it is laid out: the bytes become units by the table of the code page, the sign goes
+// first, an included one still as a byte, then the pads; digits must remain.
 #include "core/externaldigits.hpp"
 
 #include "core/decimaltext.hpp"
@@ -8,14 +10,15 @@ namespace {
 
 constexpr unsigned short kZero = '0';
 
-// Takes a separate sign off; behind the digits a plus may stand in front of the minus.
+// Takes a separate sign off; the result says whether it was negative. At the end a plus may precede the minus, and
+// comes off as well: ExternalDecimal.Reads.
 bool takeSign(UnitView& text, SignPlace place) {
   bool negative = false;
-  if (place == SignPlace::front && !text.empty()) {
+  if (place == SignPlace::leading && !text.empty()) {
     negative = text.front() == '-';
     if (negative || text.front() == '+') text.remove_prefix(1);
   }
-  if (place == SignPlace::behind) {
+  if (place == SignPlace::trailing) {
     negative = text.ends_with(u'-');
     if (negative) text.remove_suffix(1);
     if (text.ends_with(u'+')) text.remove_suffix(1);
@@ -24,15 +27,16 @@ bool takeSign(UnitView& text, SignPlace place) {
 }
 
 UnitView withoutPads(UnitView text, PadPlace place, unsigned short pad) {
-  if (place == PadPlace::front)
+  if (place == PadPlace::leading)
     while (!text.empty() && text.front() == pad)
       text.remove_prefix(1);
-  if (place == PadPlace::behind)
+  if (place == PadPlace::trailing)
     while (!text.empty() && text.back() == pad)
       text.remove_suffix(1);
   return text;
 }
 
+// Without an early end, so that the loop becomes vector instructions.
 bool areDigits(UnitView text) {
   bool all = true;
   for (const unsigned short unit : text)
@@ -42,13 +46,12 @@ bool areDigits(UnitView text) {
 
 }  // namespace
 
-ExternalDigits externalDigits(std::span<const unsigned char> field, const ExternalLayout& layout,
-                              ExternalUnits& units) {
+ExternalDigits readExternal(std::span<const unsigned char> field, const ExternalLayout& layout, ExternalUnits& units) {
   decodeSingleBytes(field, layout.page, units.data());
   UnitView text(units.data(), field.size());
   ExternalDigits number;
-  if (layout.sign == SignPlace::firstDigit || layout.sign == SignPlace::lastDigit) {
-    const std::size_t position = layout.sign == SignPlace::firstDigit ? 0 : field.size() - 1;
+  if (isIncluded(layout.sign)) {
+    const std::size_t position = isInFront(layout.sign) ? 0 : field.size() - 1;
     const SignByte read = readOverpunch(layout.code, field[position]);
     if (!read.valid) return {};
     units[position] = layout.page[read.digit];

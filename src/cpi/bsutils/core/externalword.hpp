@@ -7,51 +7,61 @@
 #include "core/digitvectors.hpp"
 #include "core/words.hpp"
 
-// External decimals of few digits in registers, for code pages whose digits are the bytes F0 to F9 or 30 to 39.
+// External decimals of up to 16 bytes, all digits at once. The digits of a code page are ten bytes with one upper half,
+// their zone: F0 to F9 or 30 to 39. So a field is loaded into two registers, the zone is taken off each byte in one
+// operation, and one more tells whether each byte that remains is a digit.
+//
+//   F1 F2 F3   less the zone F0   is   01 02 03
 namespace oxr::core {
 
-// A field of 1 to 16 bytes, digits alone but for what its sign byte becomes.
-class ZonedWord {
+// The top bit of each of eight bytes that is more than 9.
+constexpr std::uint64_t nonDigitBytes(std::uint64_t bytes) {
+  // The sum of the lower seven bits and 76 reaches the top bit from 0A on, and never the next byte.
+  return (bytes | ((bytes & 0x7F7F7F7F7F7F7F7Fu) + 0x7676767676767676u)) & 0x8080808080808080u;
+}
+static_assert(nonDigitBytes(0x0900010203040506u) == 0 && nonDigitBytes(0x0A090080FF7F0900u) == 0x8000008080800000u);
+
+// A field of 1 to 16 bytes. They are digits alone, but for the byte of an included sign, which replace() makes one.
+class ExternalWord {
  public:
   static constexpr std::uint32_t kMaxSize = 16;
 
-  // `zone`: F0 or 30.
-  ZonedWord(const unsigned char* bytes, std::uint32_t size, unsigned char zone) {
+  ExternalWord() = default;
+  // `zone` is the byte of the digit 0, whose lower half is zero.
+  ExternalWord(const unsigned char* bytes, std::uint32_t size, unsigned char zone) {
     const std::uint64_t zones = 0x0101010101010101u * zone;
     const std::uint32_t last = size > 8 ? size - 8 : 0;  // bytes of the second half
     halves_[0] = loadLowest(bytes, size - last) ^ zones >> (64 - 8 * (size - last));
     halves_[1] = last == 0 ? 0 : loadLowest(bytes + 8, last) ^ zones >> (64 - 8 * last);
   }
 
-  // Takes `from` for `to` at a position: what the sign byte holds for its plain digit.
+  // Replaces the byte at a position, which was loaded as `from`, as if it had been loaded as `to`.
   void replace(std::uint32_t position, unsigned char from, unsigned char to) {
     halves_[position / 8] ^= std::uint64_t{static_cast<unsigned char>(from ^ to)} << 8 * (position % 8);
   }
-  // Each byte is now its digit, if it is one.
-  bool isAllDigits() const { return aboveNines(halves_[0]) == 0 && aboveNines(halves_[1]) == 0; }
+  // Whether each byte of the field is a digit.
+  bool isAllDigits() const { return (nonDigitBytes(halves_[0]) | nonDigitBytes(halves_[1])) == 0; }
+  // The value of the digit at a position.
   unsigned digit(std::uint32_t position) const {
     return static_cast<unsigned>(halves_[position / 8] >> 8 * (position % 8)) & 0xFF;
   }
 
-  // Always 16 units and a point behind the first `whole`, 1 to 16; what is behind the digits has no meaning.
+  // Writes the digits as units with a point after the first `whole` of them, 1 to 16. Always 17 units are written;
+  // those beyond the field's end have no meaning.
   void writePointed(std::uint32_t whole, unsigned short* out) const {
     writePointedSixteen(std::bit_cast<ByteVector>(halves_) + '0', whole, out);
   }
 
  private:
-  // Which bytes are more than 9, as their top bits.
-  static constexpr std::uint64_t aboveNines(std::uint64_t bytes) {
-    return (bytes | ((bytes & 0x7F7F7F7F7F7F7F7Fu) + 0x7676767676767676u)) & 0x8080808080808080u;
-  }
-
-  std::array<std::uint64_t, 2> halves_;
+  std::array<std::uint64_t, 2> halves_{};
 };
 
-// Fills a field of 1 to 16 bytes with the lowest half bytes of `digits`, as many as it has bytes.
-[[gnu::always_inline]] inline void writeZoned(std::uint64_t digits, unsigned char zone, unsigned char* field,
-                                              std::uint32_t size) {
-  const auto halves =
-      std::bit_cast<std::array<std::uint64_t, 2>>((digitVector(__builtin_bswap64(digits)) & 0x0F) | zone);
+// Fills a field of 1 to 16 bytes with the lowest half bytes of `digits`, as many as it has bytes. `zero` is the byte of
+// the digit 0.
+[[gnu::always_inline]] inline void writeDigitBytes(std::uint64_t digits, unsigned char zero, unsigned char* field,
+                                                   std::uint32_t size) {
+  const auto toZero = static_cast<unsigned char>(zero - '0');
+  const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(digitVector(__builtin_bswap64(digits)) + toZero);
   if (size <= 8) {
     storeLowest(halves[1] >> (64 - 8 * size), field, size);
     return;

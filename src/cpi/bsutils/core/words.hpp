@@ -27,8 +27,8 @@ inline std::uint64_t loadLowest(const unsigned char* bytes, std::uint32_t count)
 }
 
 // Writes the lowest `count` bytes of a register, 1 to 8, the lowest one first.
-inline void storeLowest(std::uint64_t bytes, unsigned char* target, std::uint32_t count) {
-  const auto split = [&]<class Half>(Half first) {
+[[gnu::always_inline]] inline void storeLowest(std::uint64_t bytes, unsigned char* target, std::uint32_t count) {
+  const auto split = [&]<class Half>(Half first) __attribute__((always_inline)) {
     const auto last = static_cast<Half>(bytes >> 8 * (count - sizeof(Half)));
     first = static_cast<Half>(bytes);
     std::memcpy(target, &first, sizeof first);

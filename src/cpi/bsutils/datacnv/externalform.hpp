@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/externaldigits.hpp"
+#include "datacnv/signform.hpp"
 #include "dataconv.hpp"
 
 namespace oxr {
@@ -11,32 +12,28 @@ struct ExternalForm {
   EJustification justification;
   unsigned short padChar;
   bool padCharIsUnicode;
-  bool customSign;
+  bool customSign;  // letters for included signs, outside of EBCDIC
   const unsigned short* positiveSignTable;
   const unsigned short* negativeSignTable;
 
   // REQUIRES: a known sign.
   core::SignPlace signPlace() const {
     using enum core::SignPlace;
-    constexpr core::SignPlace kPlaces[] = {none, firstDigit, lastDigit, front, behind};
-    return kPlaces[sign];
+    static_assert(static_cast<int>(none) == eSignNone && static_cast<int>(firstByte) == eSignLeadingIncluded &&
+                  static_cast<int>(lastByte) == eSignTrailingIncluded &&
+                  static_cast<int>(leading) == eSignLeadingSeparate &&
+                  static_cast<int>(trailing) == eSignTrailingSeparate);
+    return static_cast<core::SignPlace>(sign);
   }
+
+  // How a digit carries a sign in a code page whose digit 0 is the byte `zero`.
+  core::Overpunch overpunch(unsigned char zero) const {
+    using enum core::Overpunch;
+    if (zero == 0xF0) return ebcdic;
+    return customSign ? letters : ascii;
+  }
+  // The same in the code page of a converter, which is asked for it once.
+  core::Overpunch overpunch(DataCnv& cnv) const { return overpunch(cnv.IsCcsidEBCDIC() ? 0xF0 : '0'); }
 };
-
-// How a digit carries a sign in a code page whose "0" is `zero`,
-inline oxr::core::Overpunch overpunchCodeOf(unsigned char zero, bool customSign) {
-  using enum oxr::core::Overpunch;
-  if (zero == 0xF0) return ebcdic;
-  return customSign ? letters : ascii;
-}
-
-// Brings the characters that external decimals are written with into the object's cache; false where one of them is not
-// a byte in its code page, or the pad is none.
-bool settleExternalCodes(DataCnv& cnv, unsigned short padChar);
-
-// How a digit carries a sign in the object's code page.
-inline core::Overpunch overpunchCode(DataCnv& cnv, bool customSign) {
-  return overpunchCodeOf(cnv.IsCcsidEBCDIC() ? 0xF0 : '0', customSign);
-}
 
 }  // namespace oxr

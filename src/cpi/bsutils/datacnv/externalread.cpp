@@ -1,6 +1,12 @@
+// External decimals: fields into values, texts and numbers.
+//
+// A field is read in the order in which it was filled, backwards: an included sign comes off as a byte, the rest is
+// converted to text, a separate sign comes off, then the pads; the point is placed and what remains must be a decimal.
+// The general way does this member by member. The fast way takes a field in a code page with a byte for each digit and
+// looks at those bytes alone: in two registers if there are no pads, or else unit by unit.
+
 #include <algorithm>
 #include <cstring>
-#include <limits>
 #include <optional>
 #include <span>
 
@@ -9,11 +15,9 @@
 #include "core/externalword.hpp"
 #include "core/numbertextread.hpp"
 #include "core/numbertextwrite.hpp"
-#include "core/padding.hpp"
+#include "datacnv/externalcodes.hpp"
 #include "datacnv/externalform.hpp"
-#include "datacnv/padchar.hpp"
 #include "datacnv/parts.hpp"
-#include "datacnv/signform.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
@@ -25,53 +29,168 @@ using namespace oxr;
 
 namespace {
 
-constexpr std::size_t kUsualField = 64;  // bytes of a field that need no heap
+constexpr std::size_t kUsualField = 64;     // bytes of a field that need no heap
+constexpr std::size_t kExactDigits = 15;    // that a double always holds
+constexpr std::size_t kIntegerDigits = 18;  // that a 64-bit integer always holds
 
 core::PadPlace padPlace(EJustification justification) {
-  if (justification == eJustifyRight) return core::PadPlace::front;
-  return justification == eJustifyLeft ? core::PadPlace::behind : core::PadPlace::none;
+  if (justification == eJustifyRight) return core::PadPlace::leading;
+  return justification == eJustifyLeft ? core::PadPlace::trailing : core::PadPlace::none;
 }
 
-// The value of a number with `places` of its digits behind the point, zeros in front where they are too few.
-PWFData decimalValue(const core::ExternalDigits& number, std::uint32_t places) {
-  const std::size_t count = number.digits.size();
-  const std::size_t zeros = places < count ? 0 : places - count + 1;
-  const std::size_t length = number.negative + zeros + count + (places != 0);
-  return TextValue::make(DECIMAL, length, [&](unsigned short* out) {
-    const unsigned short* digit = number.digits.data();
-    if (number.negative) *out++ = '-';
-    if (zeros != 0) {
-      *out++ = '0';
-    } else {
-      out = std::copy_n(digit, count - places, out);
-      digit += count - places;
-    }
-    if (places == 0) return;
-    *out++ = '.';
-    if (zeros > 1) out = std::fill_n(out, zeros - 1, static_cast<unsigned short>('0'));
-    std::copy(digit, number.digits.data() + count, out);
-  });
+// The table of the code page for a field that the fast ways take; null for any other. Arguments that are refused are
+// left to the general way, before the converter is asked for anything.
+inline const core::SingleByteTable* tableFor(DataCnv& cnv, const unsigned char* source, int size,
+                                             const ExternalForm& form) {
+  if (source == nullptr || static_cast<unsigned>(size) - 1 >= core::kMaxExternalBytes || !form.padCharIsUnicode ||
+      !isKnownSign(form.sign) || !externalCodes(cnv).haveDigitZone) [[unlikely]]
+    return nullptr;
+  return CodePage::byteTable(*DataCnvParts::converterIfMade(cnv));
 }
 
-// A text in the code page of a converter.
-class EncodedText {
- public:
-  EncodedText(DataCnv& converter, const KelWstring& text)
-      : scratch_(std::size_t{text.length()} * static_cast<unsigned>(converter.getConverter()->getMaxBytesPerChar()) +
-                 1) {
-    constexpr std::size_t kMaxSize = std::numeric_limits<int>::max();
-    size_ = static_cast<int>(std::min(scratch_.size(), kMaxSize));
-    converter.fromUnicodeString(text, scratch_.data(), size_);
+// The digits of a field that the fast ways take; none where it holds anything else.
+inline core::ExternalDigits readDigitsFast(DataCnv& cnv, const unsigned char* source, int size,
+                                           const ExternalForm& form, core::ExternalUnits& units) {
+  const core::SingleByteTable* const table = tableFor(cnv, source, size, form);
+  if (table == nullptr) return {};
+  const core::ExternalLayout layout{*table, form.overpunch(externalCodes(cnv).zero), form.signPlace(),
+                                    padPlace(form.justification), form.padChar};
+  return core::readExternal({source, static_cast<std::size_t>(size)}, layout, units);
+}
+
+// A field of up to 16 bytes that are all digits, none of them a pad, whose point falls after one of them, and whose
+// text lies inside the value.
+struct ShortExternal {
+  core::ExternalWord word;
+  std::uint32_t wholeDigits = 0;  // before the point
+  std::uint32_t minus = 0;        // units of the sign: 0 or 1
+  std::uint32_t length = 0;       // units of the text; 0 while there is no such field
+
+  PWFData value() const {
+    return TextValue::make(DECIMAL, length, [this](unsigned short* out) {
+      *out = '-';
+      // Up to 17 units: the text's room and its terminator. A point after the last digit is overwritten.
+      word.writePointed(wholeDigits, out + minus);
+      out[length] = 0;
+    });
   }
-  std::span<const unsigned char> bytes() { return {scratch_.data(), static_cast<std::size_t>(size_)}; }
-
- private:
-  Scratch<unsigned char, kUsualField> scratch_;
-  int size_;
 };
 
-// Takes the sign out of the byte that carries it, in a private copy of the field.
-bool mendSignByte(const FailureSite& site, core::Overpunch code, unsigned char& byte) {
+// Whether a digit that is the pad as well stands where padding would.
+bool endsInPad(const core::ExternalWord& word, std::uint32_t size, const ExternalForm& form) {
+  const unsigned pad = form.padChar - unsigned{'0'};
+  return (form.justification == eJustifyRight && word.digit(0) == pad) ||
+         (form.justification == eJustifyLeft && word.digit(size - 1) == pad);
+}
+
+// REQUIRES: a field that the fast ways take.
+[[gnu::always_inline]] inline bool readShortFast(unsigned char zero, const unsigned char* source, std::uint32_t size,
+                                                 std::uint32_t places, const ExternalForm& form,
+                                                 ShortExternal& number) {
+  if (size > core::ExternalWord::kMaxSize || places >= size || core::isSeparate(form.signPlace())) return false;
+  number.word = core::ExternalWord(source, size, zero);
+  core::SignByte carrier;
+  if (isIncluded(form.sign)) {
+    const std::uint32_t position = form.sign == eSignLeadingIncluded ? 0 : size - 1;
+    carrier = core::readOverpunch(form.overpunch(zero), source[position]);
+    number.word.replace(position, source[position], carrier.digit);
+  }
+  const std::uint32_t length = size + carrier.negative + (places != 0);
+  if (!carrier.valid || !number.word.isAllDigits() || length > TextValue::kInlineUnits ||
+      endsInPad(number.word, size, form))
+    return false;
+  number.wholeDigits = size - places;
+  number.minus = carrier.negative;
+  number.length = length;
+  return true;
+}
+
+// What the fast way reads of any other field.
+struct LongExternal {
+  core::ExternalUnits units;
+  core::ExternalDigits number;  // its digits are in the units
+  std::uint32_t places;         // of them, after the point
+
+  // Zeros precede digits that are too few for their places.
+  PWFData value() const {
+    const std::size_t count = number.digits.size();
+    const std::size_t zeros = places < count ? 0 : places - count + 1;
+    const std::size_t length = number.negative + zeros + count + (places != 0);
+    return TextValue::make(DECIMAL, length, [&](unsigned short* out) {
+      const unsigned short* digit = number.digits.data();
+      if (number.negative) *out++ = '-';
+      if (zeros != 0) {
+        *out++ = '0';
+      } else {
+        out = std::copy_n(digit, count - places, out);
+        digit += count - places;
+      }
+      if (places == 0) return;
+      *out++ = '.';
+      if (zeros > 1) out = std::fill_n(out, zeros - 1, static_cast<unsigned short>('0'));
+      std::copy(digit, number.digits.data() + count, out);
+    });
+  }
+};
+
+// One of the two is read where the result is true: the short one if it has a length.
+[[gnu::always_inline]] inline bool readDecimalFast(DataCnv& cnv, const unsigned char* source, int size,
+                                                   int virtualDecimalPoint, const ExternalForm& form,
+                                                   ShortExternal& shortNumber, LongExternal& longNumber) {
+  if (virtualDecimalPoint < 0 || tableFor(cnv, source, size, form) == nullptr) [[unlikely]]
+    return false;
+  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);
+  if (readShortFast(externalCodes(cnv).zero, source, static_cast<std::uint32_t>(size), places, form, shortNumber))
+      [[likely]]
+    return true;
+  longNumber.places = places;
+  longNumber.number = readDigitsFast(cnv, source, size, form, longNumber.units);
+  return !longNumber.number.digits.empty();
+}
+
+inline bool readDoubleFast(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint,
+                           const ExternalForm& form, double& value) {
+  core::ExternalUnits units;
+  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than there are powers
+  if (places >= core::kExactPowers.size()) return false;
+  const core::ExternalDigits number = readDigitsFast(cnv, source, size, form, units);
+  if (number.digits.empty() || number.digits.size() > kExactDigits) return false;
+  // Digits and power are exact, so that the quotient is rounded once, as reading the text would do.
+  value = static_cast<double>(core::sumOfDigits(number.digits)) / core::kExactPowers[places];
+  if (number.negative) value = -value;
+  return true;
+}
+
+inline bool readTextFast(DataCnv& cnv, const unsigned char* source, int size, const ExternalForm& form,
+                         KelWstring& text) {
+  core::ExternalUnits units;
+  const core::ExternalDigits number = readDigitsFast(cnv, source, size, form, units);
+  if (number.digits.empty()) return false;
+  unsigned short* out = text.resizeForOverwrite(static_cast<unsigned>(number.digits.size()) + number.negative);
+  if (number.negative) *out++ = '-';
+  std::copy(number.digits.begin(), number.digits.end(), out);
+  return true;
+}
+
+inline bool readIntegerFast(DataCnv& cnv, const unsigned char* source, int size, const ExternalForm& form,
+                            PWFInt64& value) {
+  core::ExternalUnits units;
+  const core::ExternalDigits number = readDigitsFast(cnv, source, size, form, units);
+  if (number.digits.empty() || number.digits.size() > kIntegerDigits) return false;
+  value = static_cast<PWFInt64>(core::sumOfDigits(number.digits));
+  if (number.negative) value = -value;
+  return true;
+}
+
+void requireField(const FailureSite& site, const unsigned char* source, int size, const char* badSize) {
+  if (source == nullptr) [[unlikely]]
+    raiseInternalError(site, "Null input pointer");
+  if (size <= 0) [[unlikely]]
+    raiseInternalError(site, numbered(badSize, size));
+}
+
+// Turns the byte that carries the sign into its plain digit; the result says whether the sign is negative.
+bool takeIncludedSign(const FailureSite& site, core::Overpunch code, unsigned char& byte) {
   const core::SignByte read = core::readOverpunch(code, byte);
   if (!read.valid) [[unlikely]]
     raise<KelConversionException>(site, failures::kInvalidData,
@@ -82,6 +201,73 @@ bool mendSignByte(const FailureSite& site, core::Overpunch code, unsigned char& 
   return read.negative;
 }
 
+// Converts a field to text without its sign; the result says whether that was negative. An included sign is a matter of
+// bytes and comes off before the conversion, in a copy of the field; a separate one is a matter of text.
+bool decodeField(DataCnv& cnv, const FailureSite& site, KelWstring& text, const unsigned char* source, int size,
+                 const ExternalForm& form) {
+  bool negative = false;
+  if (source == nullptr) size = 0;  // which the conversion refuses: no character has no bytes
+  if (!isIncluded(form.sign) || size <= 0) {
+    cnv.toUnicodeString(text, source, size);
+    cnv.ExtDecRemoveSign(text, form.sign, form.positiveSignTable, form.negativeSignTable, negative);
+    return negative;
+  }
+  const core::Overpunch code = form.overpunch(cnv);
+  Scratch<unsigned char, kUsualField> field(static_cast<std::size_t>(size));
+  std::memcpy(field.data(), source, field.size());
+  negative = takeIncludedSign(site, code, field.data()[form.sign == eSignLeadingIncluded ? 0 : size - 1]);
+  cnv.toUnicodeString(text, field.data(), size);
+  return negative;
+}
+
+// The text of any field, member by member. Texts and integers have no scale.
+void decimalText(DataCnv& cnv, const FailureSite& site, KelWstring& text, const unsigned char* source, int size,
+                 std::optional<int> virtualDecimalPoint, const ExternalForm& form) {
+  const bool negative = decodeField(cnv, site, text, source, size, form);
+  cnv.ExtDecTrimData(text, form.justification, form.padChar, form.padCharIsUnicode);
+  if (virtualDecimalPoint) cnv.adjustDecimalForString(text, *virtualDecimalPoint);
+  cnv.validateDecimal(text, form.sign);
+  // After the scale, unlike a packed decimal's, so that digits that are few get their zero: ExternalDecimal.Reads.
+  if (negative) insertUnit(text, 0, '-');
+}
+
+PWFData readDecimalGeneral(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint,
+                           const ExternalForm& form) {
+  const FunctionTrace trace(&cnv, "DataCnv::ExtDecToDec", kDataCnvPath);
+  requireField(trace.site(), source, size, "Invalid external decimal size: ");
+  PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});
+  decimalText(cnv, trace.site(), TextValue::text(value), source, size, virtualDecimalPoint, form);
+  return value;
+}
+
+double readDoubleGeneral(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint,
+                         const ExternalForm& form) {
+  const FunctionTrace trace(&cnv, "DataCnv::ExtDecToDbl", kDataCnvPath);
+  requireField(trace.site(), source, size, "Invalid external decimal size: ");
+  KelBufferedWstring<16u> text;
+  decimalText(cnv, trace.site(), text, source, size, virtualDecimalPoint, form);
+  return cnv.StrToDbl(text.characters(), static_cast<int>(text.length()));
+}
+
+// Into a text that may have room of its own. A field that is missing is left to the conversion to refuse, unlike in the
+// other members: ExternalDecimal.RefusesBadFields.
+void readTextGeneral(DataCnv& cnv, const unsigned char* source, int size, const ExternalForm& form, KelWstring& text) {
+  const FunctionTrace trace(&cnv, "DataCnv::ExtDecToStr", kDataCnvPath);
+  decimalText(cnv, trace.site(), text, source, size, {}, form);
+}
+
+PWFInt64 readIntegerGeneral(DataCnv& cnv, const unsigned char* source, int size, const ExternalForm& form) {
+  const FunctionTrace trace(&cnv, "DataCnv::ExtDecToInt64", kDataCnvPath);
+  // "extended" where the others say "external": ExternalDecimal.RefusesBadFields.
+  requireField(trace.site(), source, size, "Invalid extended decimal size: ");
+  KelBufferedWstring<16u> text;
+  readTextGeneral(cnv, source, size, form, text);
+  return cnv.StrToInt64(text.characters(), static_cast<int>(text.length()), eSignLeadingSeparate,
+                        DataCnv::US_MINUS.characters(), DataCnv::US_PLUS.characters(), eTrimNone, eJustifyLeft, '0',
+                        true);
+}
+
+// On reading, the pad comes as an int, of which a code unit counts.
 ExternalForm formOf(ESign sign, EJustification justification, int padChar, bool padCharIsUnicode, bool customSign,
                     const unsigned short* positiveSignTable, const unsigned short* negativeSignTable) {
   return {sign,
@@ -93,220 +279,51 @@ ExternalForm formOf(ESign sign, EJustification justification, int padChar, bool 
           negativeSignTable};
 }
 
-void requireField(const FailureSite& site, const unsigned char* source, int size, const char* badSize) {
-  if (source == nullptr) [[unlikely]]
-    raiseInternalError(site, "Null input pointer");
-  if (size <= 0) [[unlikely]]
-    raiseInternalError(site, numbered(badSize, size));
-}
-
-// Whether a digit that is also the pad stands where padding would.
-bool endsInPad(const core::ZonedWord& word, std::uint32_t size, const ExternalForm& form) {
-  const unsigned pad = form.padChar - unsigned{'0'};
-  return (form.justification == eJustifyRight && word.digit(0) == pad) ||
-         (form.justification == eJustifyLeft && word.digit(size - 1) == pad);
-}
-
-constexpr std::size_t kExactDigits = 15;  // that a double always holds
-
-// Decodes a field and takes its sign off; the result tells whether that was negative. An included sign is a matter of
-// bytes, mended ahead of the decoding; a separate one is a matter of text.
-bool externalDigits(DataCnv& cnv, const FailureSite& site, KelWstring& text, const unsigned char* source, int size,
-                    const ExternalForm& form) {
-  bool negative = false;
-  if (source == nullptr) size = 0;  // which is refused, as no character has no bytes
-  if (!isIncluded(form.sign) || size <= 0) {
-    cnv.toUnicodeString(text, source, size);
-    cnv.ExtDecRemoveSign(text, form.sign, form.positiveSignTable, form.negativeSignTable, negative);
-    return negative;
-  }
-  const core::Overpunch code = overpunchCode(cnv, form.customSign);
-  Scratch<unsigned char, kUsualField> field(static_cast<std::size_t>(size));
-  std::memcpy(field.data(), source, field.size());
-  negative = mendSignByte(site, code, field.data()[form.sign == eSignLeadingIncluded ? 0 : size - 1]);
-  cnv.toUnicodeString(text, field.data(), size);
-  return negative;
-}
-
-// The value of any field as decimal text, member by member; without places where there is no scale.
-void externalText(DataCnv& cnv, const FailureSite& site, KelWstring& text, const unsigned char* source, int size,
-                  std::optional<int> virtualDecimalPoint, const ExternalForm& form) {
-  const bool negative = externalDigits(cnv, site, text, source, size, form);
-  cnv.ExtDecTrimData(text, form.justification, form.padChar, form.padCharIsUnicode);
-  if (virtualDecimalPoint) cnv.adjustDecimalForString(text, *virtualDecimalPoint);
-  cnv.validateDecimal(text, form.sign);
-  // Behind the scale, unlike a packed decimal's, so that digits that are few get their zero: ExternalDecimal.Reads.
-  if (negative) insertUnit(text, 0, '-');
-}
-
-// The digits of a frequent field, without a text in between; none where the field takes the general way.
-inline core::ExternalDigits quickDigits(DataCnv& cnv, const unsigned char* source, int size, const ExternalForm& form,
-                                        core::ExternalUnits& units) {
-  const core::SingleByteTable* const page = CodePage::byteTable(*cnv.getConverter());
-  if (page == nullptr || !form.padCharIsUnicode || static_cast<unsigned>(size) - 1 >= core::kMaxExternalBytes ||
-      !isKnownSign(form.sign) || source == nullptr || debugTraceOn()) [[unlikely]]
-    return {};
-  const core::ExternalLayout layout{
-      *page, isIncluded(form.sign) ? overpunchCode(cnv, form.customSign) : core::Overpunch::ebcdic, form.signPlace(),
-      padPlace(form.justification), form.padChar};
-  return core::externalDigits({source, static_cast<std::size_t>(size)}, layout, units);
-}
-
-// Whether the digits are read as they lie: bytes of one zone, each a character.
-inline bool readsZones(DataCnv& cnv) {
-  if (!DataCnvParts::externalCodes(cnv).areKnown) [[unlikely]]
-    settleExternalCodes(cnv, ' ');
-  return DataCnvParts::externalCodes(cnv).areZoned &&
-         CodePage::byteTable(*DataCnvParts::converterIfMade(cnv)) != nullptr && !debugTraceOn();
-}
-
-// All other fields.
-PWFData readZonedText(DataCnv& cnv, const FailureSite& site, const unsigned char* source, int size,
-                      int virtualDecimalPoint, const ExternalForm& form) {
-  if (virtualDecimalPoint >= 0) [[likely]] {
-    core::ExternalUnits units;
-    const core::ExternalDigits number = quickDigits(cnv, source, size, form, units);
-    if (!number.digits.empty()) [[likely]]
-      return decimalValue(number, static_cast<std::uint32_t>(virtualDecimalPoint));
-  }
-  PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});
-  externalText(cnv, site, TextValue::text(value), source, size, virtualDecimalPoint, form);
-  return value;
-}
-
-// The traced frame of ExtDecToStr, into a text that may have room of its own.
-void externalString(DataCnv& cnv, KelWstring& text, const unsigned char* source, int size, const ExternalForm& form) {
-  const FunctionTrace trace(&cnv, "DataCnv::ExtDecToStr", kDataCnvPath);
-  core::ExternalUnits units;
-  const core::ExternalDigits number = quickDigits(cnv, source, size, form, units);
-  if (number.digits.empty()) [[unlikely]] {
-    externalText(cnv, trace.site(), text, source, size, {}, form);
-    return;
-  }
-  unsigned short* out = text.resizeForOverwrite(static_cast<unsigned>(number.digits.size()) + number.negative);
-  if (number.negative) *out++ = '-';
-  std::copy(number.digits.begin(), number.digits.end(), out);
-}
-
 }  // namespace
-
-void DataCnv::ExtDecTrimData(KelWstring& text, EJustification justification, unsigned short padChar,
-                             bool padCharIsUnicode) {
-  if (padCharIsUnicode) {
-    TrimData(text, eTrimPadding, justification, padChar, true);
-  } else {
-    EncodedText encoded(*this, text);
-    std::span<const unsigned char> bytes = encoded.bytes();
-    const unsigned char pad = padCharBytes(padChar)[0];
-    // Without a justification the front is trimmed, where TrimData trims nothing: ExternalDecimal.TrimsFields.
-    bytes = justification == eJustifyLeft ? bytes.first(bytes.size() - core::trailingPads(bytes, pad))
-                                          : bytes.subspan(core::leadingPads(bytes, pad));
-    text.eraseInternal(0, KelWstring::npos);
-    if (!bytes.empty()) toUnicodeString(text, bytes.data(), static_cast<int>(bytes.size()));
-  }
-  if (text.length() == 0) setToZero(text);
-}
-
-void DataCnv::ExtDecPadData(KelWstring& text, int targetLength, int paddingBytes, EJustification justification,
-                            unsigned short padChar, bool padCharIsUnicode) {
-  const FunctionTrace trace(this, "DataCnv::ExtDecPadData", kDataCnvPath);
-  const std::int64_t missing = std::int64_t{targetLength} - text.length();
-  if (missing == 0) return;
-  const int padSize = GetPadCharLen(padChar);
-  if (padSize == 0 || paddingBytes % padSize != 0)
-    raise<KelParserException>(trace.site(), failures::kInvalidPaddingSize, padCharDump(padChar), padSize, targetLength,
-                              ccsid);
-  const int count = static_cast<int>(std::clamp<std::int64_t>(missing, 0, std::numeric_limits<int>::max()));
-  if (padCharIsUnicode) {
-    PadData(text, count, justification, padChar, true);
-    return;
-  }
-  if (justification != eJustifyLeft && justification != eJustifyRight) {
-    trace.fact("Possible internal error, eJustifyNone not handled");
-    return;
-  }
-  EncodedText encoded(*this, text);
-  const auto bytes = encoded.bytes();
-  Scratch<unsigned char, kUsualField> field(bytes.size() + static_cast<std::size_t>(count));
-  unsigned char* const data = justification == eJustifyLeft ? field.data() : field.data() + count;
-  unsigned char* const pads = justification == eJustifyLeft ? field.data() + bytes.size() : field.data();
-  std::copy(bytes.begin(), bytes.end(), data);
-  std::fill_n(pads, count, padCharBytes(padChar)[0]);
-  if (field.size() != 0) toUnicodeString(text, field.data(), static_cast<int>(field.size()));
-}
 
 PWFData DataCnv::ExtDecToDec(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
                              EJustification justification, int padChar, bool padCharIsUnicode, bool customSign,
                              const unsigned short* positiveSignTable, const unsigned short* negativeSignTable) {
-  const FunctionTrace trace(this, "DataCnv::ExtDecToDec", kDataCnvPath);
-  requireField(trace.site(), source, size, "Invalid external decimal size: ");
   const ExternalForm form =
       formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable);
-  const auto bytes = static_cast<std::uint32_t>(size);
-  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than any field has
-  // The most frequent field keeps in registers: digits alone, one of them perhaps with the sign, the point behind
-  // another, the text inside the value.
-  if (bytes <= core::ZonedWord::kMaxSize && places < bytes && readsZones(*this)) [[likely]] {
-    core::ZonedWord word(source, bytes, DataCnvParts::externalCodes(*this).zero);
-    core::SignByte carrier{.valid = padCharIsUnicode && (sign == eSignNone || isIncluded(sign))};
-    if (isIncluded(sign) && padCharIsUnicode) {
-      const std::uint32_t position = sign == eSignLeadingIncluded ? 0 : bytes - 1;
-      carrier =
-          core::readOverpunch(overpunchCodeOf(DataCnvParts::externalCodes(*this).zero, customSign), source[position]);
-      word.replace(position, source[position], carrier.digit);
-    }
-    const std::uint32_t length = bytes + carrier.negative + (places != 0);
-    if (carrier.valid && word.isAllDigits() && length <= TextValue::kInlineUnits && !endsInPad(word, bytes, form))
-        [[likely]]
-      return TextValue::make(DECIMAL, length, [&](unsigned short* out) {
-        *out = '-';
-        word.writePointed(bytes - places, out + carrier.negative);  // 17 units at most: the text's room
-        out[length] = 0;
-      });
-  }
-  return readZonedText(*this, trace.site(), source, size, virtualDecimalPoint, form);
+  ShortExternal shortNumber;
+  LongExternal longNumber;
+  if (wentFast([&] {
+        return readDecimalFast(*this, source, size, virtualDecimalPoint, form, shortNumber, longNumber);
+      })) [[likely]]
+    return shortNumber.length != 0 ? shortNumber.value() : longNumber.value();
+  return readDecimalGeneral(*this, source, size, virtualDecimalPoint, form);
 }
 
 double DataCnv::ExtDecToDbl(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
                             EJustification justification, int padChar, bool padCharIsUnicode, bool customSign,
                             const unsigned short* positiveSignTable, const unsigned short* negativeSignTable) {
-  const FunctionTrace trace(this, "DataCnv::ExtDecToDbl", kDataCnvPath);
-  requireField(trace.site(), source, size, "Invalid external decimal size: ");
   const ExternalForm form =
       formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable);
-  core::ExternalUnits units;
-  const core::ExternalDigits number = quickDigits(*this, source, size, form, units);
-  // Both exact, so that the quotient is what reading the text would give: ExternalDecimal.QuickAndGeneralWayAgree.
-  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);
-  if (!number.digits.empty() && number.digits.size() <= kExactDigits && places < core::kExactPowers.size()) [[likely]] {
-    const double value = static_cast<double>(core::sumOfDigits(number.digits)) / core::kExactPowers[places];
-    return number.negative ? -value : value;
-  }
-  KelBufferedWstring<16u> text;
-  externalText(*this, trace.site(), text, source, size, virtualDecimalPoint, form);
-  return StrToDbl(text.characters(), static_cast<int>(text.length()));
+  double value;
+  if (wentFast([&] { return readDoubleFast(*this, source, size, virtualDecimalPoint, form, value); })) [[likely]]
+    return value;
+  return readDoubleGeneral(*this, source, size, virtualDecimalPoint, form);
 }
 
 KelWstring DataCnv::ExtDecToStr(const unsigned char* source, int size, ESign sign, EJustification justification,
                                 int padChar, bool padCharIsUnicode, bool customSign,
                                 const unsigned short* positiveSignTable, const unsigned short* negativeSignTable) {
+  const ExternalForm form =
+      formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable);
   KelWstring text;
-  externalString(
-      *this, text, source, size,
-      formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable));
+  if (!wentFast([&] { return readTextFast(*this, source, size, form, text); })) [[unlikely]]
+    readTextGeneral(*this, source, size, form, text);
   return text;
 }
 
 PWFInt64 DataCnv::ExtDecToInt64(const unsigned char* source, int size, ESign sign, EJustification justification,
                                 int padChar, bool padCharIsUnicode, bool customSign,
                                 const unsigned short* positiveSignTable, const unsigned short* negativeSignTable) {
-  const FunctionTrace trace(this, "DataCnv::ExtDecToInt64", kDataCnvPath);
-  // "extended" where the others say "external": ExternalDecimal.RefusesBadFields.
-  requireField(trace.site(), source, size, "Invalid extended decimal size: ");
-  KelBufferedWstring<16u> text;
-  externalString(
-      *this, text, source, size,
-      formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable));
-  return StrToInt64(text.characters(), static_cast<int>(text.length()), eSignLeadingSeparate, US_MINUS.characters(),
-                    US_PLUS.characters(), eTrimNone, eJustifyLeft, '0', true);
+  const ExternalForm form =
+      formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable);
+  PWFInt64 value;
+  if (wentFast([&] { return readIntegerFast(*this, source, size, form, value); })) [[likely]]
+    return value;
+  return readIntegerGeneral(*this, source, size, form);
 }

@@ -1,15 +1,21 @@
+// External decimals: texts and numbers into fields.
+//
+// All writing ends in UStringToExtDec: the point moves by the places of the field, what is left of a fraction is cut,
+// never rounded, and digits, pads and sign fill the field. The fast way does this for canonical text in a code page
+// with a byte for each digit, and goes from the text straight to the bytes. The general way edits a copy of the text
+// member by member and converts it as a whole, so that it takes any text and any code page.
+
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <span>
 
-#include "codepage/codepage.hpp"
 #include "core/externaldigits.hpp"
 #include "core/externalword.hpp"
-#include "core/packedfield.hpp"
 #include "core/wholedigits.hpp"
+#include "datacnv/externalcodes.hpp"
 #include "datacnv/externalform.hpp"
 #include "datacnv/parts.hpp"
-#include "datacnv/signform.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
@@ -17,43 +23,73 @@
 
 using namespace oxr;
 
-namespace oxr {
-
-// Brings the characters of a field into the cache; false where one of them is not a byte, or the pad is none.
-bool settleExternalCodes(DataCnv& cnv, unsigned short padChar) {
-  static constexpr unsigned short kCharacters[] = {'+', '-', '0', '1', '2', '3', '4', '5', '6', '7', '8', '9'};
-  constexpr int kCount = std::size(kCharacters);
-  unsigned char bytes[4 * kCount];
-  int size = sizeof bytes;
-  DataCnvParts::ExternalCodes& codes = DataCnvParts::externalCodes(cnv);
-  if (!codes.areKnown) {
-    codes.areKnown = true;
-    const UErrorCode status = cnv.fromUnicodeString(KelBufferedWstring<16u>(kCharacters, kCount), bytes, size);
-    codes.areBytes =
-        U_SUCCESS(status) && size == kCount && cnv.getConverter()->getMinBytesPerChar() == 1 &&
-        std::adjacent_find(bytes + 2, bytes + kCount, [](int a, int b) { return b != a + 1; }) == bytes + kCount;
-    codes.plus = bytes[0], codes.minus = bytes[1], codes.zero = bytes[2];
-    const core::SingleByteTable* const page = CodePage::byteTable(*cnv.getConverter());
-    codes.areZoned = codes.areBytes && codes.zero % 16 == 0 && page != nullptr;
-    for (unsigned digit = 0; digit <= 9; ++digit)
-      codes.areZoned = codes.areZoned && (*page)[codes.zero + digit] == '0' + digit;
-  }
-  if (codes.areBytes && codes.padChar != padChar) {
-    size = sizeof bytes;
-    const UErrorCode status = cnv.fromUnicodeString(KelBufferedWstring<16u>(&padChar, 1), bytes, size);
-    codes.padIsByte = U_SUCCESS(status) && size == 1;
-    codes.padChar = padChar;
-    codes.pad = bytes[0];
-  }
-  return codes.areBytes && codes.padIsByte;
-}
-
-}  // namespace oxr
-
 namespace {
 
-// Read at load: a change of the environment later has no effect.
+// Whether a plus in EBCDIC gets a zone of its own. Read at load: a change of the environment later has no effect.
 const bool posEbcdicOverpunch = std::getenv("NVRA_POSITIVE_EBCDIC_OVERPUNCH") != nullptr;
+
+constexpr std::uint32_t kShortDigits = 15;  // that a register holds as half bytes, and as many places
+
+int negated(int places) {
+  return -std::max(places, -std::numeric_limits<int>::max());
+}
+
+[[gnu::always_inline]] inline core::ExternalOutput outputOf(const ExternalCodes& codes, const ExternalForm& form) {
+  return {codes.zero,
+          codes.plus,
+          codes.minus,
+          codes.pad,
+          form.overpunch(codes.zero),
+          posEbcdicOverpunch,
+          form.signPlace(),
+          form.justification == eJustifyLeft};
+}
+
+// A number of up to 15 digits into a field of up to 16 bytes whose pads precede it, in registers.
+[[gnu::always_inline]] inline bool writeShortFast(const unsigned short* text, std::uint32_t places,
+                                                  const ExternalCodes& codes, const ExternalForm& form,
+                                                  std::span<unsigned char> field) {
+  std::uint64_t digits;
+  bool negative;
+  if (field.size() > core::ExternalWord::kMaxSize || places > kShortDigits || form.justification == eJustifyLeft ||
+      !core::shortIntegerDigits(text, places, digits, negative) || (negative && form.sign == eSignNone))
+    return false;
+  return core::writeShortExternal(digits, negative, outputOf(codes, form), field);
+}
+
+// Any other number of plain digits.
+[[gnu::noinline]] bool writeLongFast(const unsigned short* text, int places, const ExternalCodes& codes,
+                                     const ExternalForm& form, std::span<unsigned char> field) {
+  const core::ExternalOutput output = outputOf(codes, form);
+  static constexpr unsigned short kZero = '0';
+  core::DigitBuffer buffer;
+  core::IntegerDigits number;
+  if (!core::integerDigits(text, places, buffer, number) || number.count != number.digits.size()) return false;
+  if (number.count == 0) number.digits = UnitView(&kZero, 1);
+  if (number.digits.size() > output.room(field.size()) || (number.negative && output.sign == core::SignPlace::none))
+    return false;
+  core::writeExternal(number.digits, number.negative, output, field);
+  return true;
+}
+
+[[gnu::always_inline]] inline bool writeExternalFast(DataCnv& cnv, const unsigned short* text, unsigned char* target,
+                                                     int size, int places, const ExternalForm& form) {
+  if (text == nullptr || target == nullptr || size < 1 || places < 0 || !isKnownSign(form.sign) ||
+      !form.padCharIsUnicode)
+    return false;
+  const ExternalCodes& codes = externalCodes(cnv, form.padChar);
+  if (!codes.padIsByte) return false;
+  const std::span<unsigned char> field(target, static_cast<std::size_t>(size));
+  return writeShortFast(text, static_cast<std::uint32_t>(places), codes, form, field) ||
+         writeLongFast(text, places, codes, form, field);
+}
+
+// A plus is not taken off a text, and a text may hold zeros that would end it for the fast way.
+inline bool writeTextFast(DataCnv& cnv, const KelWstring& text, unsigned char* target, int size, int places,
+                          const ExternalForm& form) {
+  return text[0] != '+' && UnitView(text.characters()).size() == text.length() &&
+         writeExternalFast(cnv, text.characters(), target, size, negated(places), form);
+}
 
 void requireTarget(const FailureSite& site, const unsigned char* target, int size) {
   if (target == nullptr) [[unlikely]]
@@ -62,11 +98,7 @@ void requireTarget(const FailureSite& site, const unsigned char* target, int siz
     raiseInternalError(site, numbered("Invalid output buffer size: ", size));
 }
 
-int negated(int places) {
-  return -std::max(places, -std::numeric_limits<int>::max());
-}
-
-// The bytes that the text takes of the `size` that a field has.
+// Converts the text into a field of `size` bytes; the result is how many of them it takes.
 int encode(const FailureSite& site, DataCnv& converter, const KelWstring& text, unsigned char* target, int size) {
   int used = size;
   const UErrorCode status = converter.fromUnicodeString(text, target, used);
@@ -77,61 +109,6 @@ int encode(const FailureSite& site, DataCnv& converter, const KelWstring& text, 
   return used;
 }
 
-// A number of plain digits in a field of single bytes, written in one go. False where it takes the general way.
-bool writeQuickly(DataCnv& cnv, const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint,
-                  const ExternalForm& form) {
-  if (debugTraceOn() || !form.padCharIsUnicode || !isKnownSign(form.sign) || virtualDecimalPoint < 0 || size < 1 ||
-      target == nullptr)
-    return false;
-  core::DigitBuffer buffer;
-  core::IntegerDigits number;
-  if (!core::integerDigits(text, virtualDecimalPoint, buffer, number) || number.count != number.digits.size())
-    return false;
-  static constexpr unsigned short kZero = '0';
-  if (number.count == 0) number.digits = UnitView(&kZero, 1);
-  const core::SignPlace sign = form.signPlace();
-  const auto room = static_cast<std::size_t>(size);
-  if (number.digits.size() + core::isSeparate(sign) > room || (number.negative && sign == core::SignPlace::none) ||
-      !settleExternalCodes(cnv, form.padChar)) [[unlikely]]
-    return false;
-  const DataCnvParts::ExternalCodes& codes = DataCnvParts::externalCodes(cnv);
-  const auto code = isIncluded(form.sign) ? overpunchCode(cnv, form.customSign) : core::Overpunch::ebcdic;
-  core::writeExternal(number.digits, number.negative,
-                      {codes.zero, codes.plus, codes.minus, codes.pad, code, posEbcdicOverpunch, sign,
-                       form.justification == eJustifyLeft},
-                      {target, room});
-  return true;
-}
-
-// The most frequent field of all: up to 16 bytes, up to 15 digits, kept in registers, no padding behind them.
-[[gnu::always_inline]] inline bool writeShortZoned(DataCnv& cnv, const unsigned short* text, unsigned char* target,
-                                                   int size, int virtualDecimalPoint, const ExternalForm& form) {
-  const auto bytes = static_cast<std::uint32_t>(size);
-  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);
-  std::uint64_t digits;
-  bool negative;
-  if (bytes - 1 >= core::ZonedWord::kMaxSize || places > 15 || !isKnownSign(form.sign) || !form.padCharIsUnicode ||
-      form.justification == eJustifyLeft || !core::shortIntegerDigits(text, places, digits, negative) ||
-      (DataCnvParts::externalCodes(cnv).padChar != form.padChar && !settleExternalCodes(cnv, form.padChar)) ||
-      !DataCnvParts::externalCodes(cnv).padIsByte || DataCnvParts::externalCodes(cnv).zero % 16 != 0)
-    return false;
-  const DataCnvParts::ExternalCodes& codes = DataCnvParts::externalCodes(cnv);
-  const bool isSeparate = form.sign >= eSignLeadingSeparate;
-  const std::uint32_t count = core::significantDigits(digits);
-  const std::uint32_t room = bytes - isSeparate;
-  if (count > room || (negative && form.sign == eSignNone)) return false;
-  unsigned char* const start = target + (form.sign == eSignLeadingSeparate);
-  core::writeZoned(digits, codes.zero, start, room);
-  if (codes.pad != codes.zero) std::fill_n(start, room - count, codes.pad);
-  unsigned char& carrier =
-      target[form.sign == eSignLeadingIncluded || form.sign == eSignLeadingSeparate ? 0 : bytes - 1];
-  if (isSeparate)
-    carrier = negative ? codes.minus : codes.plus;
-  else if (form.sign != eSignNone)
-    carrier = core::writeOverpunch(overpunchCodeOf(codes.zero, form.customSign), carrier, negative, posEbcdicOverpunch);
-  return true;
-}
-
 // Pads digits to the characters of the field, which has `freeBytes` left, and puts a separate sign on.
 void padExternal(DataCnv& cnv, KelWstring& digits, int characters, int freeBytes, bool& negative,
                  const FailureSite& site, const ExternalForm& form) {
@@ -140,19 +117,41 @@ void padExternal(DataCnv& cnv, KelWstring& digits, int characters, int freeBytes
     raise<KelConversionException>(site, failures::kOutOfBounds, "signed number", "unsigned external decimal", digits);
   }
   if (!isKnownSign(form.sign)) return;
-  const bool isSeparate = form.sign != eSignNone && !isIncluded(form.sign);
+  const bool isSeparate = core::isSeparate(form.signPlace());
   cnv.ExtDecPadData(digits, characters - isSeparate, freeBytes, form.justification, form.padChar,
                     form.padCharIsUnicode);
   if (isSeparate) cnv.ExtDecAddSign(digits, form.sign, form.positiveSignTable, form.negativeSignTable, negative);
 }
 
-// All cases, with trace and argument tests; the member itself keeps to the frequent one.
-void writeZonedTraced(DataCnv& cnv, const unsigned short* text, unsigned char* target, int& size,
-                      int virtualDecimalPoint, const ExternalForm& form) {
+[[gnu::noinline]] void writeTextGeneral(DataCnv& cnv, const KelWstring& text, unsigned char* target, int size,
+                                        int places, const ExternalForm& form) {
+  const FunctionTrace trace(&cnv, "DataCnv::UStringToExtDec", kDataCnvPath);
+  KelBufferedWstring<16u> digits(text);
+  cnv.adjustDecimalForString(digits, places);
+  cnv.TrimFromDecimal(digits);
+  const unsigned minus = digits.find(DataCnv::US_MINUS, 0);
+  bool negative = minus != KelWstring::npos;
+  if (negative) digits.eraseInternal(minus, 1);
+  cnv.TrimData(digits, eTrimPadding, eJustifyRight, '0', true);
+  if (digits.length() == 0) setToZero(digits);
+  // Converted twice: what the digits leave free of the field is known in bytes, and padding goes by characters.
+  const int room = target == nullptr ? 0 : size;
+  const int freeBytes = room - encode(trace.site(), cnv, digits, target, room);
+  const int characters = freeBytes / cnv.getConverter()->getMinBytesPerChar() + static_cast<int>(digits.length());
+  padExternal(cnv, digits, characters, freeBytes, negative, trace.site(), form);
+  encode(trace.site(), cnv, digits, target, room);
+  if (!isIncluded(form.sign)) return;
+  // The offset of a character, which is that of a byte only where each has one. Characters that became fewer bytes or
+  // none must not lead it beyond the field.
+  unsigned char& carrier = target[form.sign == eSignLeadingIncluded ? 0 : std::min(characters, room) - 1];
+  carrier = core::writeOverpunch(form.overpunch(cnv), carrier, negative, posEbcdicOverpunch);
+}
+
+[[gnu::noinline]] void writeDecimalGeneral(DataCnv& cnv, const unsigned short* text, unsigned char* target, int& size,
+                                           int virtualDecimalPoint, const ExternalForm& form) {
   const FunctionTrace trace(&cnv, "DataCnv::ExtDecFromDec", kDataCnvPath);
   if (text == nullptr) raiseInternalError(trace.site(), "Null input pointer");
   requireTarget(trace.site(), target, size);
-  if (writeQuickly(cnv, text, target, size, virtualDecimalPoint, form)) return;
   KelBufferedWstring<16u> digits{UnitView(text)};
   const bool negative =
       cnv.CheckSign(digits, eSignLeadingSeparate, DataCnv::US_MINUS.characters(), DataCnv::US_PLUS.characters());
@@ -169,31 +168,11 @@ void DataCnv::UStringToExtDec(const KelWstring& text, unsigned char* target, int
                               EJustification justification, unsigned short padChar, bool padCharIsUnicode,
                               bool customSign, const unsigned short* positiveSignTable,
                               const unsigned short* negativeSignTable) {
-  const FunctionTrace trace(this, "DataCnv::UStringToExtDec", kDataCnvPath);
   const ExternalForm form{sign,       justification,     padChar,          padCharIsUnicode,
                           customSign, positiveSignTable, negativeSignTable};
-  // A plus is not taken off here, and text may hold zeros that end it for others.
-  const bool isPlain = text[0] != '+' && UnitView(text.characters()).size() == text.length();
-  if (isPlain && writeQuickly(*this, text.characters(), target, size, negated(places), form)) return;
-  KelBufferedWstring<16u> digits(text);
-  adjustDecimalForString(digits, places);
-  TrimFromDecimal(digits);
-  const unsigned minus = digits.find(US_MINUS, 0);
-  bool negative = minus != KelWstring::npos;
-  if (negative) digits.eraseInternal(minus, 1);
-  TrimData(digits, eTrimPadding, eJustifyRight, '0', true);
-  if (digits.length() == 0) setToZero(digits);
-  // Encoded twice: what the digits leave free of the field is known in bytes, and padding goes by characters.
-  const int room = target == nullptr ? 0 : size;
-  const int freeBytes = room - encode(trace.site(), *this, digits, target, room);
-  const int characters = freeBytes / getConverter()->getMinBytesPerChar() + static_cast<int>(digits.length());
-  padExternal(*this, digits, characters, freeBytes, negative, trace.site(), form);
-  encode(trace.site(), *this, digits, target, room);
-  if (!isIncluded(sign)) return;
-  // A character's offset, which is a byte's only where each has one. Characters that became fewer bytes or none must
-  // not lead it behind the field.
-  unsigned char& carrier = target[sign == eSignLeadingIncluded ? 0 : std::min(characters, room) - 1];
-  carrier = core::writeOverpunch(overpunchCode(*this, customSign), carrier, negative, posEbcdicOverpunch);
+  if (wentFast([&] { return writeTextFast(*this, text, target, size, places, form); })) [[likely]]
+    return;
+  writeTextGeneral(*this, text, target, size, places, form);
 }
 
 void DataCnv::ExtDecFromDec(const unsigned short* text, unsigned char* target, int& size, int virtualDecimalPoint,
@@ -202,9 +181,9 @@ void DataCnv::ExtDecFromDec(const unsigned short* text, unsigned char* target, i
                             const unsigned short* negativeSignTable) {
   const ExternalForm form{sign,       justification,     padChar,          padCharIsUnicode,
                           customSign, positiveSignTable, negativeSignTable};
-  if (debugTraceOn() || text == nullptr || target == nullptr ||
-      !writeShortZoned(*this, text, target, size, virtualDecimalPoint, form)) [[unlikely]]
-    writeZonedTraced(*this, text, target, size, virtualDecimalPoint, form);
+  if (wentFast([&] { return writeExternalFast(*this, text, target, size, virtualDecimalPoint, form); })) [[likely]]
+    return;
+  writeDecimalGeneral(*this, text, target, size, virtualDecimalPoint, form);
 }
 
 void DataCnv::ExtDecFromDbl(double value, unsigned char* target, int& size, int virtualDecimalPoint, ESign sign,

@@ -3,7 +3,8 @@
 #include <array>
 #include <cstdint>
 
-// Included signs of external decimals: one byte of the field holds a digit and the sign of the number.
+// Included signs of external decimals: one byte of the field holds a digit and, in its upper half, the sign of the
+// whole number. Three codes say how:
 //
 //            code            digit 0..9 positive           digit 0..9 negative
 //   ebcdic   EBCDIC pages    F0..F9, or C0..C9             D0..D9
@@ -32,15 +33,15 @@ constexpr SignByte readOverpunch(Overpunch code, std::uint8_t byte) {
     case Overpunch::letters:
       break;
   }
-  if (byte == 0x7B || byte == 0x7D) return {0x30, byte == 0x7D};
-  if (byte >= 0x41 && byte <= 0x49) return {static_cast<std::uint8_t>((byte - 0x40) | 0x30), false};
-  if (byte >= 0x4A && byte <= 0x52) return {static_cast<std::uint8_t>((byte - 0x49) | 0x30), true};
+  if (byte == '{' || byte == '}') return {'0', byte == '}'};
+  if (byte >= 'A' && byte <= 'I') return {static_cast<std::uint8_t>(byte - 'A' + '1'), false};
+  if (byte >= 'J' && byte <= 'R') return {static_cast<std::uint8_t>(byte - 'J' + '1'), true};
   return {byte, false, false};
 }
 
-// The byte of a plain digit with the sign in it. `positiveZone`: EBCDIC's C for plus, too, where F would say it as
-// well. What is no digit is changed alike.
-constexpr std::uint8_t writeOverpunch(Overpunch code, std::uint8_t byte, bool negative, bool positiveZone) {
+// The byte of a plain digit with the sign in it. `positiveZone` asks for EBCDIC's C as the zone of a plus, which F says
+// as well. A byte that is no digit is changed by the same bits, for a sign may fall on a pad.
+[[gnu::always_inline]] constexpr std::uint8_t writeOverpunch(Overpunch code, std::uint8_t byte, bool negative, bool positiveZone) {
   switch (code) {
     case Overpunch::ebcdic:
       if (negative) return byte & 0xDF;
@@ -50,8 +51,11 @@ constexpr std::uint8_t writeOverpunch(Overpunch code, std::uint8_t byte, bool ne
     case Overpunch::letters:
       break;
   }
-  if (byte == 0x30) return negative ? 0x7D : 0x7B;
-  return static_cast<std::uint8_t>(byte + (negative ? 0x19 : 0x10));
+  if (byte == '0') return negative ? '}' : '{';
+  return static_cast<std::uint8_t>(byte + (negative ? 'J' - '1' : 'A' - '1'));
 }
+
+static_assert('{' == 0x7B && '}' == 0x7D && 'A' == 0x41 && 'J' == 0x4A, "bytes of the field, not of this source");
+static_assert(readOverpunch(Overpunch::letters, writeOverpunch(Overpunch::letters, '7', true, false)).digit == '7');
 
 }  // namespace oxr::core
