@@ -37,11 +37,11 @@ std::optional<ExponentSign> exponentSign(UnitView text, SignText minus, SignText
   const std::size_t letter = text.find_first_of(UnitView(kLetters, 2));
   if (letter == UnitView::npos) return {};
   const auto position = static_cast<std::uint32_t>(letter + 1);
-  const UnitView behind = text.substr(position);
-  // With the letter last, nothing is behind it that a text could match but an empty one.
+  const UnitView rest = text.substr(position);
+  // Nothing follows a letter that is the last unit: only an empty text matches there.
   for (const bool negative : {true, false}) {
     const SignText& sign = negative ? minus : plus;
-    if (!startsWith(behind, sign)) continue;
+    if (!startsWith(rest, sign)) continue;
     if (sign->empty()) return {};
     return ExponentSign{negative, position, lengthOf(sign)};
   }

@@ -1,3 +1,7 @@
+// The members for padding. To plain runs (core/padding.hpp) they add what a pad character is: a code unit, which is
+// used on text as it stands and converted for bytes, or a value in the code page, which is converted for text and used
+// on bytes as it stands. On bytes it must fill the room without a rest.
+
 #include <array>
 #include <cstring>
 #include <span>
@@ -20,13 +24,14 @@ namespace {
   raise<KelParserException>(site, failures::kInvalidPadding, padCharDump(padChar), ccsid);
 }
 
-// The bytes of one pad character.
+// The bytes of one pad character. No code page makes more than 20 of a code unit.
 struct PadSequence {
   std::array<unsigned char, 20> bytes;
   std::size_t count;
   std::span<const unsigned char> view() const { return {bytes.data(), count}; }
 };
 
+// The bytes of a pad that is a code unit.
 PadSequence encodePad(const FailureSite& site, CPUnicodeConverter& converter, unsigned short padChar) {
   PadSequence pad;
   char* const begin = reinterpret_cast<char*>(pad.bytes.data());
@@ -39,7 +44,8 @@ PadSequence encodePad(const FailureSite& site, CPUnicodeConverter& converter, un
   return pad;
 }
 
-// A pad given as a value in the code page, low byte first. It has 16 bits: no pad in a page of wider characters.
+// The bytes of a pad that is a value in the code page, low byte first. It has 16 bits, and so is no pad where
+// characters are wider.
 PadSequence rawPad(const FailureSite& site, int minBytes, unsigned short padChar, int padLength, int ccsid) {
   const bool fits = minBytes == 1 ? padChar <= 0xFF : minBytes == 2 && padLength % minBytes == 0;
   if (!fits) raiseInvalidPadding(site, padChar, ccsid);
@@ -50,8 +56,6 @@ PadSequence rawPad(const FailureSite& site, int minBytes, unsigned short padChar
 
 namespace oxr {
 
-// Settles a pad that is a value in the code page. The checked way reads as many bytes as the page's shortest character
-// has; the unchecked one reads the low byte, whatever is above it.
 unsigned short checkedPadUnit(DataCnv& cnv, unsigned short padChar, const FailureSite& site) {
   const int minBytes = cnv.getConverter()->getMinBytesPerChar();
   if (minBytes > 2 || (minBytes == 1 && padChar > 0xFF)) raiseInvalidPadding(site, padChar, DataCnvParts::ccsid(cnv));
@@ -60,6 +64,7 @@ unsigned short checkedPadUnit(DataCnv& cnv, unsigned short padChar, const Failur
   return unit[0];
 }
 
+// Half a character gives no unit; the text is padded with zeros then.
 unsigned short uncheckedPadUnit(DataCnv& cnv, unsigned short padChar) {
   KelBufferedWstring<16u> unit;
   cnv.toUnicodeString(unit, padCharBytes(padChar).data(), 1);
@@ -73,7 +78,8 @@ void DataCnv::PadData(KelWstring& text, int padLength, EJustification justificat
   const FunctionTrace trace(this, "DataCnv::PadData", kDataCnvPath);
   if (padLength <= 0) return;
   const unsigned short pad = padCharIsUnicode ? padChar : uncheckedPadUnit(*this, padChar);
-  // Without a justification this form pads in front, the byte form behind: Padding.ExtendsTexts, Padding.ExtendsBytes.
+  // Without a justification a text is padded at its front, bytes at their end: Padding.ExtendsTexts,
+  // Padding.ExtendsBytes.
   insertCopies(text, justification == eJustifyLeft ? text.length() : 0, static_cast<std::uint32_t>(padLength), pad);
 }
 
@@ -97,7 +103,7 @@ void DataCnv::PadData(unsigned char* end, int padLength, int dataLength, EJustif
   }
   unsigned char* const start = end - dataLength;
   std::memmove(start + padLength, start, static_cast<std::size_t>(dataLength));
-  // In front a zero byte ends the padding and zeros follow, unlike behind: Padding.ExtendsBytes.
+  // Before the data a zero byte ends the padding and zeros follow; after the data it does not: Padding.ExtendsBytes.
   core::repeatUpToZero({start, room}, pad.view());
 }
 
@@ -107,6 +113,7 @@ void DataCnv::PadString(KelWstring& text, int targetLength, int contentLength, u
   if (targetLength < contentLength || targetLength < 0)
     raiseInternalError(trace.site(), numbered("Invalid input length: ", targetLength) +
                                          numbered(" Expected string length after padding: ", contentLength));
+  // The content is cut, or filled up with zeros, before it is padded.
   if (contentLength >= 0) {
     const auto content = static_cast<unsigned>(contentLength);
     if (text.length() > content)
@@ -114,7 +121,8 @@ void DataCnv::PadString(KelWstring& text, int targetLength, int contentLength, u
     else
       insertCopies(text, text.length(), content - text.length(), 0);
   }
-  // Below 0, the content is the whole text: nothing but a wrong result can come of it, even where the sum wraps.
+  // A length below 0 leaves the text whole and adds to the padding, so that the text cannot come to the target length;
+  // the test after it refuses that, even where the difference passes the range of an int.
   PadData(text, static_cast<int>(std::int64_t{targetLength} - contentLength), justification, padChar, padCharIsUnicode);
   if (text.length() != static_cast<unsigned>(targetLength)) raiseInternalError(trace.site(), "Data padding failed");
 }
@@ -122,6 +130,7 @@ void DataCnv::PadString(KelWstring& text, int targetLength, int contentLength, u
 int DataCnv::GetPadCharLen(unsigned short padChar) {
   const FunctionTrace trace(this, "DataCnv::GetPadCharLen", kDataCnvPath);
   const KelBufferedWstring<16u> pad(&padChar, 1);
+  // The longest character of the page; one that is shifted out and in may need more and is refused.
   const int capacity = getConverter()->getMaxBytesPerChar();
   Scratch<unsigned char, 16> bytes(static_cast<std::size_t>(capacity));
   int size = capacity;

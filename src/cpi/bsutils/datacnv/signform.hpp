@@ -2,9 +2,10 @@
 
 #include "dataconv.hpp"
 
+// The five forms of a sign that the members are told.
 namespace oxr {
 
-// Whether the number is one of the five forms. Callers outside pass any.
+// Whether the number is one of the five forms. Callers may pass any other.
 constexpr bool isKnownSign(ESign sign) {
   return sign >= eSignNone && sign <= eSignTrailingSeparate;
 }

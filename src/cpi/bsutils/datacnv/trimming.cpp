@@ -1,3 +1,9 @@
+// The members that take padding or an excess off texts, and tell texts that are padding alone.
+//
+// Trimming works on code units. White space is what ICU says it is, whatever the pad; the pad comes off the side that
+// the justification leaves for it. Truncation to a number of bytes takes no character apart: it asks the code page for
+// the bytes of each unit, from the end that stays, until the field is full.
+
 #include <algorithm>
 #include <cstring>
 
@@ -32,7 +38,8 @@ long unitsThatFit(const FailureSite& site, CPUnicodeConverter& converter, UnitVi
   return kept;
 }
 
-// How many units of `text` a field of `maxLength` takes. Without a code page there is no telling where bytes count.
+// How many units of `text` a field of `maxLength` takes. The length is in bytes where `unit` and code page say so: with
+// characters of one width it is divided, with several widths bytes are counted, which takes a code page to ask.
 long unitsToKeep(const FailureSite& site, CPUnicodeConverter* converter, UnitView text, bool fromTheEnd, long maxLength,
                  LengthUnitType unit) {
   if (unit != eLengthBytes && unit != eLengthBytesIfVariable) return maxLength;
@@ -69,12 +76,12 @@ void DataCnv::TrimFromTheRight(KelWstring& text, int count) {
 void DataCnv::TrimData(KelWstring& text, ETrimType trimType, EJustification justification, unsigned short padChar,
                        bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::TrimData", kDataCnvPath);
-  // A bad pad is refused even where it isn't used: Trimming.RefusesABadPadForEveryTrimType.
+  // A bad pad is refused even where it is not used: Trimming.RefusesABadPadForEveryTrimType.
   const unsigned short pad = padCharIsUnicode ? padChar : checkedPadUnit(*this, padChar, trace.site());
-  const bool spaceInFront = trimType == eTrimSpaceLeading || trimType == eTrimSpaceBoth;
-  const bool spaceBehind = trimType == eTrimSpaceTrailing || trimType == eTrimSpaceBoth;
-  if (spaceInFront) TrimFromTheLeft(text, getNumLeadingPaddingChar(text, nullptr));
-  if (spaceBehind) TrimFromTheRight(text, getNumTrailingPaddingChar(text, nullptr));
+  const bool leadingSpace = trimType == eTrimSpaceLeading || trimType == eTrimSpaceBoth;
+  const bool trailingSpace = trimType == eTrimSpaceTrailing || trimType == eTrimSpaceBoth;
+  if (leadingSpace) TrimFromTheLeft(text, getNumLeadingPaddingChar(text, nullptr));
+  if (trailingSpace) TrimFromTheRight(text, getNumTrailingPaddingChar(text, nullptr));
   if (trimType != eTrimPadding) return;
   if (justification == eJustifyRight) TrimFromTheLeft(text, getNumLeadingPaddingChar(text, &pad));
   if (justification == eJustifyLeft) TrimFromTheRight(text, getNumTrailingPaddingChar(text, &pad));
@@ -85,6 +92,7 @@ int DataCnv::TrimString(unsigned short* buffer, int length, unsigned short padCh
   const FunctionTrace trace(this, "DataCnv::TrimString", kDataCnvPath);
   if (buffer == nullptr) raiseInternalError(trace.site(), "Null input pointer");
   if (length < 0) raiseInternalError(trace.site(), numbered("Invalid input length: ", length));
+  // The caller's units change only once nothing can fail any more.
   KelBufferedWstring<16u> text(buffer, static_cast<unsigned>(length));
   TrimData(text, trimType, justification, padChar, padCharIsUnicode);
   std::fill_n(std::copy_n(text.characters(), text.length(), buffer), static_cast<unsigned>(length) - text.length(),
@@ -96,6 +104,7 @@ bool DataCnv::TruncateData(KelWstring& text, long maxLength, EJustification just
                            CPUnicodeConverter* codePage) {
   const FunctionTrace trace(this, "DataCnv::TruncateData", kDataCnvPath);
   if (justification == eJustifyNone) return false;
+  // Any other justification keeps the end.
   const bool keepsTheFront = justification == eJustifyLeft;
   const unsigned length = text.length();
   const long kept = unitsToKeep(trace.site(), codePage, text.view(), !keepsTheFront, maxLength, unit);
@@ -114,6 +123,8 @@ bool DataCnv::isAllDataPadding(KelWstring& text, unsigned short padChar, bool pa
   return getNumLeadingPaddingChar(text, &pad) == static_cast<int>(text.length());
 }
 
+// Unlike isAllDataPadding() this does not refuse a pad that the code page's bytes do not hold:
+// Trimming.TellsNullStrings.
 bool DataCnv::IsNullString(const KelWstring& text, unsigned short padChar, bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::IsNullString", kDataCnvPath);
   const unsigned short pad = padCharIsUnicode ? padChar : uncheckedPadUnit(*this, padChar);
