@@ -78,7 +78,7 @@ BENCHMARK(readLatin)->Name("ExtDecToDec/Latin-1 overpunch, scale 2")->Arg(10);
 BENCHMARK(readUtf8)->Name("ExtDecToDec/UTF-8 overpunch, scale 2")->Arg(10);
 BENCHMARK(readBytePad)->Name("ExtDecToDec/EBCDIC, pad in the code page")->Arg(10);
 
-// A text of `size` digits, two of them behind the point.
+// A text of `size` digits, two of them after the point.
 std::array<unsigned short, 24> textOf(std::size_t size) {
   std::array<unsigned short, 24> text{'-'};
   for (std::size_t i = 0, out = 1; i < size; ++i) {
@@ -163,8 +163,31 @@ void readDouble(benchmark::State& state) {
 }
 BENCHMARK(readDouble)->Name("ExtDecToDbl/EBCDIC overpunch, 10 digits, scale 2");
 
+void readInteger(benchmark::State& state) {
+  Field field = fieldOf(10, 0xF0);
+  DataCnv cnv = converterFor(37);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(field);
+    benchmark::DoNotOptimize(
+        cnv.ExtDecToInt64(field.data(), 10, eSignTrailingIncluded, eJustifyRight, ' ', true, false, nullptr, nullptr));
+  }
+}
+BENCHMARK(readInteger)->Name("ExtDecToInt64/EBCDIC overpunch, 10 digits");
+
+void readText(benchmark::State& state) {
+  Field field = fieldOf(10, 0xF0);
+  DataCnv cnv = converterFor(37);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(field);
+    KelWstring text =
+        cnv.ExtDecToStr(field.data(), 10, eSignTrailingIncluded, eJustifyRight, ' ', true, false, nullptr, nullptr);
+    benchmark::DoNotOptimize(text);
+  }
+}
+BENCHMARK(readText)->Name("ExtDecToStr/EBCDIC overpunch, 10 digits");
+
 #ifdef OXR_HAVE_LIBCOB
-// From one zoned field to another, as an overpunched sign and a scale of 2 become those of the target.
+// From one display field to another, as an overpunched sign and a scale of 2 become those of the target.
 void cobolMove(benchmark::State& state) {
   const auto size = static_cast<std::size_t>(state.range(0));
   const auto digits = static_cast<unsigned short>(size);
@@ -178,25 +201,25 @@ void cobolMove(benchmark::State& state) {
     benchmark::DoNotOptimize(target);
   }
 }
-BENCHMARK(cobolMove)->Name("ExtDecToDec/COBOL move of zoned to zoned")->Arg(5)->Arg(10)->Arg(18);
+BENCHMARK(cobolMove)->Name("ExtDecToDec/COBOL move of display to display")->Arg(5)->Arg(10)->Arg(18);
 
 // To and from text like the library's: a picture of -9(8).99 has the sign and the point of "-12345678.90".
 void cobolEdit(benchmark::State& state, bool isRead) {
   constexpr cob_pic_symbol kPicture[] = {{'-', 1}, {'9', 8}, {'.', 1}, {'9', 2}, {0, 0}};
-  Field zoned = fieldOf(10, 0x30);
-  zoned[9] |= 0x40;
+  Field display = fieldOf(10, 0x30);
+  display[9] |= 0x40;
   std::array<unsigned char, 12> edited{'-', '1', '2', '3', '4', '5', '6', '7', '8', '.', '9', '0'};
-  const oxr::bench::CobolMove::Field zonedField{COB_TYPE_NUMERIC_DISPLAY, 10, 2, zoned.data(), 10};
+  const oxr::bench::CobolMove::Field displayField{COB_TYPE_NUMERIC_DISPLAY, 10, 2, display.data(), 10};
   const oxr::bench::CobolMove::Field editedField{COB_TYPE_NUMERIC_EDITED, 10, 2, edited.data(), 12, kPicture};
-  oxr::bench::CobolMove move(isRead ? zonedField : editedField, isRead ? editedField : zonedField);
+  oxr::bench::CobolMove move(isRead ? displayField : editedField, isRead ? editedField : displayField);
   for (auto _ : state) {
-    benchmark::DoNotOptimize(zoned);
+    benchmark::DoNotOptimize(display);
     benchmark::DoNotOptimize(edited);
     move();
   }
 }
-BENCHMARK_CAPTURE(cobolEdit, read, true)->Name("ExtDecToDec/COBOL move of zoned to text/10");
-BENCHMARK_CAPTURE(cobolEdit, write, false)->Name("ExtDecFromDec/COBOL move of text to zoned/10");
+BENCHMARK_CAPTURE(cobolEdit, read, true)->Name("ExtDecToDec/COBOL move of display to text/10");
+BENCHMARK_CAPTURE(cobolEdit, write, false)->Name("ExtDecFromDec/COBOL move of text to display/10");
 #endif
 
 }  // namespace
