@@ -7,19 +7,27 @@
 #include "core/byteorder.hpp"
 #include "core/scaling.hpp"
 #include "datacnv/decimalinteger.hpp"
+#include "datacnv/parts.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
+#include "support/fastway.hpp"
 #include "support/support.hpp"
 
+// Binary integers written into the fields of a message: of 1, 2, 4 or 8 bytes, in two's complement or without a sign,
+// in the byte order of the message.
+//
+// What a field can hold is a table by its size and sign, and one test against it is the whole of the range tests, for
+// integers as for doubles. A double is scaled first and cut to an integer last, so that the test is of the value with
+// its fraction; a decimal is made an integer as text, so that no digit is lost on the way.
 using namespace oxr;
 
 namespace {
 
-constexpr int kMaxSize = 8;
+constexpr int kMaxSize = 8;  // bytes
 
 // What a field takes: the integers, and the doubles, both bounds included. A double of `mostReal` may still be too
-// large for 8 bytes, whose largest value no double has.
+// large for 8 bytes, since no double equals their largest value.
 struct Range {
   PWFInt64 least = 1;
   PWFInt64 most = 0;
@@ -27,7 +35,7 @@ struct Range {
   const char* type = nullptr;
 
   bool holds(PWFInt64 value) const { return value >= least && value <= most; }
-  // Never a NaN.
+  // A NaN is in no range.
   bool holds(double value) const { return value >= static_cast<double>(least) && value <= mostReal; }
 };
 
@@ -40,8 +48,8 @@ constexpr Range rangeOf(const char* type) {
           static_cast<double>(kMost), type};
 }
 
-// By bytes, then unsigned and signed. A size that no integer has takes nothing, so that one test sees to size and
-// range.
+// By the size in bytes, then unsigned and signed. Nothing is in the range of a size that no integer has, so that one
+// test sees to size and range.
 constexpr Range kRanges[kMaxSize + 1][2] = {
     {},
     {rangeOf<PWFUInt8>("PWFUInt8"), rangeOf<PWFInt8>("PWFInt8")},
@@ -60,12 +68,13 @@ struct Writing {
   const char* function;
   const char* type;
   int maxSize;
-  const char* width;  // goes behind the number of bytes
+  const char* width;  // follows the number of bytes in the message
 };
 constexpr Writing kFromInt64 = {"DataCnv::IntFromInt64", "PWFInt64", 8, "-byte integer"};
 constexpr Writing kFromInt32 = {"DataCnv::IntFromInt32", "PWFInt32", 4, "-byte integer"};
 constexpr Writing kFromUInt32 = {"DataCnv::UIntFromUInt32", "PWFUInt32", 4, "-byte unsigned integer"};
 
+// The bytes of a field and how an integer is to stand in them.
 struct Field {
   unsigned char* bytes;
   int size;
@@ -73,16 +82,27 @@ struct Field {
   bool isSigned;
 
   bool isKnownSize(int maxSize) const { return core::isIntegerSize(size) && size <= maxSize; }
-  const Range& range() const { return kRanges[static_cast<unsigned>(size)][isSigned]; }
+  // REQUIRES: a size from 0 to kMaxSize.
+  const Range& range() const { return kRanges[static_cast<unsigned>(size)][isSigned ? 1u : 0u]; }
   void store(std::uint64_t value) const { core::storeInteger(bytes, value, size, order == eEndianLittle); }
 };
 
-// All of a writing. The field comes in parts, for which registers are enough.
+// Serves a field of any good size whose range has the value.
 template <class T>
-[[gnu::cold, gnu::noinline]] void writeTraced(const KelLogSource* source, const Writing& writing, T value,
-                                              unsigned char* target, int size, EEndian order, bool isSigned) {
-  const Field field{target, size, order, isSigned};
-  const FunctionTrace trace(source, writing.function, kDataCnvPath);
+[[gnu::always_inline]] inline bool writeIntegerFast(const Writing& writing, T value, const Field& field) {
+  if (field.bytes == nullptr || static_cast<unsigned>(field.size) > kMaxSize || field.size > writing.maxSize ||
+      !field.range().holds(PWFInt64{value}))
+    return false;
+  field.store(static_cast<std::uint64_t>(value));
+  return true;
+}
+
+// The field comes in parts, so that all arguments travel in registers and the fast way needs no room for them.
+template <class T>
+[[gnu::cold, gnu::noinline]] void writeIntegerGeneral(const DataCnv& cnv, const Writing& writing, T value,
+                                                      unsigned char* target, int size, ESign sign) {
+  const Field field{target, size, DataCnvParts::integerEndian(cnv), sign == eSignLeadingIncluded};
+  const FunctionTrace trace(&cnv, writing.function, kDataCnvPath);
   if (target == nullptr) raiseInternalError(trace.site(), "Null output buffer pointer");
   if (!field.isKnownSize(writing.maxSize)) raiseInternalError(trace.site(), numbered("Invalid integer size: ", size));
   if (!field.range().holds(PWFInt64{value})) {
@@ -95,16 +115,8 @@ template <class T>
   field.store(static_cast<std::uint64_t>(value));
 }
 
-// The quick way first: a field of any size whose range takes the value, and no trace.
-template <class T>
-void write(const KelLogSource* source, const Writing& writing, T value, const Field& field) {
-  if (!debugTraceOn() && field.bytes != nullptr && static_cast<unsigned>(field.size) <= kMaxSize &&
-      field.size <= writing.maxSize && field.range().holds(PWFInt64{value})) [[likely]]
-    return field.store(static_cast<std::uint64_t>(value));
-  writeTraced(source, writing, value, field.bytes, field.size, field.order, field.isSigned);
-}
-
-// Truncated towards zero, for a value that Range::holds. One of exactly 2^63 or 2^64 becomes the largest integer.
+// Truncated towards zero, for a value that Range::holds. A value of exactly 2^63 or 2^64 passes the inclusive test but
+// does not fit 8 bytes; it becomes the largest integer: Integers.WriteDoubles.
 std::uint64_t truncated(double value, bool isSigned) {
   if (!isSigned) return value >= 0x1p64 ? ~std::uint64_t{0} : static_cast<std::uint64_t>(value);
   const std::int64_t number =
@@ -114,16 +126,27 @@ std::uint64_t truncated(double value, bool isSigned) {
 
 }  // namespace
 
+// Signed is exactly eSignLeadingIncluded, as it is where integers are read.
 void DataCnv::IntFromInt64(PWFInt64 value, unsigned char* target, int size, ESign sign) {
-  write(this, kFromInt64, value, {target, size, integerEndian, sign == eSignLeadingIncluded});
+  const Field field{target, size, integerEndian, sign == eSignLeadingIncluded};
+  if (wentFast([&] { return writeIntegerFast(kFromInt64, value, field); })) [[likely]]
+    return;
+  writeIntegerGeneral(*this, kFromInt64, value, target, size, sign);
 }
 
 void DataCnv::IntFromInt32(PWFInt32 value, unsigned char* target, int size, ESign sign) {
-  write(this, kFromInt32, value, {target, size, integerEndian, sign == eSignLeadingIncluded});
+  const Field field{target, size, integerEndian, sign == eSignLeadingIncluded};
+  if (wentFast([&] { return writeIntegerFast(kFromInt32, value, field); })) [[likely]]
+    return;
+  writeIntegerGeneral(*this, kFromInt32, value, target, size, sign);
 }
 
+// The size is left as it is; it is a reference because callers hold it so.
 void DataCnv::UIntFromUInt32(PWFUInt32 value, unsigned char* target, int& size) {
-  write(this, kFromUInt32, value, {target, size, integerEndian, false});
+  const Field field{target, size, integerEndian, false};
+  if (wentFast([&] { return writeIntegerFast(kFromUInt32, value, field); })) [[likely]]
+    return;
+  writeIntegerGeneral(*this, kFromUInt32, value, target, size, eSignNone);
 }
 
 void DataCnv::IntFromDbl(double value, unsigned char* target, int size, ESign sign, int virtualDecimalPoint) {
@@ -140,6 +163,8 @@ void DataCnv::IntFromDbl(double value, unsigned char* target, int size, ESign si
   field.store(truncated(scaled, field.isSigned));
 }
 
+// The text loses its fraction and its padding first and is then read as an integer. The field is always a signed one: a
+// decimal carries no ESign.
 void DataCnv::IntFromDec(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint) {
   const FunctionTrace trace(this, "DataCnv::IntFromDec", kDataCnvPath);
   if (text == nullptr) raiseInternalError(trace.site(), "Null input pointer");
