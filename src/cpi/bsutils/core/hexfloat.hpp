@@ -6,14 +6,16 @@
 // Hexadecimal floats and IEEE 754 ones, as bit patterns in this machine's order.
 //
 //   hexadecimal   sign 1 | exponent 7, a power of 16, excess 64 | fraction 24 or 56, a number below 1
-//   IEEE 754      sign 1 | exponent 8 or 11, a power of 2, excess 127 or 1023 | fraction 23 or 52, behind a hidden 1
+//   IEEE 754      sign 1 | exponent 8 or 11, a power of 2, excess 127 or 1023 | fraction 23 or 52, after a hidden 1
 //
-// Both ways a value that does not fit is clamped and bits without a place are dropped; nothing is rounded but the last
-// bit of a double that becomes an IEEE one. The hexadecimal format has no infinity, no NaN and no hidden bit, and none
-// of them is looked for on the way there: every IEEE exponent is an ordinary one behind a hidden bit.
+// In both directions a value that does not fit is clamped, and bits without a place are dropped; nothing is rounded but
+// the last bit of a double that becomes an IEEE one. The hexadecimal format has no infinity, no NaN and no hidden bit,
+// and none of them is looked for on the way there: every IEEE exponent, the least and the greatest too, is taken to
+// stand before a fraction with a hidden bit.
 // The results are a contract, oddities included: what other systems stored must read back as it always did.
 //
-// A mantissa with its leading bit in place is added to an exponent one too small, so that the bit does the rest.
+// A mantissa that still has its leading 1 is added to an exponent that is one too small, so that the carry of that bit
+// makes it right.
 namespace oxr::core {
 
 inline constexpr std::uint32_t kSign32 = 0x80000000u;
@@ -24,7 +26,8 @@ inline constexpr std::uint64_t kSign64 = std::uint64_t{1} << 63;
 constexpr std::uint32_t ieeeFromHex(std::uint32_t hex) {
   constexpr std::uint32_t kLargest = 0x7F7FFFFFu;
   const std::uint32_t sign = hex & kSign32;
-  std::uint32_t exponent = 4 * (hex >> 24 & 0x7F) - 131;  // excess 126; below 0 beyond all that fit
+  // A power of 2, excess 126. What is too small for a float wraps around to a value far above all that fit.
+  std::uint32_t exponent = 4 * (hex >> 24 & 0x7F) - 131;
   std::uint32_t fraction = hex << 8;
   if (fraction == 0) [[unlikely]] {
     if (hex == sign) return sign;

@@ -7,9 +7,15 @@
 #include "core/scaling.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
+#include "support/fastway.hpp"
 #include "support/support.hpp"
 #include "values/textinplace.hpp"
 
+// Floats of 4 and 8 bytes in the fields of a message, IEEE ones and hexadecimal ones.
+//
+// A field is a bit pattern in the byte order of its format; a pattern is made an IEEE one, which is a double or float
+// of this machine. Writing goes the same way back. What does not fit is clamped on the way or becomes an infinity; no
+// value of a float is ever refused. How patterns of the two formats become each other is told in core/hexfloat.hpp.
 using namespace oxr;
 
 namespace {
@@ -22,8 +28,9 @@ Bits bitsOf(const void* number) {
   return bits;
 }
 
-// A double as two words in the order that the format routines are told: exactly eEndianBig has the high word first, all
-// else the low one. Inside a word nothing is swapped.
+// A double as two words of 32 bits, in the order that the exported routines are told: exactly eEndianBig has the high
+// word first, any other order the low one. Nothing is swapped inside a word, so this is not the byte order of a field:
+// HexFloat.TakesTheWordsOfADoubleInTheOrderGiven.
 struct WordPair {
   std::uint32_t words[2];
   bool highFirst;
@@ -39,14 +46,15 @@ struct WordPair {
   }
 };
 
-constexpr int kFloatSize = 4;
-constexpr int kDoubleSize = 8;
+constexpr int kFloatSize = 4;   // bytes
+constexpr int kDoubleSize = 8;  // bytes
 
 bool isFloatSize(int size) {
   return size == kFloatSize || size == kDoubleSize;
 }
 
-// The bits of a field of sizeof(Bits) bytes, as IEEE ones. Only those have a byte order: hexadecimal ones are big.
+// The bits of a field of sizeof(Bits) bytes, as IEEE ones. Only IEEE fields come in two byte orders; a hexadecimal
+// field has its most significant byte first.
 template <class Bits>
 Bits load(const unsigned char* bytes, EFloatFmt format, EEndian order) {
   if (format == eFloatHexadecimal) [[likely]]
@@ -67,15 +75,29 @@ void store(unsigned char* bytes, Bits bits, EFloatFmt format, EEndian order) {
   core::storeBytes(bytes, bits, order == eEndianLittle);
 }
 void writeFloat(double value, unsigned char* bytes, EFloatFmt format, EEndian order) {
-  // Rounded to nearest by the machine; beyond a float's range an infinity: Floats.WriteWhatIsTooLargeForTheField.
+  // The machine rounds to nearest and makes an infinity of what is too large for a float, which in the hexadecimal
+  // format is a large number: Floats.WriteWhatIsTooLargeForTheField.
   store(bytes, std::bit_cast<std::uint32_t>(static_cast<float>(value)), format, order);
 }
 void writeDouble(double value, unsigned char* bytes, EFloatFmt format, EEndian order) {
   store(bytes, std::bit_cast<std::uint64_t>(value), format, order);
 }
 
-[[gnu::cold, gnu::noinline]] double readTraced(const KelLogSource* log, const unsigned char* source, int size,
-                                               EFloatFmt format, EEndian order) {
+// Serves every field of a good size.
+[[gnu::always_inline]] inline bool readFloatFast(const unsigned char* source, int size, EFloatFmt format, EEndian order,
+                                                 double& value) {
+  if (source == nullptr) return false;
+  if (size == kDoubleSize)
+    value = readDouble(source, format, order);
+  else if (size == kFloatSize)
+    value = readFloat(source, format, order);
+  else
+    return false;
+  return true;
+}
+
+[[gnu::cold, gnu::noinline]] double readFloatGeneral(const KelLogSource* log, const unsigned char* source, int size,
+                                                     EFloatFmt format, EEndian order) {
   const FunctionTrace trace(log, "DataCnv::FltToDbl", kDataCnvPath);
   if (source == nullptr) raiseInternalError(trace.site(), "Null input pointer passed into DataCnv::FltToDbl");
   if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid input size: ", size));
@@ -83,8 +105,21 @@ void writeDouble(double value, unsigned char* bytes, EFloatFmt format, EEndian o
   return size == kFloatSize ? readFloat(source, format, order) : readDouble(source, format, order);
 }
 
-[[gnu::cold, gnu::noinline]] void writeTraced(const KelLogSource* log, double value, unsigned char* target, int size,
-                                              EFloatFmt format, EEndian order) {
+// Serves every field of a good size.
+[[gnu::always_inline]] inline bool writeFloatFast(double value, unsigned char* target, int size, EFloatFmt format,
+                                                  EEndian order) {
+  if (target == nullptr) return false;
+  if (size == kDoubleSize)
+    writeDouble(value, target, format, order);
+  else if (size == kFloatSize)
+    writeFloat(value, target, format, order);
+  else
+    return false;
+  return true;
+}
+
+[[gnu::cold, gnu::noinline]] void writeFloatGeneral(const KelLogSource* log, double value, unsigned char* target,
+                                                    int size, EFloatFmt format, EEndian order) {
   const FunctionTrace trace(log, "DataCnv::FltFromDbl", kDataCnvPath);
   if (target == nullptr) raiseInternalError(trace.site(), "Null output buffer pointer");
   if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid output buffer size: ", size));
@@ -94,21 +129,17 @@ void writeDouble(double value, unsigned char* bytes, EFloatFmt format, EEndian o
 
 }  // namespace
 
-// The quick way first: a good field, and no trace.
 double DataCnv::FltToDbl(const unsigned char* source, int size) {
-  if (!debugTraceOn() && source != nullptr) [[likely]] {
-    if (size == kDoubleSize) return readDouble(source, floatFormat, floatEndian);
-    if (size == kFloatSize) return readFloat(source, floatFormat, floatEndian);
-  }
-  return readTraced(this, source, size, floatFormat, floatEndian);
+  double value;
+  if (wentFast([&] { return readFloatFast(source, size, floatFormat, floatEndian, value); })) [[likely]]
+    return value;
+  return readFloatGeneral(this, source, size, floatFormat, floatEndian);
 }
 
 void DataCnv::FltFromDbl(double value, unsigned char* target, int size) {
-  if (!debugTraceOn() && target != nullptr) [[likely]] {
-    if (size == kDoubleSize) return writeDouble(value, target, floatFormat, floatEndian);
-    if (size == kFloatSize) return writeFloat(value, target, floatFormat, floatEndian);
-  }
-  writeTraced(this, value, target, size, floatFormat, floatEndian);
+  if (wentFast([&] { return writeFloatFast(value, target, size, floatFormat, floatEndian); })) [[likely]]
+    return;
+  writeFloatGeneral(this, value, target, size, floatFormat, floatEndian);
 }
 
 PWFData DataCnv::FltToDec(const unsigned char* source, int size, int virtualDecimalPoint) {
