@@ -2,22 +2,26 @@
 
 #include <algorithm>
 
-#include "core/decimaltext.hpp"
+#include "core/digitvectors.hpp"
 #include "core/packedfield.hpp"
+#include "core/words.hpp"
 
+// Reading takes a field in words of 8 bytes, in either direction, and makes each a vector of sixteen characters; what
+// is no digit shows in the word by arithmetic, so that a good field meets no branch for its digits. Writing goes pair
+// by pair, since every pair may be the one that fails.
 namespace oxr::core {
 namespace {
 
-// "0" plus a half byte, per byte, made "A" to "F" where the half byte is above 9.
+// The hexadecimal digit of each half byte: "0" plus the half byte, moved on to "A" to "F" where that passes "9".
 ByteVector hexVector(std::uint64_t bytes) {
   const ByteVector digits = digitVector(bytes);
   const ByteVector isLetter = reinterpret_cast<ByteVector>(digits > '9');
   return digits + (isLetter & static_cast<unsigned char>('A' - '9' - 1));
 }
 
-// The bits of the half bytes in front of the digits, in a word whose first byte is lowest: of a byte the high half
-// comes first.
-constexpr std::uint64_t kInFront[] = {0x00, 0xF0, 0xFF};
+// The bits of the half bytes before the digits, by their count, in a word whose first byte is lowest. The high half of
+// a byte comes first.
+constexpr std::uint64_t kBeforeDigits[] = {0x00, 0xF0, 0xFF};
 
 // Where the number stands in a text with its sign.
 struct NumberInText {
@@ -61,11 +65,11 @@ UnitView TlogField::hexText(unsigned short* buffer) const {
 std::optional<UnitView> TlogField::decimalText(unsigned short* buffer) const {
   if (bytes_.empty()) return UnitView();
   const TlogSign sign = tlogSign(reversed_ ? bytes_.back() : bytes_.front());
-  std::uint64_t inFront = kInFront[sign.halfBytes];
+  std::uint64_t beforeDigits = kBeforeDigits[sign.halfBytes];
   std::uint64_t faults = 0;
   visitWords([&](std::uint64_t word, std::size_t first) {
-    faults |= nonDigitHalfBytes(word & ~inFront);
-    inFront = 0;
+    faults |= nonDigitHalfBytes(word & ~beforeDigits);
+    beforeDigits = 0;
     writeSixteen(digitVector(word), buffer + 2 * first);
   });
   if (faults != 0) return std::nullopt;
@@ -97,12 +101,13 @@ TlogFault packTlogDecimal(UnitView text, std::span<unsigned char> field, bool fi
     if (next < 0 || digitAt(next) > 9) return TlogFault::notADigit;
     put((number.negative ? kTlogMinus : filler) << 4 | digitAt(next++));
   } else if (number.negative) {
-    // In the fixed form the minus goes into the last of the zeros in front.
+    // In the fixed form the minus goes into the last of the leading zeros.
     if (fixed && position-- == 0) return TlogFault::fieldTooSmall;
     if (position >= size) return TlogFault::fieldTooSmall;
     put(filler << 4 | kTlogMinus);
   }
-  // An even count of characters is left; digits beyond the field are dropped.
+  // An even count of characters is left. Digits without a place are dropped, and a text that ends before the field does
+  // is a fault: Tlog.WritesDecimals.
   for (; position < size; next += 2) {
     if (next == length || digitAt(next) > 9 || digitAt(next + 1) > 9) return TlogFault::notADigit;
     put(digitAt(next) << 4 | digitAt(next + 1));

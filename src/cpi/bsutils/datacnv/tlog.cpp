@@ -9,21 +9,30 @@
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
 #include "support/emptystring.hpp"
+#include "support/fastway.hpp"
 #include "support/scratch.hpp"
 #include "support/support.hpp"
 #include "values/textinplace.hpp"
 
+// The fields of transaction logs as the values of a message. core/tlog knows the half bytes, their signs and fillers.
+// What is added here: trace and failures, pads that come off before or after the reading, the code page through which a
+// string of digits is written, and the reversal of fields that are stored the other way round.
+//
+// The readers have a fast way, which takes sixteen digits at a time straight from the field, and a general way, which
+// unpacks the field and looks at one half byte after another, as the trace shows it. Both read the same texts and
+// refuse the same fields. The writers have one way.
 using namespace oxr;
 
 namespace {
 
 constexpr std::size_t kUsualText = 128;  // units of a field's text that need no heap
 
+// An empty field for a size below 0.
 std::size_t fieldSize(int size) {
   return static_cast<std::size_t>(std::max(size, 0));
 }
 
-// The entry of a reading member shows how much is read, and in which order.
+// The entry of a reading member shows how many bytes are read, and in which order.
 [[gnu::always_inline]] inline FunctionTrace readingTrace(const KelLogSource* source, const char* function, int size,
                                                          EEndian endian) {
   const int order = endian;
@@ -37,8 +46,8 @@ FailureSite siteOf(const KelLogSource* source, const FunctionTrace& trace, int l
   return site;
 }
 
-// Puts text in front of what a target holds, which as a rule is nothing.
-void insertInFront(KelWstring& target, UnitView text) {
+// Puts text before what a target holds, which as a rule is nothing.
+void insertAtStart(KelWstring& target, UnitView text) {
   const auto length = static_cast<unsigned>(text.size());
   if (target.length() == 0)
     target.assignInternal(text.data(), length, 0);
@@ -46,19 +55,84 @@ void insertInFront(KelWstring& target, UnitView text) {
     target.insertInternal(0, text.data(), length, 0);
 }
 
-// The pad character of a half byte; nothing above 15.
-std::optional<unsigned short> padCharacter(unsigned short halfByte) {
-  if (halfByte > 15) return std::nullopt;
+// "0" to "9", "A" to "F". REQUIRES: a half byte.
+unsigned short hexDigit(unsigned halfByte) {
   return static_cast<unsigned short>(halfByte + (halfByte < 10 ? '0' : 'A' - 10));
 }
 
-// The readers take the half bytes straight from the field; a trace shows the unpacking all the same.
-void traceUnpacking(DataCnv& cnv, const unsigned char* source, int size, EEndian endian) {
-  if (debugTraceOn()) const std::unique_ptr<unsigned char[]> unpacked(cnv.getUnpackedBuffer(source, size, endian));
+core::TlogField fieldOf(const unsigned char* source, int size, EEndian endian) {
+  return core::TlogField({source, fieldSize(size)}, endian == eEndianLittle);
+}
+
+// Serves every field.
+inline bool readStringFast(const unsigned char* source, int size, EEndian endian, KelWstring& target) {
+  if (source == nullptr) return false;
+  const core::TlogField field = fieldOf(source, size, endian);
+  Scratch<unsigned short, kUsualText> buffer(field.textRoom());
+  insertAtStart(target, field.hexText(buffer.data()));
+  return true;
+}
+
+[[gnu::cold, gnu::noinline]] void readStringGeneral(DataCnv& cnv, const unsigned char* source, int size, EEndian endian,
+                                                    KelWstring& target) {
+  const auto trace = readingTrace(
+      &cnv, "DataCnv::TLOGPckdStrToStr( const unsigned char* source, PWFInt32 size, EEndian endian)", size, endian);
+  const std::unique_ptr<unsigned char[]> halfBytes(cnv.getUnpackedBuffer(source, size, endian));
+  if (halfBytes == nullptr) {
+    target.assign(EMPTYSTRING);
+    return;
+  }
+  Scratch<unsigned short, kUsualText> text(2 * fieldSize(size));
+  std::transform(halfBytes.get(), halfBytes.get() + text.size(), text.data(), hexDigit);
+  insertAtStart(target, UnitView(text.data(), text.size()));
+}
+
+// Serves every field that is a number.
+inline bool readDecimalFast(const unsigned char* source, int size, EEndian endian, KelWstring& target) {
+  if (source == nullptr) return false;
+  const core::TlogField field = fieldOf(source, size, endian);
+  Scratch<unsigned short, kUsualText> buffer(field.textRoom());
+  const auto text = field.decimalText(buffer.data());
+  if (!text) return false;
+  insertAtStart(target, *text);
+  return true;
+}
+
+[[gnu::cold, gnu::noinline]] void readDecimalGeneral(DataCnv& cnv, const unsigned char* source, int size,
+                                                     EEndian endian, KelWstring& target) {
+  const auto trace = readingTrace(&cnv,
+                                  "DataCnv::TLOGPckdDecToDec(const unsigned char* source, PWFString& dest, PWFInt32 "
+                                  "size, EEndian endian)",
+                                  size, endian);
+  const std::unique_ptr<unsigned char[]> halfBytes(cnv.getUnpackedBuffer(source, size, endian));
+  if (halfBytes == nullptr) {
+    target.assign(EMPTYSTRING);
+    return;
+  }
+  Scratch<unsigned short, kUsualText> text(1 + 2 * fieldSize(size));
+  text.data()[0] = '-';
+  std::size_t length = 1;
+  bool negative = false;
+  bool hasFiller = false;
+  for (std::size_t i = 0; i < 2 * fieldSize(size); ++i) {
+    // A filler is the first half byte or none. The minus comes first, or directly after the filler.
+    const unsigned char halfByte = halfBytes[i];
+    if (halfByte <= 9)
+      text.data()[length++] = hexDigit(halfByte);
+    else if (halfByte == core::kTlogMinus && (i == 0 || (i == 1 && hasFiller)))
+      negative = true;
+    else if (halfByte == core::kTlogFiller && i == 0)
+      hasFiller = true;
+    else
+      raise<KelConversionException>(trace.site(), failures::kInvalidData, "TLOG packed decimal",
+                                    CPUtils::binaryDump(source, size));
+  }
+  insertAtStart(target, UnitView(text.data(), length).substr(negative ? 0 : 1));
 }
 
 }  // namespace
 
+// The caller owns what is returned, which is why it is no smart pointer; it holds a half byte in each of its bytes.
 unsigned char* DataCnv::getUnpackedBuffer(const unsigned char* source, int size, EEndian endian) {
   const auto trace = readingTrace(
       this, "DataCnv::getUnpackedBuffer ( const unsigned char* source, PWFInt32 size, EEndian endian)", size, endian);
@@ -74,16 +148,9 @@ unsigned char* DataCnv::getUnpackedBuffer(const unsigned char* source, int size,
 }
 
 void DataCnv::TLOGPckdStrToStr(const unsigned char* source, KelWstring& target, int size, EEndian endian) {
-  const auto trace = readingTrace(
-      this, "DataCnv::TLOGPckdStrToStr( const unsigned char* source, PWFInt32 size, EEndian endian)", size, endian);
-  traceUnpacking(*this, source, size, endian);
-  if (source == nullptr) {
-    target.assign(EMPTYSTRING);
+  if (wentFast([&] { return readStringFast(source, size, endian, target); })) [[likely]]
     return;
-  }
-  const core::TlogField field({source, fieldSize(size)}, endian == eEndianLittle);
-  Scratch<unsigned short, kUsualText> text(field.textRoom());
-  insertInFront(target, field.hexText(text.data()));
+  readStringGeneral(*this, source, size, endian, target);
 }
 
 PWFData DataCnv::TLOGPckdStrToStr(const unsigned char* source, int size, EEndian endian) {
@@ -99,29 +166,15 @@ void DataCnv::TLOGFLPckdStrToStr(const unsigned char* source, KelWstring& target
                                  bool padCharIsUnicode) {
   const auto trace = readingTrace(this, "DataCnv::TLOGFLPckdStrToStr", size, endian);
   TLOGPckdStrToStr(source, target, size, endian);
-  const auto pad = padCharacter(padChar);
-  if (trimType != eTrimPadding || padCharIsUnicode || !pad) return;
+  if (trimType != eTrimPadding || padCharIsUnicode || padChar > 15) return;
   // An ASCII code, and yet handed over as a value in the code page: Tlog.StringPadIsAnAsciiCodeInTheCodePage.
-  TrimData(target, eTrimPadding, justification, *pad, false);
+  TrimData(target, eTrimPadding, justification, hexDigit(padChar), false);
 }
 
 void DataCnv::TLOGPckdDecToDec(const unsigned char* source, KelWstring& target, int size, EEndian endian) {
-  const auto trace = readingTrace(this,
-                                  "DataCnv::TLOGPckdDecToDec(const unsigned char* source, PWFString& dest, PWFInt32 "
-                                  "size, EEndian endian)",
-                                  size, endian);
-  traceUnpacking(*this, source, size, endian);
-  if (source == nullptr) {
-    target.assign(EMPTYSTRING);
+  if (wentFast([&] { return readDecimalFast(source, size, endian, target); })) [[likely]]
     return;
-  }
-  const core::TlogField field({source, fieldSize(size)}, endian == eEndianLittle);
-  Scratch<unsigned short, kUsualText> buffer(field.textRoom());
-  const auto text = field.decimalText(buffer.data());
-  if (!text)
-    raise<KelConversionException>(trace.site(), failures::kInvalidData, "TLOG packed decimal",
-                                  CPUtils::binaryDump(source, size));
-  insertInFront(target, *text);
+  readDecimalGeneral(*this, source, size, endian, target);
 }
 
 PWFData DataCnv::TLOGPckdDecToDec(const unsigned char* source, int size, EEndian endian) {
@@ -139,11 +192,11 @@ void DataCnv::TLOGFLPckdDecToDec(const unsigned char* source, KelWstring& target
   if (source != nullptr && trimType == eTrimPadding && !padCharIsUnicode) {
     // Trimmed as it lies in memory, before any reversal: Tlog.DecimalPadsComeOffInMemoryOrder.
     const std::span<const unsigned char> field(source, fieldSize(size));
-    const auto pad = static_cast<unsigned char>((padChar & 0x0F) * 0x11);
-    const std::size_t inFront = justification == eJustifyRight ? core::leadingPads(field, pad) : 0;
-    const std::size_t behind = justification == eJustifyLeft ? core::trailingPads(field, pad) : 0;
-    source += inFront;
-    size -= static_cast<int>(inFront + behind);
+    const auto pad = static_cast<unsigned char>((padChar & 0x0F) * 0x11);  // the half byte twice
+    const std::size_t leading = justification == eJustifyRight ? core::leadingPads(field, pad) : 0;
+    const std::size_t trailing = justification == eJustifyLeft ? core::trailingPads(field, pad) : 0;
+    source += leading;
+    size -= static_cast<int>(leading + trailing);
   }
   TLOGPckdDecToDec(source, target, size, endian);
 }
@@ -175,13 +228,14 @@ unsigned char* DataCnv::TLOGPWFDataToPckdStr(const PWFData& value, unsigned char
   static_cast<void>(value.getStringValue());  // refuses another type under its own name
   const PWFString& text = value.getPWFStringValue();
   const std::size_t bytes = fieldSize(size);
-  // Characters that the text does not have count as zero.
+  // Two characters for each byte. Those that the text does not have count as zero.
   Scratch<unsigned char, 64> characters(2 * bytes);
   std::fill_n(characters.data(), characters.size(), static_cast<unsigned char>(0));
+  // What the code page can't express is not looked at: what came out so far counts.
   int room = static_cast<int>(std::min<std::size_t>(characters.size(), std::numeric_limits<int>::max()));
   fromUnicodeString(text, characters.data(), room);
   core::packTlogString({characters.data(), characters.size()}, {target, bytes});
-  // As for the decimal.
+  // In place, as for the decimal.
   if (endian == eEndianLittle) SwapEnds(target, target, size);
   return target;
 }
