@@ -14,8 +14,11 @@
 #include "fuzz/buffers/textwriter_check.hpp"
 #include "fuzz/codepage/codepage_check.hpp"
 #include "fuzz/datacnv/external_check.hpp"
+#include "fuzz/datacnv/floats_check.hpp"
+#include "fuzz/datacnv/integers_check.hpp"
 #include "fuzz/datacnv/numbertext_check.hpp"
 #include "fuzz/datacnv/packed_check.hpp"
+#include "fuzz/datacnv/tlog_check.hpp"
 #include "fuzz/harness/choices.hpp"
 #include "fuzz/host/kelbuffer_check.hpp"
 #include "fuzz/host/kelwstring_check.hpp"
@@ -47,6 +50,12 @@ constexpr Check kChecks[] = {
     {"PackedRead",    fuzz::checkPackedRead,    20'000},
     {"PackedWrite",   fuzz::checkPackedWrite,   20'000},
     {"PackedNumbers", fuzz::checkPackedNumbers, 20'000},
+    {"IntegerRead",   fuzz::checkIntegerRead,   20'000},
+    {"IntegerWrite",  fuzz::checkIntegerWrite,  10'000},
+    {"FloatFields",   fuzz::checkFloatFields,   10'000},
+    {"FloatFormats",  fuzz::checkFloatFormats, 100'000},
+    {"TlogRead",      fuzz::checkTlogRead,      10'000},
+    {"TlogWrite",     fuzz::checkTlogWrite,     10'000},
     {"NumberField",   fuzz::checkNumberField,   15'000},
     {"NumberRead",    fuzz::checkNumberRead,    10'000},
     {"NumberWrite",   fuzz::checkNumberWrite,   10'000},

@@ -2,7 +2,9 @@
 
 #include <memory>
 
+#include "fuzz/harness/choices.hpp"
 #include "kellog.hpp"
+#include "support/fastway.hpp"
 
 namespace oxr::fuzz {
 
@@ -25,5 +27,21 @@ class GeneralWay {
   ScopedLogSink scope_;
   int level_;
 };
+
+// What `call` gives the general way.
+template <class Call>
+auto theGeneralWay(Call call) {
+  const GeneralWay way(true);
+  return call();
+}
+
+// What `call` gives as it is; no guard may send it the general way.
+template <class Call>
+auto theFastWay(Call call) {
+  const std::uint64_t before = generalWaysTaken();
+  auto result = call();
+  requireEqual(generalWaysTaken(), before, "the general ways taken where a fast one should serve");
+  return result;
+}
 
 }  // namespace oxr::fuzz

@@ -1,369 +1,231 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <cstdlib>
-#include <limits>
-#include <random>
+#include <regex>
 #include <string>
-#include <vector>
 
-#include "dataconv.hpp"
-#include "harness/converter.hpp"
-#include "harness/failures.hpp"
-#include "harness/guarded.hpp"
-#include "harness/hex.hpp"
-#include "harness/rows.hpp"
-#include "harness/text.hpp"
-#include "harness/tracing.hpp"
+#include "harness/table.hpp"
 
 namespace oxr::test {
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+const Members kMembers = {
+    {"IntToInt64", reader(&DataCnv::IntToInt64, signOf)},
+    {"IntToInt32", reader(&DataCnv::IntToInt32, signOf)},
+    {"UIntToUInt64", reader(&DataCnv::UIntToUInt64)},
+    {"IntToDec", reader(&DataCnv::IntToDec, placesOf)},
+    {"IntToDbl", reader(&DataCnv::IntToDbl, placesOf, signOf)},
+    {"IntFromInt64", writer(&DataCnv::IntFromInt64, signOf)},
+    {"IntFromInt32", writer(&DataCnv::IntFromInt32, signOf)},
+    {"UIntFromUInt32", writer(&DataCnv::UIntFromUInt32)},
+    {"IntFromDbl", writer(&DataCnv::IntFromDbl, signOf, placesOf)},
+    {"IntFromDec", writer(&DataCnv::IntFromDec, placesOf)},
+};
 
-constexpr ESign kUnsigned = eSignNone;
-constexpr ESign kSigned = eSignLeadingIncluded;
-
-Raised tooLong(const char* text, const char* width, const char* size, const char* value) {
-  return conversionFailure(5507, {text, "integer", width, size, value});
+// Runs a table; failures that many cases have go by a few words.
+void run(std::string table) {
+  table = std::regex_replace(table, std::regex("-> bad size"), "-> OXR5502: Invalid integer size: {size}");
+  table = std::regex_replace(table, std::regex("-> overflow (\\w+ to \\w+)( unsigned)?"),
+                             "-> OXR5507 bare: Overflow converting a $1 | integer | {size}-byte$2 integer | {size}");
+  runTable(table, kMembers);
 }
 
-// The number that `read` gives, or the message and the last word of what it raises.
-template <class Read>
-std::string outcome(Read read) {
-  std::string number;
-  const Raised raised = raisedBy([&] { number = std::to_string(read()); });
-  if (raised.inserts.empty()) return number;
-  const std::string& last = raised.inserts.back();
-  return std::to_string(raised.number & 0xFFFF) + ':' + last.substr(last.find_last_of(' ') + 1);
+// Only order 1 is little, and only ESign 1 is signed.
+TEST(Integers, Read) {
+  run(R"(
+    member       field            order        sign ->
+    IntToInt64   {7F,80}          big          LI        way=fast -> {127,-128}
+    ~            FF               little       none      way=fast -> 255
+    ~            FFFE             {big,little} LI        way=fast -> {-2,-257}
+    ~            FFFE             unset        TI        way=fast -> 65534
+    ~            80000000         big          {LI,none} way=fast -> {-2147483648,2147483648}
+    ~            EFCDAB8967452301 little       none      way=fast -> 81985529216486895
+    ~            8000000000000000 big          LI        way=fast -> -9223372036854775808
+    ~            7FFFFFFFFFFFFFFF big          none      way=fast -> 9223372036854775807
+    IntToInt32   80               big          LI        way=fast -> -128
+    ~            8000             -1           LI        way=fast -> -32768
+    ~            00000080         little       LI        way=fast -> -2147483648
+    ~            FFFFFF7F         little       none      way=fast -> 2147483647
+    UIntToUInt64 80               big          none      way=fast -> 128
+    ~            FFFFFFFFFFFFFFFF unset        none      way=fast -> 18446744073709551615
+  )");
 }
 
-TEST(Integers, ReadBytesInBothOrders) {
-  // Byte order, ESign, bytes, and what IntToInt64, IntToInt32 and UIntToUInt64 make of them.
-  for (const Row& c : rows("2 1 FFFE -2 -2 65534; 2 0 FFFE 65534 65534 65534; 2 2 FFFE 65534 65534 65534; "
-                           "1 1 FFFE -257 -257 65279; 1 0 FFFE 65279 65279 65279; "
-                           "-1 1 FFFE -2 -2 65534; 7 0 0001 1 1 1; "  // only 1 is little
-                           "1 0 FF 255 255 255; 2 1 80 -128 -128 128; "
-                           "2 1 80000000 -2147483648 -2147483648 2147483648; "
-                           "2 0 80000000 2147483648 5507:-2147483648 2147483648; "
-                           "1 0 FFFFFF7F 2147483647 2147483647 2147483647; "
-                           "2 1 FFFFFFFFFFFFFFFF -1 5502:8 18446744073709551615; "
-                           "2 3 FFFFFFFFFFFFFFFF 5507:-1 5502:8 18446744073709551615; "
-                           "1 0 EFCDAB8967452301 81985529216486895 5502:8 81985529216486895")) {
-    SCOPED_TRACE(shown(c));
-    DataCnv cnv = converterFor(37, EEndian{std::stoi(c[0])});
-    const auto sign = ESign{std::stoi(c[1])};
-    const std::string bytes = fromHex(c[2]);
-    const Bytes field(bytes.begin(), bytes.end());
-    const int size = static_cast<int>(field.size());
-    EXPECT_EQ(outcome([&] { return cnv.IntToInt64(field.data(), size, sign); }), c[3]);
-    EXPECT_EQ(outcome([&] { return cnv.IntToInt32(field.data(), size, sign); }), c[4]);
-    EXPECT_EQ(outcome([&] { return cnv.UIntToUInt64(field.data(), size); }), c[5]);
-  }
+// The minus of a decimal counts as a position. Each step of a scale rounds.
+TEST(Integers, ReadWithAScale) {
+  run(R"(
+    member   field            places                   sign ->
+    IntToDec FF               0                        none      -> -1
+    ~        04D2             {2,5}                    none      -> {12.34,0.01234}
+    ~        FB               {2,-2}                   none      -> {0.-5,-500}
+    ~        0000             9                        none      -> 0.000000000
+    ~        8000000000000000 0                        none      -> -9223372036854775808
+    IntToDbl FF               0                        LI        -> -1
+    ~        FF               1                        TI        -> 25.5
+    ~        07               3                        none      -> 0.006999999999999999
+    ~        FFFFFFFFFFFFFFFF 0                        {none,LI} -> {18446744073709551616,-1}
+    ~        FB               -2                       LI        -> -500
+    ~        8000             {2147483647,-2147483648} LI        -> {-0,-inf}
+  )");
 }
 
 TEST(Integers, RefuseNullThenSizeThenOverflow) {
-  DataCnv cnv = converterFor(37);
-  const Bytes ones(8, 0xFF);
-  const auto internal = [](const std::string& detail) {
-    return conversionFailure(5502, {"CPI Internal Error", detail});
-  };
-  EXPECT_EQ(raisedBy([&] { cnv.IntToInt64(nullptr, 3, kSigned); }),
-            internal("Null input pointer passed into DataCnv::IntToInt64"));
-  EXPECT_EQ(raisedBy([&] { cnv.IntToInt32(nullptr, 3, kSigned); }),
-            internal("DataCnv::IntToInt32 called with a Null input pointer for the source."));
-  EXPECT_EQ(raisedBy([&] { cnv.UIntToUInt64(nullptr, 3); }), internal("Null input pointer"));
-  for (const int size : {-8, -1, 0, 3, 5, 6, 7, 9, 16, 0x104}) {
-    const auto badSize = internal("Invalid integer size: " + std::to_string(size));
-    EXPECT_EQ(raisedBy([&] { cnv.IntToInt64(ones.data(), size, kSigned); }), badSize);
-    EXPECT_EQ(raisedBy([&] { cnv.IntToInt32(ones.data(), size, kSigned); }), badSize);
-    EXPECT_EQ(raisedBy([&] { cnv.UIntToUInt64(ones.data(), size); }), badSize);
-  }
-  EXPECT_EQ(raisedBy([&] { cnv.IntToInt64(ones.data(), 8, kUnsigned); }),
-            tooLong("Overflow converting a PWFUInt64 to PWFInt64", "8-byte integer", "8", "-1"));
-  EXPECT_EQ(raisedBy([&] { cnv.IntToInt32(ones.data(), 4, eSignTrailingSeparate); }),
-            tooLong("Overflow converting a PWFUInt32 to PWFInt32", "4-byte integer", "4", "-1"));
+  run(R"(
+    member     size ->
+    IntToInt64 3                     field=null  -> OXR5502: Null input pointer passed into DataCnv::IntToInt64
+    IntToInt32 3  field=null  -> OXR5502: DataCnv::IntToInt32 called with a Null input pointer for the source.
+    UIntToUInt64,IntToDec,IntToDbl 0 field=null  -> OXR5502: Null input pointer
+    IntFromDec 0          value=null target=null -> OXR5502: Null input pointer
+    IntFromInt64,IntFromInt32,UIntFromUInt32,IntFromDbl,IntFromDec 0 target=null -> OXR5502: Null output buffer pointer
+    IntToDec,IntToDbl {-2147483648,-1,0}         -> OXR5502: Invalid input size: {size}
+    IntFromDec        {-2147483648,-1,0}         -> OXR5502: Invalid output buffer size: {size}
+    IntToInt64,IntToInt32,UIntToUInt64                             {-2147483648,-8,-1,0} -> bad size
+    IntToInt64,IntToInt32,UIntToUInt64,IntToDec,IntToDbl           {3,5,6,7,9,16,260}    -> bad size
+    IntFromInt64,IntFromInt32,UIntFromUInt32,IntFromDbl            {-2147483648,-8,-1,0} -> bad size
+    IntFromInt64,IntFromInt32,UIntFromUInt32,IntFromDbl,IntFromDec {3,5,6,7,9,16,260}    -> bad size
+    IntToInt32,IntFromInt32,UIntFromUInt32                         8                     -> bad size
+    IntFromInt64,IntFromInt32,IntFromDbl                           3 value=-999999       -> bad size
+    IntToInt64 8 field=FFFFFFFFFFFFFFFF sign={none,TI} -> overflow PWFUInt64 to PWFInt64 | -1
+    IntToInt32 4 field=80000000         sign={none,TS} -> overflow PWFUInt32 to PWFInt32 | -2147483648
+  )");
 }
 
-// The members that write, by the name of the type they take. A value beyond that type is not theirs to write.
-bool isOf(const std::string& type, PWFInt64 value) {
-  if (type == "PWFInt64") return true;
-  return type == "PWFInt32" ? value == static_cast<PWFInt32>(value) : value == static_cast<PWFUInt32>(value);
-}
-std::string writtenAs(const std::string& type, DataCnv& cnv, PWFInt64 value, int size, ESign sign) {
-  return bytesWritten(size, [&](unsigned char* target) {
-    if (type == "PWFInt64") return cnv.IntFromInt64(value, target, size, sign);
-    if (type == "PWFInt32") return cnv.IntFromInt32(static_cast<PWFInt32>(value), target, size, sign);
-    cnv.UIntFromUInt32(static_cast<PWFUInt32>(value), target, size);
-  });
-}
-std::string hexOf(PWFInt64 value, int size) {
-  std::string bytes;
-  for (int place = 8 * size - 8; place >= 0; place -= 8)
-    bytes += static_cast<char>(value >> place & 0xFF);
-  return toHex(bytes);
+TEST(Integers, Write) {
+  run(R"(
+    member         value                    size sign ->
+    IntFromInt64   {-128,127}               1    LI   way=fast -> {80,7F}
+    ~              255                      1    none way=fast -> FF
+    ~              {-32768,32767}           2    LI   way=fast -> {8000,7FFF}
+    ~              65535                    2    TS   way=fast -> FFFF
+    ~              {-2147483648,2147483647} 4    LI   way=fast -> {80000000,7FFFFFFF}
+    ~              4294967295               4    TI   way=fast -> FFFFFFFF
+    ~              -9223372036854775808     8    LI   way=fast -> 8000000000000000
+    ~              9223372036854775807      8    none way=fast -> 7FFFFFFFFFFFFFFF
+    ~              81985529216486895        8    LI   way=fast order=little -> EFCDAB8967452301
+    IntFromInt32   {-128,127}               1    LI   way=fast -> {80,7F}
+    IntFromInt32,UIntFromUInt32 255 1 none way=fast -> FF
+    IntFromInt32,UIntFromUInt32 65535 2 none way=fast -> FFFF
+    IntFromInt32   {-32768,32767}           2    LI   way=fast order=little -> {0080,FF7F}
+    ~              -2147483648              4    LI   way=fast -> 80000000
+    ~              2147483647               4    none way=fast -> 7FFFFFFF
+    UIntFromUInt32 {258,4294967295} 4 none way=fast order=little -> {02010000,FFFFFFFF}
+  )");
 }
 
+// A value is told as a signed one of its width.
 TEST(Integers, RefuseWhatDoesNotFit) {
-  DataCnv cnv = converterFor(37);
-  // From, ESign, size, the least and most that fit, to.
-  for (const Row& c :
-       rows("PWFInt64 1 1 -128 127 PWFInt8; PWFInt64 0 1 0 255 PWFUInt8; PWFInt64 1 2 -32768 32767 PWFInt16; "
-            "PWFInt64 0 2 0 65535 PWFUInt16; PWFInt64 1 4 -2147483648 2147483647 PWFInt32; "
-            "PWFInt64 2 4 0 4294967295 PWFUInt32; PWFInt64 -1 8 0 9223372036854775807 PWFUInt64; "
-            "PWFInt64 1 8 -9223372036854775808 9223372036854775807 PWFInt64; PWFInt64 3 1 0 255 PWFUInt8; "
-            "PWFInt32 1 1 -128 127 PWFInt8; PWFInt32 0 1 0 255 PWFUInt8; PWFInt32 1 2 -32768 32767 PWFInt16; "
-            "PWFInt32 4 2 0 65535 PWFUInt16; PWFInt32 1 4 -2147483648 2147483647 PWFInt32; "
-            "PWFInt32 0 4 0 2147483647 PWFUInt32; PWFUInt32 0 1 0 255 PWFUInt8; PWFUInt32 0 2 0 65535 PWFUInt16; "
-            "PWFUInt32 0 4 0 4294967295 PWFUInt32")) {
-    const auto sign = ESign{std::stoi(c[1])};
-    const int size = std::stoi(c[2]);
-    const PWFInt64 least = std::stoll(c[3]);
-    const PWFInt64 most = std::stoll(c[4]);
-    std::vector<PWFInt64> values = {least, most, 4294967295, std::numeric_limits<PWFInt64>::min()};
-    if (least != values.back()) values.push_back(least - 1);
-    if (most != std::numeric_limits<PWFInt64>::max()) values.push_back(most + 1);
-    for (const PWFInt64 value : values) {
-      if (!isOf(c[0], value)) continue;
-      SCOPED_TRACE(shown(c) + std::to_string(value));
-      const bool isUnsignedSource = c[0] == "PWFUInt32";  // whose values are told as signed ones
-      const std::string told = std::to_string(isUnsignedSource ? static_cast<PWFInt32>(value) : value);
-      const std::string width = (isUnsignedSource ? "-byte unsigned integer|" : "-byte integer|") + c[2] + '|';
-      EXPECT_EQ(writtenAs(c[0], cnv, value, size, sign),
-                value >= least && value <= most
-                    ? hexOf(value, size)
-                    : "5507|Overflow converting a " + c[0] + " to " + c[5] + "|integer|" + c[2] + width + told);
-    }
-  }
+  run(R"(
+    member         value                    size sign ->
+    IntFromInt64   {-129,128}               1    LI   -> overflow PWFInt64 to PWFInt8 | {value}
+    ~              {-1,256}                 1    none -> overflow PWFInt64 to PWFUInt8 | {value}
+    ~              {-32769,32768}           2    LI   -> overflow PWFInt64 to PWFInt16 | {value}
+    ~              {-1,65536}               2    TI   -> overflow PWFInt64 to PWFUInt16 | {value}
+    ~              {-2147483649,2147483648} 4    LI   -> overflow PWFInt64 to PWFInt32 | {value}
+    ~              {-1,4294967296}          4    none -> overflow PWFInt64 to PWFUInt32 | {value}
+    ~              {-1,-9223372036854775808} 8    -1  -> overflow PWFInt64 to PWFUInt64 | {value}
+    IntFromInt32   {-129,128}               1    LI   -> overflow PWFInt32 to PWFInt8 | {value}
+    ~              {-1,256}                 1    none -> overflow PWFInt32 to PWFUInt8 | {value}
+    ~              {-32769,32768}           2    LI   -> overflow PWFInt32 to PWFInt16 | {value}
+    ~              {-1,65536}               2    none -> overflow PWFInt32 to PWFUInt16 | {value}
+    ~              {-1,-2147483648}         4    TS   -> overflow PWFInt32 to PWFUInt32 | {value}
+    UIntFromUInt32 256                      1    none -> overflow PWFUInt32 to PWFUInt8 unsigned | 256
+    ~              4294967295               2    none -> overflow PWFUInt32 to PWFUInt16 unsigned | -1
+  )");
 }
 
-TEST(Integers, RefuseANullTargetThenTheSize) {
-  DataCnv cnv = converterFor(37);
-  unsigned char target[8];
-  const KelWstring one = u"1"_k;
-  const auto internal = [](const std::string& detail) {
-    return conversionFailure(5502, {"CPI Internal Error", detail});
-  };
-  const Raised noTarget = internal("Null output buffer pointer");
-  int three = 3;
-  EXPECT_EQ(raisedBy([&] { cnv.IntFromInt64(999, nullptr, 3, kSigned); }), noTarget);
-  EXPECT_EQ(raisedBy([&] { cnv.IntFromInt32(999, nullptr, 3, kSigned); }), noTarget);
-  EXPECT_EQ(raisedBy([&] { cnv.UIntFromUInt32(999, nullptr, three); }), noTarget);
-  EXPECT_EQ(raisedBy([&] { cnv.IntFromDbl(999, nullptr, 3, kSigned, 0); }), noTarget);
-  EXPECT_EQ(raisedBy([&] { cnv.IntFromDec(one.characters(), nullptr, 0, 0); }), noTarget);
-  EXPECT_EQ(raisedBy([&] { cnv.IntFromDec(nullptr, nullptr, 0, 0); }), internal("Null input pointer"));
-  EXPECT_EQ(raisedBy([&] { cnv.IntToDec(nullptr, 0, 0); }), internal("Null input pointer"));
-  EXPECT_EQ(raisedBy([&] { cnv.IntToDbl(nullptr, 0, 0, kSigned); }), internal("Null input pointer"));
-  for (int size : {std::numeric_limits<int>::min(), -8, -1, 0, 3, 5, 6, 7, 9, 16, 0x104, 8}) {
-    const std::string number = std::to_string(size);
-    const Raised badSize = internal("Invalid integer size: " + number);
-    EXPECT_EQ(raisedBy([&] { cnv.IntFromInt32(999, target, size, kSigned); }), badSize);
-    EXPECT_EQ(raisedBy([&] { cnv.UIntFromUInt32(999, target, size); }), badSize);
-    if (size == 8) continue;
-    EXPECT_EQ(raisedBy([&] { cnv.IntFromInt64(999, target, size, kSigned); }), badSize);
-    EXPECT_EQ(raisedBy([&] { cnv.IntFromDbl(std::nan(""), target, size, kSigned, 0); }), badSize);
-    const Raised input = size > 0 ? badSize : internal("Invalid input size: " + number);
-    EXPECT_EQ(raisedBy([&] { cnv.IntToDec(target, size, 0); }), input);
-    EXPECT_EQ(raisedBy([&] { cnv.IntToDbl(target, size, 0, kUnsigned); }), input);
-    EXPECT_EQ(raisedBy([&] { cnv.IntFromDec(one.characters(), target, size, 0); }),
-              size > 0 ? badSize : internal("Invalid output buffer size: " + number));
-  }
-}
-
+// Here every ESign but none is signed. Bounds are tested before the fraction falls away; each step of a scale rounds.
 TEST(Integers, WriteDoubles) {
-  DataCnv cnv = converterFor(37);
-  // ESign, size, scale, value; the field, or of a refusal the width and the scaled value. All but ESign 0 is signed.
-  for (const Row& c :
-       rows("1 2 2 1.5 0096; 2 1 0 -1 FF; 4 1 0 -128 80; -1 2 0 -32768.5 signed -32768.5; 0 1 0 -0.5 unsigned -0.5; "
-            "0 1 0 255 FF; 0 1 0 -0.0 00; 0 1 0 255.9 unsigned 255.9; 1 1 0 127.9 signed 127.9; 1 1 0 126.9 7E; "
-            "1 1 0 -127.9 81; 0 2 0 65535 FFFF; 0 2 0 65535.5 unsigned 65535.5; 1 2 0 32767 7FFF; 1 2 0 32768 signed "
-            "32768; "
-            "1 4 0 -2147483648 80000000; 1 4 0 2147483647.5 signed 2147483647.5; 0 4 0 4294967295 FFFFFFFF; "
-            "0 4 0 4294967296 unsigned 4294967296; 1 8 0 0x1p63 7FFFFFFFFFFFFFFF; 1 8 0 -0x1p63 8000000000000000; "
-            "1 8 0 0x1.fffffffffffffp62 7FFFFFFFFFFFFC00; 1 8 0 1e19 signed 1e+19; 1 8 0 -1e19 signed -1e+19; "
-            "0 8 0 0x1p63 8000000000000000; 0 8 0 1e19 8AC7230489E80000; 0 8 0 0x1p64 FFFFFFFFFFFFFFFF; "
-            "0 8 0 0x1.fffffffffffffp63 FFFFFFFFFFFFF800; 0 8 0 2e19 unsigned 2e+19; 0 8 0 -1 unsigned -1; "
-            "0 1 0 nan unsigned nan; 3 8 0 nan signed nan; 1 8 9 inf signed inf; 0 4 -9 -inf unsigned -inf; "
-            // Each step rounds: 0.011 becomes 10.999999999999998. Scales below 0 divide.
-            "1 2 3 0.011 000A; 1 2 -2 1234.5 000C; 1 4 -1 -19 FFFFFFFF; "
-            // Scales that would take minutes.
-            "1 1 2147483647 0 00; 1 8 2147483647 1e-300 signed inf; 0 8 -2147483648 1e300 0000000000000000; "
-            "1 1 2147483647 nan signed nan")) {
-    SCOPED_TRACE(shown(c));
-    const int size = std::stoi(c[1]);
-    EXPECT_EQ(bytesWritten(size,
-                           [&](unsigned char* target) {
-                             cnv.IntFromDbl(std::strtod(c[3].c_str(), nullptr), target, size, ESign{std::stoi(c[0])},
-                                            std::stoi(c[2]));
-                           }),
-              c.size() == 5 ? c[4]
-                            : "5506|CPI Converter Input Data Out Of Bounds|double float|" + c[4] + ' ' + c[1] +
-                                  "-byte integer|" + c[5]);
-  }
+  run(R"(
+    member     value                    size places      sign ->
+    IntFromDbl 1.5                      2    2           LI      -> 0096
+    ~          {126.9,-1}               1    0           TI      -> {7E,FF}
+    ~          -0.0                     1    0           none    -> 00
+    ~          4294967295               4    0           none    -> FFFFFFFF
+    ~          -2147483648              4    0           LI      -> 80000000
+    ~          -19                      4    -1          LI   order=little -> FFFFFFFF
+    ~          0.011                    2    3           LI      -> 000A
+    ~          {0x1p63,0x1.fffffffffffffp62} 8    0           LI -> {7FFFFFFFFFFFFFFF,7FFFFFFFFFFFFC00}
+    ~          -0x1p63                  8    0           LI      -> 8000000000000000
+    ~          {0x1p63,0x1p64}          8    0           none    -> {8000000000000000,FFFFFFFFFFFFFFFF}
+    ~          1e300                    8    -2147483648 none    -> 0000000000000000
+    ~ {127.9,-128.5} 1 0 LI -> OXR5506: double float | signed 1-byte integer | {value}
+    ~ {-0.5,255.9} 1 0 none -> OXR5506: double float | unsigned 1-byte integer | {value}
+    ~ {32768,-32768.5} 2 0 TS -> OXR5506: double float | signed 2-byte integer | {value}
+    ~ {65535.5,-1} 2 0 none -> OXR5506: double float | unsigned 2-byte integer | {value}
+    ~ {2147483647.5,-2147483648.5} 4 0 LI -> OXR5506: double float | signed 4-byte integer | {value}
+    ~ {4294967296,-1,nan,-inf} 4 0 none -> OXR5506: double float | unsigned 4-byte integer | {value}
+    ~ {1e+19,-1e+19,nan,inf} 8 0 LI -> OXR5506: double float | signed 8-byte integer | {value}
+    ~ {2e+19,-1} 8 0 none -> OXR5506: double float | unsigned 8-byte integer | {value}
+    ~          {1e-300,inf}             8    2147483647  LI      -> OXR5506: double float | signed 8-byte integer | inf
+  )");
 }
 
 TEST(Integers, WriteDecimals) {
-  DataCnv cnv = converterFor(37);
-  const std::string overflow = "5507|Overflow converting a PWFInt64 to PWFInt8|integer|1-byte integer|1|";
-  const std::string bad = "5505|CPI Converter Input Data Invalid|string|";
-  const std::string bounds = "5506|CPI Converter Input Data Out Of Bounds|string|8-byte integer|";
-  const std::pair<const char*, std::string> cases[] = {
-      // text, scale and size; outcome
-      {"1.99 0 1", "01"},
-      {"1.99 2 2", "00C7"},
-      {"-12 0 1", "F4"},
-      {"-12.99 0 2", "FFF4"},
-      {"+7 0 1", "07"},
-      {"'' 0 4", "00000000"},
-      {"-.5 0 1", "00"},
-      {"000000000000000000000005 0 1", "05"},
-      {"_5_ 0 1", "05"},
-      {"1999 -3 1", "01"},
-      {"-5 -1 1", "00"},
-      {"200 0 1", overflow + "200"},
-      {"-1.29 2 1", overflow + "-129"},
-      {"5 0 3", "5502|CPI Internal Error|Invalid integer size: 3"},
-      {"1,5 0 1", bad + "1,5"},
-      {"--5 0 1", bad + "--5"},
-      {"-9223372036854775808 0 8", "8000000000000000"},
-      {"9223372036854775808 0 8", bounds + "9223372036854775808"},
-      {"1 19 8", bounds + "10000000000000000000"},
-      {"0 2147483647 1", "00"},  // scales that no text could be written out for
-      {"123456789 -2147483648 1", "00"},
-      {"-1.5 2147483647 1", bounds + "-15" + std::string(65539, '0')},
+  const std::string zeros(65539, '0');
+  run(R"(
+    member     value                size places ->
+    IntFromDec 1.99                 1    0                        -> 01
+    ~          1.99                 2    2                        -> 00C7
+    ~          -12.99               2    0           order=little -> F4FF
+    ~          ''                   4    0                        -> 00000000
+    ~          {-.5,000000000000000000000005} 1    0              -> {00,05}
+    ~          ' 5 '                1    0                        -> 05
+    ~          1999                 1    -3                       -> 01
+    ~          -9223372036854775808 8    0                        -> 8000000000000000
+    ~          0                    1    2147483647               -> 00
+    ~          123456789            1    -2147483648              -> 00
+    ~          {200,-129}           1    0                        -> overflow PWFInt64 to PWFInt8 | {value}
+    ~          {--5,x}              1    0                        -> OXR5505: string | {value}
+    ~          9223372036854775808  8    0                        -> OXR5506: string | 8-byte integer | {value}
+    ~ 1 8 19 -> OXR5506: string | 8-byte integer | 10000000000000000000
+    ~ -1.5 1 2147483647 -> OXR5506: string | 8-byte integer | -15)" +
+      zeros);
+}
+
+TEST(Integers, TraceTheMembersTheyAreMadeOf) {
+  for (const std::string entries :
+       {"IntToInt64", "IntToInt32", "UIntToUInt64", "IntFromInt64", "IntFromInt32", "UIntFromUInt32", "IntFromDbl",
+        "IntToDbl UIntToUInt64", "IntToDec IntToInt64 Int64ToUString adjustDecimalForString"}) {
+    Case c;
+    c.words = {{"field", "01"}, {"value", "1"}, {"size", "1"}};
+    EXPECT_EQ(enteredWords([&] { kMembers.at(entries.substr(0, entries.find(' ')))(c); }), entries);
+  }
+}
+
+// Swaps `length` of the bytes in place, from one index to another; -1 is a null pointer.
+std::string swapped(Case& c) {
+  std::string bytes = c.word("bytes");
+  const auto at = [&](const char* index) {
+    return c.number(index) < 0 ? nullptr : reinterpret_cast<unsigned char*>(bytes.data()) + c.number(index);
   };
-  for (const auto& [text, outcome] : cases) {
-    const Row c = rows(text).front();
-    const int size = std::stoi(c[2]);
-    EXPECT_EQ(
-        bytesWritten(
-            size, [&](unsigned char* target) { cnv.IntFromDec(k(c[0]).characters(), target, size, std::stoi(c[1])); }),
-        outcome)
-        << text;
-  }
-}
-
-TEST(Integers, ReadWithAScale) {
-  DataCnv cnv = converterFor(37);
-  // Field, scale, IntToDec, IntToDbl unsigned and signed. The minus of a decimal counts as a position.
-  for (const Row& c : rows("FF 0 -1 255 -1; 04D2 2 12.34 12.34 12.34; 04D2 5 0.01234 0.01234 "
-                           "0.01234; 07 3 0.007 0.006999999999999999 0.006999999999999999; "
-                           "FB 1 -.5 25.1 -0.5; FB 2 0.-5 2.5100000000000002 -0.05; FB -2 -500 25100 -500; "
-                           "FFFFFFFFFFFFFFFF 0 -1 18446744073709551616 -1; 0000 9 0.000000000 0 0; "
-                           "8000000000000000 0 -9223372036854775808 0x1p63 -0x1p63")) {
-    SCOPED_TRACE(shown(c));
-    const std::string bytes = fromHex(c[0]);
-    const auto* const field = reinterpret_cast<const unsigned char*>(bytes.data());
-    const int size = static_cast<int>(bytes.size());
-    const int scale = std::stoi(c[1]);
-    const PWFData value = cnv.IntToDec(field, size, scale);
-    EXPECT_EQ(value.getDataLogicalType(), DECIMAL);
-    EXPECT_EQ(toUtf8(UnitView(value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength()))), c[2]);
-    EXPECT_EQ(cnv.IntToDbl(field, size, scale, eSignTrailingIncluded), std::strtod(c[3].c_str(), nullptr));
-    EXPECT_EQ(cnv.IntToDbl(field, size, scale, kSigned), std::strtod(c[4].c_str(), nullptr));
-  }
-  const unsigned char field[] = {0x80, 0x00};
-  EXPECT_EQ(cnv.IntToDbl(field, 2, std::numeric_limits<int>::max(), kSigned), 0.0);
-  EXPECT_EQ(cnv.IntToDbl(field, 2, std::numeric_limits<int>::min(), kSigned), -INFINITY);
-}
-
-TEST(Integers, WhatWasWrittenReadsBack) {
-  std::mt19937_64 random(20240229);
-  for (int i = 0; i < 4000; ++i) {
-    const int size = 1 << random() % 4;
-    const EEndian order{static_cast<int>(random() % 3)};
-    const ESign sign{static_cast<int>(random() % 2)};
-    DataCnv cnv = converterFor(37, order);
-    const PWFInt64 number = static_cast<PWFInt64>(random()) >> (64 - 8 * size);
-    const std::uint64_t most = ~std::uint64_t{0} >> (size == 8 ? 1 : 64 - 8 * size);
-    const PWFInt64 value = sign == kSigned ? number : static_cast<PWFInt64>(static_cast<std::uint64_t>(number) & most);
-    SCOPED_TRACE(std::to_string(value) + " in " + std::to_string(size));
-    const std::string bytes = fromHex(writtenAs("PWFInt64", cnv, value, size, sign));
-    const auto* const field = reinterpret_cast<const unsigned char*>(bytes.data());
-    ASSERT_EQ(static_cast<int>(bytes.size()), size);
-    ASSERT_EQ(cnv.IntToInt64(field, size, sign), value);
-    ASSERT_EQ(toHex(order == eEndianLittle ? std::string(bytes.rbegin(), bytes.rend()) : bytes), hexOf(value, size));
-    const auto same = [&](const char* type) { return writtenAs(type, cnv, value, size, sign) == toHex(bytes); };
-    ASSERT_TRUE(size == 8 || !isOf("PWFInt32", value) || same("PWFInt32"));
-    ASSERT_TRUE(size == 8 || sign == kSigned || same("PWFUInt32"));
-    const PWFInt64 exact = value >> 11;  // 53 bits
-    ASSERT_EQ(
-        bytesWritten(size,
-                     [&](unsigned char* target) { cnv.IntFromDbl(static_cast<double>(exact), target, size, sign, 0); }),
-        writtenAs("PWFInt64", cnv, exact, size, sign));
-    if (sign != kSigned) continue;
-    ASSERT_EQ(bytesWritten(size,
-                           [&](unsigned char* target) {
-                             cnv.IntFromDec(cnv.IntToDec(field, size, 0).getDecimalValue(), target, size, 0);
-                           }),
-              toHex(bytes));
-  }
-}
-
-TEST(Integers, TracedMembersGiveTheSame) {
-  DataCnv cnv = converterFor(37);
-  const Bytes field = {0xFF, 0xFE};
-  EXPECT_EQ(tracedAt(4,
-                     [&] {
-                       EXPECT_EQ(cnv.IntToInt64(field.data(), 2, kSigned), -2);
-                       EXPECT_EQ(cnv.IntToInt32(field.data(), 2, kUnsigned), 65534);
-                       EXPECT_EQ(cnv.UIntToUInt64(field.data(), 1), 255u);
-                       EXPECT_EQ(writtenAs("PWFInt64", cnv, 258, 2, kSigned), "0102");
-                       EXPECT_EQ(writtenAs("PWFUInt32", cnv, 258, 4, kSigned), "00000102");
-                     }),
-            "> DataCnv::IntToInt64\n< DataCnv::IntToInt64\n> DataCnv::IntToInt32\n< DataCnv::IntToInt32\n"
-            "> DataCnv::UIntToUInt64\n< DataCnv::UIntToUInt64\n> DataCnv::IntFromInt64\n< DataCnv::IntFromInt64\n"
-            "> DataCnv::UIntFromUInt32\n< DataCnv::UIntFromUInt32\n");
-}
-
-TEST(Integers, AnyBytesReadAsTheSumOfTheirPlaces) {
-  std::mt19937 random(20240229);
-  for (int i = 0; i < 4000; ++i) {
-    const int size = 1 << random() % 4;
-    const bool little = random() % 2 != 0;
-    Bytes field(static_cast<std::size_t>(size) + 1);  // unaligned by one
-    std::generate(field.begin(), field.end(), [&] { return static_cast<unsigned char>(random()); });
-    std::uint64_t value = 0;
-    for (int place = 0; place < size; ++place)
-      value |= std::uint64_t{field[1 + static_cast<std::size_t>(little ? place : size - 1 - place)]} << 8 * place;
-    DataCnv cnv = converterFor(37, little ? eEndianLittle : eEndianBig);
-    ASSERT_EQ(cnv.UIntToUInt64(field.data() + 1, size), value);
-    const std::uint64_t signBits = size < 8 && (value >> (8 * size - 1)) != 0 ? ~std::uint64_t{0} << 8 * size : 0;
-    ASSERT_EQ(static_cast<std::uint64_t>(cnv.IntToInt64(field.data() + 1, size, kSigned)), value | signBits);
-  }
+  DataCnv::SwapEnds(at("to"), at("from"), c.number("length"));
+  return bytes;
 }
 
 TEST(SwapEnds, MirrorsABufferThatIsSourceAndTarget) {
-  const auto swapped = [](Bytes bytes, int from, int to, int length) {
-    DataCnv::SwapEnds(bytes.data() + to, bytes.data() + from, length);
-    return bytes;
-  };
-  EXPECT_EQ(swapped({1, 2, 3, 0, 0, 0}, 0, 3, 3), (Bytes{1, 2, 3, 3, 2, 1}));
-  EXPECT_EQ(swapped({1, 0}, 0, 1, 1), (Bytes{1, 1}));
-  EXPECT_EQ(swapped({1, 2, 3, 4}, 0, 0, 4), (Bytes{1, 2, 2, 1}));
-  EXPECT_EQ(swapped({1, 2, 3, 4, 5}, 0, 0, 5), (Bytes{1, 2, 3, 2, 1}));
-  EXPECT_EQ(swapped({1, 2, 3, 4, 5, 6, 7, 8}, 0, 1, 7), (Bytes{1, 2, 3, 4, 4, 3, 2, 1}));  // meets its own output
+  runTable(R"(
+    member   bytes    from to length ->
+    SwapEnds 123...   0    3  3 -> 123321
+    ~        1.       0    1  1 -> 11
+    ~        1234     0    0  4 -> 1221
+    ~        12345    0    0  5 -> 12321
+    ~        12345678 0    1  7 -> 12344321
+  )",
+           {{"SwapEnds", swapped}});
 }
 
 TEST(SwapEnds, RefusesInOrderWithoutTheUsualFirstInsert) {
-  unsigned char byte = 7;
-  const auto refusal = [&](unsigned char* target, const unsigned char* source, int length) {
-    try {
-      DataCnv::SwapEnds(target, source, length);
-    } catch (const KelConversionException& e) {
-      EXPECT_EQ(e.oxrMessageNumber(), 5502);
-      EXPECT_STREQ(e.fileName(), "usr/include/dataconv");
-      return e.inserts();
-    }
-    return std::vector<std::string>();
-  };
-  EXPECT_THAT(refusal(nullptr, nullptr, 0), ::testing::ElementsAre("Null input pointer"));
-  EXPECT_THAT(refusal(nullptr, &byte, 0), ::testing::ElementsAre("Null output buffer pointer"));
-  EXPECT_THAT(refusal(&byte, &byte, 0), ::testing::ElementsAre("Invalid input length: 0"));
-  EXPECT_THAT(refusal(&byte, &byte, -3), ::testing::ElementsAre("Invalid input length: -3"));
+  runTable(R"(
+    member   bytes from to length ->
+    SwapEnds 1     -1   -1 0      -> OXR5502 bare: Null input pointer
+    ~        1     0    -1 0      -> OXR5502 bare: Null output buffer pointer
+    ~        1     0    0  {0,-3} -> OXR5502 bare: Invalid input length: {length}
+  )",
+           {{"SwapEnds", swapped}});
+  try {
+    DataCnv::SwapEnds(nullptr, nullptr, 0);
+  } catch (const KelConversionException& e) {
+    EXPECT_STREQ(e.fileName(), "usr/include/dataconv");
+  }
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "harness/converter.hpp"
@@ -24,7 +25,9 @@
 //
 // The first line names the columns. Words stand between blanks; '...' is one word, blanks in it and all; "~" is the
 // word of the line above. Words of the form name=value before the arrow are further arguments, which few cases need.
-// What follows the arrow is compared with the text of what comes out; see outcome.hpp.
+// "{3,5,7}" stands for three cases, one with each word; a result "{a,b,c}" has the result of each, and "{size}" within
+// a result stands for the case's word of that column. What follows the arrow is compared with the text of what comes
+// out; see outcome.hpp.
 //
 // Each case runs twice: as it is, and with debug trace on, when every guard sends it the general way; both must come to
 // the same. way=fast says that no guard may send the first run the general way, way=general that one must.
@@ -128,6 +131,38 @@ class Case {
 using Member = std::function<std::string(Case&)>;
 using Members = std::map<std::string, Member>;
 
+// Binds a member of DataCnv that reads the field of a case, or writes its value into a target; the arguments that
+// follow are taken from the case.
+//
+// Example: {"IntToDec", reader(&DataCnv::IntToDec, placesOf)}
+inline ESign signOf(const Case& c) {
+  return c.sign();
+}
+inline int placesOf(const Case& c) {
+  return c.number("places");
+}
+template <class Result, class... Types, class... Arguments>
+Member reader(Result (DataCnv::*member)(const unsigned char*, int, Types...), Arguments... arguments) {
+  return [=](Case& c) {
+    const unsigned char* const field = c.bytes("field");
+    return shown((c.converter().*member)(field, c.sizeOf("field"), arguments(c)...));
+  };
+}
+template <class Value, class Size, class... Types, class... Arguments>
+Member writer(void (DataCnv::*member)(Value, unsigned char*, Size, Types...), Arguments... arguments) {
+  return [=](Case& c) {
+    int size = c.number("size");
+    const auto value = [&c] {
+      if constexpr (std::is_pointer_v<Value>)
+        return c.text("value");
+      else
+        return c.number<Value>("value");
+    };
+    (c.converter().*member)(value(), c.target(size), size, arguments(c)...);
+    return c.written(size);
+  };
+}
+
 inline std::vector<std::string> wordsOf(std::string_view line) {
   std::vector<std::string> words;
   for (std::size_t at = 0; (at = line.find_first_not_of(' ', at)) != line.npos;) {
@@ -172,6 +207,35 @@ inline std::string runCase(const Member& member, const std::map<std::string, std
   return raised.kind.empty() ? text : shown(raised);
 }
 
+// The cases that a line stands for, by their arguments.
+inline std::vector<std::map<std::string, std::string>> casesOf(std::map<std::string, std::string> named) {
+  std::vector<std::map<std::string, std::string>> cases;
+  for (auto& [name, word] : named) {
+    if (!word.starts_with('{') || !word.ends_with('}') || word.find(',') == word.npos) continue;
+    for (std::string rest = word.substr(1); !rest.empty(); rest.erase(0, word.size() + 1)) {
+      word = rest.substr(0, std::min(rest.find(','), rest.size() - 1));
+      for (auto& one : casesOf(named))
+        cases.push_back(std::move(one));
+    }
+    return cases;
+  }
+  return {std::move(named)};
+}
+// The result of the case with the index.
+inline std::string resultOf(std::string_view result, const std::map<std::string, std::string>& named,
+                            std::size_t index) {
+  if (result.starts_with('{') && result.ends_with('}') && result.find(',') != result.npos) {
+    for (result = result.substr(1, result.size() - 2); index > 0; --index)
+      result.remove_prefix(result.find(',') + 1);
+    result = result.substr(0, result.find(','));
+  }
+  std::string text(result == "''" ? "" : result);
+  for (const auto& [name, word] : named)
+    for (std::size_t at; (at = text.find('{' + name + '}')) != text.npos;)
+      text.replace(at, name.size() + 2, word);
+  return text;
+}
+
 // Runs the cases of a table. Its first column names the member, or several between commas.
 inline void runTable(std::string_view table, const Members& members) {
   std::vector<std::string> columns, above;
@@ -203,18 +267,21 @@ inline void runTable(std::string_view table, const Members& members) {
     std::string_view result = line.substr(arrow + 3);
     result.remove_prefix(std::min(result.find_first_not_of(' '), result.size()));
     result = result.substr(0, result.find_last_not_of(' ') + 1);
-    if (result == "''") result = "";
-    for (std::string names = words[0]; !names.empty();) {
-      const std::string name = names.substr(0, names.find(','));
-      names.erase(0, name.size() + 1);
-      ASSERT_EQ(members.count(name), 1u) << "no member " << name;
-      std::string text, general;
-      const std::uint64_t ways = generalWays([&] { text = runCase(members.at(name), named); });
-      static_cast<void>(tracedAt(4, [&] { general = runCase(members.at(name), named); }));
-      EXPECT_EQ(text.substr(0, text.find_last_not_of(' ') + 1), result) << name;
-      EXPECT_EQ(general, text) << name << " the general way";
-      if (named.count("way") != 0) {
-        EXPECT_EQ(ways != 0, named["way"] == "general") << name << " took the other way";
+    std::size_t index = 0;
+    for (const auto& arguments : casesOf(named)) {
+      const std::string expected = resultOf(result, arguments, index++);
+      for (std::string names = words[0]; !names.empty();) {
+        const std::string name = names.substr(0, names.find(','));
+        names.erase(0, name.size() + 1);
+        ASSERT_EQ(members.count(name), 1u) << "no member " << name;
+        std::string text, general;
+        const std::uint64_t ways = generalWays([&] { text = runCase(members.at(name), arguments); });
+        static_cast<void>(tracedAt(4, [&] { general = runCase(members.at(name), arguments); }));
+        EXPECT_EQ(text.substr(0, text.find_last_not_of(' ') + 1), expected) << name;
+        EXPECT_EQ(general, text) << name << " the general way";
+        if (arguments.count("way") != 0) {
+          EXPECT_EQ(ways != 0, arguments.at("way") == "general") << name << " took the other way";
+        }
       }
     }
   }

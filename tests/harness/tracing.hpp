@@ -42,7 +42,8 @@ std::string tracedAt(int level, F call) {
   return lines;
 }
 
-// The members of DataCnv that `call` enters, in order, as a debug trace shows them.
+// The members of DataCnv that `call` enters, in order, as a debug trace shows them; enteredWords() in one text, without
+// its making and its end.
 template <class F>
 std::vector<std::string> enteredMembers(F call) {
   std::vector<std::string> names;
@@ -50,6 +51,13 @@ std::vector<std::string> enteredMembers(F call) {
   for (std::string line; std::getline(lines, line);)
     if (line.starts_with("> DataCnv::")) names.push_back(line.substr(11));
   return names;
+}
+template <class F>
+std::string enteredWords(F call) {
+  std::string words;
+  for (const std::string& name : enteredMembers(call))
+    if (!name.ends_with("DataCnv")) words += (words.empty() ? "" : " ") + name;
+  return words;
 }
 
 }  // namespace oxr::test

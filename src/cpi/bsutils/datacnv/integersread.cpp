@@ -82,7 +82,7 @@ template <class T>
   if (!field.fits<T>()) raiseInternalError(trace.site(), numbered("Invalid integer size: ", size));
   const T value = field.value<T>();
   if constexpr (std::is_signed_v<T>) {
-    // The value goes into the message as it was read, which is negative: Integers.RefuseToRead.
+    // The value goes into the message as it was read, which is negative: Integers.RefuseNullThenSizeThenOverflow.
     if (field.overflows(value))
       raiseBare<KelConversionException>(trace.site(), failures::kTooLong, reading.overflowText, "integer",
                                         reading.widthText, static_cast<int>(sizeof(T)), value);

@@ -4,7 +4,7 @@
 
 // The float format routines a second time, slowly: on 32-bit words, a bit at a time, as a machine without longer words
 // does them. What the library computes on whole patterns is held against this, bit for bit.
-namespace oxr::test::words {
+namespace oxr::fuzz::words {
 
 using Word = std::uint32_t;
 
@@ -136,4 +136,4 @@ constexpr Double hexFromIeee(Double w) {
   return {sign | static_cast<Word>(power + 64) << 24 | m.high, m.low};
 }
 
-}  // namespace oxr::test::words
+}  // namespace oxr::fuzz::words
