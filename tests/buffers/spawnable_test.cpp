@@ -17,9 +17,6 @@ TEST(SpawnableTextBufferReader, ReadsUpToTheLimitAndGoesOnAfterIt) {
   } cases[] = {
       {37, kLetters, "o2 (5 s6 r2,8 R5,7 s5 s1 c ) s3",
        "true@2 7@2 false@2 false@2 FG@2 CDEFG@7 false@7 false/0@7 10@7 HIJ@10"},
-      {37, kLetters, "o1 (9 s9 ) c", "true@1 10@1 BCDEFGHIJ@10 10@10 false/0@10"},  // exactly what remains
-      {37, kLetters, "(3 o2 m9 s-1 ) o9 (1 c c ) )",
-       "3@0 true@2 true@3 5503:1@3 10@3 true@9 10@9 J/1@10 false/0@10 10@10 10@10"},
       {37, kLetters, "o3 (4 (4 s3 (1 (0 c ) c ) ) ) s2",
        "true@3 7@3 7@3 DEF@6 7@6 6@6 false/0@6 7@6 G/1@7 7@7 7@7 10@7 HI@9"},
       // A spawn beyond what is there, or beyond an outer spawn, is refused: the end of its text.
