@@ -234,7 +234,7 @@ auto readFast(bool must, Read read) {
 
 // Mostly a number with all its parts, each of them perhaps missing, and now and then a unit that is out of place.
 inline Text fieldText(Choices& choices, const Settings& s) {
-  constexpr std::u16string_view kUnits = u"0123456789.,+-eE *CR:(\u0663\uFF11\u2003x";
+  constexpr std::u16string_view kUnits = u"0123456789.,+-eE *CR/:(\u0663\uFF11\u2003x";
   const auto digits = [&](std::size_t most) {
     Text text;
     for (std::size_t count = choices.upTo(most); count != 0; --count)
@@ -308,7 +308,7 @@ inline std::string hardText(Choices& choices) {
     default:
       text = digits(12, 1) + "." + digits(7, 0);
   }
-  constexpr std::string_view kUnits = "0123456789+-.,eE x";
+  constexpr std::string_view kUnits = "0123456789+-.,eE x/:";
   if (choices.upTo(7) == 0) text[choices.upTo(text.size() - 1)] = choices.oneOf(kUnits);
   if (choices.upTo(7) == 0) text.insert(choices.upTo(text.size()), 1, choices.oneOf(kUnits));
   return text;

@@ -141,7 +141,7 @@ TEST(NumbersFromText, ReadPlainTexts) {
     ~                 -9223372036854775808 way=fast    -> -9223372036854775808
     ~                 9223372036854775808              -> OXR5506: string | 8-byte integer | 9223372036854775808
     ~                 999999999999999999x9             -> OXR5505: string | 999999999999999999x9
-    PWFStringTodouble,plain_StrToDbl -1.5                 way=fast    -> -1.5
+    PWFStringTodouble,plain_StrToDbl -1.5E-3              way=fast    -> -0.0015
     ~                 0.100000000000000005551115123125782702118158340454101562500000001 way=general -> 0.1
     ~                 0.10000000000000000555111512312578270211815834045410156250000001 way=fast    -> 0.1
     PWFStringTodouble +1.5                             -> OXR5505: string | +1.5
