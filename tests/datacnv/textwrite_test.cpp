@@ -77,6 +77,7 @@ TEST(NumbersToText, WriteFields) {
     ~                -12                  6    pad=*                     -> ***-12
     ~                -12                  6    pad=0 sign=TS minus=CR    -> 0012CR
     ~                -12                  6    padByte=0xFFF0            -> -00012
+    ~                12                   4    pad=0                     -> 0012
     ~                -12                  5    pad=٣                     -> -٣٣12
     ~                12                   5    plus=1                    -> 2
     ~                -12                  4 pad=0 minus=CRR -> OXR5506: integer | string (4 characters) | -12
