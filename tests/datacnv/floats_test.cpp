@@ -32,7 +32,6 @@ TEST(Floats, ReadAndWriteEachFormat) {
     member field               float ->
     both   3F800000            1     way=fast -> 1 3F800000
     ~      0000803F            2     way=fast -> 1 0000803F
-    ~      BFC00000            0     way=fast -> -1.5 BFC00000
     ~      3F800000            4     way=fast -> 1 3F800000
     ~      {C1100000,80000000} 3     way=fast -> {-1 C1100000,-0 80000000}
     ~      00000001            1     way=fast -> 1.401298464324817e-45 00000001
@@ -40,7 +39,6 @@ TEST(Floats, ReadAndWriteEachFormat) {
     ~      3FF0000000000000    1     way=fast -> 1 3FF0000000000000
     ~      000000000000F0BF    2     way=fast -> -1 000000000000F0BF
     ~      C276A00000000000    3     way=fast -> -118.625 C276A00000000000
-    ~      0000000000000080    2     way=fast -> -0 0000000000000080
   )");
 }
 
