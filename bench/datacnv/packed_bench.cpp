@@ -54,7 +54,7 @@ void packedRead(benchmark::State& state) {
 }
 BENCHMARK(packedRead)->Name("PckdDecToDec/library (size, scale)")->ArgsProduct({{3, 8, 16}, {0, 2}});
 
-// Texts of as many digits as the field holds, with two behind the point.
+// Texts of as many digits as the field holds, with two after the point.
 std::array<unsigned short, 34> textOf(std::size_t size) {
   std::array<unsigned short, 34> text{};
   const std::size_t digits = 2 * size - 1;

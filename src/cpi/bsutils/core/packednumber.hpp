@@ -64,7 +64,7 @@ inline bool readPackedNumber(const unsigned char* bytes, std::uint32_t size, boo
   return nonDigitHalfBytes(first) == 0;
 }
 
-// The whole part of a number with so many places behind the point, or, below 0, zeros behind it. False beyond 64 bits.
+// The whole part of a number with so many places after the point, or, below 0, trailing zeros. False beyond 64 bits.
 inline bool wholePart(std::uint64_t& magnitude, std::int32_t places) {
   constexpr auto kMost = static_cast<std::int32_t>(kPowersOfTen.size()) - 1;
   if (places == 0) return true;
@@ -84,7 +84,7 @@ bool toInteger(std::uint64_t magnitude, bool negative, Integer& value) {
   return true;
 }
 
-// The double nearest to a number with so many places behind the point. False where one rounding does not give it: both
+// The double nearest to a number with so many places after the point. False where one rounding does not give it: both
 // operands must be exact.
 inline bool toDouble(const PackedNumber& number, std::int32_t places, double& value) {
   constexpr auto kMost = static_cast<std::int32_t>(kExactPowers.size()) - 1;

@@ -38,7 +38,7 @@ inline bool integerDigits(const unsigned short* text, int places, DigitBuffer& b
     }
   }
   const std::int64_t kept = static_cast<std::int64_t>(point != kNoPoint ? point : count) + places;
-  // A sign is a position like any other when the point moves to the left: where it falls behind the point it is cut.
+  // A sign is a position like any other when the point moves to the left: where it falls after the point it is cut.
   number.negative = minus && kept >= 0;
   const std::size_t whole = kept <= 0 ? 0 : static_cast<std::size_t>(kept);
   std::size_t used = std::min(count, whole);
