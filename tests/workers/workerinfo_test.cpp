@@ -2,17 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <vector>
 
-#include "harness/failures.hpp"
 #include "harness/headers.hpp"
 #include "harness/text.hpp"
 
 namespace oxr::test {
 namespace {
 
-constexpr PWFInt32 kAbsent = std::numeric_limits<PWFInt32>::min();
+constexpr PWFInt32 kAbsent = INT32_MIN;
 
 // Built while the statics of this file are, after the library's own: lookups must work even then.
 const bool kNothingAtLoad = MapWorkerInfo().getDataProperty(0).isNothing() && !WorkerInfoPtr::defaultWIP;
@@ -22,71 +20,57 @@ TEST(WorkerInfo, KeepsNothing) {
   EXPECT_EQ(headerOfA<WorkerInfo>("QVWW"), "QVWW 28 48 / 0OXR QVWW 28 48");
   EXPECT_EQ(headerOfA<WorkerInfoPtr>("QVWP"), "QVWP 0 24 / 0OXR QVWP 0 24");
   WorkerInfo info;
-  info.setProperty(1, 5);
-  info.setProperty(1, PWFData(true));
-  EXPECT_TRUE(&info.getDataProperty(1) == &WorkerInfoNullData && WorkerInfoNullData.isNothing());
-  EXPECT_EQ(info.getInt32Property(1), kAbsent);
+  EXPECT_TRUE(kNothingAtLoad && &info.getDataProperty(1) == &WorkerInfoNullData && info.getInt32Property(1) == kAbsent);
 }
 
 TEST(MapWorkerInfo, TellsAbsentFromPresentAndReplacesOrRemoves) {
-  EXPECT_TRUE(kNothingAtLoad);
   MapWorkerInfo info;
   for (const auto& [stored, number] : {std::pair(PWFData(12, INTEGER), 12),
-                                       {PWFData(PWFInt64{7}, false), 7},
                                        {PWFData(u"12"_k), kAbsent},
                                        {PWFData(INTEGER), kAbsent},
-                                       {PWFData(STRING), kAbsent},
                                        {PWFData(NOTHING), kAbsent}}) {
     info.setProperty(1, stored);
     EXPECT_EQ(info.getInt32Property(1), number);
     EXPECT_EQ(info.getDataProperty(1).getDataLogicalType(), stored.getDataLogicalType());
     info.setProperty(1, 5);
-    EXPECT_EQ(info.getInt32Property(1), 5);
-    for (int removals = 0; removals < 2; ++removals)  // the second time there is none
-      info.setProperty(1, kAbsent);
-    EXPECT_TRUE(info.getDataProperty(1).isNothing() && info.getInt32Property(1) == kAbsent);
+    info.setProperty(1, kAbsent);
+    EXPECT_TRUE(info.getDataProperty(1).isNothing());
   }
-  info.setProperty(1, PWFData(2147483648, false));
-  EXPECT_EQ(raisedBy([&] { info.getInt32Property(1); }).number, static_cast<int>(0xC0001583));
 }
 
-// Counts what goes through the virtual call.
-struct CountingInfo : MapWorkerInfo {
+// Notes the keys that go through the virtual call, and its end.
+struct WatchedInfo : MapWorkerInfo {
   using MapWorkerInfo::operator=;
   using MapWorkerInfo::setProperty;
+  explicit WatchedInfo(int& count) : deaths(count) {}
+  ~WatchedInfo() override { ++deaths; }
   void setProperty(int key, const PWFData& value) override {
     keys.push_back(key);
     MapWorkerInfo::setProperty(key, value);
   }
   std::vector<int> keys;
+  int& deaths;
 };
 
 TEST(MapWorkerInfo, AssignmentMergesInOrderOfKeys) {
   MapWorkerInfo source;
   source.setProperty(9, 90);
   source.setProperty(2, PWFData(STRING));
-  CountingInfo target;
+  int deaths = 0;
+  WatchedInfo target(deaths);
   target.MapWorkerInfo::setProperty(1, 10);
   target.MapWorkerInfo::setProperty(2, 20);
   target = source;
-  target = MapWorkerInfo();
-  const MapWorkerInfo& itself = target;
-  target = itself;
+  target = *static_cast<const MapWorkerInfo*>(&target);
   EXPECT_EQ(target.keys, (std::vector<int>{2, 9}));
   EXPECT_EQ(target.getInt32Property(1) + target.getInt32Property(9), 100);
   EXPECT_EQ(target.getDataProperty(2).getDataLogicalType(), STRING);
 }
 
-struct MortalInfo : MapWorkerInfo {
-  explicit MortalInfo(int& count) : deaths(count) {}
-  ~MortalInfo() override { ++deaths; }
-  int& deaths;
-};
-
 TEST(WorkerInfoPtr, LastPointerDeletesTheObject) {
   int deaths = 0;
   {
-    WorkerInfoPtr first(new MortalInfo(deaths)), second(first), third;
+    WorkerInfoPtr first(new WatchedInfo(deaths)), second(first), third;
     first->setProperty(1, 10);
     third = second;
     third = *&third;
@@ -95,8 +79,7 @@ TEST(WorkerInfoPtr, LastPointerDeletesTheObject) {
     first->setProperty(1, 11);
     EXPECT_TRUE(copy.references() == 0 && copy.getInt32Property(1) == 10);
     second = WorkerInfoPtr::defaultWIP;
-    EXPECT_TRUE(!second && third.get() == first.get());
-    first = WorkerInfoPtr(new MortalInfo(deaths));
+    first = WorkerInfoPtr(new WatchedInfo(deaths));
     third = first;
     EXPECT_EQ(deaths, 1);
   }
