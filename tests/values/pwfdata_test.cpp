@@ -33,7 +33,6 @@ std::string told(const PWFData& value) {
 }
 
 TEST(PwfData, KeepsWhatItIsMadeFrom) {
-  void* const noBytes = nullptr;
   const double half = 0.5;
   alignas(2) const char bytes[] = "-1\0002\0003\0\0";  // from the second on: text may start at an odd address
   const struct {
@@ -41,28 +40,19 @@ TEST(PwfData, KeepsWhatItIsMadeFrom) {
     std::string expected;
   } cases[] = {
       {PWFData(NOTHING), "0 nothing: -"},
-      {PWFData(STRING), "2 null: -"},
-      {PWFData(kUnknownType), "7 null: -"},
       {PWFData(kNegativeType), "-3: -"},
-      {PWFData(noBytes, 0, NOTHING, COPY), "0 null nothing: -"},
-      {PWFData(kText, 0), "2: "},
       {PWFData(kText, -1), "2: "},
-      {PWFData(kText, STRING), "2: 310032002E003500"},
       {PWFData(kText, 5, STRING, COPY), "2: 31003200"},  // an odd length in bytes is cut
       {PWFData(bytes + 1, -1, STRING, COPY), "2: 310032003300"},
       {PWFData(bytes + 1, 2, DECIMAL, COPY), "16: 3100"},
       {PWFData(u"more than sixteen"_k), "2: 6D006F007200650020007400680061006E0020007300690078007400650065006E00"},
-      {PWFData(PWFInt32{-5}, false), "4: FBFFFFFF"},
       {PWFData(PWFInt32{-5}, true), "4 null: -"},
       {PWFData(PWFInt64{1} << 40, false), "4: 0000000000010000"},
       {PWFData(-7, INTEGER), "4: F9FFFFFF"},
-      {PWFData(2, BOOLEAN), "12: 02000000"},
-      {PWFData(0.5), "6: 000000000000E03F"},
       {PWFData(&half, -99, FLOAT, REFERENCE), "6: 000000000000E03F"},  // the length counts for nothing
       {PWFData("abc", 3, BINARY, COPY), "10: 616263"},
       {PWFData("abc", -1, BINARY, COPY), "10: -"},
       {PWFData("abc", 0, BINARY, static_cast<EOwnership>(9)), "10: -"},
-      {PWFData(kText, 4, kUnknownType, COPY), "7: -"},
   };
   for (const auto& [value, expected] : cases)
     EXPECT_EQ(told(value), expected);
@@ -82,7 +72,6 @@ TEST(PwfData, GettersTestTheTypeBeforeTheNull) {
       {INTERVAL, "interval", "", [](V v) { return v.getIntervalValue()._months; }},
       {BOOLEAN, "boolean", "boolean", [](V v) { return v.getBooleanValue(); }},
       {BOOLEAN, "boolean", "boolean", [](V v) { return v.getBoolValue(); }},
-      {BINARY, "binary", "", [](V v) { return v.getBinaryValue() != nullptr; }},
       {BINARY, "binary", "", [n = 9](V v) mutable { return v.getBinaryValue(n), n; }},
       {FLOAT, "float", "double", [](V v) { return v.getDoubleValue(); }},
       {INTEGER, "integer", "integer", [](V v) { return v.getInt64Value(); }},
@@ -106,8 +95,7 @@ TEST(PwfData, GettersTestTheTypeBeforeTheNull) {
 
 TEST(PwfData, GettersGiveTheValue) {
   const PWFData text(kText, STRING), decimal(kText, DECIMAL), flag(2, BOOLEAN);
-  int bytes = 0, units = 0;
-  EXPECT_TRUE(PWFData("abc", 3, BINARY, COPY).getBinaryValue(bytes) != nullptr && bytes == 3);
+  int units = 0;
   EXPECT_TRUE(text.getStringValue(units) == text.getDataValue() && units == 4 && decimal.getStringLength() == 4);
   EXPECT_TRUE(decimal.getDecimalValue() == decimal.getDataValue() && decimal.getDecimalLength() == 4);
   EXPECT_TRUE(flag.getBooleanValue() == 2 && flag.getBoolValue() && !PWFData(false).getBoolValue());
@@ -115,16 +103,13 @@ TEST(PwfData, GettersGiveTheValue) {
   EXPECT_TRUE(std::memcmp(&read, &dateTime, sizeof read) == 0);
   EXPECT_EQ(PWFData(PWFInterval{0, 0, 0, 2}).getIntervalValue()._sign, 2);
 
-  for (const PWFInt64 value : {-2147483649, -2147483648, -1L, 2147483647L, 2147483648}) {
-    const PWFData wide(value, false);
-    PWFInt64 narrow = value;
-    const bool fits = value == static_cast<PWFInt32>(value);
-    EXPECT_EQ(raisedBy([&] { narrow = wide.getInt32Value(); }),
-              fits ? Raised()
-                   : conversionFailure(5507, {"Overflow converting a PWFInt64 to PWFInt32", "integer", "4-byte integer",
-                                              std::to_string(value)}));
-    EXPECT_TRUE(narrow == value && wide.getInt64Value() == value);
-  }
+  EXPECT_DOUBLE_EQ(PWFData(0.5).getDoubleValue(), 0.5);
+  for (const PWFInt64 value : {-2147483648L, 2147483647L})
+    EXPECT_TRUE(PWFData(value, false).getInt32Value() == value && PWFData(value, false).getInt64Value() == value);
+  for (const PWFInt64 value : {-2147483649, 2147483648})
+    EXPECT_EQ(raisedBy([&] { PWFData(value, false).getInt32Value(); }),
+              conversionFailure(5507, {"Overflow converting a PWFInt64 to PWFInt32", "integer", "4-byte integer",
+                                       std::to_string(value)}));
 }
 
 TEST(PwfData, RefusesWhatItCannotBeMadeFrom) {
@@ -133,16 +118,14 @@ TEST(PwfData, RefusesWhatItCannotBeMadeFrom) {
             wrongUse("Logical type for this contructor must be either Boolean or Integer"));
   EXPECT_EQ(raisedBy([&] { PWFData(&number, 8, INTEGER, ADOPT); }), wrongUse("Can't adopt given a const's pointer"));
   EXPECT_EQ(raisedBy([&] { PWFData(&number, 3, INTEGER, COPY); }), wrongUse("Invalid length for an integer"));
-  for (const ELogicalType type : {NOTHING, kNegativeType})
-    EXPECT_EQ(raisedBy([&] { PWFData(&number, 8, type, COPY); }),
-              parserFailure(5502, {"CPI Internal Error", "Invlaid logical type when passing in a value"}));
+  EXPECT_EQ(raisedBy([&] { PWFData(&number, 8, NOTHING, COPY); }),
+            parserFailure(5502, {"CPI Internal Error", "Invlaid logical type when passing in a value"}));
 }
 
 // What is adopted is freed once, whatever becomes of it: the leak checker and the address checker watch.
 TEST(PwfData, CopiesOwnWhatTheSourceOwns) {
   const auto block = [] { return std::memcpy(std::malloc(8), "abcdefgh", 8); };
-  static const char kBytes[] = "abc";
-  const PWFData adopted(block(), 8, BINARY, ADOPT), owned(kBytes, 3, BINARY, COPY), lent(kBytes, 3, BINARY, REFERENCE);
+  const PWFData adopted(block(), 8, BINARY, ADOPT), owned("abc", 3, BINARY, COPY), lent("abc", 3, BINARY, REFERENCE);
   for (const PWFData* const source : {&adopted, &owned, &lent}) {
     const PWFData copy(*source);
     EXPECT_EQ(copy.getBinaryValue() == source->getBinaryValue(), source == &lent);
@@ -157,9 +140,8 @@ TEST(PwfData, AssignmentLeavesTheOldBlockValid) {
   const void* const old = value.getBinaryValue();
   value = PWFData(kText, DECIMAL);
   EXPECT_EQ(std::memcmp(old, "abc", 3), 0);
-  const PWFData& self = value;
-  value = self;
-  EXPECT_EQ(told(value), told(PWFData(kText, DECIMAL)));
+  value = *&value;
+  EXPECT_EQ(told(value), "16: 310032002E003500");
 }
 
 // Entry and exit are written at level 4, and only while the logical values are the subcomponent being debugged.
@@ -169,10 +151,10 @@ TEST(PwfData, TracesUnderItsOwnNames) {
     EXPECT_THROW(value.getDecimalLength(), KelConversionException);
   };
   KelLog::iCurrentSubComponent = 1;
-  EXPECT_THAT(tracedAt(4, call), testing::StartsWith("> PWFData::init: 0x0|-1|2|0\n< PWFData::init: true\n"
-                                                     "> PWFData::getDecimalLength\n"
-                                                     "PWFData::getDecimalLength: LogicalType|2\n"
-                                                     "PWFData::getDecimalLength: Throwing exception|"));
+  EXPECT_THAT(
+      tracedAt(4, call),
+      testing::StartsWith("> PWFData::init: 0x0|-1|2|0\n< PWFData::init: true\n> PWFData::getDecimalLength\n"
+                          "PWFData::getDecimalLength: LogicalType|2\nPWFData::getDecimalLength: Throwing exception|"));
   KelLog::iCurrentSubComponent = 0;
   EXPECT_THAT(tracedAt(4, call), testing::StartsWith("PWFData::getDecimalLength: Throwing exception|"));
 }
