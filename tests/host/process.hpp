@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <string>
 
 // Tests of what happens at load and at a process's end run in a process of their own, made by running this binary
 // again, so that it reads the environment anew.
@@ -11,20 +10,10 @@
 namespace oxr::test {
 
 // The environment that such a process starts with, to the end of the scope.
-class ScopedEnvironment {
- public:
-  ScopedEnvironment(const char* name, const char* value) : name_(name) {
-    if (const char* const previous = std::getenv(name)) previous_ = previous, wasSet_ = true;
-    setenv(name, value, 1);
-  }
-  ScopedEnvironment(const ScopedEnvironment&) = delete;
-  ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
-  ~ScopedEnvironment() { wasSet_ ? setenv(name_, previous_.c_str(), 1) : unsetenv(name_); }
-
- private:
-  const char* name_;
-  std::string previous_;
-  bool wasSet_ = false;
+struct ScopedEnvironment {
+  ScopedEnvironment(const char* variable, const char* value) : name(variable) { setenv(name, value, 1); }
+  ~ScopedEnvironment() { unsetenv(name); }
+  const char* name;
 };
 
 // Base of such tests.
