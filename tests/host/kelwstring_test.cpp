@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+#include <vector>
+
 #include "harness/text.hpp"
 
 namespace oxr::test {
@@ -47,6 +50,23 @@ TEST(KelWstringConvertor, TurnsWideLiteralsIntoCodeUnits) {
   EXPECT_EQ(KelWstringConvertor::toKelWstring(nullptr) + convertString(L""), KelWstring());
   EXPECT_EQ(toUtf8(u"\xD800x"_k), "\xEF\xBF\xBDx");  // a lone surrogate
   EXPECT_EQ(fromUtf8("\xFFz"), u"\uFFFDz"_k);
+}
+
+TEST(KelWstringThreads, StringsSharingABlockChangeApart) {
+  const KelWstring shared = u"one block for all of these strings"_k;
+  std::vector<std::thread> threads;
+  for (unsigned i = 0; i < 4; ++i)
+    threads.emplace_back([&shared, i] {
+      for (int round = 0; round < 2'000; ++round) {
+        KelWstring mine(shared), again(mine);
+        mine.at(i) = u'#';
+        again.appendInternal(mine.characters(), 3, 0);
+        ASSERT_TRUE(mine[i] == u'#' && again.length() == shared.length() + 3);
+      }
+    });
+  for (std::thread& thread : threads)
+    thread.join();
+  EXPECT_EQ(shared, u"one block for all of these strings"_k);
 }
 
 }  // namespace
