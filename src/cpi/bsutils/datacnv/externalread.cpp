@@ -48,14 +48,21 @@ inline const core::SingleByteTable* tableFor(DataCnv& cnv, const unsigned char* 
   return CodePage::byteTable(*DataCnvParts::converterIfMade(cnv));
 }
 
-// The digits of a field that the fast ways take; none where it holds anything else.
+// The digits of such a field; none where it holds anything else.
+inline core::ExternalDigits readDigits(const core::SingleByteTable& table, DataCnv& cnv, const unsigned char* source,
+                                       int size, const ExternalForm& form, core::ExternalUnits& units) {
+  const core::ExternalLayout layout{table, form.overpunch(externalCodes(cnv).zero), form.signPlace(),
+                                    padPlace(form.justification), form.padChar};
+  return core::readExternal({source, static_cast<std::size_t>(size)}, layout, units);
+}
+
+// The digits of any field that is one for the fast ways; none for others.
 inline core::ExternalDigits readDigitsFast(DataCnv& cnv, const unsigned char* source, int size,
                                            const ExternalForm& form, core::ExternalUnits& units) {
   const core::SingleByteTable* const table = tableFor(cnv, source, size, form);
-  if (table == nullptr) return {};
-  const core::ExternalLayout layout{*table, form.overpunch(externalCodes(cnv).zero), form.signPlace(),
-                                    padPlace(form.justification), form.padChar};
-  return core::readExternal({source, static_cast<std::size_t>(size)}, layout, units);
+  if (table == nullptr) [[unlikely]]
+    return {};
+  return readDigits(*table, cnv, source, size, form, units);
 }
 
 // A field of up to 16 bytes that are all digits, none of them a pad, whose point falls after one of them, and whose
@@ -137,14 +144,15 @@ struct LongExternal {
 [[gnu::always_inline]] inline bool readDecimalFast(DataCnv& cnv, const unsigned char* source, int size,
                                                    int virtualDecimalPoint, const ExternalForm& form,
                                                    ShortExternal& shortNumber, LongExternal& longNumber) {
-  if (virtualDecimalPoint < 0 || tableFor(cnv, source, size, form) == nullptr) [[unlikely]]
+  const core::SingleByteTable* const table = tableFor(cnv, source, size, form);
+  if (virtualDecimalPoint < 0 || table == nullptr) [[unlikely]]
     return false;
   const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);
   if (readShortFast(externalCodes(cnv).zero, source, static_cast<std::uint32_t>(size), places, form, shortNumber))
       [[likely]]
     return true;
   longNumber.places = places;
-  longNumber.number = readDigitsFast(cnv, source, size, form, longNumber.units);
+  longNumber.number = readDigits(*table, cnv, source, size, form, longNumber.units);
   return !longNumber.number.digits.empty();
 }
 
