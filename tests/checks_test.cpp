@@ -47,6 +47,7 @@ constexpr Check kChecks[] = {
     {"ExternalRead",  fuzz::checkExternalRead,  10'000},
     {"ExternalSigns", fuzz::checkExternalSigns,     40},
     {"ExternalWrite", fuzz::checkExternalWrite, 20'000},
+    {"ExternalWord",  fuzz::checkExternalWord,  10'000},
     {"PackedRead",    fuzz::checkPackedRead,    20'000},
     {"PackedWrite",   fuzz::checkPackedWrite,   20'000},
     {"PackedNumbers", fuzz::checkPackedNumbers, 20'000},

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/externalword.hpp"
 #include "dataconv.hpp"
 #include "fuzz/harness/choices.hpp"
 #include "fuzz/harness/textmodel.hpp"
@@ -57,7 +58,7 @@ struct ExternalSettings {
         sign(areUsual ? choices.between(0, 4) : choices.between(-1, 6)),
         scale(areUsual ? choices.between(0, 5) : choices.between(-100, 100)),
         justification(choices.between(0, 3)),
-        pad(static_cast<unsigned short>(areUsual ? " 0* "[choices.upTo(3)] : choices.upTo(0x7FFF))),
+        pad(static_cast<unsigned short>(areUsual ? " 0*2"[choices.upTo(3)] : choices.upTo(0x7FFF))),
         padIsUnicode(areUsual || choices.coin()),
         customSign(choices.coin()),
         converter(page.ccsid, eEndianBig, eEndianBig, eFloatHexadecimal, 53, nullptr, false, nullptr, 0, true, 12,
@@ -403,6 +404,45 @@ inline void checkExternalWrite(Choices& choices) {
   });
   requireEqual(written, outcome, "a field");
   require(!isFast || generalWaysTaken() == before, "a canonical text no longer goes the fast way");
+}
+
+// The digits of a field in registers. A fault there would not show in a value: the field would take the longer part of
+// the fast way.
+inline void checkExternalWord(Choices& choices) {
+  static constexpr unsigned char kZones[] = {0x30, 0xF0};
+  const unsigned char zone = choices.oneOf(kZones);
+  FieldBytes field(1 + choices.upTo(core::ExternalWord::kMaxSize - 1));
+  for (unsigned char& byte : field)
+    byte = static_cast<unsigned char>(zone + choices.upTo(9));
+  if (choices.coin()) field[choices.upTo(field.size() - 1)] = choices.any<unsigned char>();
+  const auto size = static_cast<std::uint32_t>(field.size());
+  core::ExternalWord word(field.data(), size, zone);
+  if (choices.coin()) {
+    const std::size_t position = choices.upTo(field.size() - 1);
+    const auto digit = static_cast<unsigned char>(zone + choices.upTo(9));
+    word.replace(static_cast<std::uint32_t>(position), field[position], digit);
+    field[position] = digit;
+  }
+  const bool areDigits =
+      std::all_of(field.begin(), field.end(), [&](unsigned char byte) { return byte >= zone && byte <= zone + 9; });
+  requireEqual(word.isAllDigits(), areDigits, "whether all bytes are digits");
+  if (!areDigits) return;
+  // Sixteen units are written: of as many digits the point can only follow the last.
+  const std::size_t whole = field.size() == 16 ? 16 : 1 + choices.upTo(field.size() - 1);
+  unsigned short units[core::ExternalWord::kMaxSize + 1];
+  word.writePointed(static_cast<std::uint32_t>(whole), units);
+  std::uint64_t digits = 0;
+  for (std::size_t i = 0; i < field.size(); ++i) {
+    const unsigned digit = field[i] - zone;
+    requireEqual(word.digit(static_cast<std::uint32_t>(i)), digit, "a digit");
+    requireEqual(units[i + (i >= whole)], '0' + digit, "the unit of a digit");
+    digits = digits << 4 | digit;
+  }
+  require(units[whole] == '.', "a point elsewhere");
+  FieldBytes written(field.size() + 2, 0xEE), expected = written;
+  std::copy(field.begin(), field.end(), expected.begin() + 1);
+  core::writeDigitBytes(digits, zone, written.data() + 1, size);
+  require(written == expected, "digits written otherwise than they were read");
 }
 
 }  // namespace oxr::fuzz

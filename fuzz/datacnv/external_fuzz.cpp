@@ -8,7 +8,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       [](oxr::fuzz::Choices& choices) {
         using Check = void (*)(oxr::fuzz::Choices&);
         static constexpr Check kChecks[] = {oxr::fuzz::checkExternalRead, oxr::fuzz::checkExternalSigns,
-                                            oxr::fuzz::checkExternalWrite};
+                                            oxr::fuzz::checkExternalWrite, oxr::fuzz::checkExternalWord};
         choices.oneOf(kChecks)(choices);
       },
       data, size);

@@ -79,7 +79,7 @@ TEST(Signs, TablesFoldTheSignIn) {
     ~                 ''    TI                               -> ''
     ~                 123   TI   positive=0123 negative=pqr  -> 120
     ExtDecRemoveSign  12s   TI                               -> 123/true
-    ~                 H12   LI   negative=null negative?=1   -> 812/false
+    ~                 H     LI   negative=null negative?=1   -> 8/false
     ~                 -12   LS                               -> 12/true
     ~                 ''    LI                               -> OXR5502: Invalid sign type: 1
     ~                 12    -1                               -> OXR5502: Invalid sign type: -1

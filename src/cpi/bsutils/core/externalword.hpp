@@ -46,8 +46,8 @@ class ExternalWord {
     return static_cast<unsigned>(halves_[position / 8] >> 8 * (position % 8)) & 0xFF;
   }
 
-  // Writes the digits as units with a point after the first `whole` of them, 1 to 16. Always 17 units are written;
-  // those beyond the field's end have no meaning.
+  // Writes the digits as units with a point after the first `whole` of them, 1 to 16. Sixteen units are written, what
+  // is beyond the field's end without meaning; the point is one of them, or follows the last.
   void writePointed(std::uint32_t whole, unsigned short* out) const {
     writePointedSixteen(std::bit_cast<ByteVector>(halves_) + '0', whole, out);
   }
