@@ -6,7 +6,7 @@
 
 namespace oxr {
 struct FailureSite;
-struct TextValue;
+struct TextInPlace;
 }  // namespace oxr
 
 // The one value that parsers, writers and converters exchange: nothing, null, or one value of a logical type.
@@ -102,7 +102,7 @@ class OXR_EXPORT PWFData {
   PWFDateTime getDateTimeValue() const;
 
  private:
-  friend struct oxr::TextValue;  // makes a text value and lets its units be written in place
+  friend struct oxr::TextInPlace;  // makes a text value and lets its units be written in place
 
   struct Integer {
     PWFInt32 width;  // bytes: 4 or 8

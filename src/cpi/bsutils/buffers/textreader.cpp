@@ -233,7 +233,7 @@ PWFData TextBufferReader::shownText() const {
   const char* const source = pointer->getOffsetPointer(pointer->windowOffset());
   const std::span bytes(source, static_cast<std::size_t>(length));
   if (const std::size_t count = CodePage::unitCount(*converter, bytes))
-    return TextValue::make(STRING, count, [&](unsigned short* units) {
+    return TextInPlace::make(STRING, count, [&](unsigned short* units) {
       if (wentFast([&] { return CodePage::convertCountedFast(*converter, bytes, units); })) [[likely]]
         return;
       int room = static_cast<int>(count);  // ICU gives as many, a substitute for what is not well formed

@@ -81,7 +81,7 @@ bool readSectionFast(const KelBufferPointer& window, const CPUnicodeConverter& c
   const std::size_t count = CodePage::unitCount(converter, bytes);
   if (count == 0) return false;
   bool served = false;
-  const PWFData text = TextValue::make(
+  const PWFData text = TextInPlace::make(
       STRING, count, [&](unsigned short* units) { served = CodePage::convertCountedFast(converter, bytes, units); });
   if (served) target = text;
   return served;
@@ -158,7 +158,7 @@ bool TextBufferReader::getStringSection(PWFData& target, int charCount, bool mov
   CodePage::KeptState kept(*converter, stateHeld);
   beginAt(start);
   Decoded run;
-  const PWFData text = TextValue::make(STRING, static_cast<std::uint64_t>(room), [&](unsigned short* units) {
+  const PWFData text = TextInPlace::make(STRING, static_cast<std::uint64_t>(room), [&](unsigned short* units) {
     run = decodeShown(*pointer, *converter, start, {units, static_cast<std::size_t>(room)});
   });
   if (U_FAILURE(run.status) && run.status != U_BUFFER_OVERFLOW_ERROR) raiseConversionError(trace.site(), run.status);

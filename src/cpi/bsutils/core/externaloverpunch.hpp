@@ -41,7 +41,8 @@ constexpr SignByte readOverpunch(Overpunch code, std::uint8_t byte) {
 
 // The byte of a plain digit with the sign in it. `positiveZone` asks for EBCDIC's C as the zone of a plus, which F says
 // as well. A byte that is no digit is changed by the same bits, for a sign may fall on a pad.
-[[gnu::always_inline]] constexpr std::uint8_t writeOverpunch(Overpunch code, std::uint8_t byte, bool negative, bool positiveZone) {
+[[gnu::always_inline]] constexpr std::uint8_t writeOverpunch(Overpunch code, std::uint8_t byte, bool negative,
+                                                             bool positiveZone) {
   switch (code) {
     case Overpunch::ebcdic:
       if (negative) return byte & 0xDF;

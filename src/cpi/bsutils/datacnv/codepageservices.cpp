@@ -122,8 +122,8 @@ UErrorCode DataCnv::fromUnicodeString(const KelWstring& text, unsigned char* byt
 PWFData DataCnv::RawCharsToPWFData(const char* bytes, int size) {
   // The traced name has the arguments in it: CodePageServices.Convert.
   const FunctionTrace trace(this, "DataCnv::RawCharsToPWFData( const char* source, PWFInt32 size )", kDataCnvPath);
-  PWFData value = TextValue::make(STRING, 0, [](unsigned short*) {});
-  toUnicodeString(TextValue::text(value), reinterpret_cast<const unsigned char*>(bytes), size);
+  PWFData value = TextInPlace::make(STRING, 0, [](unsigned short*) {});
+  toUnicodeString(TextInPlace::text(value), reinterpret_cast<const unsigned char*>(bytes), size);
   return value;
 }
 

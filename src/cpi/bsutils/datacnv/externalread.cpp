@@ -74,7 +74,7 @@ struct ShortExternal {
   std::uint32_t length = 0;       // units of the text; 0 while there is no such field
 
   PWFData value() const {
-    return TextValue::make(DECIMAL, length, [this](unsigned short* out) {
+    return TextInPlace::make(DECIMAL, length, [this](unsigned short* out) {
       *out = '-';
       // Up to 17 units: the text's room and its terminator. A point after the last digit is overwritten.
       word.writePointed(wholeDigits, out + minus);
@@ -103,7 +103,7 @@ bool endsInPad(const core::ExternalWord& word, std::uint32_t size, const Externa
     number.word.replace(position, source[position], carrier.digit);
   }
   const std::uint32_t length = size + carrier.negative + (places != 0);
-  if (!carrier.valid || !number.word.isAllDigits() || length > TextValue::kInlineUnits ||
+  if (!carrier.valid || !number.word.isAllDigits() || length > TextInPlace::kInlineUnits ||
       endsInPad(number.word, size, form))
     return false;
   number.wholeDigits = size - places;
@@ -123,7 +123,7 @@ struct LongExternal {
     const std::size_t count = number.digits.size();
     const std::size_t zeros = places < count ? 0 : places - count + 1;
     const std::size_t length = number.negative + zeros + count + (places != 0);
-    return TextValue::make(DECIMAL, length, [&](unsigned short* out) {
+    return TextInPlace::make(DECIMAL, length, [&](unsigned short* out) {
       const unsigned short* digit = number.digits.data();
       if (number.negative) *out++ = '-';
       if (zeros != 0) {
@@ -243,8 +243,8 @@ PWFData readDecimalGeneral(DataCnv& cnv, const unsigned char* source, int size, 
                            const ExternalForm& form) {
   const FunctionTrace trace(&cnv, "DataCnv::ExtDecToDec", kDataCnvPath);
   requireField(trace.site(), source, size, "Invalid external decimal size: ");
-  PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});
-  decimalText(cnv, trace.site(), TextValue::text(value), source, size, virtualDecimalPoint, form);
+  PWFData value = TextInPlace::make(DECIMAL, 0, [](unsigned short*) {});
+  decimalText(cnv, trace.site(), TextInPlace::text(value), source, size, virtualDecimalPoint, form);
   return value;
 }
 

@@ -54,7 +54,7 @@ PWFData decimalOf(DataCnv& cnv, const unsigned char* source, int size, int virtu
 double readDoubleGeneral(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(&cnv, "DataCnv::PckdDecToDbl", kDataCnvPath);
   PWFData decimal = decimalOf(cnv, source, size, virtualDecimalPoint, sign);
-  return cnv.PWFStringTodouble(TextValue::text(decimal));
+  return cnv.PWFStringTodouble(TextInPlace::text(decimal));
 }
 
 PWFInt64 readInt64General(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {

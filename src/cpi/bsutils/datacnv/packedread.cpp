@@ -37,7 +37,7 @@ struct ShortPacked {
   std::uint32_t length = 0;       // units of the text
 
   PWFData value() const {
-    return TextValue::make(DECIMAL, length, [this](unsigned short* out) {
+    return TextInPlace::make(DECIMAL, length, [this](unsigned short* out) {
       *out = '-';
       // Up to 17 units: the text's room and its terminator. A point after the last digit is overwritten.
       field.writePointed(wholeDigits, out + minus);
@@ -56,7 +56,7 @@ struct ShortPacked {
   packed.minus = packed.field.sign() == core::kPackedMinus;
   packed.length = 2 * bytes - 1 + packed.minus + (places != 0);
   return packed.field.isAllDigitsButSign() && !(core::isNegativeSign(packed.field.sign()) && sign == eSignNone) &&
-         packed.length <= TextValue::kInlineUnits;
+         packed.length <= TextInPlace::kInlineUnits;
 }
 
 // The value of a good field, wherever its point falls.
@@ -66,7 +66,7 @@ PWFData shiftedValue(const core::PackedField& field, int places) {
   const std::uint32_t units = field.digitCount() + minus;
   core::PointShift shift;
   if (places != 0) shift = core::trimmed(core::shiftPoint(units, core::PointShift::kNoPoint, places), units);
-  return TextValue::make(DECIMAL, shift.length(units), [&](unsigned short* out) {
+  return TextInPlace::make(DECIMAL, shift.length(units), [&](unsigned short* out) {
     constexpr unsigned short kZero = '0';
     unsigned short* const text = std::fill_n(out, shift.frontZeros, kZero);
     *text = '-';

@@ -199,7 +199,7 @@ void writeInteger(DataCnv& cnv, const FailureSite& site, long value, KelWstring&
 constexpr int kPlainUnits = 100;  // more than any integer or exponential double has
 
 PWFData emptyString() {
-  return TextValue::make(STRING, 0, [](unsigned short*) {});
+  return TextInPlace::make(STRING, 0, [](unsigned short*) {});
 }
 
 // Serves every integer.
@@ -382,7 +382,7 @@ void DataCnv::StrFromDbl(double value, unsigned short* out, int& length) {
 
 PWFData DataCnv::StrFromDbl(double value) {
   PWFData text = emptyString();
-  KelWstring& out = TextValue::text(text);
+  KelWstring& out = TextInPlace::text(text);
   if (!wentFast([&] { return writeDoubleFast(value, out, true); })) [[unlikely]]
     writePlainGeneral(*this, value, out);
   return text;
@@ -390,7 +390,7 @@ PWFData DataCnv::StrFromDbl(double value) {
 
 PWFData DataCnv::StrFromInt64(long value) {
   PWFData text = emptyString();
-  KelWstring& out = TextValue::text(text);
+  KelWstring& out = TextInPlace::text(text);
   if (!wentFast([&] { return writePlainFast(value, out); })) [[unlikely]]
     writePlainGeneral(*this, value, out);
   return text;
@@ -398,7 +398,7 @@ PWFData DataCnv::StrFromInt64(long value) {
 
 PWFData DataCnv::StrFromDec(const unsigned short* value) {
   PWFData text = emptyString();
-  KelWstring& out = TextValue::text(text);
+  KelWstring& out = TextInPlace::text(text);
   if (!wentFast([&] { return writePlainFast(value, out); })) [[unlikely]]
     writePlainGeneral(*this, value, out);
   return text;

@@ -156,8 +156,8 @@ void DataCnv::TLOGPckdStrToStr(const unsigned char* source, KelWstring& target, 
 PWFData DataCnv::TLOGPckdStrToStr(const unsigned char* source, int size, EEndian endian) {
   const auto trace = readingTrace(
       this, "DataCnv::TLOGPckdStrToStr( const unsigned char* source, PWFInt32 size, EEndian endian)", size, endian);
-  PWFData value = TextValue::make(STRING, 0, [](unsigned short*) {});
-  TLOGPckdStrToStr(source, TextValue::text(value), size, endian);
+  PWFData value = TextInPlace::make(STRING, 0, [](unsigned short*) {});
+  TLOGPckdStrToStr(source, TextInPlace::text(value), size, endian);
   return value;
 }
 
@@ -180,8 +180,8 @@ void DataCnv::TLOGPckdDecToDec(const unsigned char* source, KelWstring& target, 
 PWFData DataCnv::TLOGPckdDecToDec(const unsigned char* source, int size, EEndian endian) {
   const auto trace = readingTrace(
       this, "DataCnv::TLOGPckdDecToDec(const unsigned char* source, PWFInt32 size, EEndian endian)", size, endian);
-  PWFData value = TextValue::make(DECIMAL, 0, [](unsigned short*) {});
-  TLOGPckdDecToDec(source, TextValue::text(value), size, endian);
+  PWFData value = TextInPlace::make(DECIMAL, 0, [](unsigned short*) {});
+  TLOGPckdDecToDec(source, TextInPlace::text(value), size, endian);
   return value;
 }
 

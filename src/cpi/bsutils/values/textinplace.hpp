@@ -9,7 +9,7 @@ namespace oxr {
 
 // Makes a text value whose units are written where they stay, so that no conversion needs scratch room or a copy. It is
 // the one friend of PWFData: a value in the making is the only one that is ever written to.
-struct TextValue {
+struct TextInPlace {
   // A text of up to so many units lies inside the value. There `write` may touch one unit more than these, whatever the
   // length: digits are written as whole words, and the terminator put in after them.
   static constexpr unsigned kInlineUnits = 16;
