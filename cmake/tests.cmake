@@ -14,8 +14,7 @@ oxr_settings(oxr_tests)
 # The comparisons that fuzz targets and tests share lie in fuzz/.
 target_include_directories(oxr_tests PRIVATE "${PROJECT_SOURCE_DIR}/tests" "${PROJECT_SOURCE_DIR}")
 # Only where they are used: all other objects are the same in each build folder, one entry of the compiler cache.
-set_property(SOURCE ${PROJECT_SOURCE_DIR}/tests/records/copybook_test.cpp
-                    ${PROJECT_SOURCE_DIR}/tests/oxrrec/decode_test.cpp
+set_property(SOURCE ${PROJECT_SOURCE_DIR}/tests/oxrrec/decode_test.cpp
                     ${PROJECT_SOURCE_DIR}/tests/oxrrec/shareddata_test.cpp
              APPEND PROPERTY COMPILE_DEFINITIONS OXR_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/tools/oxrrec/samples"
                              OXR_SHARED_DATA_DIR="${OXR_SHARED_DATA_DIR}")

@@ -78,16 +78,13 @@ inline Outcome runProgram(const std::string& arguments, std::string_view input =
   return {code, contentOf(folder.path("out")), messages.str()};
 }
 
-// decode of `bytes` by `copybook`, free format, with further arguments. Messages name the files "c" and "standard
-// input".
+// decode of `bytes` by `copybook`, free format, with further arguments.
 inline Outcome decodeBytes(std::string_view copybook, std::string_view bytes, const std::string& arguments = {}) {
   const Folder folder;
   const std::string path = folder.write("c", copybook);
   const bool hasCcsid = arguments.find("--ccsid") != std::string::npos;
-  Outcome outcome = runProgram(
-      "decode --format free --copybook " + path + (hasCcsid ? " " : " --ccsid 37 ") + arguments + " -", bytes);
-  outcome.messages = replaced(outcome.messages, path, "c");
-  return outcome;
+  const std::string command = "decode --format free --copybook " + path + (hasCcsid ? " " : " --ccsid 37 ");
+  return runProgram(command + arguments + " -", bytes);
 }
 
 }  // namespace oxr::rec::test

