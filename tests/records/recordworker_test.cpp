@@ -86,21 +86,19 @@ TEST(RecordWorker, RefusesCallsOutOfOrder) {
 }
 
 TEST(RecordWorker, DeletesAHandlerThatItAdopted) {
-  struct Mortal : JsonHandler {
-    explicit Mortal(int& deaths) : JsonHandler({}, {}), deaths_(deaths) {}
-    ~Mortal() override { ++deaths_; }
-    int& deaths_;
+  struct Holder : JsonHandler {
+    explicit Holder(std::shared_ptr<int> held) : JsonHandler({}, {}), held_(std::move(held)) {}
+    std::shared_ptr<int> held_;
   };
-  int deaths = 0;
-  {
-    Bench bench;
-    bench.worker->setFIHandler(new Mortal(deaths), true);
-    bench.worker->setFIHandler(bench.worker->getFIHandler(), true);  // the same again
-    EXPECT_EQ(deaths, 0);
-    bench.worker->setFIHandler(new Mortal(deaths), true);
-    EXPECT_EQ(deaths, 1);
-  }
-  EXPECT_EQ(deaths, 2);
+  const auto held = std::make_shared<int>();
+  Bench bench;
+  bench.worker->setFIHandler(new Holder(held), true);
+  bench.worker->setFIHandler(bench.worker->getFIHandler(), true);  // the same again
+  EXPECT_EQ(held.use_count(), 2);
+  bench.worker->setFIHandler(new Holder(held), true);
+  EXPECT_EQ(held.use_count(), 2);
+  bench.worker.reset();
+  EXPECT_EQ(held.use_count(), 1);
 }
 
 }  // namespace
