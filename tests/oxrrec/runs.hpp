@@ -22,22 +22,20 @@ namespace oxr::rec::test {
 class Folder {
  public:
   Folder() {
-    std::string name = (std::filesystem::path(testing::TempDir()) / "oxrrecXXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    path_ = name;
+    if (::mkdtemp(path_.data()) == nullptr) throw std::runtime_error("no temporary folder");
   }
   ~Folder() { std::filesystem::remove_all(path_); }
   Folder(const Folder&) = delete;
   Folder& operator=(const Folder&) = delete;
 
-  std::string path(const std::string& name) const { return (path_ / name).string(); }
+  std::string path(const std::string& name) const { return path_ + '/' + name; }
   std::string write(const std::string& name, std::string_view content) const {
     std::ofstream(path(name), std::ios::binary) << content;
     return path(name);
   }
 
  private:
-  std::filesystem::path path_;
+  std::string path_ = testing::TempDir() + "oxrrecXXXXXX";
 };
 
 inline std::string contentOf(const std::string& path) {
@@ -81,10 +79,8 @@ inline Outcome runProgram(const std::string& arguments, std::string_view input =
 // decode of `bytes` by `copybook`, free format, with further arguments.
 inline Outcome decodeBytes(std::string_view copybook, std::string_view bytes, const std::string& arguments = {}) {
   const Folder folder;
-  const std::string path = folder.write("c", copybook);
-  const bool hasCcsid = arguments.find("--ccsid") != std::string::npos;
-  const std::string command = "decode --format free --copybook " + path + (hasCcsid ? " " : " --ccsid 37 ");
-  return runProgram(command + arguments + " -", bytes);
+  const std::string page = arguments.find("--ccsid") == std::string::npos ? " --ccsid 37 " : " ";
+  return runProgram("decode --format free --copybook " + folder.write("c", copybook) + page + arguments + " -", bytes);
 }
 
 }  // namespace oxr::rec::test

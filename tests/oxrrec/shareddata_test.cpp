@@ -38,28 +38,19 @@ void flatten(const rapidjson::Value& value, const std::string& path, Values& val
   }
 }
 
-// Each line's values. Numbers stay as they are written, so that no digit is lost.
-std::vector<Values> valuesOf(const std::string& lines) {
-  std::vector<Values> all;
+// The values of all lines; a path begins with the number of its line. Numbers stay as they are written, so that no
+// digit is lost.
+Values valuesOf(const std::string& lines) {
+  Values values;
   std::istringstream stream(lines);
+  int number = 0;
   for (std::string line; std::getline(stream, line);) {
     rapidjson::Document document;
     document.Parse<rapidjson::kParseNumbersAsStringsFlag>(line.data(), line.size());
     const bool hasRoot = document.MemberCount() == 1 && document.HasMember("RECORD");
-    flatten(hasRoot ? document["RECORD"] : document, "", all.emplace_back());
+    flatten(hasRoot ? document["RECORD"] : document, std::to_string(++number), values);
   }
-  return all;
-}
-
-// The paths that match `leftOut` are not compared.
-void expectSameValues(const std::string& given, const std::string& wanted, const std::regex& leftOut) {
-  std::vector<Values> ours = valuesOf(given);
-  const std::vector<Values> theirs = valuesOf(wanted);
-  ASSERT_GE(ours.size(), theirs.size());
-  ASSERT_GE(theirs.size(), 5u);
-  for (std::size_t i = 0; i < theirs.size(); ++i)
-    for (const auto& [path, value] : theirs[i])
-      ASSERT_TRUE(std::regex_search(path, leftOut) || ours[i][path] == value) << path << " of record " << i + 1;
+  return values;
 }
 
 // Folder, copybook, records, what the other reader made of them, and the arguments.
@@ -99,7 +90,11 @@ TEST(SharedData, ReadsAsTheOtherReaderDid) {
     }
     const Outcome outcome = decode();
     EXPECT_EQ(outcome.code, kDone) << outcome.messages;
-    expectSameValues(outcome.lines, contentOf(folder + expected), std::regex(leftOut));
+    Values ours = valuesOf(outcome.lines);
+    const Values theirs = valuesOf(contentOf(folder + expected));
+    EXPECT_GT(theirs.size(), 20u);
+    for (const auto& [path, value] : theirs)
+      ASSERT_TRUE(std::regex_search(path, std::regex(leftOut)) || ours[path] == value) << path << ": " << value;
   }
 }
 
