@@ -145,8 +145,8 @@ const struct {
     {kPair, "A1B2", "--rdw big", "| #1 at byte 0: there is no record header: bytes 3 and 4 of one are zero", 2},
     {kPair, "A1B2", "--rdw little", "| #1 at byte 0: there is no record header: bytes 1 and 2 of one are zero", 2},
     {kPair, "<00050000>A<00040000>", "--rdw big --on-error null",
-     "{A:A,N:null} {A:null,N:null} | #1, byte 5, N: the record ends after 1 bytes, before the field does | #2, byte 9, "
-     "A: *"},
+     "{A:A,N:null} {A:null,N:null} | #1, byte 5, N: the record ends after 1 bytes, before the field does "
+     "| #2, byte 9, A: * | 2 bad fields in 2 of *"},
     {kPair, "<00070000>A1x", "--rdw big", "| #1, byte 6: the record has 3 bytes, 1 more than its layout; bytes 78", 1},
     {kPair, "<00070000>A1x", "--rdw big --allow-extra", "{A:A,N:1}"},
     // Counts.
@@ -157,7 +157,7 @@ const struct {
      "cannot be found",
      2},
     {kCounted, "<00080000>2ABC<00060000>AB<00070000>1AB", "--rdw big --on-error null",
-     "{N:2,A:[A,B],B:C} {N:null,A:null,B:null} {N:1,A:[A],B:B} | #2, byte 12, N: OXR5505: * *"},
+     "{N:2,A:[A,B],B:C} {N:null,A:null,B:null} {N:1,A:[A],B:B} | #2, byte 12, N: * | 1 bad field in 1 of *"},
     {kCounted, "3AB", "", "| #1 at byte 0: it has 4 bytes, but the input has only 3 left", 2},
     {"05 N PIC S9 COMP-3. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N.", "<1D>", "",
      "| #1, byte 0, N: the count is no number of times, not within 0 and 3 as A asks; bytes 1D", 1},
