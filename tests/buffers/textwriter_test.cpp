@@ -1,7 +1,5 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <cstdlib>
 #include <sstream>
 #include <string>
@@ -19,15 +17,7 @@
 namespace oxr::test {
 namespace {
 
-// A text given as UTF-8, "<" and ">" in it for the halves of U+1F600.
-KelWstring textOf(const std::string& utf8) {
-  KelWstring text = k(utf8);
-  for (unsigned i = 0; i < text.length(); ++i)
-    if (text[i] == '<' || text[i] == '>') text.at(i) = text[i] == '<' ? 0xD83D : 0xDE00;
-  return text;
-}
-
-// Notes what is done to it: "r18 c8 a3 w2@1" for reserving, committing, appending and writing so many bytes.
+// Notes what is done to it: "r18 a3" for reserving and appending so many bytes.
 struct Message : GrowingByteBuffer {
   explicit Message(std::string_view bytes = {}) {
     GrowingByteBuffer::appendBytes(bytes.data(), static_cast<int>(bytes.size()));
@@ -36,13 +26,8 @@ struct Message : GrowingByteBuffer {
   char* reserveForAppend(int size) override {
     return note('r' + std::to_string(size)), GrowingByteBuffer::reserveForAppend(size);
   }
-  void commitAppend(int size) override { note('c' + std::to_string(size)), GrowingByteBuffer::commitAppend(size); }
   void appendBytes(const char* bytes, int size) override {
     note('a' + std::to_string(size)), GrowingByteBuffer::appendBytes(bytes, size);
-  }
-  void writeBytesAt(const char* bytes, int size, int offset) override {
-    note('w' + std::to_string(size) + '@' + std::to_string(offset));
-    GrowingByteBuffer::writeBytesAt(bytes, size, offset);
   }
   std::string calls;
 };
@@ -54,36 +39,28 @@ struct Writer : Message, TextBufferWriter {
   using TextBufferWriter::bomlessConverter, TextBufferWriter::ccsid, TextBufferWriter::converter,
       TextBufferWriter::endian, TextBufferWriter::pending;
 
-  // An operation is a letter, a number and a text: "a:x" appendStr, "A:x" appendStrAfterFlushed, "w3:x" writeStr at 3,
-  // "q:x" queueStr, "f" flush. Without a text it is as many dots as the number says, null with a "?" after it. The
-  // result is the calls of the message, and "!" with the last insert of a failure, and then the bytes.
+  // An operation is a letter and a text: "a:x" appendStr, "A:x" appendStrAfterFlushed, "w:x" writeStr at 0, "q:x"
+  // queueStr, "f" flush. Instead of the text a number gives as many dots, a negative one a length alone, and "?" a
+  // length without a text. The result is the calls of the message, and "!" with the last insert of a failure, and then
+  // the bytes.
   std::string run(const std::string& script) {
     std::istringstream operations(script);
     for (std::string operation; operations >> operation;) {
-      const Raised raised = raisedBy([&] { runOne(operation); });
+      const int number = std::atoi(operation.c_str() + 1);
+      const KelWstring text = k(operation[1] == ':' ? operation.substr(2) : std::string(std::max(number, 0), '.'));
+      const int length = std::min(number, 0) + static_cast<int>(text.length());
+      const auto* const units = operation.back() == '?' ? nullptr : text.characters();
+      const Raised raised = raisedBy([&] { runOne(operation[0], units, length); });
       if (!raised.kind.empty()) note('!' + raised.inserts.back());
     }
     return calls + toHex(bytes());
   }
-  void runOne(const std::string& operation) {
-    const std::size_t colon = operation.find(':');
-    const int number = std::atoi(operation.c_str() + 1);
-    const KelWstring text =
-        textOf(colon != std::string::npos ? operation.substr(colon + 1) : std::string(std::max(number, 0), '.'));
-    const int length = colon == std::string::npos && number < 0 ? number : static_cast<int>(text.length());
-    const unsigned short* const units = operation.back() == '?' ? nullptr : text.characters();
-    switch (operation[0]) {
-      case 'a':
-        return appendStr(units, length);
-      case 'A':
-        return appendStrAfterFlushed(units, length);
-      case 'w':
-        return writeStr(units, length, std::max(number, 0));
-      case 'q':
-        return queueStr(units, length);
-      default:
-        return flush();
-    }
+  void runOne(char operation, const unsigned short* units, int length) {
+    operation == 'a'   ? appendStr(units, length)
+    : operation == 'A' ? appendStrAfterFlushed(units, length)
+    : operation == 'w' ? writeStr(units, length, 0)
+    : operation == 'q' ? queueStr(units, length)
+                       : flush();
   }
 };
 
@@ -105,14 +82,11 @@ TEST(TextBufferWriter, WritesStraightIntoTheMessageAndOverIt) {
     int ccsid;
     std::string script, expected;
   } cases[] = {
-      {1208, "a:a€", "r8 c4 61E282AC"},
-      {1236, "a:a", "r8 c8 FFFE000061000000"},  // the mark has four bytes
       {37, "a-1 A-9 w-1 q-1", "r2 !1 r2 !1 !1 !1 "},
-      {37, "a1? A1? w1? q1? a0? A0? w0? q0?", "r3 !1 r3 !1 !1 !1 r2 c0 r2 c0 w0@0 "},  // null is an empty text only
-      {37, "a:ABCDE q:FG w1:12 w:Z", "r7 c5 r4 c2 w2@1 w1@0 E9F1F2C4C5C6C7"},
-      {37, "a:AB w1", "r4 c2 w1@1 C14B"},
+      {37, "a1? A1? w1? q1? a0? A0? w0? q0?", "r3 !1 r3 !1 !1 !1 r2 r2 "},  // null is an empty text only
+      {37, "a:ABCDE q:FG w:Z", "r7 r4 E9C2C3C4C5C6C7"},
       // No room for shifts and marks; the queue then stays.
-      {930, "a:ABCD q:G w:漢 w:漢字", "r14 c4 !15 r5 c1 w6@0 0E4F5848F20F"},
+      {930, "a:ABCD q:G w:漢 w:漢字", "r14 !15 r5 0E4F5848F20F"},
       {1204, "w:ABC", "!15 "},
   };
   for (const auto& c : cases)
@@ -121,66 +95,63 @@ TEST(TextBufferWriter, WritesStraightIntoTheMessageAndOverIt) {
 
 TEST(TextBufferWriter, QueuesTextUpToItsCapacity) {
   for (const auto& [script, calls] :
-       {std::pair("q1000 q24 q:", ""), std::pair("q3000 q:", ""), std::pair("q1000 q24 q:B f", "r3074 c1024 r5 c1 "),
-        std::pair("q1023 q:< q:>a f", "r3071 c1023 r11 c5 ")}) {  // a pair whose first half fills the queue stays one
+       {std::pair("q1000 q24 q:", ""), std::pair("q3000 q:", ""), std::pair("q1000 q24 q:B f", "r3074 r5 ")}) {
     Writer writer(1208);
     writer.run(script);
     EXPECT_EQ(writer.calls, calls) << script;
   }
-}
-
-// Ways into a code page with marks: twice after flushing, appended, queued; written over, which finds no room for a
-// mark and so never leaves one out. "*" where there is a second converter.
-std::string marksOf(int ccsid, EEndian endian) {
-  Writer writer(ccsid, endian);
-  writer.run("A:a A:b a:c q:d f w:e");
-  return toHex(writer.bytes()) + (writer.bomlessConverter != nullptr ? "*" : "");
+  Writer writer(1208);  // a pair whose first half fills the queue stays one
+  const KelWstring pair = u"\U0001F600"_k;
+  writer.run("q1023");
+  writer.queueStr(pair.characters(), 1);
+  writer.queueStr(pair.characters() + 1, 1);
+  writer.run("f");
+  EXPECT_EQ(writer.calls + std::string(writer.bytes().substr(1023)), "r3071 r8 \U0001F600");
 }
 
 class TextBufferWriterMarks : public OwnProcess {};
 
 TEST_F(TextBufferWriterMarks, AreLeftOutInsideAMessageOnRequest) {
-  const auto expectMarks = [](std::string_view table) {
-    for (const Row& c : rows(table))
-      EXPECT_EQ(marksOf(std::stoi(c[0]), EEndian{std::stoi(c[1])}), c[2]) << shown(c);
-  };
   const ScopedEnvironment off("NVRA_INSTREAM_BOMS_OFF", "");
-  EXPECT_EXIT(
-      {
-        expectMarks(
-            "1200 1 6500620063006400; 1232 2 00000065000000620000006300000064; 37 2 85828384; "
-            "1204 2 FEFF00610062FEFF00630064*; 1205 2 FEFF00610062FEFF00630064*; "
-            "1204 1 FFFE61006200FFFE63006400*; 1236 1 FFFE00006100000062000000FFFE00006300000064000000*; "
-            "1237 1 FFFE00006100000062000000FFFE00006300000064000000*; "
-            // The mark's order is the machine's, the order of what has none the caller's.
-            "1236 2 FFFE00006100000000000062FFFE00006300000000000064*");
-        std::exit(HasFailure() ? 1 : 0);
-      },
-      testing::ExitedWithCode(0), "");
+  // Ways into a code page with marks: twice after flushing, appended, queued; written over, which finds no room for a
+  // mark and so never leaves one out. "*" where there is a second converter.
+  const auto expectMarks = [] {
+    for (const Row& c :
+         rows("1200 1 6500620063006400; 1232 2 00000065000000620000006300000064; 37 2 85828384; "
+              "1204 2 FEFF00610062FEFF00630064*; 1205 2 FEFF00610062FEFF00630064*; "
+              "1204 1 FFFE61006200FFFE63006400*; 1236 1 FFFE00006100000062000000FFFE00006300000064000000*; "
+              // The mark's order is the machine's, the order of what has none the caller's.
+              "1236 2 FFFE00006100000000000062FFFE00006300000000000064*")) {
+      Writer writer(std::stoi(c[0]), EEndian{std::stoi(c[1])});
+      writer.run("A:a A:b a:c q:d f w:e");
+      EXPECT_EQ(toHex(writer.bytes()) + (writer.bomlessConverter != nullptr ? "*" : ""), c[2]) << shown(c);
+    }
+    std::exit(HasFailure() ? 1 : 0);
+  };
+  EXPECT_EXIT(expectMarks(), testing::ExitedWithCode(0), "");
 }
 
 TEST(TextBufferWriter, CopiesStretchesOfAReader) {
   // CCSID and byte order of the reader and of the writer, bytes, the stretch, the bytes that come of it; or the first
   // word of a failure.
   for (const Row& c : rows(
-           "37 2 37 2 C1FF3FC4 1 3 FF3F; 37 2 37 1 C1C2 0 1 C1; 1204 2 1204 1 FEFF0041 0 3 FEFF00; "  // as they are
+           "37 2 37 1 C1FF3FC4 1 3 FF3F; 1204 2 1204 1 FEFF0041 0 3 FEFF00; "  // as they are
            "1200 2 1200 2 00410042 0 3 004100; 1200 2 13488 2 410042004300440045 0 8 0041; "
            "1200 2 1200 1 0041014203 0 4 41414242; 1200 1 1200 2 410042014300 1 4 424201; "  // of two the second, twice
            // An eighth, in this machine's byte order.
            "1200 2 1208 2 410042004300440045004600470048004900 0 17 4142; "
            "1200 2 37 2 004100420043004400450046004700480049 1 17 C1C2; "
-           "1208 2 37 2 41C3BC42 0 3 C1DC; 1208 2 930 2 E6BCA2E5AD97FF 0 6 0E4F5848F20F; "
-           "930 2 1208 2 C10E4F580FC2 0 5 41E6BCA2; 37 2 1200 2 C1C2C3 0 2 00410042; 1208 2 37 2 41E282AC 0 2 !11; "
-           "37 2 37 2 C1C2 1 1 ''; 37 2 37 2 C1C2 0 2 !Cannot; 37 2 1208 2 C1C2 2 2 !Cannot; 37 2 37 2 C1C2 1 0 "
-           "!Cannot; "
-           "37 2 37 2 C1C2 -1 1 !Cannot; 37 2 37 2 C1C2 -2147483648 2147483647 !Cannot")) {
+           "1208 2 930 2 E6BCA2E5AD97FF 0 6 0E4F5848F20F; "
+           "930 2 1208 2 C10E4F580FC2 0 5 41E6BCA2; 37 2 1200 2 C1C2C3 0 2 00410042; 1208 2 37 2 41E282AC 0 2 11; "
+           "37 2 37 2 C1C2 1 1 ''; 37 2 37 2 C1C2 0 2 Cannot; 37 2 1208 2 C1C2 2 2 Cannot; 37 2 37 2 C1C2 1 0 "
+           "Cannot; "
+           "37 2 37 2 C1C2 -1 1 Cannot; 37 2 37 2 C1C2 -2147483648 2147483647 Cannot")) {
     SCOPED_TRACE(shown(c));
     const Message source(fromHex(c[4]));
     TextBufferReader reader(&source, std::stoi(c[0]), EEndian{std::stoi(c[1])}, nullptr);
     Writer writer(std::stoi(c[2]), EEndian{std::stoi(c[3])});
     const Raised raised = raisedBy([&] { writer.appendBuf(&reader, std::stoi(c[5]), std::stoi(c[6])); });
-    const std::string failure = raised.kind.empty() ? "" : raised.inserts.back();
-    EXPECT_EQ(raised.kind.empty() ? toHex(writer.bytes()) : '!' + failure.substr(0, failure.find(' ')), c[7]);
+    EXPECT_EQ(raised.kind.empty() ? toHex(writer.bytes()) : raised.inserts.back().substr(0, 6), c[7]);
     EXPECT_TRUE(!c[7].empty() || writer.calls.empty());
   }
 }
@@ -197,7 +168,7 @@ TEST(TextBufferWriter, CopiesLongStretchesOfItsOwnMessage) {
   TextBufferReader own(static_cast<Message*>(&writer), 1200, eEndianBig, nullptr);
   writer.run("q:A");
   writer.appendBuf(&own, 0, 2400);
-  EXPECT_EQ(writer.calls, "r4 c2 a1024 a1024 a352 ");
+  EXPECT_EQ(writer.calls, "r4 a1024 a1024 a352 ");
   EXPECT_EQ(writer.bytes(), bytes + std::string("A\0", 2) + pairs);
   // The queue is written even where the copy is refused.
   writer.run("q:B");
@@ -215,7 +186,7 @@ TEST(TextBufferWriter, FailsWithoutAConverter) {
   int size = 0;
   EXPECT_EQ(raisedBy([&] { writer.appendBuf(&reader, 0, 1); }), none);
   EXPECT_EQ(raisedBy([&] { writer.fromUnicode(nullptr, &size, nullptr, 0, true); }), none);
-  EXPECT_EQ(raisedBy([&] { writer.runOne("w:A"); }), none);
+  EXPECT_EQ(raisedBy([&] { writer.writeStr(nullptr, 0, 0); }), none);
   EXPECT_EQ(writer.run("a:A A:A q:A f"), "!no valid converter !no valid converter !no valid converter ");
   EXPECT_EQ(writer.pending, u"A"_k);
 }
@@ -227,9 +198,10 @@ TEST(TextBufferWriter, TracesItsOperations) {
   EXPECT_EQ(tracedAt(4, [&] { writer.run("a:A"); }),
             "> TextBufferWriter::appendStr\n> TextBufferWriter::fromUnicode\n> CPUnicodeConverter::fromUnicode\n"
             "< CPUnicodeConverter::fromUnicode\n< TextBufferWriter::fromUnicode\n< TextBufferWriter::appendStr\n");
-  EXPECT_THAT(tracedAt(3, [&] { writer.run("a-1"); }),
-              testing::MatchesRegex("TextBufferWriter::fromUnicode: Throwing exception\\|src/cpi/bsutils/textbffr\\|"
-                                    "[0-9]+\\|CP_INTERNAL_ERROR\\|error converting from unicode\\|1\n"));
+  const std::string failure = tracedAt(3, [&] { writer.run("a-1"); });
+  EXPECT_TRUE(failure.starts_with("TextBufferWriter::fromUnicode: Throwing exception|src/cpi/bsutils/textbffr|") &&
+              failure.ends_with("|CP_INTERNAL_ERROR|error converting from unicode|1\n"))
+      << failure;
 }
 
 }  // namespace

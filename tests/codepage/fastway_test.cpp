@@ -6,6 +6,7 @@
 
 #include "buffers/script.hpp"
 #include "growingbytebuffer.hpp"
+#include "harness/hex.hpp"
 #include "harness/rows.hpp"
 #include "harness/tracing.hpp"
 #include "harness/ways.hpp"
