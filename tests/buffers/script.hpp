@@ -1,24 +1,32 @@
 #pragma once
 
 #include <cstdlib>
-#include <sstream>
 #include <string>
 
+#include "growingbytebuffer.hpp"
 #include "harness/failures.hpp"
+#include "harness/rows.hpp"
 #include "harness/text.hpp"
 #include "textbffr.hpp"
 
 namespace oxr::test {
 
-// Bytes with a view of them.
-struct BytesToRead : ReadOnlyByteBuffer {
-  explicit BytesToRead(std::string text) : bytes(std::move(text)) {
-    create(bytes.data(), static_cast<int>(bytes.size()));
+// Notes what is done to it: "r18 a3" for reserving and appending so many bytes.
+struct Message : GrowingByteBuffer {
+  explicit Message(std::string_view bytes = {}) {
+    GrowingByteBuffer::appendBytes(bytes.data(), static_cast<int>(bytes.size()));
   }
-  const std::string bytes;
+  void note(const std::string& call) { calls += call + ' '; }
+  char* reserveForAppend(int size) override {
+    return note('r' + std::to_string(size)), GrowingByteBuffer::reserveForAppend(size);
+  }
+  void appendBytes(const char* bytes, int size) override {
+    note('a' + std::to_string(size)), GrowingByteBuffer::appendBytes(bytes, size);
+  }
+  std::string calls;
 };
 
-// A reader that takes its operations as text and tells as text what they did.
+// A reader that takes an operation as text and tells as text what it did.
 //
 // An operation is a letter, in upper case when it must not move the current offset, and numbers:
 //   c            getCharacter
@@ -26,8 +34,8 @@ struct BytesToRead : ReadOnlyByteBuffer {
 //   r3,5  g3,5   getPWFString, getString from 3 up to 5
 //   m2  o2       moveOffsetChars, setOffsetChars
 //   (5  )        spawn 5 bytes, unspawn
-// "@3" after c, s or v is the offset, else -1. The result is the text, "true" or "false", or the number of a failure,
-// followed by "@" and the current offset.
+// "@3" after c, s or v is the offset, else -1. The result is the text, "true" or "false", or the number and the
+// inserts of a failure, followed by "@" and the current offset.
 class ScriptedReader : public SpawnableTextBufferReader {
  public:
   ScriptedReader(const BitstreamBuffer& bytes, int codePage, EEndian byteOrder = eEndianBig,
@@ -35,19 +43,14 @@ class ScriptedReader : public SpawnableTextBufferReader {
       : SpawnableTextBufferReader(&bytes, codePage, byteOrder, shared) {}
   using TextBufferReader::ccsid, TextBufferReader::converter, TextBufferReader::endian, TextBufferReader::pointer;
 
-  std::string run(const std::string& script) {
-    std::istringstream operations(script);
-    std::string results;
-    for (std::string operation; operations >> operation;) {
-      std::string result;
-      const Raised raised = raisedBy([&] { result = runOne(operation); });
-      if (!raised.kind.empty()) result = std::to_string(raised.number & 0xFFFF);
-      results += (results.empty() ? "" : " ") + result + '@' + std::to_string(currentOffset);
-    }
-    return results;
+  std::string run(const std::string& operation) {
+    std::string result;
+    const Raised raised = raisedBy([&] { result = runOne(operation); });
+    if (!raised.kind.empty()) result = std::to_string(raised.number & 0xFFFF) + shown(raised.inserts);
+    return result + '@' + std::to_string(currentOffset);
   }
 
-  // One operation without the offset; a failure passes through.
+ private:
   std::string runOne(const std::string& operation) {
     char* next = nullptr;
     const int first = static_cast<int>(std::strtol(operation.c_str() + 1, &next, 10));

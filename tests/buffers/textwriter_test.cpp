@@ -4,33 +4,16 @@
 #include <sstream>
 #include <string>
 
-#include "growingbytebuffer.hpp"
-#include "harness/failures.hpp"
+#include "buffers/script.hpp"
 #include "harness/headers.hpp"
 #include "harness/hex.hpp"
 #include "harness/rows.hpp"
 #include "harness/text.hpp"
 #include "harness/tracing.hpp"
 #include "host/process.hpp"
-#include "textbffr.hpp"
 
 namespace oxr::test {
 namespace {
-
-// Notes what is done to it: "r18 a3" for reserving and appending so many bytes.
-struct Message : GrowingByteBuffer {
-  explicit Message(std::string_view bytes = {}) {
-    GrowingByteBuffer::appendBytes(bytes.data(), static_cast<int>(bytes.size()));
-  }
-  void note(const std::string& call) { calls += call + ' '; }
-  char* reserveForAppend(int size) override {
-    return note('r' + std::to_string(size)), GrowingByteBuffer::reserveForAppend(size);
-  }
-  void appendBytes(const char* bytes, int size) override {
-    note('a' + std::to_string(size)), GrowingByteBuffer::appendBytes(bytes, size);
-  }
-  std::string calls;
-};
 
 // A writer with its message that takes its operations as text.
 struct Writer : Message, TextBufferWriter {
