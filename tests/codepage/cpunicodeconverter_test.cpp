@@ -5,7 +5,6 @@
 #include <array>
 #include <string>
 #include <string_view>
-#include <thread>
 
 #include "harness/failures.hpp"
 #include "harness/headers.hpp"
@@ -117,13 +116,13 @@ TEST(CpUnicodeConverter, ConvertsWholeTextsOrRaises) {
 }
 
 TEST(CpUnicodeConverter, TracesForwardersAndFailures) {
-  EXPECT_EQ(tracedAt(4,
-                     [] {
-                       CPUnicodeConverter page(37, eEndianBig);
-                       decoded(page, "\xC1");
-                       encoded(page, u"A"_k, 1);
-                       page.resetToUnicode();
-                     }),
+  const auto traced = [] {
+    CPUnicodeConverter page(37, eEndianBig);
+    decoded(page, "\xC1");
+    encoded(page, u"A"_k, 1);
+    page.resetToUnicode();
+  };
+  EXPECT_EQ(tracedAt(4, traced),
             "> CPUnicodeConverter::CPUnicodeConverter\n< CPUnicodeConverter::CPUnicodeConverter\n"
             "> CPUnicodeConverter::resetToUnicode\n< CPUnicodeConverter::resetToUnicode\n");
   EXPECT_EQ(tracedAt(2, [] { CPUnicodeConverter(37, eEndianBig).getMinBytesPerChar(); }), "");
@@ -133,18 +132,6 @@ TEST(CpUnicodeConverter, TracesForwardersAndFailures) {
   EXPECT_TRUE(failure.starts_with(kStart) &&
               failure.ends_with("|OXR2132|Invalid codepage (or missing table)|1|ibm-1\n"))
       << failure;
-}
-
-TEST(CpUnicodeConverterThreads, ObjectsShareNothing) {
-  const auto work = [] {
-    for (int i = 0; i < 50; ++i)
-      for (const int ccsid : {37, 1208, 943, 1200, 1047}) {
-        const CPUnicodeConverter page(ccsid, eEndianBig);
-        EXPECT_EQ(decoded(page, encoded(page, u"Threads"_k, 40).first), Outcome("Threads", 0));
-      }
-  };
-  const std::jthread first(work), second(work);
-  work();
 }
 
 }  // namespace
