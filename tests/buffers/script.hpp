@@ -56,7 +56,6 @@ class ScriptedReader : public SpawnableTextBufferReader {
     const int first = static_cast<int>(std::strtol(operation.c_str() + 1, &next, 10));
     const int second = *next != 0 ? std::atoi(next + 1) : -1;
     const bool move = std::islower(operation[0]) != 0;
-    const auto answer = [](bool result) { return result ? "true" : "false"; };
     unsigned short unit = 0;
     KelWstring text;
     PWFData value(u"old"_k);
@@ -72,9 +71,9 @@ class ScriptedReader : public SpawnableTextBufferReader {
       case 'g':
         return toUtf8(getString(first, second, move).getPWFStringValue());
       case 'm':
-        return answer(moveOffsetChars(first));
+        return moveOffsetChars(first) ? "true" : "false";
       case 'o':
-        return answer(setOffsetChars(first));
+        return setOffsetChars(first) ? "true" : "false";
       case '(':
         return spawnTextBufferReader(first), std::to_string(getLength());
       default:
