@@ -78,7 +78,7 @@ TEST(CpUnicodeConverter, StringsTakeWhatOthersLeft) {
     char byte = '#';
     int size = room;
     status = static_cast<UErrorCode>(before);
-    page.fromUnicodeString(&byte, size, u"A"_k, status);
+    CPUnicodeConverter(37, eEndianBig).fromUnicodeString(&byte, size, u"A"_k, status);
     EXPECT_TRUE(size == (after == 7 ? 0 : room) && status == after && byte == '#') << room;
   }
 }
