@@ -29,42 +29,22 @@ void run(std::string table) {
   runTable(table, kMembers);
 }
 
-// Only order 1 is little, and only ESign 1 is signed.
+// Only order 1 is little, and only ESign 1 is signed. The minus of a decimal counts as a position. Each step of a scale
+// rounds.
 TEST(Integers, Read) {
   run(R"(
-    member       field            order        sign ->
-    IntToInt64   {7F,80}          big          LI        way=fast -> {127,-128}
-    ~            FF               little       none      way=fast -> 255
-    ~            FFFE             {big,little} LI        way=fast -> {-2,-257}
-    ~            FFFE             unset        TI        way=fast -> 65534
-    ~            80000000         big          {LI,none} way=fast -> {-2147483648,2147483648}
-    ~            EFCDAB8967452301 little       none      way=fast -> 81985529216486895
-    ~            8000000000000000 big          LI        way=fast -> -9223372036854775808
-    ~            7FFFFFFFFFFFFFFF big          none      way=fast -> 9223372036854775807
-    IntToInt32   80               big          LI        way=fast -> -128
-    ~            8000             -1           LI        way=fast -> -32768
-    ~            00000080         little       LI        way=fast -> -2147483648
-    ~            FFFFFF7F         little       none      way=fast -> 2147483647
-    UIntToUInt64 80               big          none      way=fast -> 128
-    ~            FFFFFFFFFFFFFFFF unset        none      way=fast -> 18446744073709551615
-  )");
-}
-
-// The minus of a decimal counts as a position. Each step of a scale rounds.
-TEST(Integers, ReadWithAScale) {
-  run(R"(
-    member   field            places                   sign ->
-    IntToDec FF               0                        none      -> -1
-    ~        04D2             {2,5}                    none      -> {12.34,0.01234}
-    ~        FB               {2,-2}                   none      -> {0.-5,-500}
-    ~        0000             9                        none      -> 0.000000000
-    ~        8000000000000000 0                        none      -> -9223372036854775808
-    IntToDbl FF               0                        LI        -> -1
-    ~        FF               1                        TI        -> 25.5
-    ~        07               3                        none      -> 0.006999999999999999
-    ~        FFFFFFFFFFFFFFFF 0                        {none,LI} -> {18446744073709551616,-1}
-    ~        FB               -2                       LI        -> -500
-    ~        8000             {2147483647,-2147483648} LI        -> {-0,-inf}
+    member       field            sign ->
+    IntToInt64   FFFE             LI   way=fast order={big,little} -> {-2,-257}
+    ~            FFFE             TI   way=fast order=unset        -> 65534
+    IntToInt32   8000             LI   way=fast order=-1           -> -32768
+    UIntToUInt64 EFCDAB8967452301 none way=fast order=little       -> 81985529216486895
+    IntToDec     04D2             none places={2,5}                -> {12.34,0.01234}
+    ~            FB               none places={2,-2}               -> {0.-5,-500}
+    ~            0000             none places=9                    -> 0.000000000
+    IntToDbl     FF               TI   places=1                    -> 25.5
+    ~            07               LI   places=3                    -> 0.006999999999999999
+    ~            FB               LI   places=-2                   -> -500
+    ~            8000             LI   places={2147483647,-2147483648} -> {-0,-inf}
   )");
 }
 
@@ -76,109 +56,66 @@ TEST(Integers, RefuseNullThenSizeThenOverflow) {
     UIntToUInt64,IntToDec,IntToDbl 0 field=null  -> OXR5502: Null input pointer
     IntFromDec 0          value=null target=null -> OXR5502: Null input pointer
     IntFromInt64,IntFromInt32,UIntFromUInt32,IntFromDbl,IntFromDec 0 target=null -> OXR5502: Null output buffer pointer
-    IntToDec,IntToDbl {-2147483648,-1,0}         -> OXR5502: Invalid input size: {size}
-    IntFromDec        {-2147483648,-1,0}         -> OXR5502: Invalid output buffer size: {size}
-    IntToInt64,IntToInt32,UIntToUInt64                             {-2147483648,-8,-1,0} -> bad size
-    IntToInt64,IntToInt32,UIntToUInt64,IntToDec,IntToDbl           {3,5,6,7,9,16,260}    -> bad size
-    IntFromInt64,IntFromInt32,UIntFromUInt32,IntFromDbl            {-2147483648,-8,-1,0} -> bad size
-    IntFromInt64,IntFromInt32,UIntFromUInt32,IntFromDbl,IntFromDec {3,5,6,7,9,16,260}    -> bad size
+    IntToDec,IntToDbl {-2147483648,0}            -> OXR5502: Invalid input size: {size}
+    IntFromDec        {-2147483648,0}            -> OXR5502: Invalid output buffer size: {size}
+    IntToInt64,IntToInt32,UIntToUInt64                             {-2147483648,-8,0,3,9,260} -> bad size
+    IntFromInt64,IntFromInt32,UIntFromUInt32,IntFromDbl            {-2147483648,-8,0,5,9,260} -> bad size
+    IntToDec,IntToDbl,IntFromDec                                   {6,7,16}              -> bad size
     IntToInt32,IntFromInt32,UIntFromUInt32                         8                     -> bad size
-    IntFromInt64,IntFromInt32,IntFromDbl                           3 value=-999999       -> bad size
     IntToInt64 8 field=FFFFFFFFFFFFFFFF sign={none,TI} -> overflow PWFUInt64 to PWFInt64 | -1
     IntToInt32 4 field=80000000         sign={none,TS} -> overflow PWFUInt32 to PWFInt32 | -2147483648
   )");
 }
 
+// What does not fit is told as a signed value of its width.
 TEST(Integers, Write) {
   run(R"(
-    member         value                    size sign ->
-    IntFromInt64   {-128,127}               1    LI   way=fast -> {80,7F}
-    ~              255                      1    none way=fast -> FF
-    ~              {-32768,32767}           2    LI   way=fast -> {8000,7FFF}
-    ~              65535                    2    TS   way=fast -> FFFF
-    ~              {-2147483648,2147483647} 4    LI   way=fast -> {80000000,7FFFFFFF}
-    ~              4294967295               4    TI   way=fast -> FFFFFFFF
-    ~              -9223372036854775808     8    LI   way=fast -> 8000000000000000
-    ~              9223372036854775807      8    none way=fast -> 7FFFFFFFFFFFFFFF
-    ~              81985529216486895        8    LI   way=fast order=little -> EFCDAB8967452301
-    IntFromInt32   {-128,127}               1    LI   way=fast -> {80,7F}
-    IntFromInt32,UIntFromUInt32 255 1 none way=fast -> FF
-    IntFromInt32,UIntFromUInt32 65535 2 none way=fast -> FFFF
-    IntFromInt32   {-32768,32767}           2    LI   way=fast order=little -> {0080,FF7F}
-    ~              -2147483648              4    LI   way=fast -> 80000000
-    ~              2147483647               4    none way=fast -> 7FFFFFFF
-    UIntFromUInt32 {258,4294967295} 4 none way=fast order=little -> {02010000,FFFFFFFF}
+    member         value                      size sign ->
+    IntFromInt64   {-32768,32767}             2    LI   way=fast -> {8000,7FFF}
+    ~              65535                      2    TS   way=fast -> FFFF
+    ~              81985529216486895          8    LI   way=fast order=little -> EFCDAB8967452301
+    IntFromInt32,UIntFromUInt32 258           4    none way=fast order=little -> 02010000
+    IntFromInt64   {-129,128}                 1    LI   -> overflow PWFInt64 to PWFInt8 | {value}
+    ~              {-1,256}                   1    none -> overflow PWFInt64 to PWFUInt8 | {value}
+    ~              {-32769,32768}             2    LI   -> overflow PWFInt64 to PWFInt16 | {value}
+    ~              {-1,65536}                 2    TI   -> overflow PWFInt64 to PWFUInt16 | {value}
+    ~              {-2147483649,2147483648}   4    LI   -> overflow PWFInt64 to PWFInt32 | {value}
+    ~              {-1,4294967296}            4    none -> overflow PWFInt64 to PWFUInt32 | {value}
+    ~              {-1,-9223372036854775808}  8    -1   -> overflow PWFInt64 to PWFUInt64 | {value}
+    IntFromInt32   {-1,-2147483648}           4    TS   -> overflow PWFInt32 to PWFUInt32 | {value}
+    UIntFromUInt32 4294967295                 2    none -> overflow PWFUInt32 to PWFUInt16 unsigned | -1
   )");
 }
 
-// A value is told as a signed one of its width.
-TEST(Integers, RefuseWhatDoesNotFit) {
+// Of doubles every ESign but none is signed. Bounds are tested before the fraction falls away; each step of a scale
+// rounds. Decimals have no ESign.
+TEST(Integers, WriteDoublesAndDecimals) {
   run(R"(
-    member         value                    size sign ->
-    IntFromInt64   {-129,128}               1    LI   -> overflow PWFInt64 to PWFInt8 | {value}
-    ~              {-1,256}                 1    none -> overflow PWFInt64 to PWFUInt8 | {value}
-    ~              {-32769,32768}           2    LI   -> overflow PWFInt64 to PWFInt16 | {value}
-    ~              {-1,65536}               2    TI   -> overflow PWFInt64 to PWFUInt16 | {value}
-    ~              {-2147483649,2147483648} 4    LI   -> overflow PWFInt64 to PWFInt32 | {value}
-    ~              {-1,4294967296}          4    none -> overflow PWFInt64 to PWFUInt32 | {value}
-    ~              {-1,-9223372036854775808} 8    -1  -> overflow PWFInt64 to PWFUInt64 | {value}
-    IntFromInt32   {-129,128}               1    LI   -> overflow PWFInt32 to PWFInt8 | {value}
-    ~              {-1,256}                 1    none -> overflow PWFInt32 to PWFUInt8 | {value}
-    ~              {-32769,32768}           2    LI   -> overflow PWFInt32 to PWFInt16 | {value}
-    ~              {-1,65536}               2    none -> overflow PWFInt32 to PWFUInt16 | {value}
-    ~              {-1,-2147483648}         4    TS   -> overflow PWFInt32 to PWFUInt32 | {value}
-    UIntFromUInt32 256                      1    none -> overflow PWFUInt32 to PWFUInt8 unsigned | 256
-    ~              4294967295               2    none -> overflow PWFUInt32 to PWFUInt16 unsigned | -1
-  )");
-}
-
-// Here every ESign but none is signed. Bounds are tested before the fraction falls away; each step of a scale rounds.
-TEST(Integers, WriteDoubles) {
-  run(R"(
-    member     value                    size places      sign ->
-    IntFromDbl 1.5                      2    2           LI      -> 0096
-    ~          {126.9,-1}               1    0           TI      -> {7E,FF}
-    ~          -0.0                     1    0           none    -> 00
-    ~          4294967295               4    0           none    -> FFFFFFFF
-    ~          -2147483648              4    0           LI      -> 80000000
-    ~          -19                      4    -1          LI   order=little -> FFFFFFFF
-    ~          0.011                    2    3           LI      -> 000A
-    ~          {0x1p63,0x1.fffffffffffffp62} 8    0           LI -> {7FFFFFFFFFFFFFFF,7FFFFFFFFFFFFC00}
-    ~          -0x1p63                  8    0           LI      -> 8000000000000000
-    ~          {0x1p63,0x1p64}          8    0           none    -> {8000000000000000,FFFFFFFFFFFFFFFF}
-    ~          1e300                    8    -2147483648 none    -> 0000000000000000
-    ~ {127.9,-128.5} 1 0 LI -> OXR5506: double float | signed 1-byte integer | {value}
-    ~ {-0.5,255.9} 1 0 none -> OXR5506: double float | unsigned 1-byte integer | {value}
-    ~ {32768,-32768.5} 2 0 TS -> OXR5506: double float | signed 2-byte integer | {value}
-    ~ {65535.5,-1} 2 0 none -> OXR5506: double float | unsigned 2-byte integer | {value}
-    ~ {2147483647.5,-2147483648.5} 4 0 LI -> OXR5506: double float | signed 4-byte integer | {value}
-    ~ {4294967296,-1,nan,-inf} 4 0 none -> OXR5506: double float | unsigned 4-byte integer | {value}
-    ~ {1e+19,-1e+19,nan,inf} 8 0 LI -> OXR5506: double float | signed 8-byte integer | {value}
-    ~ {2e+19,-1} 8 0 none -> OXR5506: double float | unsigned 8-byte integer | {value}
-    ~          {1e-300,inf}             8    2147483647  LI      -> OXR5506: double float | signed 8-byte integer | inf
-  )");
-}
-
-TEST(Integers, WriteDecimals) {
-  const std::string zeros(65539, '0');
-  run(R"(
-    member     value                size places ->
-    IntFromDec 1.99                 1    0                        -> 01
-    ~          1.99                 2    2                        -> 00C7
-    ~          -12.99               2    0           order=little -> F4FF
-    ~          ''                   4    0                        -> 00000000
-    ~          {-.5,000000000000000000000005} 1    0              -> {00,05}
-    ~          ' 5 '                1    0                        -> 05
-    ~          1999                 1    -3                       -> 01
-    ~          -9223372036854775808 8    0                        -> 8000000000000000
-    ~          0                    1    2147483647               -> 00
-    ~          123456789            1    -2147483648              -> 00
-    ~          {200,-129}           1    0                        -> overflow PWFInt64 to PWFInt8 | {value}
-    ~          {--5,x}              1    0                        -> OXR5505: string | {value}
-    ~          9223372036854775808  8    0                        -> OXR5506: string | 8-byte integer | {value}
-    ~ 1 8 19 -> OXR5506: string | 8-byte integer | 10000000000000000000
-    ~ -1.5 1 2147483647 -> OXR5506: string | 8-byte integer | -15)" +
-      zeros);
+    member     value                size places      sign ->
+    IntFromDbl 1.5                  2    2           LI   -> 0096
+    ~          {126.9,-1}           1    0           TI   -> {7E,FF}
+    ~          -19                  4    -1          LI   order=little -> FFFFFFFF
+    ~          0.011                2    3           LI   -> 000A
+    ~          {0x1p63,-0x1p63}     8    0           LI   -> {7FFFFFFFFFFFFFFF,8000000000000000}
+    ~          {0x1p63,0x1p64}      8    0           none -> {8000000000000000,FFFFFFFFFFFFFFFF}
+    ~          1e300                8    -2147483648 none -> 0000000000000000
+    ~          {127.9,-128.5}       1    0           LI   -> OXR5506: double float | signed 1-byte integer | {value}
+    ~          {-0.5,255.9,nan}     1    0           none -> OXR5506: double float | unsigned 1-byte integer | {value}
+    ~          {1e+19,-1e+19,nan}   8    0           LI   -> OXR5506: double float | signed 8-byte integer | {value}
+    ~          {2e+19,-1,-inf}      8    0           none -> OXR5506: double float | unsigned 8-byte integer | {value}
+    ~          {1e-300,inf}         8    2147483647  LI   -> OXR5506: double float | signed 8-byte integer | inf
+    IntFromDec 1.99                 2    {0,2}       -    -> {0001,00C7}
+    ~          -12.99               2    0           -    order=little -> F4FF
+    ~          ' 5 '                1    0           -    -> 05
+    ~          {-.5,000000000000000000000005} 1 0    -    -> {00,05}
+    ~          -9223372036854775808 8    0           -    -> 8000000000000000
+    ~          0                    1    2147483647  -    -> 00
+    ~          1999                 1    {-3,-2147483648} - -> {01,00}
+    ~          {200,-129}           1    0           -    -> overflow PWFInt64 to PWFInt8 | {value}
+    ~          {--5,x}              1    0           -    -> OXR5505: string | {value}
+    ~          1                    8    19          -    -> OXR5506: string | 8-byte integer | 10000000000000000000
+    ~ -1.5 1 2147483647 - -> OXR5506: string | 8-byte integer | -15)" +
+      std::string(65539, '0'));
 }
 
 TEST(Integers, TraceTheMembersTheyAreMadeOf) {
@@ -201,24 +138,16 @@ std::string swapped(Case& c) {
   return bytes;
 }
 
-TEST(SwapEnds, MirrorsABufferThatIsSourceAndTarget) {
+// Source and target may be one buffer. Failures go without the usual first insert.
+TEST(SwapEnds, MirrorsInPlaceAndRefusesInOrder) {
   runTable(R"(
     member   bytes    from to length ->
-    SwapEnds 123...   0    3  3 -> 123321
-    ~        1.       0    1  1 -> 11
-    ~        1234     0    0  4 -> 1221
-    ~        12345    0    0  5 -> 12321
-    ~        12345678 0    1  7 -> 12344321
-  )",
-           {{"SwapEnds", swapped}});
-}
-
-TEST(SwapEnds, RefusesInOrderWithoutTheUsualFirstInsert) {
-  runTable(R"(
-    member   bytes from to length ->
-    SwapEnds 1     -1   -1 0      -> OXR5502 bare: Null input pointer
-    ~        1     0    -1 0      -> OXR5502 bare: Null output buffer pointer
-    ~        1     0    0  {0,-3} -> OXR5502 bare: Invalid input length: {length}
+    SwapEnds 123...   0    3  3      -> 123321
+    ~        12345    0    0  5      -> 12321
+    ~        12345678 0    1  7      -> 12344321
+    ~        1        -1   -1 0      -> OXR5502 bare: Null input pointer
+    ~        1        0    -1 0      -> OXR5502 bare: Null output buffer pointer
+    ~        1        0    0  {0,-3} -> OXR5502 bare: Invalid input length: {length}
   )",
            {{"SwapEnds", swapped}});
   try {

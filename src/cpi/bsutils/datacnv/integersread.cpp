@@ -90,7 +90,7 @@ template <class T>
   return value;
 }
 
-// These failures go without the usual first insert: SwapEnds.RefusesInOrderWithoutTheUsualFirstInsert.
+// These failures go without the usual first insert: SwapEnds.MirrorsInPlaceAndRefusesInOrder.
 [[noreturn, gnu::cold, gnu::noinline]] void refuseToSwap(const unsigned char* target, const unsigned char* source,
                                                          int length) {
   const FailureSite site = untracedSite(nullptr, "DataCnv::SwapEnds", kDataCnvHeaderPath);
@@ -107,7 +107,7 @@ void DataCnv::SwapEnds(unsigned char* target, const unsigned char* source, int l
   if (source == nullptr || target == nullptr || length <= 0) [[unlikely]]
     refuseToSwap(target, source, length);
   // Byte by byte from the start of the source, without a copy of it, even where the two overlap and so a byte may be
-  // read that was just written: SwapEnds.MirrorsABufferThatIsSourceAndTarget.
+  // read that was just written: SwapEnds.MirrorsInPlaceAndRefusesInOrder.
   unsigned char* out = target + length;
   for (int i = 0; i < length; ++i)
     *--out = source[i];
@@ -143,7 +143,7 @@ PWFData DataCnv::IntToDec(const unsigned char* source, int size, int virtualDeci
   PWFData value = TextInPlace::make(DECIMAL, 0, [](unsigned short*) {});
   KelWstring& text = TextInPlace::text(value);
   Int64ToUString(number, text);
-  // The minus counts as a position when the point is placed: Integers.ReadWithAScale.
+  // The minus counts as a position when the point is placed: Integers.Read.
   adjustDecimalForString(text, virtualDecimalPoint);
   return value;
 }

@@ -107,7 +107,7 @@ template <class T>
   if (!field.isKnownSize(writing.maxSize)) raiseInternalError(trace.site(), numbered("Invalid integer size: ", size));
   if (!field.range().holds(PWFInt64{value})) {
     const std::string text = std::string("Overflow converting a ") + writing.type + " to " + field.range().type;
-    // The value goes into the message as a signed one of its width: Integers.RefuseWhatDoesNotFit.
+    // The value goes into the message as a signed one of its width: Integers.Write.
     raiseBare<KelConversionException>(trace.site(), failures::kTooLong, text, "integer",
                                       std::to_string(size) + writing.width, size,
                                       static_cast<std::make_signed_t<T>>(value));
@@ -116,7 +116,7 @@ template <class T>
 }
 
 // Truncated towards zero, for a value that Range::holds. A value of exactly 2^63 or 2^64 passes the inclusive test but
-// does not fit 8 bytes; it becomes the largest integer: Integers.WriteDoubles.
+// does not fit 8 bytes; it becomes the largest integer: Integers.WriteDoublesAndDecimals.
 std::uint64_t truncated(double value, bool isSigned) {
   if (!isSigned) return value >= 0x1p64 ? ~std::uint64_t{0} : static_cast<std::uint64_t>(value);
   const std::int64_t number =
@@ -151,7 +151,7 @@ void DataCnv::UIntFromUInt32(PWFUInt32 value, unsigned char* target, int& size) 
 
 void DataCnv::IntFromDbl(double value, unsigned char* target, int size, ESign sign, int virtualDecimalPoint) {
   const FunctionTrace trace(this, "DataCnv::IntFromDbl", kDataCnvPath);
-  // Here, and nowhere else among the integers, every ESign but eSignNone is signed: Integers.WriteDoubles.
+  // Here, and nowhere else among the integers, every ESign but eSignNone is signed: Integers.WriteDoublesAndDecimals.
   const Field field{target, size, integerEndian, sign != eSignNone};
   if (target == nullptr) raiseInternalError(trace.site(), "Null output buffer pointer");
   if (!field.isKnownSize(kMaxSize)) raiseInternalError(trace.site(), numbered("Invalid integer size: ", size));
