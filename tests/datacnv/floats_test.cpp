@@ -30,13 +30,9 @@ void run(std::string_view table) {
 TEST(Floats, ReadAndWriteEachFormat) {
   run(R"(
     member field               float ->
-    both   3F800000            1     way=fast -> 1 3F800000
+    both   3F800000            {1,4} way=fast -> 1 3F800000
     ~      0000803F            2     way=fast -> 1 0000803F
-    ~      3F800000            4     way=fast -> 1 3F800000
     ~      {C1100000,80000000} 3     way=fast -> {-1 C1100000,-0 80000000}
-    ~      00000001            1     way=fast -> 1.401298464324817e-45 00000001
-    ~      000080FF            2     way=fast -> -inf 000080FF
-    ~      3FF0000000000000    1     way=fast -> 1 3FF0000000000000
     ~      000000000000F0BF    2     way=fast -> -1 000000000000F0BF
     ~      C276A00000000000    3     way=fast -> -118.625 C276A00000000000
   )");
@@ -45,11 +41,9 @@ TEST(Floats, ReadAndWriteEachFormat) {
 TEST(Floats, WriteWhatIsTooLargeForTheField) {
   run(R"(
     member     value        size float ->
-    FltFromDbl 1e300        4    1     way=fast    -> 7F800000
-    ~          -1e300       4    2     way=fast    -> 000080FF
+    FltFromDbl -1e300       4    {1,2}  way=fast   -> {FF800000,000080FF}
     ~          {1e300,-inf} 4    3     way=fast    -> {61100000,E1100000}
     ~          {-1e300,nan} 8    3     way=fast    -> {FFFFFFFFFFFFFFFF,7FFFFFFFFFFFFFFF}
-    ~          -1e-300      8    3     way=fast    -> 8000000000000000
     ~          {0x1.000001p0,0x1.0000018p0} 4    1 -> {3F800000,3F800001}
   )");
 }
@@ -67,30 +61,21 @@ TEST(Floats, RefuseNullThenSize) {
   )");
 }
 
-// A minus counts as a position where a point is placed.
-TEST(Floats, ReadAsDecimals) {
+// A minus counts as a position where a point is placed. The last scales are ones that no text could be written out for.
+TEST(Floats, ReadAndWriteDecimals) {
   run(R"(
-    member   field            places   float ->
-    FltToDec 41F00000         {0,1,-2} 3 -> {15.,1.5,1500}
-    ~        C1180000         {0,2}    3 -> {-1.5,0.-15}
-    ~        3DCCCCCD         0        1 -> 0.10000000149011612
-    ~        3FB999999999999A -1       1 -> 01
-  )");
-}
-
-// The last ones have scales that no text could be written out for.
-TEST(Floats, WriteDecimals) {
-  run(R"(
-    member     value    size places      float ->
-    FltFromDec 1.5      4    1           3 -> 41F00000
-    ~          -118.625 8    0           3 -> C276A00000000000
-    ~          15       4    -1          3 -> 41180000
-    ~          1e2      4    0           2 -> 0000C842
-    ~          -0.0     4    0           3 -> 80000000
-    ~          0.1      8    0           3 -> 401999999999999A
-    ~          -1       8    2147483647  3 -> FFFFFFFFFFFFFFFF
-    ~          1        4    -2147483648 3 -> 00000000
-    ~          x        4    0           3 -> OXR5505: string | x
+    member     field    places                 size float ->
+    FltToDec   41F00000 {0,1,-2}               4    3 -> {15.,1.5,1500}
+    ~          C1180000 {0,2}                  4    3 -> {-1.5,0.-15}
+    ~          3DCCCCCD 0                      4    1 -> 0.10000000149011612
+    FltFromDec -        1                      4    3 value=1.5  -> 41F00000
+    ~          -        -1                     4    3 value=15   -> 41180000
+    ~          -        0                      4    2 value=1e2  -> 0000C842
+    ~          -        0                      4    3 value=-0.0 -> 80000000
+    ~          -        0                      8    3 value=0.1  -> 401999999999999A
+    ~          -        2147483647             8    3 value=-1   -> FFFFFFFFFFFFFFFF
+    ~          -        -2147483648            4    3 value=1    -> 00000000
+    ~          -        0                      4    3 value=x    -> OXR5505: string | x
   )");
 }
 
@@ -116,28 +101,18 @@ void expectConverted(std::string_view pairs, void (*ofFloat)(float*, float*),
   }
 }
 
+// The last row of reads has the halving that rounds, its carry into the high word, and the one that carries all the way
+// up.
 TEST(HexFloat, ConvertsKnownPatterns) {
   expectConverted(
-      "41100000 3F800000; 42640000 42C80000; 80000000 80000000; 41000000 41800000; 7FFFFFFF 7F7FFFFF; "
-      "FFFFFFFF FF7FFFFF; 80100000 80000000; 41000001 35800000; 60FFFFFF 7F7FFFFF; 61100000 7F7FFFFF; "
-      "21200000 00000000; A1400001 80800002; 4110000000000000 3FF0000000000000; 0000000012345678 0000000012345678; "
-      "4100000000000000 3FF0000000000000; 4100000000000001 3FF0000000000001; 4100000100000000 3EB0000000000000; "
-      "7F000000FFFFFFFF 4F700000FFFFFFFF; 7FFFFFFFFFFFFFFF 4FB0000040000000; 0000001000000000 2EB0000000000000",
+      "41100000 3F800000; 7FFFFFFF 7F7FFFFF; 80100000 80000000; 41000001 35800000; A1400001 80800002; "
+      "4110000000000000 3FF0000000000000; 0000000012345678 0000000012345678; 4100000000000001 3FF0000000000001; "
+      "412000000000000F 4000000000000008; 41200001FFFFFFFF 4000000180000000; 41FFFFFFFFFFFFFF 4030000040000000",
       DataCnv::ConvertFloatHFPtoIEEE, DataCnv::ConvertDoubleHFPtoIEEE);
   expectConverted(
-      "3F800000 41100000; 42C80000 42640000; 3F000000 40800000; BDCCCCCD C0199999; 7F800000 61100000; "
-      "FFC00000 E1180000; 00000001 21200000; 3E800001 40400000; 3FF0000000000000 4110000000000000; "
-      "000000000000BEEF 000000000000BEEF; 7FF0000000000000 7FFFFFFFFFFFFFFF; 8010000000000000 8000000000000000; "
-      "4FAFFFFFFFFFFFFF 7FFFFFFFFFFFFFF8; 4FB0000000000000 7FFFFFFFFFFFFFFF; 2FB0000000000000 0010000000000000",
+      "3F800000 41100000; BDCCCCCD C0199999; 7F800000 61100000; FFC00000 E1180000; 00000001 21200000; "
+      "3FF0000000000000 4110000000000000; 000000000000BEEF 000000000000BEEF; 7FF0000000000000 7FFFFFFFFFFFFFFF",
       DataCnv::ConvertFloatIEEEtoHFP, DataCnv::ConvertDoubleIEEEtoHFP);
-}
-
-// The halving that rounds, its carry into the high word, and the one that carries all the way up.
-TEST(HexFloat, RoundsTheLastBitOnly) {
-  expectConverted(
-      "4120000000000001 4000000000000001; 412000000000000F 4000000000000008; 41200000FFFFFFFF 4000000000000000; "
-      "41200001FFFFFFFF 4000000180000000; 413FFFFFFFFFFFFF 4010000040000000; 41FFFFFFFFFFFFFF 4030000040000000",
-      nullptr, DataCnv::ConvertDoubleHFPtoIEEE);
 }
 
 // Words, not bytes: in memory this machine's low word comes first.

@@ -56,7 +56,7 @@ constexpr std::uint64_t ieeeFromHex(std::uint64_t hex) {
   std::uint64_t rounded = (mantissa + 1) >> 1;
   if (static_cast<std::uint32_t>(mantissa) == 0xFFFFFFFFu) [[unlikely]] {
     // Here the carry goes into the high word, while the top of the low one is taken from the high one as it was. All
-    // the way up it makes a bit too many, and calls for a rounding more: HexFloat.RoundsTheLastBitOnly.
+    // the way up it makes a bit too many, and calls for a rounding more: HexFloat.ConvertsKnownPatterns.
     const std::uint64_t high = mantissa >> 32;
     rounded = (high + 1) >> 1 << 32 | (high & 1) << 31;
     if (rounded >> 53 != 0) {

@@ -150,7 +150,7 @@ PWFData DataCnv::FltToDec(const unsigned char* source, int size, int virtualDeci
   KelWstring& text = TextInPlace::text(value);
   doubleToUString(FltToDbl(source, size), text, false);
   // Without a scale a whole number keeps its point at the end, "15."; with one, a minus counts as a position. Both
-  // stay: Floats.ReadAsDecimals.
+  // stay: Floats.ReadAndWriteDecimals.
   adjustDecimalForString(text, virtualDecimalPoint);
   return value;
 }
