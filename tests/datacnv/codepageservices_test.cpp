@@ -33,12 +33,9 @@ TEST(CodePageServices, Convert) {
     member            page  data   ->
     IsCcsidEBCDIC     1399  ''     -> true
     ~                 1200  ''     -> false
-    ~                 33722 ''     -> false
     ~                 99999 ''     -> KelRecoverableException OXR2132 bare: Invalid codepage (or missing table) | 99999 | ibm-99999
     toUnicodeString   37    C1C240 -> AB ; 0
     ~                 1208  E282ACFF -> €�; 0
-    ~                 1208  41E2   -> A; 11
-    ~                 1200  4100   order=little -> A; 0
     ~                 1232  00AAAA -> OXR5502: size < MinBytesPerChar for codepage: 1232
     RawCharsToPWFData 37    F0F1F2F3F4F5F6F7F8F9F0F1F2F3F4F5F6 -> STRING 01234567890123456
     ~                 1208  41E2   -> STRING A

@@ -41,22 +41,16 @@ void run(std::string_view table) {
 TEST(Decimals, Edits) {
   run(R"(
     member          text    places ->
-    shift           12345   2                     -> 123.45
-    ~               12345   7                     -> 0.0012345
-    ~               123.45  -5                    -> 12345000
-    ~               .5      0                     -> .5
+    shift           .5      0                     -> .5
     ~               -12     2                     -> -.12
     ~               .1.     -2                    -> 1..
     places          12.345  2                     -> 12.34
-    ~               12.345  0                     -> 12
     ~               12.     0                     -> 12.
-    ~               12      2                     -> 12.00
     ~               ''      2                     -> .00
     ~               .5      3                     -> 0.500
     ~               .000    -1                    -> 0
     ~               12      -2                    -> 12.
     ~               ''      -2                    -> .
-    ~               .0      -2                    -> 0.
     ~               .50     -3                    -> .50
     ~               1234.5  -5                    -> 0
     trailingPoint   .5      0                     -> 0.5
@@ -66,13 +60,11 @@ TEST(Decimals, Edits) {
     UpdateDecimal   1.5.6   0      old=. new=::   -> 1::5.6 at 1
     ~               12:345  0      old=,: new=.   -> 12.45 at 2
     ~               1.5     0      old=. new=null -> 1.5 at -1
-    validateDecimal -,1.5   0      sign=LS        -> valid
-    ~               +5      0      sign=TS        -> OXR5505: decimal | +5
+    validateDecimal +5      0      sign=TS        -> OXR5505: decimal | +5
     ~               5:      0      sign=LS        -> OXR5505: decimal | 5:
     isDecimalValid  1.5E+3  0      point=1        -> true
     ~               5       0      point=1        -> false
     ~               e٥      0                     -> true
-    ~               -5      0                     -> false
     ~               1e2E3   0                     -> false
     ~               1e+-3   0                     -> false
   )");

@@ -115,15 +115,5 @@ TEST(HexFloat, ConvertsKnownPatterns) {
       DataCnv::ConvertFloatIEEEtoHFP, DataCnv::ConvertDoubleIEEEtoHFP);
 }
 
-// Words, not bytes: in memory this machine's low word comes first.
-TEST(HexFloat, TakesTheWordsOfADoubleInTheOrderGiven) {
-  for (const int order : {-1, 0, 1, 2, 3}) {
-    const bool highFirst = order == 2;
-    EXPECT_EQ(fuzz::convertedBits(DataCnv::ConvertDoubleHFPtoIEEE,
-                                  highFirst ? 0x8000000041100000u : 0x4110000080000000u, EEndian{order}),
-              highFirst ? 0x800000003FF00000u : 0x3FF0000080000000u);
-  }
-}
-
 }  // namespace
 }  // namespace oxr::test

@@ -24,13 +24,6 @@ TEST(Settings, ObjectsCarryTheirHeaders) {
   EXPECT_EQ(headerOfA<KelMutex::Mutex>("HSMG", std::ref(mutex)), "HSMG 0 32 / 0OXR HSMG 0 32");
 }
 
-TEST(Settings, Statics) {
-  EXPECT_EQ(DataCnv::UHEX_NUMBERS, u"0123456789abcdefABCDEF"_k);
-  EXPECT_EQ(DataCnv::US_PLUS + DataCnv::US_MINUS + DataCnv::US_DECIMAL, u"+-."_k);
-  EXPECT_EQ(DataCnv::DATE_PATTERN + u" "_k + DataCnv::TIME_PATTERN, DataCnv::TIMESTAMP_PATTERN);
-  EXPECT_EQ(DataCnv::TIMESTAMP_PATTERN + DataCnv::MILLISEC_PATTERN, u"yyyy-MM-dd HH:mm:ss.SSS"_k);
-}
-
 // The owner is set with setOwner alone.
 TEST(Settings, OwnerArgumentIsIgnored) {
   const KelNamedLogSource source(u"type"_k, u"name"_k, u"label"_k);

@@ -78,12 +78,9 @@ void run(std::string_view table) {
 TEST(NumbersFromText, ReadIntegers) {
   run(R"(
     member                field                 sign ->
-    StrToInt32,StrToInt64 12                    LS   way=fast                       -> 12
-    ~                     +12                   LS                                  -> 12
+    StrToInt32,StrToInt64 +12                   LS   way=fast                       -> 12
     ~                     12CR                  TS   minus=CR way=fast              -> -12
     ~                     -                     LS   way=general                    -> 0
-    ~                     -                     9    trim=pad pad=-                 -> 0
-    ~                     **12                  LS   trim=pad justify=right way=fast -> 12
     ~                     **12                  LS   trim=pad justify=right padByte=0x15C way=general -> 12
     ~                     **12                  LS   trim=pad justify=right padByte=0x40 -> OXR5505: string | **12
     ~                     ٣                     LS   way=general                    -> 1587
@@ -92,10 +89,8 @@ TEST(NumbersFromText, ReadIntegers) {
     ~                     2147483648            LS -> OXR5506: string | 4-byte integer | 2147483648
     ~                     23s                   TI                                  -> -233
     StrToInt64            9223372036854775807   LS   way=general                    -> 9223372036854775807
-    ~                     -9223372036854775808  LS                                  -> -9223372036854775808
     ~                     -9223372036854775809* LS trim=pad -> OXR5506: string | 8-byte integer | -9223372036854775809*
     ~                     00000000000000000000  LS -> OXR5506: string | 8-byte integer | 00000000000000000000
-    ~                     00000000000000000000  LS   trim=pad justify=right pad=0   -> 0
   )");
 }
 
@@ -103,32 +98,24 @@ TEST(NumbersFromText, ReadIntegers) {
 TEST(NumbersFromText, ReadDecimalsAndDoubles) {
   run(R"(
     member            field                places ->
-    StrToDec2         1,50                 2                                     -> 1.50
-    ~                 -5                   -2                                    -> OXR5505: string | -5 / OXR5553: -5
+    StrToDec2         -5                   -2                                    -> OXR5505: string | -5 / OXR5553: -5
     ~                 1.50                 2                                     -> 1.50 / OXR5551: 1.50
-    ~                 1E2                  2                                     -> 1E2 / OXR5555: 1E2
     ~                 ''                   2                                     -> '' / OXR5557:  | 2
     ~                 ***                  0      trim=pad                       -> 0 / OXR5550: ***
     ~                 ' 7 '                0                                     -> 7 / OXR5505: string |  7
     StrToDbl2         1,50                 2      way=fast                       -> 1.5
-    ~                 1,50-                2      sign=TS way=fast               -> -1.5
     ~                 1::50                2      point=:: way=general           -> 1.5
     ~                 1,5,0                2 -> OXR5505: string | 1,5,0 / OXR5557: 1,5,0 | 2
-    ~                 1,5                  2                                     -> 1.5 / OXR5557: 1,5 | 2
     ~                 -1,5                 -3                                    -> -1.5 / OXR5556: -1,5
     ~                 15                   -1     point=5                        -> 1 / OXR5554: 15
-    ~                 15                   0      point='' way=general           -> 15
     ~                 5,                   -2     way=general                    -> 5
-    ~                 150                  2      virtual=1 way=general          -> 1.5
     ~                 0E999999999999       -3                                    -> inf
     ~                 -***                 0      trim=pad                       -> -0 / OXR5552: -***
-    StrToDec,StrToDbl 000                  0      justify=right trim=pad pad=0 strict=1 -> 0
-    ~                 1,50                 2      trim=pad pad=0 strict=1        -> 1.5
+    StrToDec,StrToDbl 1,50                 2      trim=pad pad=0 strict=1        -> 1.5
     StrToDbl          100                  2      trim=pad pad=0 strict=1 virtual=1 -> 0.01
     StrToDbl          12                   0      pad=0 strict=1 way=general     -> 12
     ~                 900719925474099,2    1      way=fast                       -> 900719925474099.2
     ~                 900719925474099,3    1      way=general                    -> 900719925474099.2
-    ~                 0000000000000001,50  2      way=fast                       -> 1.5
     ~                 00000000000000001,50 2      way=general                    -> 1.5
   )");
 }
@@ -136,24 +123,19 @@ TEST(NumbersFromText, ReadDecimalsAndDoubles) {
 TEST(NumbersFromText, ReadPlainTexts) {
   run(R"(
     member            field ->
-    UStringToInt64    ''                   way=fast    -> 0
-    ~                 9223372036854775807  way=fast    -> 9223372036854775807
-    ~                 -9223372036854775808 way=fast    -> -9223372036854775808
-    ~                 9223372036854775808              -> OXR5506: string | 8-byte integer | 9223372036854775808
+    UStringToInt64    {9223372036854775807,-9223372036854775808} way=fast    -> {field}
     ~                 999999999999999999x9             -> OXR5505: string | 999999999999999999x9
     PWFStringTodouble,plain_StrToDbl -1.5E-3              way=fast    -> -0.0015
     ~                 0.100000000000000005551115123125782702118158340454101562500000001 way=general -> 0.1
     ~                 0.10000000000000000555111512312578270211815834045410156250000001 way=fast    -> 0.1
     PWFStringTodouble +1.5                             -> OXR5505: string | +1.5
     ~                 .x                               -> 0
-    ~                 1.5x                             -> 1.5
     ~                 ''                               -> OXR5505: string | 
     plain_StrToDbl    .                                -> OXR5505: string | .
     ~                 1.5x                             -> OXR5505: string | 1.5x
     ~                 0x1p4                            -> 16
     ~                 null                 length=1    -> OXR5502: Error converting from unicode | 1
     ~                 null length=-1 -> OXR5505 bare: Tried to convert a zero length string to a double | float
-    short_StrToDec    -1.50                trim=pad    -> -1.5
     bytes_StrToDec    60F1F2F3F4           places=2    -> -12.34
     ~                 F1A7                             -> OXR5505: decimal | 1x
     ~                 ''                               -> OXR5502: size < MinBytesPerChar for codepage: 37
@@ -204,7 +186,6 @@ TEST(NumbersFromText, Trace) {
 void expectTheSameNumbers(bool hasAsciiExponent) {
   run(R"(
     member            field ->
-    StrToDec2         -1,50                -> -1.50
     StrToDbl2         -234567,75           -> -234567.75
     PWFStringTodouble -1.5       early=1   -> -1.5
     plain_StrToDbl    -1.5                 -> -1.5

@@ -30,7 +30,7 @@ Bits bitsOf(const void* number) {
 
 // A double as two words of 32 bits, in the order that the exported routines are told: exactly eEndianBig has the high
 // word first, any other order the low one. Nothing is swapped inside a word, so this is not the byte order of a field:
-// HexFloat.TakesTheWordsOfADoubleInTheOrderGiven.
+// Checks.Hold.
 struct WordPair {
   std::uint32_t words[2];
   bool highFirst;
