@@ -74,6 +74,7 @@ TEST(NumbersToText, WriteFields) {
   run(R"(
     member           value                size ->
     StrFromInt32,StrFromInt64 -12                  6    pad=0                     -> -00012
+    ~                -12                  6    pad=*                     -> ***-12
     ~                -12                  6    pad=0 sign=TS minus=CR    -> 0012CR
     ~                -12                  6    padByte=0xFFF0            -> -00012
     ~                -12                  5    pad=٣                     -> -٣٣12
