@@ -100,6 +100,7 @@ TEST(NumbersFromText, ReadDecimalsAndDoubles) {
     member            field                places ->
     StrToDec2         -5                   -2                                    -> OXR5505: string | -5 / OXR5553: -5
     ~                 1.50                 2                                     -> 1.50 / OXR5551: 1.50
+    ~                 1E2                  2                                     -> 1E2 / OXR5555: 1E2
     ~                 ''                   2                                     -> '' / OXR5557:  | 2
     ~                 ***                  0      trim=pad                       -> 0 / OXR5550: ***
     ~                 ' 7 '                0                                     -> 7 / OXR5505: string |  7

@@ -83,7 +83,7 @@ TEST(NumbersToText, WriteFields) {
     StrFromInt32     -1                   1 sign=none -> OXR5506: 4-byte integer | string (no sign) | -1
     StrFromInt64     -1                   1 sign=none -> OXR5506: 8-byte integer | string (no sign) | -1
     StrFromDbl       1.25                 9    places=1                  -> 1.2
-    ~                12.345               9    virtual=1 places=2        -> 1234
+    ~                12.345               9    virtual=1 places={0,2}    -> {12.345,1234}
     ~                1500                 9    places=-3                 -> 1.5E+3
     ~                -12.5                8    point=, pad=0             -> -00012,5
     ~                -0.0                 9    minus=CR sign=none        -> -0
