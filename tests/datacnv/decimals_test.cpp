@@ -54,7 +54,7 @@ TEST(Decimals, Edits) {
     ~               ''      -2                    -> .
     ~               .50     -3                    -> .50
     ~               1234.5  -5                    -> 0
-    trailingPoint   .5      0                     -> 0.5
+    trailingPoint   {.5,.}  0                     -> {0.5,0}
     zeros           007.500 0                     -> 7.5
     ~               0.00    0                     -> ''
     fromPoint       1.2.3   0                     -> 1

@@ -67,31 +67,23 @@ TEST(Integers, RefuseNullThenSizeThenOverflow) {
   )");
 }
 
-// What does not fit is told as a signed value of its width.
+// What does not fit is told as a signed value of its width. Of doubles every ESign but none is signed. Bounds are
+// tested before the fraction falls away; each step of a scale rounds. Decimals have no ESign.
 TEST(Integers, Write) {
   run(R"(
-    member         value                      size sign ->
-    IntFromInt64   {-32768,32767}             2    LI   way=fast -> {8000,7FFF}
-    ~              65535                      2    TS   way=fast -> FFFF
-    ~              81985529216486895          8    LI   way=fast order=little -> EFCDAB8967452301
-    IntFromInt32,UIntFromUInt32 258           4    none way=fast order=little -> 02010000
-    IntFromInt64   {-129,128}                 1    LI   -> overflow PWFInt64 to PWFInt8 | {value}
-    ~              {-1,256}                   1    none -> overflow PWFInt64 to PWFUInt8 | {value}
-    ~              {-32769,32768}             2    LI   -> overflow PWFInt64 to PWFInt16 | {value}
-    ~              {-1,65536}                 2    TI   -> overflow PWFInt64 to PWFUInt16 | {value}
-    ~              {-2147483649,2147483648}   4    LI   -> overflow PWFInt64 to PWFInt32 | {value}
-    ~              {-1,4294967296}            4    none -> overflow PWFInt64 to PWFUInt32 | {value}
-    ~              {-1,-9223372036854775808}  8    -1   -> overflow PWFInt64 to PWFUInt64 | {value}
-    IntFromInt32   {-1,-2147483648}           4    TS   -> overflow PWFInt32 to PWFUInt32 | {value}
-    UIntFromUInt32 4294967295                 2    none -> overflow PWFUInt32 to PWFUInt16 unsigned | -1
-  )");
-}
-
-// Of doubles every ESign but none is signed. Bounds are tested before the fraction falls away; each step of a scale
-// rounds. Decimals have no ESign.
-TEST(Integers, WriteDoublesAndDecimals) {
-  run(R"(
     member     value                size places      sign ->
+    IntFromInt64   {-32768,32767}             2 0 LI   way=fast -> {8000,7FFF}
+    ~              81985529216486895          8 0 LI   way=fast order=little -> EFCDAB8967452301
+    IntFromInt32,UIntFromUInt32 258           4 0 none way=fast order=little -> 02010000
+    IntFromInt64   {-129,128}                 1 0 LI   -> overflow PWFInt64 to PWFInt8 | {value}
+    ~              {-1,256}                   1 0 none -> overflow PWFInt64 to PWFUInt8 | {value}
+    ~              {-32769,32768}             2 0 LI   -> overflow PWFInt64 to PWFInt16 | {value}
+    ~              {-1,65536}                 2 0 TI   -> overflow PWFInt64 to PWFUInt16 | {value}
+    ~              {-2147483649,2147483648}   4 0 LI   -> overflow PWFInt64 to PWFInt32 | {value}
+    ~              {-1,4294967296}            4 0 none -> overflow PWFInt64 to PWFUInt32 | {value}
+    ~              {-1,-9223372036854775808}  8 0 -1   -> overflow PWFInt64 to PWFUInt64 | {value}
+    IntFromInt32   {-1,-2147483648}           4 0 TS   -> overflow PWFInt32 to PWFUInt32 | {value}
+    UIntFromUInt32 4294967295                 2 0 none -> overflow PWFUInt32 to PWFUInt16 unsigned | -1
     IntFromDbl 1.5                  2    2           LI   -> 0096
     ~          {126.9,-1}           1    0           TI   -> {7E,FF}
     ~          -19                  4    -1          LI   order=little -> FFFFFFFF

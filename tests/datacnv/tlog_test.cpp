@@ -64,6 +64,7 @@ void run(const std::string& table) {
   runTable(std::regex_replace(table, std::regex("-> bad type"), full), kMembers);
 }
 
+// Text goes before what a target holds; a null field empties it.
 TEST(Tlog, ReadsStringsAndDecimals) {
   run(R"(
     member            field              endian ->
@@ -73,13 +74,6 @@ TEST(Tlog, ReadsStringsAndDecimals) {
     ~                 {FD12,F123,FD,F0}  {big,7}        way=fast    -> {-12,123,-,0,-12,123,-,0}
     ~ 67452301895634D112 little way=general -> OXR5505: TLOG packed decimal | 0x67452301895634d112
     ~ {ff12,fdd1,123c,e1} big way=general -> OXR5505: TLOG packed decimal | 0x{field}
-  )");
-}
-
-// Text goes before what a target holds; a null field empties it.
-TEST(Tlog, NullAndEmptyFieldsGiveEmptyText) {
-  run(R"(
-    member             field endian ->
     getUnpackedBuffer  null  {big,little,unset} size=1          -> null
     TLOGFLPckdStrToStr D1    big                text=old        -> D1old
     TLOGFLPckdDecToDec D1    big                text=old        -> -1old
@@ -89,28 +83,21 @@ TEST(Tlog, NullAndEmptyFieldsGiveEmptyText) {
   )");
 }
 
-TEST(Tlog, DecimalPadsComeOffInMemoryOrder) {
+// In EBCDIC 0x46 is a letter with an accent, and 0x30 a control character.
+TEST(Tlog, PadsComeOffInMemoryOrder) {
   run(R"(
     member             field    endian justify pad ->
     TLOGFLPckdDecToDec 1234FFFF big    left    15  -> 1234
     ~                  1234FFFF big    right   15  -> OXR5505: TLOG packed decimal | 0x1234ffff
     ~                  3412FFFF little left    15  -> 1234
     ~                  1299     big    left    25  -> 12
+    TLOGFLPckdStrToStr 12FF     big    left    15  page={819,1208,37} -> {12,12,12FF}
+    ~                  1200     big    left    0   page=37 -> 1200
+    ~                  12FF     big    left    15  page=819 trim=both -> 12FF
   )");
 }
 
-// In EBCDIC 0x46 is a letter with an accent, and 0x30 a control character.
-TEST(Tlog, StringPadIsAnAsciiCodeInTheCodePage) {
-  run(R"(
-    member             field page          justify pad ->
-    TLOGFLPckdStrToStr 12FF  {819,1208,37} left    15                -> {12,12,12FF}
-    ~                  1200  37            left    0                 -> 1200
-    ~                  12FF  819           left    15  trim=both     -> 12FF
-    ~                  12FF  819           left    16                -> 12FF
-    ~                  FF12  819           left    15  endian=little -> 12
-  )");
-}
-
+// A "+" or leading zeros turn the count that the bytes are worked out from: digits are lost, or missed.
 TEST(Tlog, WritesDecimals) {
   run(R"(
     member   value          size ->
@@ -121,14 +108,7 @@ TEST(Tlog, WritesDecimals) {
     ~ 1 2 other=1 -> bad type | Logical type not equal to decimal
     ~        -1234567       4    endian=little        -> D12323D1
     ~        {1,-12}        0                         -> OXR5506: Decimal | TLOG Packed Decimal | {value}
-    ~        {1.5,1.55,12a4,-,+,/1,1:} 2    touched=1 -> OXR5505: decimal | {value}
-  )");
-}
-
-// A "+" or leading zeros turn the count that the bytes are worked out from: digits are lost, or missed.
-TEST(Tlog, FixedFormCountsByTheText) {
-  run(R"(
-    member value              size ->
+    ~        {1.5,1.55,12a4,-,+,/123,:123,123:} 2    touched=1 -> OXR5505: decimal | {value}
     Fixed  {123,-123,-12}     3                   -> {000123,00D123,000D12}
     ~      -12                2                   -> 0D12
     ~      12                 1      endian=unset -> 12

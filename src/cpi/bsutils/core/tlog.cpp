@@ -38,7 +38,7 @@ NumberInText findNumber(UnitView text) {
 }
 
 // Bytes that a number takes in the fixed form, by the rule that goes out: it looks at the whole text and not at the
-// count of the digits. Tlog.FixedFormCountsByTheText.
+// count of the digits. Tlog.WritesDecimals.
 std::ptrdiff_t fixedFormBytes(std::ptrdiff_t length, const NumberInText& number) {
   if (length % 2 != 0) return (length + 1 - number.start) / 2;
   return (length - number.start) / 2 + (number.negative ? 1 : 0);

@@ -68,7 +68,7 @@ enum class TlogFault { none, fieldTooSmall, notADigit };
 // What is counted in the fixed form is the text and where its first digit stands, so that after a "+" or a leading zero
 // the last byte may lack its place: its digits are then dropped, and where not even the first digit has a place the
 // field counts as too small. A text with no digit at all counts as one digit that is none:
-// Tlog.FixedFormCountsByTheText.
+// Tlog.WritesDecimals.
 TlogFault packTlogDecimal(UnitView text, std::span<unsigned char> field, bool fixed);
 
 // What a byte counts as in a string: the ASCII letters "A" to "F" and "a" to "f" as 10 to 15, any other byte as its low

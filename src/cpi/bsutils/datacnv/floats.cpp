@@ -76,7 +76,7 @@ void store(unsigned char* bytes, Bits bits, EFloatFmt format, EEndian order) {
 }
 void writeFloat(double value, unsigned char* bytes, EFloatFmt format, EEndian order) {
   // The machine rounds to nearest and makes an infinity of what is too large for a float, which in the hexadecimal
-  // format is a large number: Floats.WriteWhatIsTooLargeForTheField.
+  // format is a large number: Floats.ReadAndWriteEachFormat.
   store(bytes, std::bit_cast<std::uint32_t>(static_cast<float>(value)), format, order);
 }
 void writeDouble(double value, unsigned char* bytes, EFloatFmt format, EEndian order) {

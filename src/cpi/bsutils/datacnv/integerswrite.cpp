@@ -116,7 +116,7 @@ template <class T>
 }
 
 // Truncated towards zero, for a value that Range::holds. A value of exactly 2^63 or 2^64 passes the inclusive test but
-// does not fit 8 bytes; it becomes the largest integer: Integers.WriteDoublesAndDecimals.
+// does not fit 8 bytes; it becomes the largest integer: Integers.Write.
 std::uint64_t truncated(double value, bool isSigned) {
   if (!isSigned) return value >= 0x1p64 ? ~std::uint64_t{0} : static_cast<std::uint64_t>(value);
   const std::int64_t number =
@@ -151,7 +151,7 @@ void DataCnv::UIntFromUInt32(PWFUInt32 value, unsigned char* target, int& size) 
 
 void DataCnv::IntFromDbl(double value, unsigned char* target, int size, ESign sign, int virtualDecimalPoint) {
   const FunctionTrace trace(this, "DataCnv::IntFromDbl", kDataCnvPath);
-  // Here, and nowhere else among the integers, every ESign but eSignNone is signed: Integers.WriteDoublesAndDecimals.
+  // Here, and nowhere else among the integers, every ESign but eSignNone is signed: Integers.Write.
   const Field field{target, size, integerEndian, sign != eSignNone};
   if (target == nullptr) raiseInternalError(trace.site(), "Null output buffer pointer");
   if (!field.isKnownSize(kMaxSize)) raiseInternalError(trace.site(), numbered("Invalid integer size: ", size));

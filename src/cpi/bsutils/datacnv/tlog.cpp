@@ -167,7 +167,7 @@ void DataCnv::TLOGFLPckdStrToStr(const unsigned char* source, KelWstring& target
   const auto trace = readingTrace(this, "DataCnv::TLOGFLPckdStrToStr", size, endian);
   TLOGPckdStrToStr(source, target, size, endian);
   if (trimType != eTrimPadding || padCharIsUnicode || padChar > 15) return;
-  // An ASCII code, and yet handed over as a value in the code page: Tlog.StringPadIsAnAsciiCodeInTheCodePage.
+  // An ASCII code, and yet handed over as a value in the code page: Tlog.PadsComeOffInMemoryOrder.
   TrimData(target, eTrimPadding, justification, hexDigit(padChar), false);
 }
 
@@ -190,7 +190,7 @@ void DataCnv::TLOGFLPckdDecToDec(const unsigned char* source, KelWstring& target
                                  bool padCharIsUnicode) {
   const auto trace = readingTrace(this, "DataCnv::TLOGFLPckdDecToDec", size, endian);
   if (source != nullptr && trimType == eTrimPadding && !padCharIsUnicode) {
-    // Trimmed as it lies in memory, before any reversal: Tlog.DecimalPadsComeOffInMemoryOrder.
+    // Trimmed as it lies in memory, before any reversal: Tlog.PadsComeOffInMemoryOrder.
     const std::span<const unsigned char> field(source, fieldSize(size));
     const auto pad = static_cast<unsigned char>((padChar & 0x0F) * 0x11);  // the half byte twice
     const std::size_t leading = justification == eJustifyRight ? core::leadingPads(field, pad) : 0;
