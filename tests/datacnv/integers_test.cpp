@@ -40,7 +40,6 @@ TEST(Integers, Read) {
     UIntToUInt64 EFCDAB8967452301 none way=fast order=little       -> 81985529216486895
     IntToDec     04D2             none places={2,5}                -> {12.34,0.01234}
     ~            FB               none places={2,-2}               -> {0.-5,-500}
-    ~            0000             none places=9                    -> 0.000000000
     IntToDbl     FF               TI   places=1                    -> 25.5
     ~            07               LI   places=3                    -> 0.006999999999999999
     ~            FB               LI   places=-2                   -> -500

@@ -117,6 +117,7 @@ TEST(NumbersFromText, ReadDecimalsAndDoubles) {
     StrToDbl          12                   0      pad=0 strict=1 way=general     -> 12
     ~                 900719925474099,2    1      way=fast                       -> 900719925474099.2
     ~                 900719925474099,3    1      way=general                    -> 900719925474099.2
+    ~                 0000000000000001,50  2      way=fast                       -> 1.5
     ~                 00000000000000001,50 2      way=general                    -> 1.5
   )");
 }
