@@ -5,6 +5,7 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "harness/failures.hpp"
 #include "harness/headers.hpp"
@@ -130,6 +131,18 @@ TEST(CpUnicodeConverter, TracesForwardersAndFailures) {
   EXPECT_TRUE(failure.starts_with("CPUnicodeConverter::CPUnicodeConverter: Throwing exception|src/cpi/bsutils/cp") &&
               failure.ends_with("|OXR2132|Invalid codepage (or missing table)|1|ibm-1\n"))
       << failure;
+}
+
+TEST(CpUnicodeConverterThreads, ObjectsShareNothing) {
+  const auto work = [] {
+    for (const int ccsid : {37, 1208, 943, 1200, 1047}) {
+      const CPUnicodeConverter page(ccsid, eEndianBig);
+      EXPECT_EQ(decoded(page, encoded(page, u"Threads"_k, 40).first), Outcome("Threads", 0));
+    }
+  };
+  std::thread first(work), second(work), third(work);
+  for (std::thread* const thread : {&first, &second, &third})
+    thread->join();
 }
 
 }  // namespace

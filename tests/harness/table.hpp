@@ -165,17 +165,18 @@ Member writer(void (DataCnv::*member)(Value, unsigned char*, Size, Types...), Ar
 
 inline std::vector<std::string> wordsOf(std::string_view line) {
   std::vector<std::string> words;
-  for (std::size_t at = 0; (at = line.find_first_not_of(' ', at)) != line.npos;) {
-    const bool isQuoted = line[at] == '\'';
-    std::size_t end = isQuoted ? line.find('\'', at + 1) : std::min(line.find(' ', at), line.size());
-    // A value may be quoted too: pad=' '.
-    if (!isQuoted && line.substr(at, end - at).find("='") != line.npos)
-      end = line.find('\'', line.find("='", at) + 2) + 1;
-    words.emplace_back(line.substr(at + isQuoted, end - at - isQuoted));
-    if (const auto quote = words.back().find("='"); !isQuoted && quote != std::string::npos)
-      words.back() =
-          words.back().substr(0, quote + 1) + words.back().substr(quote + 2, words.back().size() - quote - 3);
-    at = end + isQuoted;
+  bool isInWord = false, isQuoted = false;
+  for (const char c : line) {
+    if (c == ' ' && !isQuoted) {
+      isInWord = false;
+      continue;
+    }
+    if (!isInWord) words.emplace_back();
+    isInWord = true;
+    if (c == '\'')
+      isQuoted = !isQuoted;  // in a word too: pad=' '
+    else
+      words.back() += c;
   }
   return words;
 }
