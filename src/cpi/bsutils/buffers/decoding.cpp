@@ -1,3 +1,6 @@
+// One step of decoding through a window, and the run of steps that fills a target: the window grows as long as the text
+// goes on and units are missing, so that only the end of the data can cut a character off.
+
 #include "buffers/decoding.hpp"
 
 #include "support/support.hpp"

@@ -1,3 +1,6 @@
+// A message that grows in memory. The room doubles when it is used up, so that appending byte by byte costs the same as
+// appending at once.
+
 #include "growingbytebuffer.hpp"
 
 #include <algorithm>

@@ -1,3 +1,10 @@
+// Characters and stretches of a message as UTF-16, and the offset that moves over them.
+//
+// Every read looks through a window over the host's buffer, which is asked to show the bytes first: they may have to
+// come from elsewhere. The current offset is a number of bytes. Where the code page has shift states, or half a pair
+// was handed out, what the converter holds belongs to that offset: it is kept while reading goes on from there, and
+// given up as soon as anything else is read.
+
 #include <unicode/utf16.h>
 
 #include <algorithm>

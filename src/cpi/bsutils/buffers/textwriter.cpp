@@ -1,3 +1,9 @@
+// Text into a message's buffer, and the queue before it.
+//
+// The buffer is asked for the room of the longest bytes that a text can have, the text is converted into that room, and
+// what it took is committed: the bytes are written once, where they stay. A text that fails leaves nothing, neither in
+// the buffer nor in the converter.
+
 #include <unicode/ustring.h>
 #include <unicode/utf16.h>
 

@@ -1,3 +1,8 @@
+// The exported members of a converter: each goes by the form of its code page as far as that serves, else through ICU.
+//
+// What ICU holds back between two calls (units or bytes without room, half a character, a shift state) is known in two
+// flags, so that a form is never taken past it.
+
 #include "cpunicodeconverter.hpp"
 
 #include <unicode/ucnv_err.h>

@@ -20,6 +20,7 @@ using namespace oxr;
 
 namespace {
 
+// A field of up to ten bytes: all digits as one number of 64 bits, the point left to the caller.
 [[gnu::always_inline]] inline bool readNumberFast(const DataCnv& cnv, const unsigned char* source, int size, ESign sign,
                                                   core::PackedNumber& number) {
   const auto bytes = static_cast<std::uint32_t>(size);
@@ -37,6 +38,8 @@ bool readDoubleFast(const DataCnv& cnv, const unsigned char* source, int size, i
   return isCanonical && core::toDouble(number, virtualDecimalPoint, value);
 }
 
+// The whole part of a field's number. The places after the point are cut, as the general way's IntFromDec cuts them; a
+// number beyond the integer is left to the general way, which raises.
 template <class Integer>
 bool readIntegerFast(const DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
                      Integer& value) {
@@ -57,6 +60,7 @@ double readDoubleGeneral(DataCnv& cnv, const unsigned char* source, int size, in
   return cnv.PWFStringTodouble(TextInPlace::text(decimal));
 }
 
+// By way of the bytes of an integer: the failure of a number that is too large is that of IntFromDec.
 PWFInt64 readInt64General(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(&cnv, "DataCnv::PckdDecToPWFInt64", kDataCnvPath);
   const PWFData decimal = decimalOf(cnv, source, size, virtualDecimalPoint, sign);
@@ -73,7 +77,7 @@ PWFInt32 readInt32General(DataCnv& cnv, const unsigned char* source, int size, i
   return cnv.IntToInt32(integer, sizeof integer, eSignLeadingIncluded);
 }
 
-// Packs an integer whose digits, with zeros for its places, fit both the field and a register of fifteen.
+// Packs an integer whose digits, followed by a zero for each place of the field, are fifteen at most and fit the field.
 bool writeIntegerFast(DataCnv& cnv, PWFInt64 value, unsigned char* target, int size, int virtualDecimalPoint,
                       ESign sign) {
   constexpr std::uint32_t kMaxDigits = 2 * core::PackedWord::kMaxSize - 1;
@@ -135,6 +139,7 @@ PWFInt32 DataCnv::PckdDecToInt32(const unsigned char* source, int size, int virt
   return readInt32General(*this, source, size, virtualDecimalPoint, sign);
 }
 
+// No fast way of its own: writing the digits of a double takes several times as long as packing them.
 void DataCnv::PckdDecFromDbl(double value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(this, "DataCnv::PckdDecFromDbl", kDataCnvPath);
   KelBufferedWstring<16u> text;
