@@ -21,6 +21,12 @@ inline constexpr unsigned kPackedMinus = 0xD;           // the one half byte tha
 inline constexpr unsigned kPackedAlternateMinus = 0xB;  // tested as a negative sign, read as positive
 inline constexpr unsigned kPackedUnsigned = 0xF;        // written into unsigned fields
 
+// The half byte to write: `positive` is that of a positive value in a signed field.
+constexpr unsigned packedSign(bool isSigned, bool negative, unsigned positive) {
+  if (!isSigned) return kPackedUnsigned;
+  return negative ? kPackedMinus : positive;
+}
+
 enum class PackedFault { none, noSign, negativeUnsigned, badDigit };
 
 // The two half bytes that say negative.

@@ -239,8 +239,8 @@ void decimalText(DataCnv& cnv, const FailureSite& site, KelWstring& text, const 
   if (negative) insertUnit(text, 0, '-');
 }
 
-PWFData readDecimalGeneral(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint,
-                           const ExternalForm& form) {
+[[gnu::noinline]] PWFData readDecimalGeneral(DataCnv& cnv, const unsigned char* source, int size,
+                                             int virtualDecimalPoint, const ExternalForm& form) {
   const FunctionTrace trace(&cnv, "DataCnv::ExtDecToDec", kDataCnvPath);
   requireField(trace.site(), source, size, "Invalid external decimal size: ");
   PWFData value = TextInPlace::make(DECIMAL, 0, [](unsigned short*) {});
@@ -248,8 +248,8 @@ PWFData readDecimalGeneral(DataCnv& cnv, const unsigned char* source, int size, 
   return value;
 }
 
-double readDoubleGeneral(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint,
-                         const ExternalForm& form) {
+[[gnu::noinline]] double readDoubleGeneral(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint,
+                                           const ExternalForm& form) {
   const FunctionTrace trace(&cnv, "DataCnv::ExtDecToDbl", kDataCnvPath);
   requireField(trace.site(), source, size, "Invalid external decimal size: ");
   KelBufferedWstring<16u> text;
@@ -259,12 +259,14 @@ double readDoubleGeneral(DataCnv& cnv, const unsigned char* source, int size, in
 
 // Into a text that may have room of its own. A field that is missing is left to the conversion to refuse, unlike in the
 // other members: ExternalDecimal.RefusesBadFields.
-void readTextGeneral(DataCnv& cnv, const unsigned char* source, int size, const ExternalForm& form, KelWstring& text) {
+[[gnu::noinline]] void readTextGeneral(DataCnv& cnv, const unsigned char* source, int size, const ExternalForm& form,
+                                       KelWstring& text) {
   const FunctionTrace trace(&cnv, "DataCnv::ExtDecToStr", kDataCnvPath);
   decimalText(cnv, trace.site(), text, source, size, {}, form);
 }
 
-PWFInt64 readIntegerGeneral(DataCnv& cnv, const unsigned char* source, int size, const ExternalForm& form) {
+[[gnu::noinline]] PWFInt64 readIntegerGeneral(DataCnv& cnv, const unsigned char* source, int size,
+                                              const ExternalForm& form) {
   const FunctionTrace trace(&cnv, "DataCnv::ExtDecToInt64", kDataCnvPath);
   // "extended" where the others say "external": ExternalDecimal.RefusesBadFields.
   requireField(trace.site(), source, size, "Invalid extended decimal size: ");

@@ -54,14 +54,16 @@ PWFData decimalOf(DataCnv& cnv, const unsigned char* source, int size, int virtu
   return cnv.PckdDecToDec(source, size, core::clampedPlaces(virtualDecimalPoint, digits), sign);
 }
 
-double readDoubleGeneral(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
+[[gnu::noinline]] double readDoubleGeneral(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint,
+                                           ESign sign) {
   const FunctionTrace trace(&cnv, "DataCnv::PckdDecToDbl", kDataCnvPath);
   PWFData decimal = decimalOf(cnv, source, size, virtualDecimalPoint, sign);
   return cnv.PWFStringTodouble(TextInPlace::text(decimal));
 }
 
 // By way of the bytes of an integer: the failure of a number that is too large is that of IntFromDec.
-PWFInt64 readInt64General(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
+[[gnu::noinline]] PWFInt64 readInt64General(DataCnv& cnv, const unsigned char* source, int size,
+                                            int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(&cnv, "DataCnv::PckdDecToPWFInt64", kDataCnvPath);
   const PWFData decimal = decimalOf(cnv, source, size, virtualDecimalPoint, sign);
   unsigned char integer[8];
@@ -69,7 +71,8 @@ PWFInt64 readInt64General(DataCnv& cnv, const unsigned char* source, int size, i
   return cnv.IntToInt64(integer, sizeof integer, eSignLeadingIncluded);
 }
 
-PWFInt32 readInt32General(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
+[[gnu::noinline]] PWFInt32 readInt32General(DataCnv& cnv, const unsigned char* source, int size,
+                                            int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(&cnv, "DataCnv::PckdDecToInt32", kDataCnvPath);
   const PWFData decimal = decimalOf(cnv, source, size, virtualDecimalPoint, sign);
   unsigned char integer[4];
@@ -85,21 +88,20 @@ bool writeIntegerFast(DataCnv& cnv, PWFInt64 value, unsigned char* target, int s
   const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than there are digits
   if (target == nullptr || size <= 0 || places >= kMaxDigits || magnitude >= core::kPowersOfTen[kMaxDigits - places])
     return false;
-  char nibble;
-  cnv.GetPackedDecimalSign(static_cast<short>(sign != eSignNone), value < 0, &nibble);
+  const unsigned signNibble = DataCnvParts::packedSign(cnv, sign != eSignNone, value < 0);
   // Digits and sign fill the end of the field in normal order, zeros the rest.
   const auto bytes = static_cast<std::uint32_t>(size);
   const std::uint32_t filled = std::min(bytes, core::PackedWord::kMaxSize);
   const bool reversed = DataCnvParts::isPackedReversed(cnv);
-  if (!core::packShort(core::halfBytesOfNumber(magnitude) << 4 * places, static_cast<unsigned char>(nibble),
+  if (!core::packShort(core::halfBytesOfNumber(magnitude) << 4 * places, signNibble,
                        target + (reversed ? 0 : bytes - filled), filled, reversed))
     return false;
   std::fill_n(target + (reversed ? filled : 0), bytes - filled, static_cast<unsigned char>(0));
   return true;
 }
 
-void writeInt64General(DataCnv& cnv, PWFInt64 value, unsigned char* target, int size, int virtualDecimalPoint,
-                       ESign sign) {
+[[gnu::noinline]] void writeInt64General(DataCnv& cnv, PWFInt64 value, unsigned char* target, int size,
+                                         int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(&cnv, "DataCnv::PckdDecFromPWFInt64", kDataCnvPath);
   unsigned char integer[8];
   cnv.IntFromInt64(value, integer, sizeof integer, eSignLeadingIncluded);
@@ -107,8 +109,8 @@ void writeInt64General(DataCnv& cnv, PWFInt64 value, unsigned char* target, int 
   cnv.PckdDecFromDec(decimal.getDecimalValue(), target, size, virtualDecimalPoint, sign);
 }
 
-void writeInt32General(DataCnv& cnv, PWFInt32 value, unsigned char* target, int size, int virtualDecimalPoint,
-                       ESign sign) {
+[[gnu::noinline]] void writeInt32General(DataCnv& cnv, PWFInt32 value, unsigned char* target, int size,
+                                         int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(&cnv, "DataCnv::PckdDecFromInt32", kDataCnvPath);
   unsigned char integer[4];
   cnv.IntFromInt32(value, integer, sizeof integer, eSignLeadingIncluded);

@@ -86,7 +86,8 @@ void validateField(DataCnv& cnv, const core::PackedField& field, ESign sign, con
   cnv.ValidatePackedDecimal(nibbles.data(), static_cast<int>(nibbles.size()), sign, source);
 }
 
-PWFData readPackedGeneral(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
+[[gnu::noinline]] PWFData readPackedGeneral(DataCnv& cnv, const unsigned char* source, int size,
+                                            int virtualDecimalPoint, ESign sign) {
   const FunctionTrace trace(&cnv, "DataCnv::PckdDecToDec", kDataCnvPath);
   if (source == nullptr) raiseInternalError(trace.site(), "Null input pointer");
   if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid input size: ", size));
@@ -99,10 +100,8 @@ PWFData readPackedGeneral(DataCnv& cnv, const unsigned char* source, int size, i
 }  // namespace
 
 char DataCnv::GetPackedDecimalSign(short isSigned, int isNegative, char* sign) {
-  if (isSigned == 0)
-    *sign = static_cast<char>(core::kPackedUnsigned);
-  else
-    *sign = isNegative != 0 ? static_cast<char>(core::kPackedMinus) : positivePackedSign;
+  *sign = static_cast<char>(
+      core::packedSign(isSigned != 0, isNegative != 0, static_cast<unsigned char>(positivePackedSign)));
   return *sign;
 }
 
@@ -117,7 +116,7 @@ void DataCnv::ValidatePackedDecimal(const unsigned char* nibbles, int count, ESi
 
 PWFData DataCnv::PckdDecToDec(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
   ShortPacked packed;
-  if (wentFast([&] {
+  if (wentFast([&]() __attribute__((always_inline)) {
         return readPackedFast(source, size, virtualDecimalPoint, sign, packedEndian == eEndianLittle, packed);
       })) [[likely]]
     return packed.value();

@@ -25,13 +25,6 @@ std::uint64_t roomOf(int size) {
   return static_cast<std::uint64_t>(std::max(size, 0));
 }
 
-// The half byte of the sign as it is written.
-inline unsigned packedSign(DataCnv& cnv, bool negative, ESign sign) {
-  char nibble = 0;
-  cnv.GetPackedDecimalSign(static_cast<short>(sign != eSignNone), negative, &nibble);
-  return static_cast<unsigned char>(nibble);
-}
-
 // Digits are kept in a register for fields of up to eight bytes, and in a buffer for longer ones.
 [[gnu::always_inline]] inline bool writePackedFast(DataCnv& cnv, const unsigned short* text, unsigned char* target,
                                                    int size, int virtualDecimalPoint, ESign sign) {
@@ -43,7 +36,7 @@ inline unsigned packedSign(DataCnv& cnv, bool negative, ESign sign) {
     std::uint64_t digits;
     bool negative;
     return core::shortIntegerDigits(text, places, digits, negative) &&
-           core::packShort(digits, packedSign(cnv, negative, sign), target, bytes, reversed);
+           core::packShort(digits, DataCnvParts::packedSign(cnv, sign != eSignNone, negative), target, bytes, reversed);
   }
   core::DigitBuffer buffer;
   core::IntegerDigits number;
@@ -51,12 +44,13 @@ inline unsigned packedSign(DataCnv& cnv, bool negative, ESign sign) {
   if (!core::integerDigits(text, virtualDecimalPoint, buffer, number) || number.count != number.digits.size() ||
       core::packedSize(number.count) > bytes)
     return false;
-  core::packDigits(number.digits, packedSign(cnv, number.negative, sign), {target, bytes}, reversed);
+  core::packDigits(number.digits, DataCnvParts::packedSign(cnv, sign != eSignNone, number.negative), {target, bytes},
+                   reversed);
   return true;
 }
 
-void writePackedGeneral(DataCnv& cnv, const unsigned short* text, unsigned char* target, int size,
-                        int virtualDecimalPoint, ESign sign) {
+[[gnu::noinline]] void writePackedGeneral(DataCnv& cnv, const unsigned short* text, unsigned char* target, int size,
+                                          int virtualDecimalPoint, ESign sign) {
   static constexpr unsigned short kNoText[] = {0};
   const FunctionTrace trace(&cnv, "DataCnv::PckdDecFromDec", kDataCnvPath);
   if (target == nullptr) raiseInternalError(trace.site(), "Null output buffer pointer");
@@ -68,14 +62,17 @@ void writePackedGeneral(DataCnv& cnv, const unsigned short* text, unsigned char*
   const bool negative = integerText(cnv, text, places, digits);
   if (core::packedSize(digits.length()) > room)
     raise<KelConversionException>(trace.site(), failures::kTooLong, "decimal", "packed decimal", size, text);
-  core::packDigits(digits.view(), packedSign(cnv, negative, sign), {target, room}, DataCnvParts::isPackedReversed(cnv));
+  core::packDigits(digits.view(), DataCnvParts::packedSign(cnv, sign != eSignNone, negative), {target, room},
+                   DataCnvParts::isPackedReversed(cnv));
 }
 
 }  // namespace
 
 void DataCnv::PckdDecFromDec(const unsigned short* text, unsigned char* target, int size, int virtualDecimalPoint,
                              ESign sign) {
-  if (wentFast([&] { return writePackedFast(*this, text, target, size, virtualDecimalPoint, sign); })) [[likely]]
+  if (wentFast([&]() __attribute__((always_inline)) {
+        return writePackedFast(*this, text, target, size, virtualDecimalPoint, sign);
+      })) [[likely]]
     return;
   writePackedGeneral(*this, text, target, size, virtualDecimalPoint, sign);
 }

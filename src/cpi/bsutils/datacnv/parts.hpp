@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/packedfield.hpp"
 #include "dataconv.hpp"
 
 namespace oxr {
@@ -13,6 +14,10 @@ struct DataCnvParts {
   static int ccsid(const DataCnv& cnv) { return cnv.ccsid; }
   static EEndian integerEndian(const DataCnv& cnv) { return cnv.integerEndian; }
   static bool isPackedReversed(const DataCnv& cnv) { return cnv.packedEndian == eEndianLittle; }
+  // The half byte of the sign of a packed decimal as it is written, as GetPackedDecimalSign has it.
+  static unsigned packedSign(const DataCnv& cnv, bool isSigned, bool negative) {
+    return core::packedSign(isSigned, negative, static_cast<unsigned char>(cnv.positivePackedSign));
+  }
   static bool checksStrictly(const DataCnv& cnv) { return cnv.strictNumericChecking; }
   static bool takesLoosePoints(const DataCnv& cnv) { return cnv.messageStandard == eMessageStandardLooseDecimal; }
 

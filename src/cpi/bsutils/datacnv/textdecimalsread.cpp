@@ -159,7 +159,7 @@ void readDecimal(DataCnv& cnv, const NumberField& field, KelWstring& text) {
 }
 
 // Reads any field. A negative zero keeps its sign.
-double readDoubleGeneral(DataCnv& cnv, const NumberField& field) {
+[[gnu::noinline]] double readDoubleGeneral(DataCnv& cnv, const NumberField& field) {
   const FunctionTrace trace(&cnv, "DataCnv::StrToDbl", kDataCnvPath);
   KelBufferedWstring<16u> number;
   const bool negative = readNumber(cnv, trace.site(), kDouble, field, number);

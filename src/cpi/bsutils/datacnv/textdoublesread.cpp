@@ -61,7 +61,7 @@ inline bool readCanonicalFast(const KelWstring& text, double& value) {
 }
 
 // Reads whatever ICU takes, as far as it goes.
-double readCanonicalGeneral(DataCnv& cnv, const KelWstring& text) {
+[[gnu::noinline]] double readCanonicalGeneral(DataCnv& cnv, const KelWstring& text) {
   // The traced name isn't the operation's own: NumbersFromText.Trace.
   const FunctionTrace trace(&cnv, "DataCnv::UStringTodouble", kDataCnvPath);
   const icu::DecimalFormat& formatter = *cnv.getDecimalFormatter();
@@ -84,7 +84,7 @@ inline bool readTextFast(const unsigned short* text, int length, double& value) 
 }
 
 // Reads whatever strtod takes, and refuses a text of which it takes only the beginning.
-double readTextGeneral(DataCnv& cnv, const unsigned short* text, int length) {
+[[gnu::noinline]] double readTextGeneral(DataCnv& cnv, const unsigned short* text, int length) {
   const FunctionTrace trace(&cnv, "DataCnv::StrToDbl", kDataCnvPath);
   if (length < 0)
     raiseBare<KelConversionException>(trace.site(), failures::kInvalidData,

@@ -78,7 +78,7 @@ bool isDigit(unsigned short unit) {
 
 // Reads any field. The digit test is ICU's, and the sum takes the digits that it lets pass for ASCII ones, so that
 // those of other scripts give a value of their own: NumbersFromText.ReadIntegers.
-PWFUInt64 readFieldGeneral(DataCnv& cnv, const IntegerKind& kind, const TextField& field) {
+[[gnu::noinline]] PWFUInt64 readFieldGeneral(DataCnv& cnv, const IntegerKind& kind, const TextField& field) {
   const FunctionTrace trace(&cnv, kind.function, kDataCnvPath);
   requireField(trace.site(), kind, field);
   KelBufferedWstring<16u> digits(field.view());

@@ -116,7 +116,7 @@ inline bool writeDoubleFast(double value, KelWstring& out, bool exponential) {
 
 // Writes the formatter's own text. Each notation has a formatter, since a switch from one to the other makes ICU build
 // it anew.
-void writeDoubleGeneral(DataCnv& cnv, double value, KelWstring& out, bool exponential) {
+[[gnu::noinline]] void writeDoubleGeneral(DataCnv& cnv, double value, KelWstring& out, bool exponential) {
   const FunctionTrace trace(&cnv, "DataCnv::doubleToUString", kDataCnvPath);
   std::unique_ptr<icu::DecimalFormat>& notation = DataCnvParts::notation(cnv, exponential);
   if (notation == nullptr) notation = makeNotation(*cnv.getDecimalFormatter(), exponential);
