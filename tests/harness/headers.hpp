@@ -8,7 +8,8 @@
 
 namespace oxr::test {
 
-// The header with `tag` as it lies in `size` bytes of memory: "tag start end", with the marker before it where it is not
+// The header with `tag` as it lies in `size` bytes of memory: "tag start end", with the marker before it where it is
+// not
 // ">OXR"; "none" where there is none. Finds a dead one too.
 inline std::string headerIn(const void* memory, std::size_t size, const char* tag) {
   const auto* const bytes = static_cast<const char*>(memory);
