@@ -18,8 +18,6 @@ set_property(SOURCE ${PROJECT_SOURCE_DIR}/tests/oxrrec/decode_test.cpp
                     ${PROJECT_SOURCE_DIR}/tests/oxrrec/shareddata_test.cpp
              APPEND PROPERTY COMPILE_DEFINITIONS OXR_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/tools/oxrrec/samples"
                              OXR_SHARED_DATA_DIR="${OXR_SHARED_DATA_DIR}")
-set_property(SOURCE ${PROJECT_SOURCE_DIR}/tests/oxrrec/decode_test.cpp
-             APPEND PROPERTY COMPILE_DEFINITIONS OXR_TOOL_PATH="$<TARGET_FILE:oxrrec>")
 target_link_libraries(oxr_tests PRIVATE oxrrec_parts oxrbitstreamutilities oxrcore GTest::gmock GTest::gtest_main)
 add_dependencies(oxr_tests oxrrec)
 # The names of the tests are asked for when ctest runs: a build must not fail because a test binary cannot start.
