@@ -64,16 +64,16 @@ int markRoomOf(const CPUnicodeConverter& page) {
 }
 
 // Converts a whole text; the result is the number of bytes.
-inline int convert(const FunctionTrace& trace, CPUnicodeConverter& page, char* target, int room,
+inline int convert(const FailureSite& site, CPUnicodeConverter& page, char* target, int room,
                    const unsigned short* source, int length) {
   if (!isValidRange(target, room) || !isValidRange(source, length))
-    raiseConversionError(trace.site(), U_ILLEGAL_ARGUMENT_ERROR);
+    raiseConversionError(site, U_ILLEGAL_ARGUMENT_ERROR);
   char* end = target;
   UErrorCode status = U_ZERO_ERROR;
   page.fromUnicode(end, target + room, source, source + length, nullptr, true, status);
   if (U_FAILURE(status)) {
     CodePage::forgetHeldBytes(page);  // bytes that found no room, a shift state, half a pair
-    raiseConversionError(trace.site(), status);
+    raiseConversionError(site, status);
   }
   return static_cast<int>(end - target);
 }
@@ -109,7 +109,7 @@ void TextBufferWriter::fromUnicode(char* target, int* targetLength, const unsign
                                    bool mayDropBom) const {
   const FunctionTrace trace(nullptr, kFromUnicode, kTextBufferPath);
   if (converter == nullptr) raiseNoConverter(trace.site());
-  *targetLength = convert(trace, pageFor(mayDropBom), target, *targetLength, source, sourceLength);
+  *targetLength = convert(trace.site(), pageFor(mayDropBom), target, *targetLength, source, sourceLength);
 }
 
 inline int TextBufferWriter::roomFor(int length) const {
@@ -120,7 +120,7 @@ inline int TextBufferWriter::roomFor(int length) const {
 // asked for twice.
 [[gnu::always_inline]] inline bool TextBufferWriter::appendFast(char*& reserved, const unsigned short* text, int length,
                                                                 bool mayDropBom) {
-  if (length <= 0 || text == nullptr || converter == nullptr) return false;
+  if (length <= 0 || text == nullptr || converter == nullptr || !CodePage::hasForm(*converter)) return false;
   const int room = roomFor(length);
   reserved = buffer->reserveForAppend(room);
   if (reserved == nullptr) return false;
@@ -138,8 +138,9 @@ void TextBufferWriter::appendGeneral(const char* function, char* reserved, const
   if (converter == nullptr) raiseNoConverter(trace.site());
   const int room = roomFor(length);
   if (reserved == nullptr) reserved = buffer->reserveForAppend(room);
-  const FunctionTrace inner(nullptr, kFromUnicode, kTextBufferPath);
-  buffer->commitAppend(convert(inner, pageFor(mayDropBom), reserved, room, text, length));
+  int written = room;
+  fromUnicode(reserved, &written, text, length, mayDropBom);
+  buffer->commitAppend(written);
 }
 
 inline void TextBufferWriter::append(const char* function, const unsigned short* text, int length, bool mayDropBom) {

@@ -23,6 +23,9 @@ struct CodePage {
   // The forms, in the order in which they are asked for. One more is a file like theirs and a word here.
   using Forms = std::tuple<SingleByteForm, Utf8Form, Utf16Form<std::endian::big>, Utf16Form<std::endian::little>>;
 
+  // Whether the code page has a form at all; ICU alone converts any other.
+  static bool hasForm(const CPUnicodeConverter& page) { return page.form != kNoForm; }
+
   // Converts the first stretch of a text, if only that. What is left of the room may be overwritten.
   [[gnu::always_inline]] static core::Advance convertFast(const CPUnicodeConverter& page, std::span<const char> bytes,
                                                           OutputUnits units) {
