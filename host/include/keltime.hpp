@@ -1,0 +1,144 @@
+#pragma once
+
+#include <cstdint>
+
+#include "kelexport.hpp"
+#include "keltimezone.hpp"
+#include "kelwstring.hpp"
+
+// Dates, times of day, spans of time and time stamps, on the Gregorian calendar as if it had always been in use.
+//
+// They are plain values. Making one checks nothing, so that whatever a message holds can be carried and shown; what
+// calculates with one that is not on the calendar, or leaves the years 1 to 9999, raises a KelRecoverableException, host
+// message 2140.
+
+// A number of days or microseconds, which may be negative. The numbers of the qualifiers go outside: they never change.
+class KelInterval {
+ public:
+  enum Qualifier : int { microseconds = 1, days = 8 };
+
+  constexpr KelInterval(Qualifier qualifier, long value) : value_(value), qualifier_(qualifier) {}
+
+  constexpr Qualifier qualifier() const { return qualifier_; }
+  constexpr long value() const { return value_; }
+
+ private:
+  long value_;
+  Qualifier qualifier_;
+};
+
+// A day: the day of the month, the month and the year.
+class KELHOST_EXPORT KelDate {
+ public:
+  enum Month : int {
+    January = 1,
+    February,
+    March,
+    April,
+    May,
+    June,
+    July,
+    August,
+    September,
+    October,
+    November,
+    December,
+  };
+
+  // Makes the first of January 1970.
+  constexpr KelDate() : KelDate(1, January, 1970) {}
+  constexpr KelDate(int day, Month month, int year) : day_(day), month_(month), year_(year) {}
+
+  constexpr int day() const { return day_; }
+  constexpr Month month() const { return month_; }
+  constexpr int year() const { return year_; }
+
+  // Tells whether this is a day of the calendar, in the years 1 to 9999.
+  bool isValid() const;
+
+  // Gives the number of days of a month; 0 for a number that is no month.
+  static int daysOfMonth(Month month, bool leap);
+  static bool isLeapYear(int year);
+  // Gives the time from `from` to `date`, negative when `date` comes first. Raises for a day that is not on the
+  // calendar.
+  static KelInterval dateSubtract(const KelDate& date, const KelDate& from, KelInterval::Qualifier qualifier);
+
+ private:
+  int day_;
+  Month month_;
+  int year_;
+};
+
+// A time of day: hours, minutes, and the microseconds within the minute.
+class KELHOST_EXPORT KelTimeBase {
+ public:
+  // Makes midnight.
+  constexpr KelTimeBase() : KelTimeBase(0, 0, 0L) {}
+  constexpr KelTimeBase(int hour, int minute, int second, int microsecond)
+      : KelTimeBase(hour, minute, second * 1'000'000L + microsecond) {}
+  constexpr KelTimeBase(int hour, int minute, long microseconds)
+      : hour_(hour), minute_(minute), microseconds_(microseconds) {}
+  // Takes seconds with a fraction to the nearest microsecond. They lie within a billion of 0.
+  KelTimeBase(int hour, int minute, double seconds);
+
+  constexpr int hour() const { return hour_; }
+  constexpr int minute() const { return minute_; }
+  // Gives the microseconds within the minute: whole seconds and their fraction.
+  constexpr long microseconds() const { return microseconds_; }
+
+  // Tells whether a clock shows this time: there is no hour 24 and no second 60.
+  bool isValid() const;
+
+  // Gives the time from `from` to `time`, negative when `time` comes first, whole days being cut. Times that no clock
+  // shows count for what they add up to.
+  static KelInterval timeSubtract(const KelTimeBase& time, const KelTimeBase& from, KelInterval::Qualifier qualifier);
+
+ private:
+  int hour_;
+  int minute_;
+  long microseconds_;
+};
+
+// A date and a time of day.
+class KELHOST_EXPORT KelTimeStampBase {
+ public:
+  constexpr KelTimeStampBase() = default;
+  constexpr KelTimeStampBase(const KelDate& date, const KelTimeBase& time) : date_(date), time_(time) {}
+
+  constexpr const KelDate& date() const { return date_; }
+  constexpr const KelTimeBase& time() const { return time_; }
+
+  // Tells whether date and time both are.
+  bool isValid() const { return date_.isValid() && time_.isValid(); }
+
+  // Moves the time stamp on, or back. Raises when it is not on the calendar or would leave it, and then changes
+  // nothing.
+  void addInterval(const KelInterval& interval);
+
+  // Gives the fields as "1970-01-01 00:00:00.000000", whatever they are.
+  KelWstring asString() const;
+
+ protected:
+  KelDate date_;
+  KelTimeBase time_;
+};
+
+// A time stamp with the time zone that its clock stands in, or none. The zone lives as long as the process.
+class KELHOST_EXPORT KelTimeStamp : public KelTimeStampBase {
+ public:
+  constexpr KelTimeStamp() = default;
+  constexpr KelTimeStamp(const KelDate& date, const KelTimeBase& time, const KelTimeZone* zone = nullptr)
+      : KelTimeStampBase(date, time), zone_(zone) {}
+
+  // Gives the present time, in the zone "Etc/GMT-0".
+  static KelTimeStamp currentGMTTime();
+
+  constexpr const KelTimeZone* timeZone() const { return zone_; }
+  // Gives the stamp another zone. When it has one, date and time change so that they tell the same instant in the new
+  // zone, which may lie just outside the years 1 to 9999. A stamp that has none, or is not on the calendar, or is given
+  // none (null), keeps date and time.
+  void setTimeZone(const KelTimeZone* zone);
+
+ private:
+  const KelTimeZone* zone_ = nullptr;
+};
