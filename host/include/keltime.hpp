@@ -89,8 +89,8 @@ class KELHOST_EXPORT KelTimeBase {
   // Tells whether a clock shows this time: there is no hour 24 and no second 60.
   bool isValid() const;
 
-  // Gives the time from `from` to `time`, negative when `time` comes first, whole days being cut. Times that no clock
-  // shows count for what they add up to.
+  // Gives the time from `from` to `time`, negative when `time` comes first; of days, only whole ones. Times that no
+  // clock shows count for what they add up to, in 64 bits of microseconds.
   static KelInterval timeSubtract(const KelTimeBase& time, const KelTimeBase& from, KelInterval::Qualifier qualifier);
 
  private:

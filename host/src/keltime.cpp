@@ -1,0 +1,141 @@
+#include "keltime.hpp"
+
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+
+#include "calendar.hpp"
+#include "kelwstringconvertor.hpp"
+#include "timefailures.hpp"
+
+namespace oxr {
+
+void raiseTimeFailure(TimeFailure failure, const char* function, const char* what, const KelWstring& subject,
+                      const KelLogSource* source) {
+  KelRecoverableException exception(source, __FILE__, __LINE__, function, KelLog::iDefaultLogSource,
+                                    static_cast<int>(failure), 0);
+  exception << what << subject;
+  exception.throwThis();
+  __builtin_unreachable();
+}
+
+}  // namespace oxr
+
+using namespace oxr;
+
+namespace {
+
+constexpr std::int64_t kMicrosecondsPerMinute = 60'000'000;
+
+std::int64_t numberOf(const KelDate& date) {
+  return dayNumber(date.year(), date.month(), date.day());
+}
+
+// The microseconds since midnight. They fit whatever hour and minute are, and wrap around where the microseconds alone
+// come near 64 bits.
+std::int64_t microsecondsOf(const KelTimeBase& time) {
+  const std::int64_t minutes = std::int64_t{time.hour()} * 60 + time.minute();
+  return static_cast<std::int64_t>(static_cast<std::uint64_t>(minutes * kMicrosecondsPerMinute) +
+                                   static_cast<std::uint64_t>(time.microseconds()));
+}
+
+KelTimeBase timeOf(std::int64_t microseconds) {
+  const std::int64_t minutes = microseconds / kMicrosecondsPerMinute;
+  return {static_cast<int>(minutes / 60), static_cast<int>(minutes % 60),
+          static_cast<long>(microseconds % kMicrosecondsPerMinute)};
+}
+
+KelDate dateOf(std::int64_t day) {
+  const Date date = dateOfDay(day);
+  return {date.day, static_cast<KelDate::Month>(date.month), date.year};
+}
+
+KelInterval intervalOf(std::int64_t microseconds, KelInterval::Qualifier qualifier) {
+  return {qualifier, qualifier == KelInterval::days ? microseconds / kMicrosecondsPerDay : microseconds};
+}
+
+[[noreturn]] void raiseOutOfRange(const char* function, const KelTimeStampBase& stamp) {
+  raiseTimeFailure(TimeFailure::outOfRange, function, "Date or time outside possible range", stamp.asString());
+}
+
+}  // namespace
+
+bool KelDate::isValid() const {
+  return isOnCalendar(year_, month_, day_);
+}
+
+int KelDate::daysOfMonth(Month month, bool leap) {
+  return month >= January && month <= December ? daysInMonth(month, leap) : 0;
+}
+
+bool KelDate::isLeapYear(int year) {
+  return isLeap(year);
+}
+
+KelInterval KelDate::dateSubtract(const KelDate& date, const KelDate& from, KelInterval::Qualifier qualifier) {
+  for (const KelDate& each : {date, from})
+    if (!each.isValid()) raiseOutOfRange("KelDate::dateSubtract", KelTimeStampBase(each, KelTimeBase()));
+  return intervalOf((numberOf(date) - numberOf(from)) * kMicrosecondsPerDay, qualifier);
+}
+
+KelTimeBase::KelTimeBase(int hour, int minute, double seconds)
+    : KelTimeBase(hour, minute, std::lround(seconds * 1'000'000.0)) {}
+
+bool KelTimeBase::isValid() const {
+  return hour_ >= 0 && hour_ < 24 && minute_ >= 0 && minute_ < 60 && microseconds_ >= 0 &&
+         microseconds_ < kMicrosecondsPerMinute;
+}
+
+KelInterval KelTimeBase::timeSubtract(const KelTimeBase& time, const KelTimeBase& from,
+                                      KelInterval::Qualifier qualifier) {
+  const std::uint64_t difference =
+      static_cast<std::uint64_t>(microsecondsOf(time)) - static_cast<std::uint64_t>(microsecondsOf(from));
+  return intervalOf(static_cast<std::int64_t>(difference), qualifier);
+}
+
+void KelTimeStampBase::addInterval(const KelInterval& interval) {
+  if (!isValid()) raiseOutOfRange("KelTimeStampBase::addInterval", *this);
+  const std::int64_t unit = interval.qualifier() == KelInterval::days ? kMicrosecondsPerDay : 1;
+  const std::int64_t now = numberOf(date_) * kMicrosecondsPerDay + microsecondsOf(time_);
+  std::int64_t span = 0, then = 0;
+  if (__builtin_mul_overflow(std::int64_t{interval.value()}, unit, &span) || __builtin_add_overflow(now, span, &then) ||
+      then < kFirstDay * kMicrosecondsPerDay || then >= (kLastDay + 1) * kMicrosecondsPerDay)
+    raiseOutOfRange("KelTimeStampBase::addInterval", *this);
+  date_ = dateOf(floorDivide(then, kMicrosecondsPerDay));
+  time_ = timeOf(floorRemainder(then, kMicrosecondsPerDay));
+}
+
+KelWstring KelTimeStampBase::asString() const {
+  // Seconds and their fraction have one sign, which stands before both.
+  const long microseconds = time_.microseconds();
+  const auto magnitude = microseconds < 0 ? 0 - static_cast<unsigned long>(microseconds)
+                                          : static_cast<unsigned long>(microseconds);
+  std::array<char, 128> text;
+  const int length = std::snprintf(text.data(), text.size(), "%04d-%02d-%02d %02d:%02d:%s%02lu.%06lu", date_.year(),
+                                   static_cast<int>(date_.month()), date_.day(), time_.hour(), time_.minute(),
+                                   microseconds < 0 ? "-" : "", magnitude / 1'000'000, magnitude % 1'000'000);
+  return fromUtf8(std::string_view(text.data(), static_cast<std::size_t>(length)));
+}
+
+KelTimeStamp KelTimeStamp::currentGMTTime() {
+  using std::chrono::microseconds;
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  KelTimeStamp stamp(KelDate(), KelTimeBase(), KelTimeZone::ofOffset(0));
+  stamp.addInterval({KelInterval::microseconds, std::chrono::duration_cast<microseconds>(now).count()});
+  return stamp;
+}
+
+void KelTimeStamp::setTimeZone(const KelTimeZone* zone) {
+  const KelTimeZone* const before = zone_;
+  zone_ = zone;
+  if (before == nullptr || zone == nullptr || before == zone || !isValid()) return;
+  const std::int64_t minutes = std::int64_t{time_.hour()} * 60 + time_.minute();
+  const std::int64_t second = time_.microseconds() / 1'000'000;
+  const std::int64_t local = numberOf(date_) * kSecondsPerDay + minutes * 60 + second;
+  const std::int64_t instant = local - before->offsetAtLocal(local);
+  const std::int64_t shifted = instant + zone->offsetAt(instant);
+  if (shifted == local) return;
+  date_ = dateOf(floorDivide(shifted, kSecondsPerDay));
+  time_ = timeOf(floorRemainder(shifted, kSecondsPerDay) * 1'000'000 + time_.microseconds() % 1'000'000);
+}

@@ -1,0 +1,153 @@
+#include "keltimezone.hpp"
+
+#include <unicode/basictz.h>
+#include <unicode/tztrans.h>
+
+#include <array>
+#include <atomic>
+#include <cstdio>
+#include <functional>
+#include <mutex>
+#include <new>
+#include <shared_mutex>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+#include "kelneverdestroyed.hpp"
+#include "kelwstringconvertor.hpp"
+#include "timefailures.hpp"
+
+using namespace oxr;
+
+namespace {
+
+constexpr int kMinutesPerDay = 24 * 60;
+
+icu::UnicodeString unicodeOf(UnitView text) {
+  return {toIcu(text.data()), static_cast<std::int32_t>(text.size())};
+}
+
+// ICU's zone of an ID; null for one that it does not know. All of its own zones are of the basic kind.
+std::unique_ptr<icu::BasicTimeZone> openZone(UnitView id) {
+  std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(unicodeOf(id)));
+  if (zone == nullptr) throw std::bad_alloc();
+  if (*zone == icu::TimeZone::getUnknown()) return nullptr;
+  if (dynamic_cast<icu::BasicTimeZone*>(zone.get()) == nullptr) return nullptr;
+  return std::unique_ptr<icu::BasicTimeZone>(static_cast<icu::BasicTimeZone*>(zone.release()));
+}
+
+int secondsOf(std::int32_t rawMilliseconds, std::int32_t savingMilliseconds) {
+  return (rawMilliseconds + savingMilliseconds) / 1000;
+}
+
+double milliseconds(std::int64_t seconds) {
+  return static_cast<double>(seconds) * 1000;
+}
+
+// The ID that ICU knows a fixed offset by.
+KelWstring idOfOffset(int seconds) {
+  if (seconds == 0) return fromUtf8("Etc/GMT-0");
+  const int magnitude = std::abs(seconds);
+  std::array<char, 32> text;
+  int length = std::snprintf(text.data(), text.size(), "GMT%c%02d:%02d", seconds < 0 ? '-' : '+', magnitude / 3600,
+                             magnitude / 60 % 60);
+  if (magnitude % 60 != 0)
+    length += std::snprintf(text.data() + length, text.size() - static_cast<std::size_t>(length), ":%02d",
+                            magnitude % 60);
+  return fromUtf8(std::string_view(text.data(), static_cast<std::size_t>(length)));
+}
+
+}  // namespace
+
+// The zones of this process, by the IDs that were asked for. IDs that are unknown are not kept, so that the cache holds
+// no more than ICU has zones, aliases and offsets.
+class KelTimeZone::Cache {
+ public:
+  static Cache& get() {
+    static NeverDestroyed<Cache> cache;
+    return cache.get();
+  }
+
+  // The zone of an ID; null for one that ICU does not know.
+  const KelTimeZone* find(const KelWstring& id) {
+    {
+      const std::shared_lock lock(mutex_);
+      const auto found = zones_.find(keyOf(id));
+      if (found != zones_.end()) return found->second.get();
+    }
+    std::unique_ptr<icu::BasicTimeZone> opened = openZone(id.view());
+    if (opened == nullptr) return nullptr;
+    std::unique_ptr<const KelTimeZone> zone(new KelTimeZone(std::move(opened)));
+    const std::unique_lock lock(mutex_);
+    return zones_.try_emplace(keyOf(id), std::move(zone)).first->second.get();  // the first of two threads wins
+  }
+
+  // Zones of whole minutes, from -23:59 to 23:59, as they were found.
+  std::atomic<const KelTimeZone*>& ofMinutes(int minutes) {
+    return minutes_[static_cast<std::size_t>(minutes + kMinutesPerDay)];
+  }
+
+ private:
+  static std::u16string keyOf(const KelWstring& id) { return {toIcu(id.characters()), id.length()}; }
+
+  std::shared_mutex mutex_;
+  std::unordered_map<std::u16string, std::unique_ptr<const KelTimeZone>> zones_;
+  std::array<std::atomic<const KelTimeZone*>, 2 * kMinutesPerDay + 1> minutes_{};
+};
+
+KelTimeZone::KelTimeZone(std::unique_ptr<icu::BasicTimeZone> zone) : zone_(std::move(zone)) {
+  icu::UnicodeString id;
+  zone_->getID(id);
+  id_.assignInternal(reinterpret_cast<const unsigned short*>(id.getBuffer()), static_cast<unsigned>(id.length()), 0);
+  icu::TimeZoneTransition transition;
+  constexpr double kLongAgo = -1e15;  // milliseconds: some 30,000 years before the first clock
+  isFixed_ = zone_->getNextTransition(kLongAgo, true, transition) == 0;
+  fixedOffset_ = ruledOffsetAt(0);
+}
+
+KelTimeZone::~KelTimeZone() = default;
+
+const KelTimeZone* KelTimeZone::createDefault(KelThreadContext*) {
+  static const KelTimeZone* const zone = [] {
+    const std::unique_ptr<icu::TimeZone> found(icu::TimeZone::createDefault());
+    icu::UnicodeString id;
+    if (found != nullptr) found->getID(id);
+    const KelTimeZone* const known = Cache::get().find(
+        KelWstring(reinterpret_cast<const unsigned short*>(id.getBuffer()), static_cast<unsigned>(id.length())));
+    return known != nullptr ? known : ofOffset(0);
+  }();
+  return zone;
+}
+
+const KelTimeZone* KelTimeZone::createTimeZone(const KelWstring& id, KelThreadContext*) {
+  const KelTimeZone* const zone = Cache::get().find(id);
+  if (zone == nullptr)
+    raiseTimeFailure(TimeFailure::unknownZone, "KelTimeZone::createTimeZone", "Unknown time zone", id);
+  return zone;
+}
+
+const KelTimeZone* KelTimeZone::ofOffset(int seconds) {
+  if (seconds % 60 != 0) return createTimeZone(idOfOffset(seconds), nullptr);
+  std::atomic<const KelTimeZone*>& kept = Cache::get().ofMinutes(seconds / 60);
+  const KelTimeZone* zone = kept.load(std::memory_order_acquire);
+  if (zone == nullptr) {
+    zone = createTimeZone(idOfOffset(seconds), nullptr);
+    kept.store(zone, std::memory_order_release);
+  }
+  return zone;
+}
+
+int KelTimeZone::ruledOffsetAt(std::int64_t instant) const {
+  std::int32_t raw = 0, saving = 0;
+  UErrorCode status = U_ZERO_ERROR;
+  zone_->getOffset(milliseconds(instant), false, raw, saving, status);
+  return secondsOf(raw, saving);
+}
+
+int KelTimeZone::ruledOffsetAtLocal(std::int64_t local) const {
+  std::int32_t raw = 0, saving = 0;
+  UErrorCode status = U_ZERO_ERROR;
+  zone_->getOffsetFromLocal(milliseconds(local), UCAL_TZ_LOCAL_FORMER, UCAL_TZ_LOCAL_LATTER, raw, saving, status);
+  return secondsOf(raw, saving);
+}
