@@ -9,8 +9,8 @@
 // Dates, times of day, spans of time and time stamps, on the Gregorian calendar as if it had always been in use.
 //
 // They are plain values. Making one checks nothing, so that whatever a message holds can be carried and shown; what
-// calculates with one that is not on the calendar, or leaves the years 1 to 9999, raises a KelRecoverableException, host
-// message 2140.
+// calculates with one that is not on the calendar, or leaves the years 1 to 9999, raises a KelRecoverableException,
+// host message 2140.
 
 // A number of days or microseconds, which may be negative. The numbers of the qualifiers go outside: they never change.
 class KelInterval {
@@ -138,7 +138,16 @@ class KELHOST_EXPORT KelTimeStamp : public KelTimeStampBase {
   // zone, which may lie just outside the years 1 to 9999. A stamp that has none, or is not on the calendar, or is given
   // none (null), keeps date and time.
   void setTimeZone(const KelTimeZone* zone);
+  // Gives the seconds that the stamp's clock is ahead of UTC. The stamp has a zone and is on the calendar. After a
+  // shift this tells the two times apart that the clock shows twice; otherwise such a time counts as the later one.
+  int offset() const;
 
  private:
+  std::int64_t localSeconds() const;
+
   const KelTimeZone* zone_ = nullptr;
+  // What the last shift came to: the local time, in seconds since 1970, and the offset then. It counts only as long as
+  // the stamp still tells that time.
+  std::int64_t shiftedLocal_ = INT64_MIN;
+  int shiftedOffset_ = 0;
 };

@@ -63,9 +63,9 @@ class KELHOST_EXPORT KelTimeStampFormatter {
   // month. The stamp has the zone that the text names, else that of `defaultStamp`. `centuryWindow`: two digits; years
   // of two digits lie in the hundred years that begin in a year ending with these and hold the default stamp's year.
   // `dateTimeText`: English name of the first day of the week; `firstWeekOfYear`: how many days the first week of a
-  // year or month has at least, 1 to 7; other values stand for what the locale has. `lenient`: fields out of their range
-  // carry over into the next larger one, numbers may have more or fewer digits, white space may stand before a field,
-  // and what is left of the text does not count; else all of these fail.
+  // year or month has at least, 1 to 7; other values stand for what the locale has. `lenient`: fields out of their
+  // range carry over into the next larger one, numbers may have more or fewer digits, white space may stand before a
+  // field, and what is left of the text does not count; else all of these fail.
   KelTimeStampFormatter(const KelLogSource* source, KelThreadContext* context, oxr::UnitView text,
                         const KelTimeStampPattern& pattern, const KelTimeStamp& defaultStamp, int centuryWindow,
                         oxr::UnitView dateTimeText = {}, int firstWeekOfYear = 0, bool lenient = false)

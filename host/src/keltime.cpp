@@ -109,8 +109,8 @@ void KelTimeStampBase::addInterval(const KelInterval& interval) {
 KelWstring KelTimeStampBase::asString() const {
   // Seconds and their fraction have one sign, which stands before both.
   const long microseconds = time_.microseconds();
-  const auto magnitude = microseconds < 0 ? 0 - static_cast<unsigned long>(microseconds)
-                                          : static_cast<unsigned long>(microseconds);
+  const auto magnitude =
+      microseconds < 0 ? 0 - static_cast<unsigned long>(microseconds) : static_cast<unsigned long>(microseconds);
   std::array<char, 128> text;
   const int length = std::snprintf(text.data(), text.size(), "%04d-%02d-%02d %02d:%02d:%s%02lu.%06lu", date_.year(),
                                    static_cast<int>(date_.month()), date_.day(), time_.hour(), time_.minute(),
@@ -126,16 +126,26 @@ KelTimeStamp KelTimeStamp::currentGMTTime() {
   return stamp;
 }
 
+std::int64_t KelTimeStamp::localSeconds() const {
+  return numberOf(date_) * kSecondsPerDay + microsecondsOf(time_) / 1'000'000;
+}
+
+int KelTimeStamp::offset() const {
+  const std::int64_t local = localSeconds();
+  return local == shiftedLocal_ ? shiftedOffset_ : zone_->offsetAtLocal(local);
+}
+
 void KelTimeStamp::setTimeZone(const KelTimeZone* zone) {
-  const KelTimeZone* const before = zone_;
+  if (zone == zone_) return;
+  const bool isShift = zone_ != nullptr && zone != nullptr && isValid();
+  const std::int64_t local = isShift ? localSeconds() : 0;
+  const std::int64_t instant = isShift ? local - offset() : 0;
   zone_ = zone;
-  if (before == nullptr || zone == nullptr || before == zone || !isValid()) return;
-  const std::int64_t minutes = std::int64_t{time_.hour()} * 60 + time_.minute();
-  const std::int64_t second = time_.microseconds() / 1'000'000;
-  const std::int64_t local = numberOf(date_) * kSecondsPerDay + minutes * 60 + second;
-  const std::int64_t instant = local - before->offsetAtLocal(local);
-  const std::int64_t shifted = instant + zone->offsetAt(instant);
-  if (shifted == local) return;
-  date_ = dateOf(floorDivide(shifted, kSecondsPerDay));
-  time_ = timeOf(floorRemainder(shifted, kSecondsPerDay) * 1'000'000 + time_.microseconds() % 1'000'000);
+  shiftedLocal_ = INT64_MIN;
+  if (!isShift) return;
+  shiftedOffset_ = zone->offsetAt(instant);
+  shiftedLocal_ = instant + shiftedOffset_;
+  if (shiftedLocal_ == local) return;
+  date_ = dateOf(floorDivide(shiftedLocal_, kSecondsPerDay));
+  time_ = timeOf(floorRemainder(shiftedLocal_, kSecondsPerDay) * 1'000'000 + time_.microseconds() % 1'000'000);
 }

@@ -53,8 +53,8 @@ KelWstring idOfOffset(int seconds) {
   int length = std::snprintf(text.data(), text.size(), "GMT%c%02d:%02d", seconds < 0 ? '-' : '+', magnitude / 3600,
                              magnitude / 60 % 60);
   if (magnitude % 60 != 0)
-    length += std::snprintf(text.data() + length, text.size() - static_cast<std::size_t>(length), ":%02d",
-                            magnitude % 60);
+    length +=
+        std::snprintf(text.data() + length, text.size() - static_cast<std::size_t>(length), ":%02d", magnitude % 60);
   return fromUtf8(std::string_view(text.data(), static_cast<std::size_t>(length)));
 }
 
