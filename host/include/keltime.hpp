@@ -87,7 +87,9 @@ class KELHOST_EXPORT KelTimeBase {
   constexpr long microseconds() const { return microseconds_; }
 
   // Tells whether a clock shows this time: there is no hour 24 and no second 60.
-  bool isValid() const;
+  constexpr bool isValid() const {
+    return hour_ >= 0 && hour_ < 24 && minute_ >= 0 && minute_ < 60 && microseconds_ >= 0 && microseconds_ < 60'000'000;
+  }
 
   // Gives the time from `from` to `time`, negative when `time` comes first; of days, only whole ones. Times that no
   // clock shows count for what they add up to, in 64 bits of microseconds.

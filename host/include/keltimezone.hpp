@@ -46,6 +46,9 @@ class KELHOST_EXPORT KelTimeZone {
   int offsetAt(std::int64_t instant) const { return isFixed_ ? fixedOffset_ : ruledOffsetAt(instant); }
   int offsetAtLocal(std::int64_t local) const { return isFixed_ ? fixedOffset_ : ruledOffsetAtLocal(local); }
 
+  // Tells whether the clocks were never and will never be changed, so that all offsets are offsetAt(0).
+  bool isFixed() const { return isFixed_; }
+
   // Gives ICU's zone, which is never changed.
   const icu::BasicTimeZone& icuZone() const { return *zone_; }
 
@@ -59,6 +62,6 @@ class KELHOST_EXPORT KelTimeZone {
 
   std::unique_ptr<icu::BasicTimeZone> zone_;
   KelWstring id_;
-  bool isFixed_;     // the clocks were and will never be changed
+  bool isFixed_;
   int fixedOffset_;  // seconds, for such a zone
 };

@@ -88,6 +88,13 @@ class KELHOST_EXPORT KelWstring {
     return text_;
   }
 
+  // Cuts the string to its first `length` units, of which it has at least so many.
+  void cutTo(unsigned length) {
+    if (isShared_) return eraseInternal(length, npos);
+    length_ = length;
+    if (inlineCapacity_ != 0) text_[length] = 0;
+  }
+
   // Makes the string `count` units longer and returns the first of them for writing; their contents are unspecified.
   unsigned short* appendForOverwrite(unsigned count);
 

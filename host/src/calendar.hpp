@@ -24,10 +24,11 @@ constexpr bool isLeap(std::int64_t year) {
   return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
 
+inline constexpr std::array<std::int8_t, 13> kDaysOfCommonYear = {0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+
 // The days of a month from 1 to 12.
 constexpr int daysInMonth(int month, bool leap) {
-  constexpr std::array<std::int8_t, 13> kDays = {0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return kDays[static_cast<std::size_t>(month)] + (month == 2 && leap ? 1 : 0);
+  return kDaysOfCommonYear[static_cast<std::size_t>(month)] + (month == 2 && leap ? 1 : 0);
 }
 
 constexpr std::int64_t floorDivide(std::int64_t value, std::int64_t divisor) {

@@ -82,11 +82,6 @@ KelInterval KelDate::dateSubtract(const KelDate& date, const KelDate& from, KelI
 KelTimeBase::KelTimeBase(int hour, int minute, double seconds)
     : KelTimeBase(hour, minute, std::lround(seconds * 1'000'000.0)) {}
 
-bool KelTimeBase::isValid() const {
-  return hour_ >= 0 && hour_ < 24 && minute_ >= 0 && minute_ < 60 && microseconds_ >= 0 &&
-         microseconds_ < kMicrosecondsPerMinute;
-}
-
 KelInterval KelTimeBase::timeSubtract(const KelTimeBase& time, const KelTimeBase& from,
                                       KelInterval::Qualifier qualifier) {
   const std::uint64_t difference =
@@ -131,6 +126,7 @@ std::int64_t KelTimeStamp::localSeconds() const {
 }
 
 int KelTimeStamp::offset() const {
+  if (zone_->isFixed()) return zone_->offsetAt(0);
   const std::int64_t local = localSeconds();
   return local == shiftedLocal_ ? shiftedOffset_ : zone_->offsetAtLocal(local);
 }

@@ -205,6 +205,11 @@ TimeShape shapeOf(const std::vector<TimeField>& fields) {
   // A number that follows at once would share the digits.
   const bool isCut = shape.fieldCount < fields.size() && shape.endsInDigit && beginsWithDigit(fields[shape.fieldCount]);
   if (shape.width < TimeShape::kBlock || isCut) return TimeShape();
+  constexpr std::uint32_t kDate = bitOf(TimeKind::year) | bitOf(TimeKind::month) | bitOf(TimeKind::day);
+  shape.isWhole = ((shape.kinds & kDate) == kDate || (shape.kinds & kDate) == 0) &&
+                  (shape.fieldCount == fields.size() ||
+                   (shape.fieldCount + 1 == fields.size() && fields.back().kind == TimeKind::offset &&
+                    fields.back().form != OffsetForm::localized));
   for (std::size_t block = 0; block * TimeShape::kBlock < shape.width; ++block)
     for (std::size_t i = 0; i < TimeShape::kBlock; ++i) {
       const unsigned short unit = shape.units[shape.blockBegin(block) + i];

@@ -80,6 +80,8 @@ struct TimeShape {
   std::size_t fieldCount = 0;  // of the pattern
   std::uint32_t kinds = 0;     // a bit for each that it holds
   bool endsInDigit = false;
+  // It is the whole pattern, or all but an offset after it, and has year, month and day or none of them.
+  bool isWhole = false;
   std::array<std::uint8_t, kShapeKinds> places;  // the unit at which a kind's digits begin
   std::uint8_t fractionDigits = 0;
   // Block i holds the units from blockBegin(i) on: the last one ends with the shape and so may overlap its neighbour.

@@ -1,14 +1,15 @@
 // Reads time stamps from text.
 //
 // The fields of the pattern are walked along, each takes its units from the text and leaves a value; afterwards the
-// values are put together. Where the pattern begins with a shape, the text is first held against that at once, and the
-// walk begins after it: the shape takes just what its fields would have taken, or nothing.
+// values are put together. Most texts are simpler than that: a shape, and perhaps an offset after it. They are held
+// against the shape at once and their numbers read where they stand; what has any other form, or does not tell a time
+// of the calendar as it stands, is left to the walk.
 
 #include <unicode/uchar.h>
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
+#include <memory>
 
 #include "calendar.hpp"
 #include "timenames.hpp"
@@ -34,6 +35,22 @@ int twoDigits(const unsigned short* units) {
   return 10 * units[0] + units[1] - 11 * '0';
 }
 
+// The microseconds that digits after the point stand for; those beyond six are dropped.
+int fractionOf(UnitView digits) {
+  int value = 0;
+  const std::size_t kept = std::min(digits.size(), kMicrosecondDigits);
+  for (std::size_t i = 0; i < kept; ++i)
+    value = value * 10 + digit(digits[i]);
+  return value * kPowersOfTen[kMicrosecondDigits - kept];
+}
+
+int secondOf(const KelTimeBase& time) {
+  return static_cast<int>(time.microseconds() / kMicrosecondsPerSecond);
+}
+int fractionOf(const KelTimeBase& time) {
+  return static_cast<int>(time.microseconds() % kMicrosecondsPerSecond);
+}
+
 // What a text told.
 struct Told {
   std::array<int, kValueKinds> values;  // of the kinds that `kinds` has a bit for
@@ -53,23 +70,6 @@ struct Told {
   }
 };
 
-// Whether the units are of the shape. Vectors of 16-bit units: all of a block are compared in a few instructions.
-[[gnu::always_inline]] inline bool fitsShape(const TimeShape& shape, const unsigned short* units) {
-  using Vector = unsigned short __attribute__((vector_size(sizeof(TimeShape::Block))));
-  const auto load = [](const unsigned short* from) {
-    Vector vector;
-    std::memcpy(&vector, from, sizeof vector);
-    return vector;
-  };
-  Vector misfits{};
-  for (std::size_t block = 0; block * TimeShape::kBlock < shape.width; ++block) {
-    const Vector above = load(units + shape.blockBegin(block)) - load(shape.lowest[block].data());
-    misfits |= static_cast<Vector>(above > load(shape.range[block].data()));
-  }
-  const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(misfits);
-  return (halves[0] | halves[1]) == 0;
-}
-
 // The year that two digits stand for: in the hundred years that begin in a year ending with the window's two digits and
 // hold the present one.
 int yearInWindow(int twoDigitYear, int window, int presentYear) {
@@ -82,35 +82,15 @@ class Reader {
   Reader(const TimeProgram& program, UnitView text, const TimeReading& reading, Told& told)
       : program_(program), at_(text.data()), end_(text.data() + text.size()), reading_(reading), told_(told) {}
 
-  [[gnu::always_inline]] bool read() {
-    const std::size_t shaped = readShape();
-    for (auto field = program_.fields.begin() + static_cast<std::ptrdiff_t>(shaped); field != program_.fields.end();
-         ++field)
-      if (!readField(*field)) return false;
-    return reading_.lenient || at_ == end_;
+  bool read() {
+    return std::all_of(program_.fields.begin(), program_.fields.end(),
+                       [this](const TimeField& field) { return readField(field); }) &&
+           (reading_.lenient || at_ == end_);
   }
 
  private:
   std::size_t left() const { return static_cast<std::size_t>(end_ - at_); }
   UnitView rest() const { return {at_, left()}; }
-
-  // Reads what the shape has; the result is the number of fields that are done.
-  [[gnu::always_inline]] std::size_t readShape() {
-    const TimeShape& shape = program_.shape;
-    if (shape.width == 0 || left() < shape.width || !fitsShape(shape, at_) ||
-        (shape.endsInDigit && left() > shape.width && isDigit(at_[shape.width])))
-      return 0;
-    const auto place = [&](TimeKind kind) { return shape.places[indexOf(kind)]; };
-    if (const std::uint8_t year = place(TimeKind::year); year != TimeShape::kAbsent)
-      told_.values[indexOf(TimeKind::year)] = 100 * twoDigits(at_ + year) + twoDigits(at_ + year + 2);
-    for (const TimeKind kind : {TimeKind::month, TimeKind::day, TimeKind::hour, TimeKind::minute, TimeKind::second})
-      if (place(kind) != TimeShape::kAbsent) told_.values[indexOf(kind)] = twoDigits(at_ + place(kind));
-    if (const std::uint8_t fraction = place(TimeKind::fraction); fraction != TimeShape::kAbsent)
-      told_.values[indexOf(TimeKind::fraction)] = fractionOf({at_ + fraction, shape.fractionDigits});
-    told_.kinds = shape.kinds;
-    at_ += shape.width;
-    return shape.fieldCount;
-  }
 
   bool readField(const TimeField& field) {
     switch (field.kind) {
@@ -166,14 +146,6 @@ class Reader {
     const UnitView digits(at_, taken);
     at_ += taken;
     return setNumber(field, digits);
-  }
-
-  static int fractionOf(UnitView digits) {
-    int value = 0;
-    const std::size_t kept = std::min(digits.size(), kMicrosecondDigits);
-    for (const unsigned short unit : digits.substr(0, kept))
-      value = value * 10 + digit(unit);
-    return value * kPowersOfTen[kMicrosecondDigits - kept];
   }
 
   bool setNumber(const TimeField& field, UnitView digits) {
@@ -323,8 +295,6 @@ constexpr std::uint32_t kWeekKinds =
     bitOf(TimeKind::weekOfYear) | bitOf(TimeKind::weekOfMonth) | bitOf(TimeKind::weekdayInMonth);
 constexpr std::uint32_t kWeekdayKinds = bitOf(TimeKind::weekdayName) | bitOf(TimeKind::localWeekday);
 constexpr std::uint32_t kDayKinds = bitOf(TimeKind::day) | bitOf(TimeKind::dayOfYear);
-constexpr std::uint32_t kPlainKinds = (std::uint32_t{1} << kShapeKinds) - 1;
-
 // Puts a date together.
 class DateOf {
  public:
@@ -415,16 +385,92 @@ const KelTimeZone* zoneOf(const Told& told, std::int64_t localSeconds, const Kel
   if (!reading.lenient && !areInRange(told)) return false;
   const std::optional<std::int64_t> day = DateOf(told, reading).day();
   const KelTimeBase& otherwise = reading.otherwise.time();
-  const int secondOtherwise = static_cast<int>(otherwise.microseconds() / kMicrosecondsPerSecond);
-  const int fractionOtherwise = static_cast<int>(otherwise.microseconds() % kMicrosecondsPerSecond);
   const std::int64_t seconds =
       (std::int64_t{hourOf(told, otherwise.hour())} * 60 + told.valueOr(TimeKind::minute, otherwise.minute())) * 60 +
-      told.valueOr(TimeKind::second, secondOtherwise);
+      told.valueOr(TimeKind::second, secondOf(otherwise));
   if (!day ||
-      !stampAt(*day, seconds * kMicrosecondsPerSecond + told.valueOr(TimeKind::fraction, fractionOtherwise), stamp))
+      !stampAt(*day, seconds * kMicrosecondsPerSecond + told.valueOr(TimeKind::fraction, fractionOf(otherwise)), stamp))
     return false;
   const std::int64_t local = *day * kSecondsPerDay + seconds;
   stamp = KelTimeStamp(stamp.date(), stamp.time(), zoneOf(told, local, reading.otherwise.timeZone()));
+  return true;
+}
+
+[[gnu::noinline]] bool readGeneral(const TimeProgram& program, UnitView text, const TimeReading& reading,
+                                   KelTimeStamp& stamp) {
+  Told told;
+  return Reader(program, text, reading, told).read() && resolve(told, reading, stamp);
+}
+
+// Whether the units are of the shape. Vectors of 16-bit units: all of a block are compared in a few instructions.
+[[gnu::always_inline]] inline bool fitsShape(const TimeShape& shape, const unsigned short* units) {
+  using Vector = unsigned short __attribute__((vector_size(sizeof(TimeShape::Block))));
+  const auto load = [](const unsigned short* from) {
+    Vector vector;
+    std::memcpy(&vector, from, sizeof vector);
+    return vector;
+  };
+  Vector misfits{};
+  for (std::size_t block = 0; block * TimeShape::kBlock < shape.width; ++block) {
+    const Vector above = load(units + shape.blockBegin(block)) - load(shape.lowest[block].data());
+    misfits |= static_cast<Vector>(above > load(shape.range[block].data()));
+  }
+  using Halves = std::uint64_t __attribute__((vector_size(sizeof(Vector))));
+  const auto halves = reinterpret_cast<Halves>(misfits);
+  return (halves[0] | halves[1]) == 0;
+}
+
+// Reads an offset that is all that is left of a text: "+hh:mm", "+hhmm" where the form has no colon, "Z". False for any
+// other.
+[[gnu::always_inline]] inline bool readOffsetFast(OffsetForm form, const unsigned short* at, std::size_t length,
+                                                  int& seconds) {
+  seconds = 0;
+  if (length == 1) return *at == 'Z';
+  const bool hasColon = form != OffsetForm::basic;
+  if (length != (hasColon ? 6 : 5) || (hasColon && at[3] != ':')) return false;
+  const unsigned short* const minutes = at + length - 2;
+  if (!isDigit(at[1]) || !isDigit(at[2]) || !isDigit(minutes[0]) || !isDigit(minutes[1])) return false;
+  const int hour = twoDigits(at + 1), minute = twoDigits(minutes);
+  seconds = (hour * 60 + minute) * 60;
+  if (*at == '-') seconds = -seconds;
+  return hour < 24 && minute < 60 && (*at == '+' || *at == '-');
+}
+
+// Reads a text of a pattern that is a shape, or a shape and an offset, where the text has all of the date or nothing of
+// it and tells a time of the calendar.
+[[gnu::always_inline]] inline bool readFast(const TimeProgram& program, UnitView text, const KelTimeStamp& otherwise,
+                                            KelTimeStamp& stamp) {
+  const TimeShape& shape = program.shape;
+  const unsigned short* const at = text.data();
+  if (!shape.isWhole || text.size() < shape.width || !fitsShape(shape, at)) return false;
+  const KelTimeZone* zone = otherwise.timeZone();
+  if (shape.fieldCount != program.fields.size()) {
+    int seconds;
+    if (!readOffsetFast(program.fields.back().form, at + shape.width, text.size() - shape.width, seconds)) return false;
+    zone = KelTimeZone::ofOffset(seconds);
+  } else if (text.size() != shape.width) {
+    return false;
+  }
+  const auto number = [&](TimeKind kind, int absent) __attribute__((always_inline)) {
+    const std::uint8_t place = shape.places[indexOf(kind)];
+    return place != TimeShape::kAbsent ? twoDigits(at + place) : absent;
+  };
+  int year = otherwise.date().year(), month = otherwise.date().month(), day = otherwise.date().day();
+  if (const std::uint8_t place = shape.places[indexOf(TimeKind::year)]; place != TimeShape::kAbsent) {
+    year = 100 * twoDigits(at + place) + twoDigits(at + place + 2);
+    month = number(TimeKind::month, month);
+    day = number(TimeKind::day, day);
+  }
+  const int hour = number(TimeKind::hour, otherwise.time().hour());
+  const int minute = number(TimeKind::minute, otherwise.time().minute());
+  const int second = number(TimeKind::second, secondOf(otherwise.time()));
+  const int fraction = shape.fractionDigits != 0
+                           ? fractionOf({at + shape.places[indexOf(TimeKind::fraction)], shape.fractionDigits})
+                           : fractionOf(otherwise.time());
+  if (!isOnCalendar(year, month, day) || hour > 23 || minute > 59 || second > 59) return false;
+  // Made where it stays: a copy would wait for all of its fields to reach memory.
+  std::construct_at(&stamp, KelDate(day, static_cast<KelDate::Month>(month), year),
+                    KelTimeBase(hour, minute, second, fraction), zone);
   return true;
 }
 
@@ -443,24 +489,7 @@ bool stampAt(std::int64_t day, std::int64_t microseconds, KelTimeStamp& stamp) {
 }
 
 bool readTimeText(const TimeProgram& program, UnitView text, const TimeReading& reading, KelTimeStamp& stamp) {
-  Told told;
-  if (!Reader(program, text, reading, told).read()) return false;
-  // What nearly all texts tell needs no more than this.
-  constexpr std::uint32_t kUsual = kPlainKinds & ~bitOf(TimeKind::fraction);
-  if ((told.kinds & ~bitOf(TimeKind::fraction)) == kUsual && told.saving == SavingTime::unknown) {
-    const int year = told[TimeKind::year], month = told[TimeKind::month], day = told[TimeKind::day];
-    const int fraction = told.has(TimeKind::fraction)
-                             ? told[TimeKind::fraction]
-                             : static_cast<int>(reading.otherwise.time().microseconds() % kMicrosecondsPerSecond);
-    const KelTimeBase time(told[TimeKind::hour], told[TimeKind::minute], told[TimeKind::second], fraction);
-    if (isOnCalendar(year, month, day) && time.isValid()) {
-      stamp = KelTimeStamp(KelDate(day, static_cast<KelDate::Month>(month), year), time,
-                           told.zone != nullptr ? told.zone : reading.otherwise.timeZone());
-      return true;
-    }
-    if (!reading.lenient) return false;
-  }
-  return resolve(told, reading, stamp);
+  return readFast(program, text, reading.otherwise, stamp) || readGeneral(program, text, reading, stamp);
 }
 
 }  // namespace oxr

@@ -28,7 +28,7 @@ void putPair(unsigned short* target, int value) {
 }
 
 // Writes the first `count` of six digits.
-void putFractionDigits(unsigned short* target, int microseconds, std::size_t count) {
+[[gnu::always_inline]] inline void putFractionDigits(unsigned short* target, int microseconds, std::size_t count) {
   std::array<unsigned short, 6> digits;
   putPair(digits.data(), microseconds / 10'000);
   putPair(digits.data() + 2, microseconds / 100 % 100);
@@ -234,7 +234,7 @@ void writeTimeText(const TimeProgram& program, const KelTimeStamp& stamp, UnitVi
     const std::u16string& name = zoneNames[static_cast<std::size_t>(field.width)];
     writer.putText({reinterpret_cast<const unsigned short*>(name.data()), name.size()});
   }
-  target.eraseInternal(static_cast<unsigned>(writer.end() - begin), KelWstring::npos);
+  target.cutTo(static_cast<unsigned>(writer.end() - begin));
 }
 
 }  // namespace oxr
