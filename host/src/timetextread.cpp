@@ -184,8 +184,9 @@ class Reader {
   // Reads two digits up to `most`.
   bool readPair(int most, int& value) {
     if (left() < 2 || !isDigit(at_[0]) || !isDigit(at_[1])) return false;
-    value = twoDigits(at_);
-    if (value > most) return false;
+    const int found = twoDigits(at_);
+    if (found > most) return false;
+    value = found;
     at_ += 2;
     return true;
   }
@@ -204,10 +205,11 @@ class Reader {
   // local times have, may be there in any form.
   bool readOffset(const TimeField& field) {
     if (reading_.lenient) skipWhiteSpace();
-    if (field.form == OffsetForm::localized) return readLocalizedOffset();
     if (at_ == end_) return false;
     const unsigned short sign = *at_;
-    if (sign == 'Z') return ++at_, setOffset(0);
+    const bool isLocalized = field.form == OffsetForm::localized;
+    if (sign == 'Z' && (!isLocalized || program_.writesUtcAsZ)) return ++at_, setOffset(0);
+    if (isLocalized) return readLocalizedOffset();
     if (sign != '+' && sign != '-') return reading_.lenient && readLocalizedOffset();
     ++at_;
     int hours = 0, minutes = 0, seconds = 0;
