@@ -20,6 +20,8 @@ U_NAMESPACE_BEGIN
 class DecimalFormat;
 U_NAMESPACE_END
 
+class PWFDateTimeFormatter;
+
 namespace oxr {
 struct DataCnvParts;
 }
@@ -104,8 +106,9 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
           EMessageStandard messageStandard, const KelNamedLogSource* owner);
   ~DataCnv() override;
 
-  // Replaces the date-time properties. The texts are zero-terminated or null; they stay the caller's and must outlive
-  // the object or the next call.
+  // Replaces the date-time properties: see the constructor of PWFDateTimeFormatter. The texts are zero-terminated or
+  // null, which the empty text counts as; they stay the caller's and must outlive the object or the next call. The
+  // formatter that the first date-time has made goes on with the properties of then.
   void setDateTimeProperties(int centuryWindow, const unsigned short* timeZoneName, const unsigned short* dateTimeText,
                              int firstWeekOfYear, bool lenient, bool dateTimeFlag);
 
@@ -211,6 +214,13 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   void PckdDecFromDbl(double value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign);
   void PckdDecFromPWFInt64(PWFInt64 value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign);
   void PckdDecFromInt32(PWFInt32 value, unsigned char* target, int size, int virtualDecimalPoint, ESign sign);
+  // The digits of a date-time's text, by a pattern (zero-terminated). A field with fewer digits than the pattern has
+  // units is read with zeros before them, one with more without the leading zeros that are too many; a sign and a point
+  // count as digits. They fail as StrToDateTime and StrFromDateTime do, too.
+  PWFDateTime PckdDecToDateTime(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
+                                const unsigned short* pattern);
+  void PckdDecFromDateTime(const PWFDateTime& value, unsigned char* target, int size, const unsigned short* pattern,
+                           int virtualDecimalPoint, ESign sign);
 
   // ---- External decimals: a digit a character of the code page, the sign where ESign says
 
@@ -511,6 +521,25 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   double MultiplyDouble(double value, int power);
   double DivideDouble(double value, int power);
 
+  // ---- Date-times: forwarded to the object's PWFDateTimeFormatter, where each is described. It is made with the
+  // date-time properties on first use, and kept.
+
+  // parse: text of `length` units, -1 for zero-terminated, by a zero-terminated pattern. KelParserException 0xC00015BB
+  // (OXR5563) "CPI DateTime Format string not set", the text: a pattern that is null or empty.
+  PWFDateTime StrToDateTime(const unsigned short* text, const unsigned short* pattern, int length);
+  // format. Without a pattern (null or empty), by what is set: date and time "yyyy-MM-dd HH:mm:ss", with a subsecond
+  // ".SSS" after that, "yyyy-MM-dd", or "HH:mm:ss". Internal error "Datetime does not match any standard template.":
+  // neither the whole date nor the whole time is set.
+  PWFData StrFromDateTime(const PWFDateTime& value, const unsigned short* pattern, const unsigned short* typeName);
+  // parseBinary and formatBinary
+  PWFDateTime BinaryToDateTime(const void* data, int length, const unsigned short* pattern);
+  void BinaryFromDateTime(const PWFDateTime& value, void* target, int length, const unsigned short* pattern);
+  // parseSeconds, parseMilliSeconds, formatSeconds and formatMilliSeconds
+  PWFDateTime SecondsToDateTime(int count, const unsigned short* epoch);
+  PWFDateTime MilliSecondsToDateTime(long count, const unsigned short* epoch);
+  int SecondsFromDateTime(const PWFDateTime& value, const unsigned short* epoch);
+  long MilliSecondsFromDateTime(const PWFDateTime& value, const unsigned short* epoch);
+
   // ---- Signs and exponents
 
   // Takes the sign off a text and tells whether it was negative. `minus` and `plus` are zero-terminated texts of any
@@ -602,6 +631,7 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   int firstWeekOfYear;
   std::unique_ptr<CPUnicodeConverter> converter;       // made on first use
   std::unique_ptr<CPUnicodeConverter> localConverter;  // UTF-8, made on first use
+  std::unique_ptr<PWFDateTimeFormatter> dtFormatter;   // made on first use
   KelMutex decFormatterMutex;                          // guards the making of decFormatter
   std::unique_ptr<icu::DecimalFormat> decFormatter;
   std::unique_ptr<icu::DecimalFormat> notations[2];  // of doubles as text: plain, exponential; made on first need

@@ -2,6 +2,7 @@
 
 #include "core/packedfield.hpp"
 #include "dataconv.hpp"
+#include "pwffrmtr.hpp"
 
 namespace oxr {
 
@@ -26,6 +27,12 @@ struct DataCnvParts {
   static std::unique_ptr<CPUnicodeConverter>& localConverter(DataCnv& cnv) { return cnv.localConverter; }
   static std::unique_ptr<icu::DecimalFormat>& notation(DataCnv& cnv, bool exponential) {
     return cnv.notations[exponential ? 1 : 0];
+  }
+  static PWFDateTimeFormatter& dateTimes(DataCnv& cnv) {
+    if (cnv.dtFormatter == nullptr) [[unlikely]]
+      cnv.dtFormatter = std::make_unique<PWFDateTimeFormatter>(cnv.lenient, cnv.timeZoneName, cnv.centuryWindow,
+                                                               cnv.dateTimeText, cnv.firstWeekOfYear, cnv.dateTimeFlag);
+    return *cnv.dtFormatter;
   }
   static ExternalCodes& externalCodes(DataCnv& cnv) { return cnv.externalCodes; }
 

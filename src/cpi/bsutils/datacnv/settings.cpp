@@ -6,6 +6,7 @@
 #include "dataconv.hpp"
 #include "kellocale.hpp"
 #include "kelwstringconvertor.hpp"
+#include "pwffrmtr.hpp"
 #include "support/support.hpp"
 
 using oxr::FunctionTrace;
@@ -62,19 +63,24 @@ DataCnv::~DataCnv() {
   // The order is part of what trace shows, and with it the reason why this is not left to the members.
   converter.reset();
   localConverter.reset();
+  if (dtFormatter != nullptr) {
+    trace.fact("Deleting dtFormatter");
+    dtFormatter.reset();
+  }
   if (decFormatter != nullptr) {
     trace.fact("Deleting decFormatter");
     decFormatter.reset();
   }
 }
 
-// The texts are held by pointer and stay the caller's.
+// The texts are held by pointer and stay the caller's; an empty one is none.
 void DataCnv::setDateTimeProperties(int windowOfCentury, const unsigned short* nameOfTimeZone,
                                     const unsigned short* textOfDateTime, int firstWeek, bool isLenient,
                                     bool flagOfDateTime) {
+  const auto textOrNull = [](const unsigned short* text) { return text != nullptr && text[0] != 0 ? text : nullptr; };
   centuryWindow = windowOfCentury;
-  timeZoneName = nameOfTimeZone;
-  dateTimeText = textOfDateTime;
+  timeZoneName = textOrNull(nameOfTimeZone);
+  dateTimeText = textOrNull(textOfDateTime);
   firstWeekOfYear = firstWeek;
   lenient = isLenient;
   dateTimeFlag = flagOfDateTime;
