@@ -19,8 +19,15 @@ inline const std::map<int, std::string>& usualTexts() {
       {5505, "CPI Converter Input Data Invalid"},
       {5506, "CPI Converter Input Data Out Of Bounds"},
       {5507, "CPI InputData Too Long"},
+      {5516, "CPI Datetime invalid Epoch"},
       {5520, "CPI Converter Invalid Padding Character"},
       {5521, "CPI Converter An attempt to add padding to fixed length field has failed"},
+      {5527, "CPI Datetime From Binary Error"},
+      {5528, "CPI Datetime To Binary Error"},
+      {5529, "Invalid timezone"},
+      {5539, "CPI Unable to format datetime internally"},
+      {5540, "CPI Unable to parse datetime internally"},
+      {5544, "CPI String invalid format for pattern 'I'."},
       {5550, "Strict Numeric Checking: Numeric cannot be zero in length."},
       {5551, "Strict Numeric Checking: Numeric can only have the specified decimal point."},
       {5552, "Strict Numeric Checking: Numeric must have an integer part."},
@@ -30,6 +37,9 @@ inline const std::map<int, std::string>& usualTexts() {
       {5556, "Strict Numeric Checking: An exponential numeric must be given in exponential format."},
       {5557, "Strict Numeric Checking: Incorrect number of decimal places given."},
       {5558, "Strict Numeric Checking: Numeric with VDP should not have a decimal point."},
+      {5559, "CPI Unable to convert datetime. Datetime outside possible range"},
+      {5561, "CPI Unable to convert to datetime. Milliseconds outside possible range"},
+      {5563, "CPI DateTime Format string not set"},
   };
   return texts;
 }
