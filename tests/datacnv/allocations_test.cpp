@@ -150,5 +150,25 @@ TEST(Allocations, TextAndExternalFieldsMakeNone) {
   }
 }
 
+TEST(Allocations, DateTimesMakeNone) {
+  DataCnv cnv = converterFor(37);
+  const KelWstring text = u"2001-02-03T04:05:06.789+01:00"_k, pattern = u"yyyy-MM-dd'T'HH:mm:ss.SSSZZZ"_k,
+                   time = u"HH:mm:ss.SSSZZZ"_k, iso = u"I"_k, fields = u"yyyyMMddHHmmss"_k,
+                   epoch = u"2001-02-03T04:05+06:00"_k;
+  unsigned char bytes[14] = {};
+  PWFDateTime value = cnv.StrToDateTime(text.characters(), pattern.characters(), -1);
+  for (const KelWstring& each : {pattern, iso})
+    expectNone([&] { cnv.StrToDateTime(text.characters(), each.characters(), 29); });
+  expectNone([&] { cnv.BinaryFromDateTime(value, bytes, sizeof bytes, fields.characters()); });
+  expectNone([&] { cnv.BinaryToDateTime(bytes, sizeof bytes, fields.characters()); });
+  expectNone([&] { cnv.MilliSecondsToDateTime(1, epoch.characters()); });
+  expectNone([&] { cnv.MilliSecondsFromDateTime(value, epoch.characters()); });
+  expectNone([&] { cnv.StrFromDateTime(value, DataCnv::DATE_PATTERN.characters(), nullptr); });
+  const auto written = [&] { cnv.StrFromDateTime(value, pattern.characters(), nullptr); };
+  EXPECT_EQ(allocationsOf(written), 1u) << "the long text's block";
+  EXPECT_EQ(allocationsOf([&] { cnv.StrToDateTime(text.characters() + 11, time.characters(), 18), written(); }), 1u)
+      << "patterns that take turns are kept";
+}
+
 }  // namespace
 }  // namespace oxr::test

@@ -33,8 +33,8 @@ inline int binaryFieldIndex(unsigned short letter) {
   static constexpr std::array<std::int8_t, 128> kIndices = [] {
     std::array<std::int8_t, 128> indices;
     indices.fill(-1);
-    for (std::int8_t i = 0; i <= kFillerIndex; ++i)
-      indices[static_cast<std::size_t>(kBinaryLetters[i])] = i;
+    for (int i = 0; i <= kFillerIndex; ++i)
+      indices[static_cast<unsigned char>(kBinaryLetters[i])] = static_cast<std::int8_t>(i);
     return indices;
   }();
   return letter < kIndices.size() ? kIndices[letter] : -1;

@@ -1,8 +1,8 @@
 // Date-times in all their forms. The formatter does the work; here it is made, and a missing pattern is dealt with.
 
 #include <algorithm>
-#include <limits>
 
+#include "core/datetimefields.hpp"
 #include "datacnv/parts.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
@@ -15,13 +15,10 @@ namespace {
 
 constexpr int kTerminated = -1;  // the length of a text that is zero-terminated
 
-bool isSet(PWFInt32 field) {
-  return field != std::numeric_limits<PWFInt32>::min();
-}
-
 // The pattern for the fields that are set; null where there is none for them.
 const unsigned short* standardPattern(const PWFDateTime& value) {
   static const KelWstring fineTimestampPattern = DataCnv::TIMESTAMP_PATTERN + DataCnv::MILLISEC_PATTERN;
+  using core::isSet;
   const bool hasDate = isSet(value._year) && isSet(value._month) && isSet(value._day);
   const bool hasTime = isSet(value._hour) && isSet(value._minute) && isSet(value._second);
   if (hasDate && hasTime)

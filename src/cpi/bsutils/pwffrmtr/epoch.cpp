@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "core/datetimefields.hpp"
 #include "keltimestampformatter.hpp"
 #include "kelwstringconvertor.hpp"
 #include "pwffrmtr.hpp"
@@ -77,7 +78,7 @@ PWFDateTime PWFDateTimeFormatter::parseSeconds(int count, const unsigned short* 
 
 long PWFDateTimeFormatter::formatMilliSeconds(const PWFDateTime& value, const unsigned short* epoch) {
   const FunctionTrace trace(this, "PWFDateTimeFormatter::formatMilliSeconds", kFormatterPath);
-  const PWFDateTime full = convertDateTime(value);
+  const PWFDateTime full = core::withDefaults(value);
   KelTimeStamp from;
   convertEpoch(epoch, from);
   const KelDate date(full._day, static_cast<KelDate::Month>(full._month), full._year);

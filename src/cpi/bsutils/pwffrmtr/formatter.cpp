@@ -1,8 +1,7 @@
 // Date-times as text. The host reads and writes patterns; here stands what is around that: which pattern, which zone,
 // how UTC is written, and what stands for fields that are not set.
 
-#include <limits>
-
+#include "core/datetimefields.hpp"
 #include "core/isoshape.hpp"
 #include "kelwstringconvertor.hpp"
 #include "pwffrmtr.hpp"
@@ -14,9 +13,6 @@
 using namespace oxr;
 
 namespace {
-
-constexpr PWFInt32 kUnset = std::numeric_limits<PWFInt32>::min();
-constexpr PWFInt32 kMicrosecondScale = 6;
 
 KelWstring textOrEmpty(const unsigned short* text) {
   return text != nullptr ? KelWstring(UnitView(text)) : KelWstring();
@@ -82,6 +78,22 @@ KelTimeStamp stampOf(const PWFDateTime& value) {
           KelTimeBase(value._hour, value._minute, value._second, value._subsecond), value.iTimeZone};
 }
 
+// Make a value of the text that `write(KelWstring&)` writes. The host asks for all the room that a pattern may need: a
+// short text goes by way of other room, so that it comes to lie inside the value, and a long one at once into its
+// block.
+template <class Write>
+PWFData shortText(Write write) {
+  KelBufferedWstring<64u> text;
+  write(text);
+  return PWFData(text);
+}
+template <class Write>
+PWFData longText(Write write) {
+  PWFData value = TextInPlace::make(STRING, 0, [](unsigned short*) {});
+  write(TextInPlace::text(value));
+  return value;
+}
+
 void traceUtcForm(const FunctionTrace& trace, PWFInt32 form) {
   if (form != PWFDateTimeFormatter::UTC_AS_FORMAT) trace.fact("Time came in as GMT");
   trace.fact(form == PWFDateTimeFormatter::UTC_AS_FORMAT ? "Format control set to UTC_AS_FORMAT"
@@ -130,19 +142,7 @@ const KelDate& PWFDateTimeFormatter::getCurrentDate() {
 }
 
 PWFDateTime PWFDateTimeFormatter::convertDateTime(const PWFDateTime& value) {
-  PWFDateTime full = value;
-  const auto setDefault = [](PWFInt32& field, PWFInt32 otherwise) {
-    if (field == kUnset) field = otherwise;
-  };
-  setDefault(full._year, 1970);
-  setDefault(full._month, 1);
-  setDefault(full._day, 1);
-  setDefault(full._hour, 0);
-  setDefault(full._minute, 0);
-  setDefault(full._second, 0);
-  setDefault(full._subsecond, 0);
-  setDefault(full._scale, kMicrosecondScale);
-  return full;
+  return core::withDefaults(value);
 }
 
 void PWFDateTimeFormatter::createDateTimeFromTimeStamp(const KelTimeStamp& stamp, PWFDateTime& target) {
@@ -154,7 +154,7 @@ void PWFDateTimeFormatter::createDateTimeFromTimeStamp(const KelTimeStamp& stamp
   target._minute = stamp.time().minute();
   target._second = static_cast<PWFInt32>(stamp.time().microseconds() / kMicroseconds);
   target._subsecond = static_cast<PWFInt32>(stamp.time().microseconds() % kMicroseconds);
-  target._scale = kMicrosecondScale;
+  target._scale = core::kMicrosecondScale;
   target.iTimeZone = nullptr;
   target._hasLocalTimezone = 0;
   target.iTimeZoneFormatControl = UTC_AS_FORMAT;
@@ -189,27 +189,28 @@ PWFDateTime PWFDateTimeFormatter::parse(const unsigned short* text, int textLeng
   if (!working.hasZone())
     trace.fact("the incoming string doesn't have a timezone, we'll use the one that came with the message set");
 
-  KelTimeStamp stamp;
-  try {
+  const auto read = [&] {
     const KelTimeStamp midnight(getCurrentDate(), KelTimeBase());
-    stamp = KelTimeStampFormatter(owner(), nullptr, input, working.compiled(), midnight, centuryWindow,
-                                  dateTimeText.view(), firstWeekOfYear, lenient);
-    if (!working.hasZone()) {
-      if (const KelTimeZone* const zone = defaultZone())
-        stamp.setTimeZone(zone);
-      else
-        trace.fact(
-            "There was no timezone on the input, and default is set to Broker Default, hence don't set it and let the "
-            "Broker sort it out later");
-    }
+    KelTimeStamp stamp = KelTimeStampFormatter(owner(), nullptr, input, working.compiled(), midnight, centuryWindow,
+                                               dateTimeText.view(), firstWeekOfYear, lenient);
+    if (working.hasZone()) return stamp;
+    if (const KelTimeZone* const zone = defaultZone())
+      stamp.setTimeZone(zone);
+    else
+      trace.fact(
+          "There was no timezone on the input, and default is set to Broker Default, hence don't set it and let the "
+          "Broker sort it out later");
+    return stamp;
+  };
+  PWFDateTime value;
+  try {
+    const KelTimeStamp stamp = read();
+    createDateTimeFromTimeStamp(stamp, value);
+    value.iTimeZone = stamp.timeZone();
   } catch (...) {
     raise<KelParserException>(trace.site(), failures::kDateTimeParse, KelWstring(input), working.text(),
                               lenient ? 0 : 1);
   }
-
-  PWFDateTime value;
-  createDateTimeFromTimeStamp(stamp, value);
-  value.iTimeZone = stamp.timeZone();
   value._hasLocalTimezone = working.hasZone() ? 1 : 0;
   value.iTimeZoneFormatControl = utcFormOf(value, endsIn(input, 'Z'));
   traceUtcForm(trace, value.iTimeZoneFormatControl);
@@ -235,17 +236,18 @@ PWFData PWFDateTimeFormatter::format(const PWFDateTime& value, const unsigned sh
       zone = KelTimeZone::createDefault(nullptr);
     }
   }
-  KelTimeStamp stamp = stampOf(convertDateTime(value));
+  KelTimeStamp stamp = stampOf(core::withDefaults(value));
   if (debugTraceOn()) traceShift(trace, stamp.timeZone(), zone);
   stamp.setTimeZone(zone);
 
-  PWFData result = TextInPlace::make(STRING, 0, [](unsigned short*) {});
-  try {
-    KelTimeStampFormatter(owner(), nullptr, stamp, working.compiled(), centuryWindow, dateTimeText.view(),
-                          firstWeekOfYear, false)
-        .write(TextInPlace::text(result));
-  } catch (...) {
-    raise<KelParserException>(trace.site(), failures::kDateTimeFormat, stamp.asString(), working.text());
-  }
-  return result;
+  const auto write = [&](KelWstring& target) {
+    try {
+      KelTimeStampFormatter(owner(), nullptr, stamp, working.compiled(), centuryWindow, dateTimeText.view(),
+                            firstWeekOfYear, false)
+          .write(target);
+    } catch (...) {
+      raise<KelParserException>(trace.site(), failures::kDateTimeFormat, stamp.asString(), working.text());
+    }
+  };
+  return working.text().length() > TextInPlace::kInlineUnits ? longText(write) : shortText(write);
 }
