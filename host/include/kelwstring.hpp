@@ -88,11 +88,11 @@ class KELHOST_EXPORT KelWstring {
     return text_;
   }
 
-  // Cuts the string to its first `length` units, of which it has at least so many.
+  // Cuts a string that resizeForOverwrite() has made to its first `length` units. It must have at least so many, and
+  // share its characters with no other.
   void cutTo(unsigned length) {
-    if (isShared_) return eraseInternal(length, npos);
     length_ = length;
-    if (inlineCapacity_ != 0) text_[length] = 0;
+    if (isShared_ || inlineCapacity_ != 0) text_[length] = 0;
   }
 
   // Makes the string `count` units longer and returns the first of them for writing; their contents are unspecified.
