@@ -21,6 +21,8 @@
 #include "fuzz/datacnv/tlog_check.hpp"
 #include "fuzz/harness/choices.hpp"
 #include "fuzz/host/kelbuffer_check.hpp"
+#include "fuzz/host/keltimepattern_check.hpp"
+#include "fuzz/host/keltimestamp_check.hpp"
 #include "fuzz/host/kelwstring_check.hpp"
 #include "fuzz/records/copybook_check.hpp"
 #include "fuzz/records/jsonvalue_check.hpp"
@@ -39,6 +41,10 @@ struct Check {
 constexpr Check kChecks[] = {
     {"KelBuffer",     fuzz::checkKelBuffer,      5'000},
     {"KelWstring",    fuzz::checkKelWstring,     2'000},
+    {"TimeStampIcu",  fuzz::checkTimeStampAgainstIcu, 600},
+    {"TimeCarryOver", fuzz::checkTimeStampCarryOver, 30'000},
+    {"TimeRoundTrip", fuzz::checkTimeStampRoundTrip, 20'000},
+    {"TimePattern",   fuzz::checkTimePatternAndText, 20'000},
     {"CodePage",      fuzz::checkCodePage,       2'000},
     {"GrowingBuffer", fuzz::checkGrowingByteBuffer, 5'000},
     {"TextReader",    fuzz::checkTextReader,     3'000},

@@ -24,8 +24,11 @@ inline KelTimeStamp stampOf(const std::string& text) {
   int year = 1970, month = 1, day = 1, hour = 0, minute = 0, length = 0;
   double seconds = 0;
   char zone[64] = "";
-  if (std::sscanf(text.c_str(), "%d-%d-%d%n", &year, &month, &day, &length) < 3) length = 0;
-  const char* rest = text.c_str() + length;
+  const char* rest = text.c_str();
+  if (text.find('-', 1) < text.find_first_of(" :")) {
+    std::sscanf(rest, "%d-%d-%d%n", &year, &month, &day, &length);
+    rest += length;
+  }
   if (std::sscanf(rest, "%d:%d:%lf%n", &hour, &minute, &seconds, &length) == 3) rest += length;
   std::sscanf(rest, "%63s", zone);
   return {KelDate(day, static_cast<KelDate::Month>(month), year), KelTimeBase(hour, minute, seconds),
