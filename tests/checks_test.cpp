@@ -24,6 +24,8 @@
 #include "fuzz/host/keltimepattern_check.hpp"
 #include "fuzz/host/keltimestamp_check.hpp"
 #include "fuzz/host/kelwstring_check.hpp"
+#include "fuzz/pwffrmtr/binarydatetime_check.hpp"
+#include "fuzz/pwffrmtr/datetime_check.hpp"
 #include "fuzz/records/copybook_check.hpp"
 #include "fuzz/records/jsonvalue_check.hpp"
 #include "fuzz/records/recordreader_check.hpp"
@@ -67,6 +69,10 @@ constexpr Check kChecks[] = {
     {"NumberRead",    fuzz::checkNumberRead,    10'000},
     {"NumberWrite",   fuzz::checkNumberWrite,   10'000},
     {"DecimalText",   fuzz::checkDecimalText,   10'000},
+    {"BinaryTime",    fuzz::checkBinaryDateTime, 10'000},
+    {"IsoTime",       fuzz::checkIsoDateTime,   10'000},
+    {"TimeText",      fuzz::checkDateTimeText,   3'000},
+    {"EpochTime",     fuzz::checkEpochDateTime, 10'000},
     {"Copybook",      fuzz::checkCopybook,      10'000},
     {"JsonValue",     fuzz::checkJsonValue,     20'000},
     {"RecordReader",  fuzz::checkRecordReader,   3'000},
