@@ -90,10 +90,6 @@ TEST(KelTimeStampFormatter, CountsWeeksAsTheFirstDayAndTheFirstWeekSay) {
     const Settings set{"2005-01-01", false, 53, row[0], std::stoi(row[1])};  // a Saturday
     EXPECT_EQ(written("w W e", set), row[2]) << shown(row);
   }
-  // A week that lies in two years is that of the year's own days.
-  for (const Row& row :
-       rows("Monday 4 2005_53_Sat 2005-01-01; Monday 4 2004_53_Fri 2004-12-31; Sunday 1 2005_1_Sat 2005-01-01"))
-    EXPECT_EQ(read("yyyy w EEE", row[2], {"2026-11-21", false, 53, row[0], std::stoi(row[1])}), row[3]) << shown(row);
 }
 
 TEST(KelTimeStampFormatter, ReadsNumbers) {
@@ -116,31 +112,24 @@ TEST(KelTimeStampFormatter, ReadsNumbers) {
 TEST(KelTimeStampFormatter, CarriesOverWhatIsOutOfRangeOnlyWhenLenient) {
   expectReads(
       "MM 12 2026-12-21; MM 13 2141 2027-01-21; MM 00 2141 2025-12-21; dd 30 2026-11-30; dd 31 2141 2026-12-01;"
-      "dd 00 2141 2026-10-31; yyyy-MM-dd 2000-02-29 2000-02-29; yyyy-MM-dd 1900-02-29 2141 1900-03-01;"
-      "yyyy-MM-dd 2001-02-31 2141 2001-03-03; HH 24 2141 2026-11-22; mm 60 2141 2026-11-21_01:00:00;"
-      "HH:mm:ss 23:59:60 2141 2026-11-22; HH:mm 99:99 2141 2026-11-25_04:39:00; DDD 365 2026-12-31;"
-      "DDD 366 2141 2027-01-01; yyyy-DDD 2000-366 2000-12-31; DDD 000 2141 2025-12-31;"
-      "yyyy-MM-dd_HH:mm:ss 2001-14-35_25:61:61 2141 2002-03-08_02:02:01;"
-      "kk 24 2026-11-21; kk 00 2141 2026-11-21; kk 25 2141 2026-11-22_01:00:00; hh_a 12_AM 2026-11-21;"
-      "hh_a 12_PM 2026-11-21_12:00:00; hh_a 00_PM 2141 2026-11-21_12:00:00; KK_a 11_PM 2026-11-21_23:00:00;"
-      "hh_a 13_AM 2141 2026-11-21_13:00:00; KK_a 12_AM 2141 2026-11-21_12:00:00;"
-      "yyyy_M_F_E 2001_2_6_Sat 2141 2001-03-10;"
-      "yyyy 9999 9999-11-21; yyyy-MM-dd 0001-01-01 0001-01-01");
+      "yyyy-MM-dd 2000-02-29 2000-02-29; yyyy-MM-dd 1900-02-29 2141 1900-03-01; yyyy-MM-dd 2001-02-31 2141 2001-03-03;"
+      "HH 24 2141 2026-11-22; mm 60 2141 2026-11-21_01:00:00; HH:mm:ss 23:59:60 2141 2026-11-22;"
+      "DDD 366 2141 2027-01-01; yyyy-DDD 2000-366 2000-12-31; kk 24 2026-11-21; kk 00 2141 2026-11-21;"
+      "hh_a 12_AM 2026-11-21; hh_a 00_PM 2141 2026-11-21_12:00:00; yyyy_M_F_E 2001_2_6_Sat 2141 2001-03-10;"
+      "yyyy-MM-dd_HH:mm:ss 2001-14-35_25:61:61 2141 2002-03-08_02:02:01; yyyy-MM-dd 0001-01-01 0001-01-01");
   // No stamp lies outside of the years 1 to 9999, however it is read.
   expectReads(
       "yyyy 0000 2141; yyyy 10000 2141; yyyy-MM-dd 9999-12-32 2141; yyyy-MM-dd 0001-01-00 2141;"
       "G_yyyy BC_0005 2141; yyyy 99999999999999999999 2141; HH 99999999999 2141; yyyy-DDD 9999-400 2141");
 }
 
-TEST(KelTimeStampFormatter, ReadsNamesAndWeeks) {
+// Weeks and numbers of week days are compared with ICU's.
+TEST(KelTimeStampFormatter, ReadsNames) {
   expectReads(
-      "dd_MMM_yyyy 03_Feb_2001 2001-02-03; MMMM February 2026-02-21; MMM fEB 2026-02-21;"
-      "MMMM Feb 2141 2026-02-21; MMM February 2141 2026-02-21; MMM Foo 2141; MMM May 2026-05-21;"
-      "EEE,_yyyy-MM-dd Sat,_2001-02-03 2001-02-03; EEEE_yyyy-MM-dd Sunday_2001-02-03 2001-02-03;"
-      "EEEEEE_dd Sa_05 2026-11-05; G_yyyy AD_2001 2001-11-21; hh_a 03_PM 2026-11-21_15:00:00;"
-      "hh_a 03_pm 2026-11-21_15:00:00; a_hh PM_03 2026-11-21_15:00:00;"
-      "yyyy_w_E 2001_3_Sat 2001-01-20; yyyy_w_e 2001_3_7 2001-01-20; yyyy_M_F_E 2001_2_3_Sat 2001-02-17;"
-      "yyyy_M_W_e 2001_2_3_7 2001-02-17; yyyy_ww_EEEE 2001_03_Saturday 2001-01-20");
+      "dd_MMM_yyyy 03_Feb_2001 2001-02-03; MMMM February 2026-02-21; MMM fEB 2026-02-21; MMM Foo 2141;"
+      "MMMM Feb 2141 2026-02-21; MMM February 2141 2026-02-21; EEE,_yyyy-MM-dd Sat,_2001-02-03 2001-02-03;"
+      "EEEE_yyyy-MM-dd Sunday_2001-02-03 2001-02-03; EEEEEE_dd Sa_05 2026-11-05; G_yyyy AD_2001 2001-11-21;"
+      "hh_a 03_pm 2026-11-21_15:00:00; a_hh PM_03 2026-11-21_15:00:00");
 }
 
 TEST(KelTimeStampFormatter, ReadsZones) {
@@ -149,12 +138,9 @@ TEST(KelTimeStampFormatter, ReadsZones) {
       "ZZZ +00:00 2026-11-21_Etc/GMT-0; ZZ +05 2026-11-21_GMT+05:00; ZZ -05:30 2026-11-21_GMT-05:30;"
       "ZZ Z 2026-11-21_Etc/GMT-0; Z +0530 2026-11-21_GMT+05:30; Z -0000 2026-11-21_Etc/GMT-0;"
       "Z Z 2026-11-21_Etc/GMT-0; ZZZZ GMT-03:30 2026-11-21_GMT-03:30; ZZZZ GMT 2026-11-21_Etc/GMT-0;"
-      "ZZZZZ Z 2026-11-21_Etc/GMT-0; ZZZZZ +05:30 2026-11-21_GMT+05:30; HH:mmZZZU 04:05Z"
-      " 2026-11-21_04:05:00_Etc/GMT-0; HH:mmZZZU 04:05+00:00 2026-11-21_04:05:00_Etc/GMT-0; ZZZZU Z "
-      "2026-11-21_Etc/GMT-0;"
-      "HH:mmZZ 04:05+01 2026-11-21_04:05:00_GMT+01:00; ZZZ +24:00 2141; ZZZ +05:60 2141 2026-11-21_GMT+05:00; ZZZ '' "
-      "2141;"
-      "ZZZ 05:30 2141; z GMT+1 2026-11-21_GMT+01:00; z Foo 2141");
+      "ZZZZZ Z 2026-11-21_Etc/GMT-0; ZZZU Z 2026-11-21_Etc/GMT-0; ZZZU +00:00 2026-11-21_Etc/GMT-0;"
+      "ZZZZU Z 2026-11-21_Etc/GMT-0; HH:mmZZ 04:05+01 2026-11-21_04:05:00_GMT+01:00; ZZZ +24:00 2141; ZZZ '' 2141;"
+      "ZZZ +05:60 2141 2026-11-21_GMT+05:00; ZZZ 05:30 2141; z GMT+1 2026-11-21_GMT+01:00; z Foo 2141");
   EXPECT_EQ(read("zzzz", "Pacific Standard Time"), "2026-11-21 America/Los_Angeles");
   expectReads("ZZZ +05:30 2001-02-03_04:05:06_GMT+05:30; dd 05 2001-02-05_04:05:06_Europe/Paris",
               {"2001-02-03 04:05:06 Europe/Paris"});
@@ -196,22 +182,27 @@ TEST(KelTimeStampFormatter, WritesWhatIsNotOnTheCalendarOnlyWhenLenient) {
   }
 }
 
-TEST(KelTimeStampFormatterThreads, ShareAPattern) {
+TEST(KelTimeStampFormatterThreads, SharePatternsAndZones) {
   const KelTimeStampPattern pattern(u"EEEE, dd MMMM yyyy HH:mm:ss.SSS zzzz"_k);
   const KelTimeStamp stamp = stampOf("2001-07-03 04:05:06.789 Europe/Paris");
   const KelWstring text = u"Tuesday, 03 July 2001 04:05:06.789 Central European Summer Time"_k;
+  std::vector<std::vector<const KelTimeZone*>> zones(4);
   std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i)
+  for (auto& mine : zones)
     threads.emplace_back([&] {
       for (int round = 0; round < 50; ++round) {
-        const KelTimeStampPattern mine(pattern);
-        ASSERT_EQ(KelWstring(KelTimeStampFormatter(nullptr, nullptr, stamp, mine, 53, {}, 0, false)), text);
+        const KelTimeStampPattern copy(pattern);
+        ASSERT_EQ(KelWstring(KelTimeStampFormatter(nullptr, nullptr, stamp, copy, 53, {}, 0, false)), text);
         const KelTimeStamp again = KelTimeStampFormatter(nullptr, nullptr, text.view(), pattern, KelTimeStamp(), 53);
         ASSERT_EQ(again.asString(), stamp.asString());
+        mine.push_back(KelTimeZone::createTimeZone(k("GMT+03:0" + std::to_string(round % 10)), nullptr));
+        mine.push_back(KelTimeZone::ofOffset(round * 40));
       }
     });
   for (std::thread& thread : threads)
     thread.join();
+  for (const auto& each : zones)
+    EXPECT_EQ(each, zones.front());
 }
 
 }  // namespace
