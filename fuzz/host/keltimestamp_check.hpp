@@ -111,7 +111,7 @@ inline std::int64_t icuReading(Twin& twin, icu::GregorianCalendar& calendar, con
 
 // An instant, written by a pattern in each of the zones and read back, by both.
 //
-// A million instants in all zones take some minutes:
+// A million instants in all zones take eight minutes:
 //   OXR_RANDOM_CASES=1000000 build/release/oxr_tests --gtest_filter='*TimeStampIcu'
 inline void checkTimeStampAgainstIcu(Choices& choices) {
   const std::size_t pattern = choices.upTo(kTwinCount - 1);
