@@ -2,6 +2,7 @@
 
 #include <unicode/basictz.h>
 #include <unicode/tztrans.h>
+#include <unicode/ucal.h>
 
 #include <array>
 #include <atomic>
@@ -32,7 +33,8 @@ icu::UnicodeString unicodeOf(UnitView text) {
 std::unique_ptr<icu::BasicTimeZone> openZone(UnitView id) {
   std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(unicodeOf(id)));
   if (zone == nullptr) throw std::bad_alloc();
-  if (*zone == icu::TimeZone::getUnknown()) return nullptr;
+  icu::UnicodeString found;
+  if (zone->getID(found) == icu::UnicodeString(UCAL_UNKNOWN_ZONE_ID, -1, US_INV)) return nullptr;
   if (dynamic_cast<icu::BasicTimeZone*>(zone.get()) == nullptr) return nullptr;
   return std::unique_ptr<icu::BasicTimeZone>(static_cast<icu::BasicTimeZone*>(zone.release()));
 }
@@ -61,7 +63,7 @@ KelWstring idOfOffset(int seconds) {
 }  // namespace
 
 // The zones of this process, by the IDs that were asked for. IDs that are unknown are not kept, so that the cache holds
-// no more than ICU has zones, aliases and offsets.
+// no more than ICU has zones, aliases, and ways to spell the offsets up to 23:59:59.
 class KelTimeZone::Cache {
  public:
   static Cache& get() {

@@ -175,10 +175,9 @@ std::optional<ZoneMatch> matchZone(NameWidth width, UnitView text) {
     UTimeZoneFormatTimeType type = UTZFMT_TIME_TYPE_UNKNOWN;
     const std::unique_ptr<icu::TimeZone> zone(zoneFormat().parse(style, units, position, &type));
     const auto length = static_cast<std::size_t>(position.getIndex());
-    if (zone == nullptr || length == 0 || (best && length <= best->length) || *zone == icu::TimeZone::getUnknown())
-      continue;
+    if (zone == nullptr || length == 0 || (best && length <= best->length)) continue;
     icu::UnicodeString id;
-    zone->getID(id);
+    if (zone->getID(id) == icu::UnicodeString(UCAL_UNKNOWN_ZONE_ID, -1, US_INV)) continue;
     const KelWstring name(reinterpret_cast<const unsigned short*>(id.getBuffer()), static_cast<unsigned>(id.length()));
     const SavingTime saving = type == UTZFMT_TIME_TYPE_STANDARD   ? SavingTime::standard
                               : type == UTZFMT_TIME_TYPE_DAYLIGHT ? SavingTime::daylight

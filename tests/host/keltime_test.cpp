@@ -136,7 +136,7 @@ TEST(KelTimeZone, HasTheIdThatIcuKeepsAndTheOffsetsOfItsRules) {
     EXPECT_EQ(zoneOf(row[0])->offsetAt(0), std::stoi(row[2])) << row[0];
     EXPECT_EQ(zoneOf(row[0]), zoneOf(row[0])) << "one zone an ID";
   }
-  for (const char* const id : {"", "Nowhere", "europe paris", "+05:30", "GMT+24:00", "Etc/GMT-15"})
+  for (const char* const id : {"", "Nowhere", "europe paris", "+05:30", "GMT+24:00", "Etc/GMT-15", "Etc/Unknown"})
     EXPECT_EQ(resultOf([&] { return toUtf8(zoneOf(id)->getID()); }), "2143") << id;
   for (const Row& row : rows("0 Etc/GMT-0; 19800 GMT+05:30; -1800 GMT-00:30; 86340 GMT+23:59; -86399 GMT-23:59:59;"
                              "-1 GMT-00:00:01")) {
