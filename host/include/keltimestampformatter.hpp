@@ -31,10 +31,14 @@ struct TimeProgram;
 //   a G     half of the day, era           PM, AD    (G 4: Anno Domini, 5: A; a 5: p)
 //   z       name of the zone               GMT+1     up to 3; 4: Central European Standard Time
 //   Z       offset of the zone             +0530     +05:30 or +05   +05:30   GMT+05:30   +05:30, Z for UTC
-//   U       last letter of a pattern: the Z before it write UTC as "Z"
+//   U       only as the last letter: every Z field of the pattern writes UTC as "Z", and reads that
 //
 // Text between single quotes stands for itself, '' for a quote, and so does everything that is not a letter A to Z or a
-// to z. Names are those of the process's locale; digits are always 0 to 9.
+// to z. Names are those of the process's locale, and so are the digits of z and ZZZZ; all other digits are 0 to 9. An
+// offset with seconds, as old local times have, is written and read with them: "+00:09:21".
+//
+// Where several fields tell the same, the last one counts: "kk HH" reads the hour by HH. An hour of 24 needs no half of
+// the day and leaves it out of account; a day of the month or year does so with the day of the week.
 //
 // Example:
 //   const KelTimeStampPattern iso(text);  // "yyyy-MM-dd'T'HH:mm:ss.SSSZZZ"
@@ -59,13 +63,13 @@ class KELHOST_EXPORT KelTimeStampPattern {
 //   const KelTimeStamp stamp = KelTimeStampFormatter(nullptr, nullptr, text, iso, midnight, 53);
 class KELHOST_EXPORT KelTimeStampFormatter {
  public:
-  // To read `text`. Fields that the pattern has not got come from `defaultStamp`; its day is cut to the length of the
-  // month. The stamp has the zone that the text names, else that of `defaultStamp`. `centuryWindow`: two digits; years
-  // of two digits lie in the hundred years that begin in a year ending with these and hold the default stamp's year.
-  // `dateTimeText`: English name of the first day of the week; `firstWeekOfYear`: how many days the first week of a
-  // year or month has at least, 1 to 7; other values stand for what the locale has. `lenient`: fields out of their
-  // range carry over into the next larger one, numbers may have more or fewer digits, white space may stand before a
-  // field, and what is left of the text does not count; else all of these fail.
+  // To read `text`. Fields that the pattern has not got come from `defaultStamp`, which must be on the calendar; its
+  // day is cut to the length of the month. The stamp has the zone that the text names, else that of `defaultStamp`.
+  // `centuryWindow`: two digits; years of two digits lie in the hundred years that begin in a year ending with these
+  // and hold the default stamp's year. `dateTimeText`: English name of the first day of the week; `firstWeekOfYear`:
+  // how many days the first week of a year or month has at least, 1 to 7; other values stand for what the locale has.
+  // `lenient`: fields out of their range carry over into the next larger one, numbers may have more or fewer digits,
+  // white space may stand before a field, and what is left of the text does not count; else all of these fail.
   KelTimeStampFormatter(const KelLogSource* source, KelThreadContext* context, oxr::UnitView text,
                         const KelTimeStampPattern& pattern, const KelTimeStamp& defaultStamp, int centuryWindow,
                         oxr::UnitView dateTimeText = {}, int firstWeekOfYear = 0, bool lenient = false)

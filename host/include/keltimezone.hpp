@@ -14,8 +14,8 @@ U_NAMESPACE_END
 
 // A time zone: the rule that tells how far the clocks of a place are ahead of UTC.
 //
-// Zones are made once for each ID and live to the end of the process, so that a date-time may point at one without
-// owning it. Any thread may make and use them. The rules are ICU's.
+// Zones are made once for each ID of ICU's and live to the end of the process, so that a date-time may point at one
+// without owning it. Any thread may make and use them. The rules are ICU's.
 //
 // Example:
 //   KelWstring id = ...;  // "Europe/Paris"

@@ -29,14 +29,28 @@ icu::UnicodeString unicodeOf(UnitView text) {
   return {toIcu(text.data()), static_cast<std::int32_t>(text.size())};
 }
 
-// ICU's zone of an ID; null for one that it does not know. All of its own zones are of the basic kind.
+icu::UnicodeString idOf(const icu::TimeZone& zone) {
+  icu::UnicodeString id;
+  zone.getID(id);
+  return id;
+}
+
+// ICU's zone as one of the basic kind, as all of its own are; null for any other.
+std::unique_ptr<icu::BasicTimeZone> asBasic(std::unique_ptr<icu::TimeZone> zone) {
+  if (dynamic_cast<icu::BasicTimeZone*>(zone.get()) == nullptr) return nullptr;
+  return std::unique_ptr<icu::BasicTimeZone>(static_cast<icu::BasicTimeZone*>(zone.release()));
+}
+
+// ICU's zone of an ID; null for one that it does not know.
 std::unique_ptr<icu::BasicTimeZone> openZone(UnitView id) {
   std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(unicodeOf(id)));
   if (zone == nullptr) throw std::bad_alloc();
-  icu::UnicodeString found;
-  if (zone->getID(found) == icu::UnicodeString(UCAL_UNKNOWN_ZONE_ID, -1, US_INV)) return nullptr;
-  if (dynamic_cast<icu::BasicTimeZone*>(zone.get()) == nullptr) return nullptr;
-  return std::unique_ptr<icu::BasicTimeZone>(static_cast<icu::BasicTimeZone*>(zone.release()));
+  if (idOf(*zone) == icu::UnicodeString(UCAL_UNKNOWN_ZONE_ID, -1, US_INV)) return nullptr;
+  return asBasic(std::move(zone));
+}
+
+KelWstring wide(const icu::UnicodeString& text) {
+  return {reinterpret_cast<const unsigned short*>(text.getBuffer()), static_cast<unsigned>(text.length())};
 }
 
 int secondsOf(std::int32_t rawMilliseconds, std::int32_t savingMilliseconds) {
@@ -62,8 +76,9 @@ KelWstring idOfOffset(int seconds) {
 
 }  // namespace
 
-// The zones of this process, by the IDs that were asked for. IDs that are unknown are not kept, so that the cache holds
-// no more than ICU has zones, aliases, and ways to spell the offsets up to 23:59:59.
+// The zones of this process, by ICU's own IDs. An offset can be spelled in many ways ("GMT+1:20"): such a text is
+// opened anew each time and finds the zone of its proper spelling, so that the cache holds no more than ICU has zones,
+// aliases and offsets up to 23:59:59, whatever messages bring.
 class KelTimeZone::Cache {
  public:
   static Cache& get() {
@@ -81,8 +96,10 @@ class KelTimeZone::Cache {
     std::unique_ptr<icu::BasicTimeZone> opened = openZone(id.view());
     if (opened == nullptr) return nullptr;
     std::unique_ptr<const KelTimeZone> zone(new KelTimeZone(std::move(opened)));
+    std::u16string key = keyOf(zone->getID());
     const std::unique_lock lock(mutex_);
-    return zones_.try_emplace(keyOf(id), std::move(zone)).first->second.get();  // the first of two threads wins
+    // The zone that is there already stays: others may point at it.
+    return zones_.try_emplace(std::move(key), std::move(zone)).first->second.get();
   }
 
   // Zones of whole minutes, from -23:59 to 23:59, as they were found.
@@ -98,10 +115,7 @@ class KelTimeZone::Cache {
   std::array<std::atomic<const KelTimeZone*>, 2 * kMinutesPerDay + 1> minutes_{};
 };
 
-KelTimeZone::KelTimeZone(std::unique_ptr<icu::BasicTimeZone> zone) : zone_(std::move(zone)) {
-  icu::UnicodeString id;
-  zone_->getID(id);
-  id_.assignInternal(reinterpret_cast<const unsigned short*>(id.getBuffer()), static_cast<unsigned>(id.length()), 0);
+KelTimeZone::KelTimeZone(std::unique_ptr<icu::BasicTimeZone> zone) : zone_(std::move(zone)), id_(wide(idOf(*zone_))) {
   icu::TimeZoneTransition transition;
   constexpr double kLongAgo = -1e15;  // milliseconds: some 30,000 years before the first clock
   isFixed_ = zone_->getNextTransition(kLongAgo, true, transition) == 0;
@@ -110,14 +124,14 @@ KelTimeZone::KelTimeZone(std::unique_ptr<icu::BasicTimeZone> zone) : zone_(std::
 
 KelTimeZone::~KelTimeZone() = default;
 
+// TZ may name a rule that no ID stands for, such as a file or "XYZ-3": then ICU's zone itself is kept.
 const KelTimeZone* KelTimeZone::createDefault(KelThreadContext*) {
   static const KelTimeZone* const zone = [] {
-    const std::unique_ptr<icu::TimeZone> found(icu::TimeZone::createDefault());
-    icu::UnicodeString id;
-    if (found != nullptr) found->getID(id);
-    const KelTimeZone* const known = Cache::get().find(
-        KelWstring(reinterpret_cast<const unsigned short*>(id.getBuffer()), static_cast<unsigned>(id.length())));
-    return known != nullptr ? known : ofOffset(0);
+    std::unique_ptr<icu::BasicTimeZone> found = asBasic(std::unique_ptr<icu::TimeZone>(icu::TimeZone::createDefault()));
+    if (found == nullptr) return ofOffset(0);
+    const KelTimeZone* const known = Cache::get().find(wide(idOf(*found)));
+    if (known != nullptr && known->zone_->hasSameRules(*found)) return known;
+    return static_cast<const KelTimeZone*>(new KelTimeZone(std::move(found)));  // stays to the end of the process
   }();
   return zone;
 }

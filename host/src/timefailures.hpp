@@ -14,6 +14,7 @@ enum class TimeFailure : unsigned {
   textMismatch = 0xC0000000u | 2141u,
   badPattern = 0xC0000000u | 2142u,
   unknownZone = 0xC0000000u | 2143u,
+  icu = 0xC0000000u | 2144u,
 };
 
 // Raises a KelRecoverableException with `what` and the text that it is about as inserts.

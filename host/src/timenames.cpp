@@ -15,6 +15,8 @@
 
 #include "calendar.hpp"
 #include "kelneverdestroyed.hpp"
+#include "kelwstringconvertor.hpp"
+#include "timefailures.hpp"
 
 namespace oxr {
 
@@ -24,7 +26,8 @@ constexpr double kMillisecondsPerDay = 86'400'000.0;
 constexpr double kBeginningOfTime = -1e18;  // of a Gregorian calendar that was always in use
 
 void requireIcu(UErrorCode status) {
-  if (U_FAILURE(status)) throw std::bad_alloc();
+  if (U_FAILURE(status))
+    raiseTimeFailure(TimeFailure::icu, "oxr::requireIcu", "ICU cannot serve", fromUtf8(u_errorName(status)));
 }
 
 // A view that ICU may look at without a copy.
@@ -182,7 +185,11 @@ std::optional<ZoneMatch> matchZone(NameWidth width, UnitView text) {
     const SavingTime saving = type == UTZFMT_TIME_TYPE_STANDARD   ? SavingTime::standard
                               : type == UTZFMT_TIME_TYPE_DAYLIGHT ? SavingTime::daylight
                                                                   : SavingTime::unknown;
-    best = ZoneMatch{KelTimeZone::createTimeZone(name, nullptr), saving, length};
+    // UTC has one zone, however it is written.
+    const KelTimeZone* const found =
+        id == icu::UnicodeString(u"Etc/GMT") ? KelTimeZone::ofOffset(0) : KelTimeZone::createTimeZone(name, nullptr);
+    best = ZoneMatch{found, saving, length};
+    if (length == text.size()) break;
   }
   return best;
 }
@@ -243,7 +250,7 @@ std::optional<std::int64_t> dayOfWeekDate(const WeekDate& date, const WeekRule& 
   icu::GregorianCalendar& calendar = weekCalendar(rule);
   for (const auto& [field, value] : fields) {
     if (!value) continue;
-    if (*value > kBeyond) return std::nullopt;
+    if (*value > kBeyond || *value < -kBeyond) return std::nullopt;
     calendar.set(field, *value);
   }
   calendar.setLenient(lenient);

@@ -51,11 +51,19 @@ int fractionOf(const KelTimeBase& time) {
   return static_cast<int>(time.microseconds() % kMicrosecondsPerSecond);
 }
 
+constexpr std::uint32_t kHourKinds =
+    bitOf(TimeKind::hour) | bitOf(TimeKind::hour24) | bitOf(TimeKind::hour11) | bitOf(TimeKind::hour12);
+constexpr std::uint32_t kWeekKinds =
+    bitOf(TimeKind::weekOfYear) | bitOf(TimeKind::weekOfMonth) | bitOf(TimeKind::weekdayInMonth);
+constexpr std::uint32_t kWeekdayKinds = bitOf(TimeKind::weekdayName) | bitOf(TimeKind::localWeekday);
+constexpr std::uint32_t kDayKinds = bitOf(TimeKind::day) | bitOf(TimeKind::dayOfYear);
 // What a text told.
 struct Told {
   std::array<int, kValueKinds> values;  // of the kinds that `kinds` has a bit for
   std::uint32_t kinds = 0;
-  bool countsHalfDays = false;  // the last hour was one of twelve
+  // Of several fields that give the hour, or the day, the last one counts.
+  TimeKind hourKind = TimeKind::hour;
+  TimeKind dayKind = TimeKind::day;
   const KelTimeZone* zone = nullptr;
   SavingTime saving = SavingTime::unknown;
 
@@ -158,8 +166,8 @@ class Reader {
     if (field.kind == TimeKind::year && field.letters <= 2 && digits.size() == 2)
       value = yearInWindow(value, reading_.centuryWindow, reading_.otherwise.date().year());
     told_.set(field.kind, value);
-    if (field.kind == TimeKind::hour || field.kind == TimeKind::hour24) told_.countsHalfDays = false;
-    if (field.kind == TimeKind::hour11 || field.kind == TimeKind::hour12) told_.countsHalfDays = true;
+    if ((bitOf(field.kind) & kHourKinds) != 0) told_.hourKind = field.kind;
+    if ((bitOf(field.kind) & kDayKinds) != 0) told_.dayKind = field.kind;
     return true;
   }
 
@@ -281,22 +289,23 @@ bool areInRange(const Told& told) {
   });
 }
 
-// The hour of the day. Of an hour of 24 and one of 12 the one that was read last counts.
+// The hour of the day. One of 24 hours needs no half of the day and leaves it out of account.
 int hourOf(const Told& told, int otherwise) {
-  if (told.countsHalfDays) {
-    const int hour = told.has(TimeKind::hour12) ? (told[TimeKind::hour12] == 12 ? 0 : told[TimeKind::hour12])
-                                                : told[TimeKind::hour11];
-    return hour + 12 * told.valueOr(TimeKind::halfDay, otherwise / 12);
+  const int half = told.valueOr(TimeKind::halfDay, otherwise / 12);
+  if (!told.has(told.hourKind)) return otherwise % 12 + 12 * half;
+  const int hour = told[told.hourKind];
+  switch (told.hourKind) {
+    case TimeKind::hour12:
+      return (hour == 12 ? 0 : hour) + 12 * half;
+    case TimeKind::hour11:
+      return hour + 12 * half;
+    case TimeKind::hour24:
+      return hour == 24 ? 0 : hour;
+    default:
+      return hour;
   }
-  if (told.has(TimeKind::hour24)) return told[TimeKind::hour24] == 24 ? 0 : told[TimeKind::hour24];
-  if (told.has(TimeKind::hour)) return told[TimeKind::hour];
-  return told.has(TimeKind::halfDay) ? otherwise % 12 + 12 * told[TimeKind::halfDay] : otherwise;
 }
 
-constexpr std::uint32_t kWeekKinds =
-    bitOf(TimeKind::weekOfYear) | bitOf(TimeKind::weekOfMonth) | bitOf(TimeKind::weekdayInMonth);
-constexpr std::uint32_t kWeekdayKinds = bitOf(TimeKind::weekdayName) | bitOf(TimeKind::localWeekday);
-constexpr std::uint32_t kDayKinds = bitOf(TimeKind::day) | bitOf(TimeKind::dayOfYear);
 // Puts a date together.
 class DateOf {
  public:
@@ -312,8 +321,7 @@ class DateOf {
   std::optional<std::int64_t> day() {
     if (told_.hasAny(kWeekKinds)) return dayOfWeek();
     if (told_.hasAny(kWeekdayKinds) && !told_.hasAny(kDayKinds)) return weekdayNear();
-    if (told_.has(TimeKind::dayOfYear) && !told_.has(TimeKind::day)) return dayOfYear();
-    return dayOfMonth();
+    return told_.dayKind == TimeKind::dayOfYear ? dayOfYear() : dayOfMonth();
   }
 
  private:
@@ -401,7 +409,7 @@ const KelTimeZone* zoneOf(const Told& told, std::int64_t localSeconds, const Kel
 [[gnu::noinline]] bool readGeneral(const TimeProgram& program, UnitView text, const TimeReading& reading,
                                    KelTimeStamp& stamp) {
   Told told;
-  return Reader(program, text, reading, told).read() && resolve(told, reading, stamp);
+  return reading.otherwise.isValid() && Reader(program, text, reading, told).read() && resolve(told, reading, stamp);
 }
 
 // Whether the units are of the shape. Vectors of 16-bit units: all of a block are compared in a few instructions.

@@ -94,7 +94,8 @@ TEST(KelTimeStampFormatter, CountsWeeksAsTheFirstDayAndTheFirstWeekSay) {
 
 TEST(KelTimeStampFormatter, ReadsNumbers) {
   expectReads(
-      "yyyy-MM-dd 2001-02-03 2001-02-03; yyyy-MM-dd 2001-2-3 2141 2001-02-03; y-M-d 2001-02-03 2001-02-03;"
+      "yyyy-MM-dd 2001-02-03 2001-02-03; yyyy/MM-dd 2001-02-03 2141; yyyy-MM-dd. 2001-02-03, 2141;"
+      "yyyy-MM-dd 2001-2-3 2141 2001-02-03; y-M-d 2001-02-03 2001-02-03;"
       "yyyy-MM-dd'T'HH:mm:ss.SSSSSS 2001-02-03T04:05:06.789012 2001-02-03_04:05:06.789012;"
       "d 003 2141 2026-11-03; yyyy 02001 2141 2001-11-21; yyyyy 02001 2001-11-21; yyyy 201 2141 0201-11-21;"
       "HH:mm _04:_5 2141 2026-11-21_04:05:00; HH 04x 2141 2026-11-21_04:00:00; HH:mm 04 2141; yyyy '' 2141;"
@@ -120,7 +121,8 @@ TEST(KelTimeStampFormatter, CarriesOverWhatIsOutOfRangeOnlyWhenLenient) {
   // No stamp lies outside of the years 1 to 9999, however it is read.
   expectReads(
       "yyyy 0000 2141; yyyy 10000 2141; yyyy-MM-dd 9999-12-32 2141; yyyy-MM-dd 0001-01-00 2141;"
-      "G_yyyy BC_0005 2141; yyyy 99999999999999999999 2141; HH 99999999999 2141; yyyy-DDD 9999-400 2141");
+      "G_yyyy BC_0005 2141; G_y_ww BC_11749915_10 2141; yyyy 99999999999999999999 2141; HH 99999999999 2141; yyyy-DDD "
+      "9999-400 2141");
 }
 
 // Weeks and numbers of week days are compared with ICU's.
@@ -129,7 +131,11 @@ TEST(KelTimeStampFormatter, ReadsNames) {
       "dd_MMM_yyyy 03_Feb_2001 2001-02-03; MMMM February 2026-02-21; MMM fEB 2026-02-21; MMM Foo 2141;"
       "MMMM Feb 2141 2026-02-21; MMM February 2141 2026-02-21; EEE,_yyyy-MM-dd Sat,_2001-02-03 2001-02-03;"
       "EEEE_yyyy-MM-dd Sunday_2001-02-03 2001-02-03; EEEEEE_dd Sa_05 2026-11-05; G_yyyy AD_2001 2001-11-21;"
-      "hh_a 03_pm 2026-11-21_15:00:00; a_hh PM_03 2026-11-21_15:00:00");
+      "hh_a 03_pm 2026-11-21_15:00:00; a_hh PM_03 2026-11-21_15:00:00; E_HH Mon_04 2026-11-16_04:00:00;"
+      // The last of several fields for one thing counts.
+      "kk_HH 06_05 2026-11-21_05:00:00; HH_kk 06_05 2026-11-21_05:00:00; hh_KK 05_06 2026-11-21_06:00:00;"
+      "HH_a 05_PM 2026-11-21_05:00:00; a PM 2026-11-21_12:00:00; yyyy_dd_DDD 2001_05_100 2001-04-10;"
+      "yyyy_DDD_dd 2001_100_05 2001-11-05");
 }
 
 TEST(KelTimeStampFormatter, ReadsZones) {
@@ -140,7 +146,8 @@ TEST(KelTimeStampFormatter, ReadsZones) {
       "Z Z 2026-11-21_Etc/GMT-0; ZZZZ GMT-03:30 2026-11-21_GMT-03:30; ZZZZ GMT 2026-11-21_Etc/GMT-0;"
       "ZZZZZ Z 2026-11-21_Etc/GMT-0; ZZZU Z 2026-11-21_Etc/GMT-0; ZZZU +00:00 2026-11-21_Etc/GMT-0;"
       "ZZZZU Z 2026-11-21_Etc/GMT-0; HH:mmZZ 04:05+01 2026-11-21_04:05:00_GMT+01:00; ZZZ +24:00 2141; ZZZ '' 2141;"
-      "ZZZ +05:60 2141 2026-11-21_GMT+05:00; ZZZ 05:30 2141; z GMT+1 2026-11-21_GMT+01:00; z Foo 2141");
+      "ZZZ +05:60 2141 2026-11-21_GMT+05:00; ZZZ 05:30 2141; z GMT+1 2026-11-21_GMT+01:00; z Foo 2141; z Etc/Unknown 2141;"
+      "z GMT 2026-11-21_Etc/GMT-0; z UTC 2026-11-21_Etc/GMT-0");
   EXPECT_EQ(read("zzzz", "Pacific Standard Time"), "2026-11-21 America/Los_Angeles");
   expectReads("ZZZ +05:30 2001-02-03_04:05:06_GMT+05:30; dd 05 2001-02-05_04:05:06_Europe/Paris",
               {"2001-02-03 04:05:06 Europe/Paris"});

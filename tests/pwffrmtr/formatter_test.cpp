@@ -45,7 +45,7 @@ TEST(Parse, Zones) {
     ~      ~                           ~  default={+05:30,-0,Europe/Paris} -> {today 12:30:00.000000 Asia/Calcutta,today 12:30:00.000000 Etc/GMT,today 12:30:00.000000 Europe/Paris}
     ~      2001-02-03                  yyyy-MM-dd default={0,01:00,''} -> 2001-02-03 00:00:00.000000
     ~      2001-02-03{Z,z}             yyyy-MM-dd`{Z,z}` default=+01   -> 2001-02-03 00:00:00.000000 own
-    ~      '2001-02-03 GMT'            'yyyy-MM-dd z'     -> 2001-02-03 00:00:00.000000 Etc/GMT own
+    ~      '2001-02-03 GMT'            'yyyy-MM-dd z'     -> 2001-02-03 00:00:00.000000 Etc/GMT-0 own zeroes
   )",
            kMembers);
 }
@@ -187,7 +187,10 @@ TEST(Formatter, TracesWhatItDecides) {
               expected);
   };
   const std::string shift = "P::format: Shifting time zones|Etc/GMT-0|Etc/GMT-0\n";
-  expectTraced("12:30Z", "I", "P::parse: Time came in as GMT\nP::parse: Format control set to UTC_AS_ZULU\n", shift);
+  expectTraced("12:30Z", "I",
+               "> P::IdentifyIFormatPattern\n< P::IdentifyIFormatPattern\n"
+               "P::parse: Time came in as GMT\nP::parse: Format control set to UTC_AS_ZULU\n",
+               shift);
   expectTraced("12:30+00:00", "HH:mmZZZ",
                "P::parse: Time came in as GMT\nP::parse: Format control set to UTC_AS_ZEROES\n", shift);
   expectTraced(

@@ -99,9 +99,9 @@ class OXR_EXPORT PWFDateTimeFormatter : public KelOwnedLogSource {
   // ---- Time zones
 
   // Gives the ID of the zone of an offset (a sign, hours up to 14, minutes after a ":" or none); empty for what is
-  // none.
-  // "+5", "+05" and "+05:00" are "Etc/GMT-5", whose sign is the reverse; "+05:30" is "Asia/Calcutta", "+01:20"
-  // "GMT+01:20".
+  // none. "+5", "+05" and "+05:00" are "Etc/GMT-5", whose sign is the reverse; "+05:30" is "Asia/Calcutta", "+01:20"
+  // "GMT+01:20". Only some characters are looked at: "x5" counts as "-5", and "+05:ab" is "GMT+05:ab". Whether the zone
+  // exists shows when it is first needed; there is none for "-13".
   static KelBufferedWstring<16u> EvaluateTimeZone(const unsigned short* text);
   // Tells whether the two units after the sign are hours from "00" to "14", and sets `suffix` to what follows "Etc/GMT"
   // in the zone's ID; for "00" `suffix` stays.
@@ -129,7 +129,9 @@ class OXR_EXPORT PWFDateTimeFormatter : public KelOwnedLogSource {
   // "from binary", although it writes, for an unknown letter; "to binary" for another number of bytes; 0xC0001598 with
   // the status 3, the date-time's dump, the pattern and the offset instead of the 3 for a field beyond `length`.
   void formatBinary(const PWFDateTime& value, void* target, int length, const unsigned short* pattern);
-  // Do that for one field of `count` bytes, and move `offset`, 0 or above, past it. A field to be written that does not
+  // Gives the place of a letter in "yMdHmsSX", from 0; -1 for what is none.
+  int EstablishBinaryField(unsigned short letter) const;
+  // Read and write one field of `count` bytes, and move `offset`, 0 or above, past it. A field to be written that does not
   // lie within `length` sets `status` to U_INVALID_FORMAT_ERROR and moves nothing.
   void subParse(const void* data, int length, int& offset, int count, unsigned short letter, int adjustment,
                 PWFDateTime& target);

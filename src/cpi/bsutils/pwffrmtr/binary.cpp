@@ -47,12 +47,16 @@ void PWFDateTimeFormatter::formatBinary(const PWFDateTime& value, void* target, 
   });
 }
 
+int PWFDateTimeFormatter::EstablishBinaryField(unsigned short letter) const {
+  return core::binaryFieldIndex(letter);
+}
+
 // A field that begins within the data must be a good one, even where it ends beyond:
 // BinaryDateTimes.FieldsBeyondTheData.
 void PWFDateTimeFormatter::subParse(const void* data, int length, int& offset, int count, unsigned short letter,
                                     int adjustment, PWFDateTime& target) {
   const FunctionTrace trace(this, "PWFDateTimeFormatter::subParse", kFormatterPath);
-  const int index = core::binaryFieldIndex(letter);
+  const int index = EstablishBinaryField(letter);
   const int begin = offset;
   if (index == core::kFillerIndex) {
     offset = core::wrappingAdd(begin, count);
@@ -74,7 +78,7 @@ void PWFDateTimeFormatter::subFormat(void* target, int length, int& offset, int 
     status = U_INVALID_FORMAT_ERROR;
     return;
   }
-  const int index = core::binaryFieldIndex(letter);
+  const int index = EstablishBinaryField(letter);
   // The failure of reading, although this writes: BinaryDateTimes.Writes.
   if (index < 0) raise<KelConversionException>(trace.site(), failures::kDateTimeFromBinary, kBadField);
   const bool isFiller = index == core::kFillerIndex;

@@ -181,7 +181,9 @@ PWFDateTime PWFDateTimeFormatter::parse(const unsigned short* text, int textLeng
   const UnitView input = viewOf(text, textLength);
   const auto isoPattern = [&]() -> KeptPattern& {
     core::IsoShape shape;
-    if (!core::isoShapeOf(input, shape)) raise<KelConversionException>(trace.site(), failures::kInvalidIFormat);
+    const bool isKnown = core::isoShapeOf(input, shape);
+    // The member tells the same, with a record of the trace, and raises for what has no shape.
+    if (!isKnown || debugTraceOn()) IdentifyIFormatPattern(KelWstring(input));
     return isoInputPattern(memory->patterns, shape, patternView(pattern, patternLength));
   };
   KeptPattern& working =
