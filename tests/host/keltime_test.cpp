@@ -149,13 +149,17 @@ TEST(KelTimeZone, HasTheIdThatIcuKeepsAndTheOffsetsOfItsRules) {
 using KelTimeZoneEnvironment = OwnProcess;
 
 TEST_F(KelTimeZoneEnvironment, DefaultIsTheZoneOfTheProcess) {
-  const ScopedEnvironment zone("TZ", "America/St_Johns");
-  EXPECT_EXIT(
-      {
-        std::fputs(toUtf8(KelTimeZone::createDefault(nullptr)->getID()).c_str(), stderr);
-        std::_Exit(0);
-      },
-      testing::ExitedWithCode(0), "^America/St_Johns$");
+  // The second is a rule that no ID stands for.
+  for (const Row& row : rows("Asia/Kolkata Asia/Kolkata_19800; XYZ-3 .*_10800")) {
+    const ScopedEnvironment variable("TZ", row[0].c_str());
+    EXPECT_EXIT(
+        {
+          const KelTimeZone* const zone = KelTimeZone::createDefault(nullptr);
+          std::fprintf(stderr, "%s %d", toUtf8(zone->getID()).c_str(), zone->offsetAt(0));
+          std::_Exit(0);
+        },
+        testing::ExitedWithCode(0), "^" + row[1] + "$");
+  }
 }
 
 }  // namespace
