@@ -540,6 +540,38 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   int SecondsFromDateTime(const PWFDateTime& value, const unsigned short* epoch);
   long MilliSecondsFromDateTime(const PWFDateTime& value, const unsigned short* epoch);
 
+  // ---- Durations: "P1Y2M", "-P1DT2H3M4.5S"
+  //
+  // "P", then fields, each a number and a designator: years, months and days (Y, M, D), and after a "T" hours, minutes
+  // and seconds (H, M, S), which alone may have a fraction. Years and months don't go together with the others. "-"
+  // before the "P" makes all of it negative.
+
+  // Reads `length` units, -1 for zero-terminated; the text ends at a U+0000, too. Null counts as empty. It takes more
+  // than it writes: "H" and "S" without a "T"; a "T" again, after which hours, minutes and seconds may come once more
+  // and add up ("PT1HT2H" is three hours); a number that is missing, and is 0 then ("PY"); a text that ends on the
+  // point after its seconds. A fraction of more than six digits is cut, with the warning 0x800015AC (OXR5548) in the
+  // log. One without digits is a 1 at the decimal place that the position of its "S" in the text gives, counted from 0:
+  // "PT1.S" is 1.0001 seconds. Digits are ICU's, but only "0" to "9" give their value.
+  //
+  // All failures have the inserts "interval" and the text. Invalid data: any other text, one that ends on "T" or on a
+  // digit among them. 0xC00015AB (OXR5547): a number above 2147483647, a fraction of more than nine digits, or fields
+  // that come to more than 64 bits of microseconds. 0xC00015AD (OXR5549): a field of more than 99999999 days.
+  // 0xC00015AA (OXR5546): years or months beside any other time.
+  PWFInterval StrToInterval(const unsigned short* text, int length);
+  // Writes the fields that aren't 0, "PT0S" if none is left; 90 seconds are "PT1M30S". `padField`: the text is filled
+  // up to `length` units, see PadData; of a pad in the code page only the low byte counts. `length` becomes that of the
+  // text. It limits nothing: a longer text comes out whole, so that a buffer must have room for 256 units, or for
+  // `length` if that is more. No terminating zero follows. Out of bounds, "interval", "positive integer", the number: a
+  // field below 0. Internal error: a null buffer.
+  void StrFromInterval(const PWFInterval& interval, KelWstring& out, int& length, bool padField,
+                       EJustification justification, unsigned short padChar, bool padCharIsUnicode);
+  void StrFromInterval(const PWFInterval& interval, unsigned short* out, int& length, bool padField,
+                       EJustification justification, unsigned short padChar, bool padCharIsUnicode);
+  PWFData StrFromInterval(const PWFInterval& interval);  // as STRING
+  // Appends a number as it stands in a duration. `fraction`: `value` is 0 to 999999 microseconds, and the digits after
+  // the point are written, without trailing zeros: 50000 is "05". Fails as StrFromInterval does for a value below 0.
+  void AppendIntervalField(int value, KelWstring& out, bool fraction);
+
   // ---- Signs and exponents
 
   // Takes the sign off a text and tells whether it was negative. `minus` and `plus` are zero-terminated texts of any
