@@ -572,6 +572,30 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   // the point are written, without trailing zeros: 50000 is "05". Fails as StrFromInterval does for a value below 0.
   void AppendIntervalField(int value, KelWstring& out, bool fraction);
 
+  // ---- Standard strings: the one text of a value that needs no message model
+
+  // Reads a standard string. STRING takes the text as it is, INTEGER what StrToInt64 and DECIMAL what StrToDec takes of
+  // a field with a leading "-" or "+", a "." and no padding (with `strictNumericChecking` without decimal places),
+  // FLOAT the plain StrToDbl, BINARY StrToBin, INTERVAL StrToInterval. BOOLEAN is "true", "false", "1" or "0" in any
+  // case, and DATETIME is StrToDateTime by the pattern "I"; both must be zero-terminated, and `length` counts for
+  // nothing. KelParserException 0xC000157E (OXR5502), "CPI Internal Error" first: "Should not call this method with
+  // null a null string!", then "Should not call this method without a valid type". Any failure to read is 0xC0001593
+  // (OXR5523), with the type's name ("Integer"), the text, and the failure itself as a nested item.
+  PWFData StandardStrToData(ELogicalType type, const unsigned short* text, int length);
+  PWFData StandardStrToData(ELogicalType type, const KelWstring& text);
+  // Writes a value's standard string, as STRING: a FLOAT in exponential form, a BINARY as StrFromBin does, a BOOLEAN
+  // "true" or "false", the others as their plain members do. KelParserException 0xC000157E (OXR5502): "Should not call
+  // this method with null data" for nothing and for a null, then "Should not call this method without a valid type".
+  // What a conversion raises passes through.
+  PWFData StandardStrFromData(const PWFData& value);
+  // Reads hexadecimal digits of either case as BINARY, two a byte; white space is skipped wherever it stands. Internal
+  // error: a null text. Invalid data: "Invalid input length: <length>", "string", "binary"; any other character
+  // ("hex character string" and the text, after the usual first insert); "Odd number of hexadecimal digits is not
+  // allowed".
+  PWFData StrToBin(const unsigned short* text, int length);
+  // Writes the bytes of a BINARY as STRING, two digits a byte, lower case. Another type raises PWFData's failure.
+  PWFData StrFromBin(const PWFData& value);
+
   // ---- Signs and exponents
 
   // Takes the sign off a text and tells whether it was negative. `minus` and `plus` are zero-terminated texts of any
