@@ -101,6 +101,18 @@ class OXR_EXPORT PWFData {
   const PWFString& getPWFStringValue() const;
   PWFDateTime getDateTimeValue() const;
 
+  // Whether type, null flag and value are the same. Texts and bytes are compared as they are, integers without regard
+  // to their width, booleans as ints, doubles as doubles (a NaN equals nothing), date-times by all of their bytes, the
+  // pointer to the zone too. Decimals are compared as DataCnv::StrFromDec writes them ("1.50" is "1.5"); one that is
+  // none raises that member's failure. Two nulls are equal, but INTEGER, FLOAT and BOOLEAN raise as their getters do.
+  // Durations of nothing are equal; otherwise their signs must be, and then, where both have microseconds, these alone;
+  // else their months, twelve a year, if both have any.
+  bool operator==(const PWFData& other) const;
+  bool operator!=(const PWFData& other) const;
+  // A STRING for people: the value as DataCnv::StandardStrFromData writes it, "NOTHING", "NULL", or "INVALID" for what
+  // that refuses.
+  PWFData getDebugString() const;
+
  private:
   friend struct oxr::TextInPlace;  // makes a text value and lets its units be written in place
 
