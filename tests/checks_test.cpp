@@ -13,11 +13,13 @@
 #include "fuzz/buffers/textreader_check.hpp"
 #include "fuzz/buffers/textwriter_check.hpp"
 #include "fuzz/codepage/codepage_check.hpp"
+#include "fuzz/datacnv/duration_check.hpp"
 #include "fuzz/datacnv/external_check.hpp"
 #include "fuzz/datacnv/floats_check.hpp"
 #include "fuzz/datacnv/integers_check.hpp"
 #include "fuzz/datacnv/numbertext_check.hpp"
 #include "fuzz/datacnv/packed_check.hpp"
+#include "fuzz/datacnv/standardstrings_check.hpp"
 #include "fuzz/datacnv/tlog_check.hpp"
 #include "fuzz/harness/choices.hpp"
 #include "fuzz/host/kelbuffer_check.hpp"
@@ -73,6 +75,12 @@ constexpr Check kChecks[] = {
     {"IsoTime",       fuzz::checkIsoDateTime,   10'000},
     {"TimeText",      fuzz::checkDateTimeText,   3'000},
     {"EpochTime",     fuzz::checkEpochDateTime, 10'000},
+    {"DurationRead",  fuzz::checkDurationRead,  20'000},
+    {"DurationWrite", fuzz::checkDurationWrite, 20'000},
+    {"StandardValue", fuzz::checkStandardValue, 10'000},
+    {"StandardText",  fuzz::checkStandardText,  10'000},
+    {"HexText",       fuzz::checkHexText,        5'000},
+    {"Comparison",    fuzz::checkDecimalComparison, 10'000},
     {"Copybook",      fuzz::checkCopybook,      10'000},
     {"JsonValue",     fuzz::checkJsonValue,     20'000},
     {"RecordReader",  fuzz::checkRecordReader,   3'000},
@@ -97,6 +105,14 @@ TEST_P(Checks, Hold) {
       FAIL() << "case " << i << ": " << disagreement.what();
     }
   }
+}
+
+// Every text of up to four units that matter, or as many texts as OXR_RANDOM_CASES says: 22000000 for up to seven.
+TEST(Checks, ShortDurationsHold) {
+  const char* const wanted = std::getenv("OXR_RANDOM_CASES");
+  const long texts = std::min(wanted != nullptr ? std::stol(wanted) : 16'105, fuzz::kShortDurations);
+  for (long i = 0; i < texts; ++i)
+    ASSERT_NO_THROW(fuzz::checkShortDuration(i)) << i;
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Checks, ::testing::ValuesIn(kChecks), [](const auto& check) { return check.param.name; });

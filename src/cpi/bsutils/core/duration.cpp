@@ -9,7 +9,7 @@
 #include <unicode/uchar.h>
 
 #include <algorithm>
-#include <iterator>
+#include <array>
 
 #include "core/decimaltext.hpp"
 #include "core/numbertextwrite.hpp"
@@ -34,11 +34,11 @@ enum Effect : std::uint8_t {
   kEffects
 };
 
-constexpr std::uint8_t kDesignators = 7;  // the column after them is that of all other units
+constexpr std::uint8_t kDesignators = 7;
 
 // clang-format off
 constexpr Effect kEffectOf[kStates][kDesignators + 1] = {
-    //               Y         M           D        T          H         .         S
+    //               Y         M           D        T          H         .         S            other
     /* start    */ { setYears, setMonths,  addDays, startTime, addHours, addWhole, addSeconds,  none },
     /* years    */ { none,     setMonths,  addDays, startTime, addHours, addWhole, addSeconds,  none },
     /* months   */ { none,     none,       addDays, startTime, addHours, addWhole, addSeconds,  none },
@@ -68,7 +68,7 @@ constexpr Consequence kConsequences[kEffects] = {
 };
 // clang-format on
 
-// The column of each ASCII character; kDesignators for what designates nothing.
+// The column of each ASCII character; the last one for what designates nothing.
 constexpr std::array<std::uint8_t, 128> kColumns = [] {
   std::array<std::uint8_t, 128> columns{};
   std::fill(columns.begin(), columns.end(), kDesignators);
