@@ -200,17 +200,16 @@ DurationField::DurationField(std::int32_t value, bool isFraction) : digits_(stat
 }
 
 std::uint32_t writeDuration(const PWFInterval& value, unsigned short* out) {
+  if (value._years < 0 || value._months < 0 || value._microseconds < 0) return 0;
   const unsigned short* const start = out;
-  bool isNegative = false;
   spellDuration(
       value, [&](char unit) { *out++ = static_cast<unsigned char>(unit); },
       [&](std::int32_t number, bool isFraction) {
-        isNegative |= number < 0;
-        const DurationField field(std::max(number, 0), isFraction);
+        const DurationField field(number, isFraction);
         field.write(out);
         out += field.length();
       });
-  return isNegative ? 0 : static_cast<std::uint32_t>(out - start);
+  return static_cast<std::uint32_t>(out - start);
 }
 
 bool sameDuration(const PWFInterval& left, const PWFInterval& right) {

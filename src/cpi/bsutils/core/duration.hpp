@@ -44,13 +44,18 @@ class DurationField {
 
   std::uint32_t length() const { return length_; }
   void write(unsigned short* out) const {
-    std::uint64_t rest = digits_;
-    for (std::uint32_t i = length_; i-- != 0; rest /= 10)
-      out[i] = static_cast<unsigned short>('0' + rest % 10);
+    std::uint32_t rest = digits_;
+    std::uint32_t left = length_;
+    // From the end, two digits at a time, which halves the divisions.
+    for (; left >= 2; left -= 2, rest /= 100) {
+      out[left - 1] = static_cast<unsigned short>('0' + rest % 10);
+      out[left - 2] = static_cast<unsigned short>('0' + rest / 10 % 10);
+    }
+    if (left != 0) *out = static_cast<unsigned short>('0' + rest % 10);
   }
 
  private:
-  std::uint64_t digits_;  // in its lowest `length_` places
+  std::uint32_t digits_;  // in its lowest `length_` places
   std::uint32_t length_;
 };
 
@@ -64,24 +69,25 @@ inline constexpr std::int64_t kMicrosecondsOfDay = 24 * kMicrosecondsOfHour;
 // before a fraction and the "0" of "PT0S". A negative field, of a value that is none, is spelled like any other.
 template <class Unit, class Field>
 void spellDuration(const PWFInterval& value, Unit unit, Field field) {
-  const auto spell = [&](std::int64_t number, char designator) {
+  const auto spell = [&](std::int32_t number, char designator) {
     if (number == 0) return;
-    field(static_cast<std::int32_t>(number), false);
+    field(number, false);
     unit(designator);
   };
   const std::int64_t all = value._microseconds;
+  const std::int64_t ofDay = all % kMicrosecondsOfDay;
+  const auto secondsOfDay = static_cast<std::int32_t>(ofDay / kMicrosecondsOfSecond);
+  const auto fraction = static_cast<std::int32_t>(ofDay % kMicrosecondsOfSecond);
   if (value._sign != 0) unit('-');
   unit('P');
   spell(value._years, 'Y');
   spell(value._months, 'M');
-  spell(all / kMicrosecondsOfDay, 'D');
-  if (all % kMicrosecondsOfDay != 0) unit('T');
-  spell(all % kMicrosecondsOfDay / kMicrosecondsOfHour, 'H');
-  spell(all % kMicrosecondsOfHour / kMicrosecondsOfMinute, 'M');
-  const auto seconds = static_cast<std::int32_t>(all % kMicrosecondsOfMinute / kMicrosecondsOfSecond);
-  const auto fraction = static_cast<std::int32_t>(all % kMicrosecondsOfSecond);
-  if (seconds != 0 || fraction != 0) {
-    field(seconds, false);
+  spell(static_cast<std::int32_t>(all / kMicrosecondsOfDay), 'D');
+  if (ofDay != 0) unit('T');
+  spell(secondsOfDay / 3600, 'H');
+  spell(secondsOfDay / 60 % 60, 'M');
+  if (secondsOfDay % 60 != 0 || fraction != 0) {
+    field(secondsOfDay % 60, false);
     if (fraction != 0) {
       unit('.');
       field(fraction, true);

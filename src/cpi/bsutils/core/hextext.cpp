@@ -5,6 +5,7 @@
 
 #include <unicode/uchar.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
@@ -30,6 +31,13 @@ constexpr std::array<unsigned char, 128> kValues = [] {
   return values;
 }();
 static_assert(kValues['F'] == 15 && kValues['a'] == 10 && kValues['g'] == kForeign);
+
+unsigned valueOf(unsigned short unit) {
+  return unit < kValues.size() ? kValues[unit] : kForeign;
+}
+bool isSpace(unsigned short unit) {
+  return unit == ' ' || u_isWhitespace(unit);
+}
 
 using UnitVector [[gnu::vector_size(16)]] = unsigned short;
 constexpr std::size_t kBlockBytes = 16, kBlockUnits = 2 * kBlockBytes;
@@ -94,31 +102,24 @@ void writeHex(std::span<const unsigned char> bytes, unsigned short* out) {
 }
 
 HexReading readHex(UnitView text, unsigned char* out) {
-  std::size_t size = 0;
-  std::size_t nextBlock = 0;  // no block is tried before this unit
-  bool isHalf = false;        // the high half of a byte is waiting for the low one
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    while (!isHalf && at >= nextBlock && text.size() - at >= kBlockUnits) {
-      if (!readBlock(text.data() + at, out + size)) {
-        // White space is seldom alone: the units of this block go one by one, lest each of them cost a try.
-        nextBlock = at + kBlockUnits;
-        break;
-      }
+  std::size_t at = 0, size = 0;
+  unsigned high = 0;
+  bool isHalf = false;  // `high` is waiting for the low half of its byte
+  while (at < text.size()) {
+    for (; text.size() - at >= kBlockUnits && readBlock(text.data() + at, out + size); at += kBlockUnits)
       size += kBlockBytes;
-      at += kBlockUnits;
+    // White space is seldom alone: so many units as a block has go one by one, and more up to a whole byte.
+    const std::size_t end = std::min(at + kBlockUnits, text.size());
+    for (; at < end || (isHalf && at < text.size()); ++at) {
+      const unsigned value = valueOf(text[at]);
+      if (value == kForeign) {
+        if (!isSpace(text[at])) return {size, HexFault::foreign};
+        continue;
+      }
+      if (isHalf) out[size++] = static_cast<unsigned char>(high | value);
+      high = value << 4;
+      isHalf = !isHalf;
     }
-    if (at == text.size()) break;
-    const unsigned short unit = text[at];
-    const unsigned char value = unit < kValues.size() ? kValues[unit] : kForeign;
-    if (value == kForeign) {
-      if (!u_isWhitespace(unit)) return {size, HexFault::foreign};
-      continue;
-    }
-    if (isHalf)
-      out[size++] |= value;
-    else
-      out[size] = static_cast<unsigned char>(value << 4);
-    isHalf = !isHalf;
   }
   return {size, isHalf ? HexFault::oddCount : HexFault::none};
 }

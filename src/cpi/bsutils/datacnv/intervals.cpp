@@ -10,6 +10,7 @@
 #include "datacnv/textedit.hpp"
 #include "dataconv.hpp"
 #include "support/support.hpp"
+#include "values/textinplace.hpp"
 
 using namespace oxr;
 
@@ -124,6 +125,6 @@ PWFData DataCnv::StrFromInterval(const PWFInterval& interval) {
   unsigned short text[core::kMaxDurationLength];
   std::uint32_t length;
   if (wentFast([&] { return (length = core::writeDuration(interval, text)) != 0; })) [[likely]]
-    return PWFData(text, static_cast<int>(length));
+    return TextInPlace::make(STRING, length, [&](unsigned short* out) { std::copy_n(text, length, out); });
   return writePlainGeneral(*this, interval);
 }
