@@ -234,7 +234,7 @@ inline std::string resultOf(std::string_view result, const std::map<std::string,
   for (const auto& [name, word] : named)
     for (std::size_t at; (at = text.find('{' + name + '}')) != text.npos;)
       text.replace(at, name.size() + 2, word);
-  return text;
+  return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
 // Runs the cases of a table. Its first column names the member, or several between commas.
