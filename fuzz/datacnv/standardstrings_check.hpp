@@ -209,6 +209,26 @@ inline void checkHexText(Choices& choices) {
   requireEqual(toUtf8(converter.StrFromBin(value).getPWFStringValue()), digits, "written");
 }
 
+// Durations are equal when a naive reading of the rule says so.
+inline void checkDurationComparison(Choices& choices) {
+  static constexpr int kMonths[] = {0, 0, 1, 12, -12, 24};
+  const auto drawn = [&] {
+    return PWFInterval{choices.between(-1, 2), choices.oneOf(kMonths), choices.between(-1, 2), choices.between(0, 2)};
+  };
+  PWFInterval left = drawn(), right = drawn();
+  if (choices.upTo(7) == 0) left._years = right._years + (1 << 30);  // twelve of them are none in 32 bits
+  const auto isZero = [](const PWFInterval& value, bool wantsTime) {
+    return value._years == 0 && value._months == 0 && (!wantsTime || value._microseconds == 0);
+  };
+  bool areEqual = static_cast<std::int32_t>(left._years * 12LL + left._months) ==
+                  static_cast<std::int32_t>(right._years * 12LL + right._months);
+  if (isZero(left, false) || isZero(right, false)) areEqual = false;
+  if (left._microseconds != 0 && right._microseconds != 0) areEqual = left._microseconds == right._microseconds;
+  if (left._sign != right._sign) areEqual = false;
+  if (isZero(left, true) && isZero(right, true)) areEqual = true;
+  requireEqual(PWFData(left) == PWFData(right), areEqual, "durations compared");
+}
+
 // Decimals are equal when a converter makes the same text of them; where it raises, so does the comparison.
 inline void checkDecimalComparison(Choices& choices) {
   using namespace standardstrings;

@@ -62,7 +62,7 @@ PWFData writeBinary(DataCnv& cnv, const PWFData& value) {
   return cnv.StrFromBin(value);
 }
 
-// The length counts for nothing: StandardStrings.BooleansAndDateTimesEndAtTheTerminator.
+// The length counts for nothing: StandardStrings.AreRead.
 PWFData readBoolean(DataCnv&, const FailureSite& site, const unsigned short* text, int) {
   const auto* const word =
       std::find_if(std::begin(kBooleanWords), std::end(kBooleanWords), [text](const BooleanWord& candidate) {
