@@ -31,6 +31,7 @@
 #include "fuzz/records/copybook_check.hpp"
 #include "fuzz/records/jsonvalue_check.hpp"
 #include "fuzz/records/recordreader_check.hpp"
+#include "fuzz/workers/statechecker_check.hpp"
 
 namespace oxr::test {
 namespace {
@@ -85,6 +86,7 @@ constexpr Check kChecks[] = {
     {"Copybook",      fuzz::checkCopybook,      10'000},
     {"JsonValue",     fuzz::checkJsonValue,     20'000},
     {"RecordReader",  fuzz::checkRecordReader,   3'000},
+    {"StateChecker",  fuzz::checkStateChecker,   3'000},
 };
 // clang-format on
 
