@@ -36,10 +36,11 @@ struct Arguments {
   const FIMessageTree* tree = nullptr;
 
  private:
-  static constexpr unsigned short kA[] = {'a', 0}, kB[] = {'b', 0},
-                                  kLong[] = {'l', 'o', 'n', 'g', 'e', 'r', ' ', 't', 'h', 'a', 'n',
-                                             ' ', 'i', 't', 's', ' ', 'r', 'o', 'o', 'm', 0};
-  static constexpr const unsigned short* kNames[] = {nullptr, kA, kB, kLong};
+  // A name that does not fit into the room of a stack's entry, and one that a namespace and a name make together.
+  static constexpr unsigned short kA[] = {'a', 0}, kTa[] = {'t', 'a', 0};
+  static constexpr unsigned short kLong[] = {'s', 'e', 'v', 'e', 'n', 't', 'e', 'e', 'n',
+                                             ' ', 'l', 'e', 't', 't', 'e', 'r', 's', 0};
+  static constexpr const unsigned short* kNames[] = {nullptr, kA, kTa, kLong};
 };
 
 enum class To : std::uint8_t { worker, handler, tree, nobody };
@@ -215,15 +216,15 @@ class Scene {
   }
   std::string expectedOf(const Operation& operation, Arguments& a) {
     if (operation.event != kNoEvent)
-      if (const std::string refusal = model_.judge(operation.event); !refusal.empty()) return refusal;
-    if (const std::string refusal = stacked(model_, operation, a); !refusal.empty()) return refusal;
+      if (std::string refusal = model_.judge(operation.event); !refusal.empty()) return refusal;
+    if (std::string refusal = stacked(model_, operation, a); !refusal.empty()) return refusal;
     if (operation.event == CALL_SET_HANDLER) setHandler_ = a.handler;
     if (operation.event == CALL_SET_TREE) setTree_ = a.tree;
     if (operation.to == To::handler && setHandler_ == nullptr) return "FIHandlerException";
     if (operation.to == To::tree && setTree_ == nullptr) return "FIMessageTreeException";
     a.handler = setHandler_;
     a.tree = setTree_;
-    const std::string said = operation.said(checker_, a);
+    std::string said = operation.said(checker_, a);
     discard();
     return said;
   }
