@@ -22,7 +22,8 @@ using testing::HasSubstr;
 
 TEST(Decode, GivesTheLinesOfTheBundledSamples) {
   const std::string folder = std::string(OXR_SAMPLES_DIR) + '/';
-  for (const Row& c : rows("customers customers.rdw.bin --ccsid_37_--rdw_big; parts parts.bin --ccsid_819")) {
+  for (const Row& c : rows("customers customers.rdw.bin --ccsid_37_--rdw_big; parts parts.bin --ccsid_819; "
+                           "customers customers.rdw.bin --ccsid_37_--rdw_big_--check")) {
     const Outcome outcome = runProgram("decode --copybook " + folder + c[0] + ".cob " + c[2] + ' ' + folder + c[1]);
     EXPECT_EQ(outcome.messages + outcome.lines, contentOf(folder + c[0] + ".expected.jsonl"));
   }

@@ -4,6 +4,8 @@
 
 #include <functional>
 #include <new>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "oxrrec/progress.hpp"
@@ -75,6 +77,10 @@ class Decoding {
     worker_->setSource(&input_);
     worker_->initializeParse(-1, nullptr, -1);
     worker_->setFIHandler(&json_, false);
+    if (options.check) {
+      quiet_.emplace();
+      checked_.emplace(*worker_, json_);
+    }
   }
 
   // The exit code. Throws OutputError.
@@ -102,6 +108,8 @@ class Decoding {
       return ended(kBadField, input_.name() + ": " + error.what());
     } catch (const FrameError& error) {
       return ended(kFailed, input_.name() + ": " + error.what());
+    } catch (const CheckError& error) {
+      return ended(kFailed, input_.name() + ": record " + std::to_string(worker_->recordsRead()) + ": " + error.what());
     } catch (const OutputError&) {
       throw;
     } catch (const ToolError& error) {
@@ -118,13 +126,27 @@ class Decoding {
   }
 
   void readRecords() {
-    worker_->parseFirst(input_.first(), nullptr, true, 0, -1);
+    parseFirst();
     if (worker_->recordsRead() == 0) return;
     finishRecord();
     while (worker_->hasNext()) {
-      worker_->parseNext();
+      parseNext();
       finishRecord();
     }
+  }
+
+  void parseFirst() {
+    if (checked_)
+      checked_->parseFirst(input_.first());
+    else
+      worker_->parseFirst(input_.first(), nullptr, true, 0, -1);
+  }
+
+  void parseNext() {
+    if (checked_)
+      checked_->parseNext();
+    else
+      worker_->parseNext();
   }
 
   void finishRecord() {
@@ -149,6 +171,8 @@ class Decoding {
   RecordWorker::Owner worker_;
   FileOutput output_;
   JsonHandler json_;
+  std::optional<QuietOutput> quiet_;  // a checker's last line has no place among the lines of records
+  std::optional<CheckedParts> checked_;
 };
 
 int decodeOrThrow(const DecodeOptions& options, const Console& console) {

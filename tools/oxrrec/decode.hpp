@@ -26,6 +26,7 @@ struct DecodeOptions {
   RecordWorker::Settings records;
   bool pointsAsText = false;
   OnError onError = OnError::stop;
+  bool check = false;  // each record's events are held to the order that handlers expect
   // Nothing: shown on a terminal once the work has taken a second. False: never. True: on a terminal at once.
   std::optional<bool> progress;
 };

@@ -73,6 +73,8 @@ void addJsonOptions(CLI::App& command, DecodeOptions& options) {
                      "at a field that cannot be read: stop, write null for it, or leave its record out [stop]");
   command.add_flag("--flat", options.plan.flat,
                    "a group that does not repeat gives its fields to the object around it");
+  command.add_flag("--check", options.check,
+                   "hold the events of each record to the order that handlers expect; a fault of this program ends it");
   command.add_flag("--progress,!--no-progress", options.progress,
                    "show progress on a terminal at once, or never; after a second if not given");
 }

@@ -14,6 +14,7 @@
 //   worker->parse(&buffer, nullptr, 0, -1);
 //   send(json.lines());
 
+#include "records/checkedparts.hpp"
 #include "records/copybook/copybook.hpp"
 #include "records/fields/fields.hpp"
 #include "records/framing/framing.hpp"

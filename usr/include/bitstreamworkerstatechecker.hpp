@@ -146,6 +146,7 @@ class OXR_EXPORT BitstreamWorkerStateChecker : public BitstreamWorker, public FI
   FIHandler& handlerNow() const;
 
   BitstreamWorker* wrappedWorker() const { return worker_; }
+  std::size_t openEntries() const { return idContext_.size(); }
 
  private:
   void pop(bool isMatch);

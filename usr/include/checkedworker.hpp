@@ -26,6 +26,9 @@ class OXR_EXPORT CheckedWorker : public BitstreamWorkerStateChecker {
   explicit CheckedWorker(BitstreamWorker* worker);
   ~CheckedWorker() override;
 
+  // Counts the elements and contents that are open. After a whole message there should be none, which no call tells.
+  std::size_t openElements() const { return openEntries(); }
+
   using BitstreamWorkerStateChecker::initializeParse;
   void initializeParse(int mode, MessageInfo* info, int flags) override;
   using BitstreamWorkerStateChecker::parse;
