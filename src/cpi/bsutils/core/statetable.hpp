@@ -23,6 +23,9 @@ class Calls {
       bits_ |= Calls(call).bits_;
   }
   constexpr bool has(EBitstreamWorkerCall call) const { return (bits_ & Calls(call).bits_) != 0; }
+  constexpr bool areAllIn(const Calls& other) const { return (bits_ & ~other.bits_) == 0; }
+  // A bit for each call, by its number.
+  constexpr std::uint64_t bits() const { return bits_; }
 
  private:
   std::uint64_t bits_ = 0;
