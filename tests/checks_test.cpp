@@ -86,7 +86,7 @@ constexpr Check kChecks[] = {
     {"Copybook",      fuzz::checkCopybook,      10'000},
     {"JsonValue",     fuzz::checkJsonValue,     20'000},
     {"RecordReader",  fuzz::checkRecordReader,   3'000},
-    {"StateChecker",  fuzz::checkStateChecker,   3'000},
+    {"StateChecker",  fuzz::checkStateChecker,   1'500},
 };
 // clang-format on
 
