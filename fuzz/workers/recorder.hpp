@@ -104,6 +104,52 @@ class RecordingHandler : public FIHandler, public Recorder {
   }
 };
 
+// A place in a tree of one node, whose answers nobody minds. A number is told by its label in the trace of a tree.
+class PlainPlace : public FITreeIteratorImpl {
+ public:
+  virtual int number(const char*) const { return 0; }
+
+  bool operator==(const FITreeIteratorImpl* other) const override { return other == this; }
+  bool moveToParent() override { return false; }
+  bool moveToFirstChild() override { return false; }
+  bool moveToPreviousSibling() override { return false; }
+  bool moveToNextSibling() override { return false; }
+  int getItemTypeIndex() const override { return number("ItemTypeIndex"); }
+  int getTagId() const override { return number("TagId"); }
+  const unsigned short* getTagName() const override { return nullptr; }
+  KelWstring getNamespaceURI() const override { return {}; }
+  int getMemberId() const override { return number("MemberId"); }
+  int getTagIndex() const override { return number("TagIndex"); }
+  int getMemberIndex() const override { return number("MemberIndex"); }
+  int getTypeIndex() const override { return number("TypeIndex"); }
+  const std::vector<int>* getMemberIdPath() const override { return nullptr; }
+  const std::vector<PartialMember>* getPartialMemberPath() const override { return &kNoMembers; }
+  int getCategory() const override { return number("Category"); }
+  int getRepeatIndex() const override { return number("RepeatIndex"); }
+  int getPathBasedInfoIndex() const override { return number("PathBasedInfoIndex"); }
+  int getPathBasedInfoCount() const override { return number("PathBasedInfoCount"); }
+  int getMinOccurs() const override { return number("MinOccurs"); }
+  int getMaxOccurs() const override { return number("MaxOccurs"); }
+  int getOccurrences() const override { return number("Occurrences"); }
+  int getMinLength() const override { return number("MinLength"); }
+  int getMaxLength() const override { return number("MaxLength"); }
+  int getIsNullable() const override { return number("IsNullable"); }
+  PWFData getData() const override { return PWFData(NOTHING); }
+  PWFData getDefaultData() const override { return PWFData(NOTHING); }
+  WorkerInfoPtr getStartWorkerInfo() const override { return {}; }
+  WorkerInfoPtr getDataWorkerInfo() const override { return {}; }
+  WorkerInfoPtr getEndWorkerInfo() const override { return {}; }
+  bool hasTreeChanged() const override { return number("HasTreeChanged") != 0; }
+  bool isBitStream() const override { return false; }
+  bool isValid() const override { return true; }
+  void loadDictionaryAndDescriptor() override {}
+  void releaseDictionaryAndDescriptor() override {}
+  FITreeIteratorImpl* clone() const override { return new PlainPlace(*this); }
+
+ private:
+  static inline const std::vector<PartialMember> kNoMembers;
+};
+
 class RecordingTree : public FIMessageTree, public Recorder {
  public:
   const unsigned short* getProjectId() const override { return say("getProjectId"), kText; }

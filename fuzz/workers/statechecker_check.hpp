@@ -172,6 +172,23 @@ inline const Operation kOperations[] = {
 };
 // clang-format on
 
+// What `run` throws: nothing, or the exception's name.
+template <class Run>
+std::string refusalOf(Run run) {
+  try {
+    run();
+    return "";
+  } catch (const FIParseException&) {
+    return "FIParseException";
+  } catch (const FIWriteException&) {
+    return "FIWriteException";
+  } catch (const FIHandlerException&) {
+    return "FIHandlerException";
+  } catch (const FIMessageTreeException&) {
+    return "FIMessageTreeException";
+  }
+}
+
 // The open elements of the model after an operation was taken; nothing, or the exception's name.
 inline std::string stacked(Model& model, const Operation& operation, const Arguments& a) {
   if (operation.stack == Stack::leave) return "";
@@ -229,20 +246,11 @@ class Scene {
     return said;
   }
   std::string foundOf(const Operation& operation, Arguments& a) {
-    try {
-      const std::string given = operation.run(checker_, a);
-      return worker_.taken() + handler_.taken() + tree_.taken() + given;
-    } catch (const FIParseException&) {
-      return "FIParseException" + discard();
-    } catch (const FIWriteException&) {
-      return "FIWriteException" + discard();
-    } catch (const FIHandlerException&) {
-      return "FIHandlerException" + discard();
-    } catch (const FIMessageTreeException&) {
-      return "FIMessageTreeException" + discard();
-    }
+    std::string given;
+    const std::string refusal = refusalOf([&] { given = operation.run(checker_, a); });
+    return refusal + discard() + given;
   }
-  // What was said although the call was refused: nothing, or the check fails.
+  // What was said since the last time: nothing where a call was refused.
   std::string discard() { return worker_.taken() + handler_.taken() + tree_.taken(); }
 
   Choices& choices_;

@@ -12,7 +12,7 @@ namespace {
 TEST(FITreeIterator, OwnsAPlaceOfItsOwn) {
   EXPECT_EQ(headerOfA<FITreeIterator>("QVTI"), "QVTI 0 24 / 0OXR QVTI 0 24");
   {
-    const std::vector<Node> roots{Node{{}, 0, PWFData(NOTHING), PWFData(NOTHING), {Node{}}}};
+    const std::vector<Node> roots{Node{{}, {}, PWFData(NOTHING), PWFData(NOTHING), {Node{}}}};
     Place place(roots);
     FITreeIterator null;
     FITreeIterator clone(&place, true), constClone(static_cast<const FITreeIteratorImpl*>(&place));

@@ -14,23 +14,7 @@ namespace {
 
 using fuzz::checker::CapturedOutput;
 using fuzz::checker::Model;
-
-// What `run` throws: nothing, or the exception's name.
-template <class Run>
-std::string refusalOf(Run run) {
-  try {
-    run();
-    return "";
-  } catch (const FIParseException&) {
-    return "FIParseException";
-  } catch (const FIWriteException&) {
-    return "FIWriteException";
-  } catch (const FIHandlerException&) {
-    return "FIHandlerException";
-  } catch (const FIMessageTreeException&) {
-    return "FIMessageTreeException";
-  }
-}
+using fuzz::checker::refusalOf;
 
 // Reports events that no operation reports, too.
 struct Judge : CheckedWorker {
