@@ -60,6 +60,7 @@ class Place : public fuzz::PlainPlace {
 struct Tree : fuzz::RecordingTree {
   explicit Tree(std::vector<Node> nodes) : roots(std::move(nodes)) {}
   int getNumProjDependencies() const override { return 2; }
+  WorkerInfoPtr getMsgEndWorkerInfo() const override { return {}; }
   FITreeIterator getMsgContentIterator() const override { return FITreeIterator(new Place(roots), false); }
 
   const std::vector<Node> roots;

@@ -25,6 +25,15 @@ class OXR_EXPORT FIMessageTree : public KelOwnedLogSource {
   // Gives the namespace of the message, null for none. This operation is unused.
   virtual const unsigned short* getMsgNamespaceURI() const = 0;
 
+  // Writes the message to the trace: its models, whether there are properties of its start and end, and a record for
+  // each node of its content. Header and footer are left out. The tree is walked whatever the trace level is, and
+  // records are written above 2.
+  virtual void traceTree() const;
+  // Writes the node that the iterator stands on and all below it, each as an entry with what the node is called, where
+  // it is defined, its value and its default (as PWFData::getDebugString shows them), how often it may occur, and which
+  // properties it has. A null iterator writes nothing. The iterator ends where it began.
+  virtual void traceSubTree(FITreeIterator& it) const;
+
  private:
   objectHeader header{"QVTT", 32, 48};
 };
