@@ -150,19 +150,14 @@ TEST(Allocations, TextAndExternalFieldsMakeNone) {
   }
 }
 
-TEST(Allocations, DurationsAndComparedDecimalsMakeNone) {
-  DataCnv cnv = converterFor(37);
-  const KelWstring text = u"-P1DT2H3M4.5S"_k;
-  const PWFData decimal(u"-1234567.8900"_k.characters(), DECIMAL), other(u"-01234567.89"_k.characters(), DECIMAL);
-  expectNone([&] { cnv.StrFromInterval(cnv.StrToInterval(text.characters(), -1)); });
-  expectNone([&] { EXPECT_TRUE(decimal == other); });
-}
-
-TEST(Allocations, DateTimesMakeNone) {
+TEST(Allocations, DateTimesDurationsAndComparisonsMakeNone) {
   DataCnv cnv = converterFor(37);
   const KelWstring text = u"2001-02-03T04:05:06.789+01:00"_k, pattern = u"yyyy-MM-dd'T'HH:mm:ss.SSSZZZ"_k,
                    time = u"HH:mm:ss.SSSZZZ"_k, iso = u"I"_k, fields = u"yyyyMMddHHmmss"_k,
-                   epoch = u"2001-02-03T04:05+06:00"_k;
+                   epoch = u"2001-02-03T04:05+06:00"_k, duration = u"-P1DT2H3M4.5S"_k;
+  const PWFData decimal(u"-1234567.8900"_k.characters(), DECIMAL), other(u"-01234567.89"_k.characters(), DECIMAL);
+  expectNone([&] { cnv.StrFromInterval(cnv.StrToInterval(duration.characters(), -1)); });
+  expectNone([&] { EXPECT_TRUE(decimal == other); });
   unsigned char bytes[14] = {};
   PWFDateTime value = cnv.StrToDateTime(text.characters(), pattern.characters(), -1);
   for (const KelWstring& each : {pattern, iso})

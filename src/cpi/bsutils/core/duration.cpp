@@ -1,8 +1,8 @@
 // The reader is a table: the state is the designator that was read last, and the cell of the state's row in the next
 // designator's column says what that one does. What stands between two designators is a number, which may be missing.
 //
-// Some cells look like faults and are meant (Intervals.AreRead): "T" may come again and again and takes the state back
-// each time, "H" and "S" need none before them, and a number that is not there counts as 0.
+// Some cells look like faults and are meant (Intervals.AreReadOrRefused): "T" may come again and again and takes the
+// state back each time, "H" and "S" need none before them, and a number that is not there counts as 0.
 
 #include "core/duration.hpp"
 
@@ -121,8 +121,8 @@ class Reader {
     // The digits of a fraction come after a 1, so that leading zeros keep their place.
     std::int64_t number = state_ == kFraction;
     const unsigned short* const first = next_;
-    // A digit of another script counts by its distance from "0" (Intervals.AreRead). A number beyond the range stays
-    // there, whatever follows.
+    // A digit of another script counts by its distance from "0" (Intervals.AreReadOrRefused). A number beyond the range
+    // stays there, whatever follows.
     unsigned short designator;
     for (; isDigit(designator = unit()); ++next_) {
       number = number * 10 + designator - '0';
@@ -159,7 +159,7 @@ class Reader {
 
   // The microseconds of a fraction, given as its digits after a 1. More digits than six are cut, not rounded. A
   // fraction without digits is taken for one with as many as the position of its "S" says: "PT1.S" has 100
-  // microseconds (Intervals.AreRead).
+  // microseconds (Intervals.AreReadOrRefused).
   std::int64_t microsecondsOfFraction(std::int64_t number, std::size_t digits) {
     const std::size_t count = digits != 0 ? digits : static_cast<std::size_t>(next_ - start_);
     if (count <= kFractionDigits) {

@@ -41,7 +41,7 @@ bool areBytesEqual(const PWFData& left, const PWFData& right) {
 
 }  // namespace
 
-// Two nulls have no case of their own: PwfDataComparison.NullsAreEqualOrRaise.
+// Two nulls have no case of their own: PwfDataComparison.NullNumbersRaise.
 bool PWFData::operator==(const PWFData& other) const {
   if (logicalType != other.logicalType || nullFlag != other.nullFlag) return false;
   switch (logicalType) {
