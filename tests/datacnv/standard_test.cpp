@@ -79,7 +79,6 @@ TEST(StandardStrings, AreNotWrittenOfNothing) {
     EXPECT_EQ(written(PWFData(type)), "KelParserException OXR5502: Should not call this method with null data");
   EXPECT_EQ(written(PWFData("1", 1, static_cast<ELogicalType>(7), COPY)),
             "KelParserException OXR5502: Should not call this method without a valid type");
-  EXPECT_EQ(written(PWFData(u"1x"_k.characters(), DECIMAL)), "OXR5505: decimal | 1x");
 }
 
 TEST(StandardStrings, HexadecimalText) {
