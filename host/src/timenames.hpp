@@ -69,8 +69,8 @@ struct WeekDate {
   int weekday;  // 0 for Sunday
   std::optional<int> day, dayOfYear, weekOfYear, weekOfMonth, weekdayInMonth;
 };
-// Gives the number of the day. A day of the month counts before one of the year, and that before a week. Nothing where a
-// number is out of its range and `lenient` is false, or beyond any calendar.
+// Gives the number of the day. A day of the month counts before one of the year, and that before a week. Nothing where
+// a number is out of its range and `lenient` is false, or beyond any calendar.
 std::optional<std::int64_t> dayOfWeekDate(const WeekDate& date, const WeekRule& rule, bool lenient);
 
 }  // namespace oxr

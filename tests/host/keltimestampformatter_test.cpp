@@ -146,7 +146,8 @@ TEST(KelTimeStampFormatter, ReadsZones) {
       "Z Z 2026-11-21_Etc/GMT-0; ZZZZ GMT-03:30 2026-11-21_GMT-03:30; ZZZZ GMT 2026-11-21_Etc/GMT-0;"
       "ZZZZZ Z 2026-11-21_Etc/GMT-0; ZZZU Z 2026-11-21_Etc/GMT-0; ZZZU +00:00 2026-11-21_Etc/GMT-0;"
       "ZZZZU Z 2026-11-21_Etc/GMT-0; HH:mmZZ 04:05+01 2026-11-21_04:05:00_GMT+01:00; ZZZ +24:00 2141; ZZZ '' 2141;"
-      "ZZZ +05:60 2141 2026-11-21_GMT+05:00; ZZZ 05:30 2141; z GMT+1 2026-11-21_GMT+01:00; z Foo 2141; z Etc/Unknown 2141;"
+      "ZZZ +05:60 2141 2026-11-21_GMT+05:00; ZZZ 05:30 2141; z GMT+1 2026-11-21_GMT+01:00; z Foo 2141; z Etc/Unknown "
+      "2141;"
       "z GMT 2026-11-21_Etc/GMT-0; z UTC 2026-11-21_Etc/GMT-0");
   EXPECT_EQ(read("zzzz", "Pacific Standard Time"), "2026-11-21 America/Los_Angeles");
   expectReads("ZZZ +05:30 2001-02-03_04:05:06_GMT+05:30; dd 05 2001-02-05_04:05:06_Europe/Paris",

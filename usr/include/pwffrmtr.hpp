@@ -131,8 +131,8 @@ class OXR_EXPORT PWFDateTimeFormatter : public KelOwnedLogSource {
   void formatBinary(const PWFDateTime& value, void* target, int length, const unsigned short* pattern);
   // Gives the place of a letter in "yMdHmsSX", from 0; -1 for what is none.
   int EstablishBinaryField(unsigned short letter) const;
-  // Read and write one field of `count` bytes, and move `offset`, 0 or above, past it. A field to be written that does not
-  // lie within `length` sets `status` to U_INVALID_FORMAT_ERROR and moves nothing.
+  // Read and write one field of `count` bytes, and move `offset`, 0 or above, past it. A field to be written that does
+  // not lie within `length` sets `status` to U_INVALID_FORMAT_ERROR and moves nothing.
   void subParse(const void* data, int length, int& offset, int count, unsigned short letter, int adjustment,
                 PWFDateTime& target);
   void subFormat(void* target, int length, int& offset, int count, unsigned short letter, int adjustment,
