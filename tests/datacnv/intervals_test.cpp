@@ -98,6 +98,7 @@ TEST(Intervals, AreWritten) {
 
 TEST(Intervals, TraceShowsTheFields) {
   DataCnv converter = converterFor(37);
+  EXPECT_EQ(tracedAt(-1, [&] { converter.StrToInterval(u"PT0.0000019S"_k.characters(), -1); }), "") << "no events";
   const std::string lines = tracedAt(4, [&] { converter.StrFromInterval(PWFInterval{0, 0, 1'500'000, 1}); });
   const std::string name = "DataCnv::StrFromInterval", entry = "> " + name + '\n', field = "> DataCnv::AppendInt";
   EXPECT_TRUE(lines.starts_with(entry + name + ": intervalIn._years|0\n" + name + ": intervalIn._months|0\n" + name +

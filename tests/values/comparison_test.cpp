@@ -31,7 +31,8 @@ TEST(PwfDataComparison, ComparesByType) {
             "4 -5 4 -5 true; 4 0 4 4294967296 false; 6 -0 6 0 true; 6 nan 6 nan false; 10 0aff 10 0aff true;"
             "10 0aff 10 0afe false; 10 0aff 10 0a false; 10 '' 10 '' true; 12 1 12 true true; 12 1 12 0 false;"
             "14 P14M 14 P1Y2M true; 14 -PT0S 14 PT0S true; 14 PT5S 14 -PT5S false; 15 2001-02-03 15 2001-02-03 true;"
-            "15 2001-02-03 15 2001-02-04 false; 16 1.50 16 1.5 true; 16 -0 16 0 false; 7 1 7 2 true;"
+            "15 2001-02-03T12:30:00 15 2001-02-03T12:30:00Z false; 15 2001-02-03 15 2001-02-04 false; 16 1.50 16 1.5 "
+            "true; 16 -0 16 0 false; 7 1 7 2 true;"
             "0 null 0 null true; 2 null 2 null true; 7 null 7 null true; 10 null 10 null true; 14 null 14 null true;"
             "15 null 15 null true; 16 null 16 null true; 0 null 2 null false; 4 null 4 0 false; 16 null 16 '' false"))
     EXPECT_EQ(compared(valueOf(c[0], c[1]), valueOf(c[2], c[3])), c[4]) << shown(c);

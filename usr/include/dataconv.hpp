@@ -551,7 +551,8 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   // and add up ("PT1HT2H" is three hours); a number that is missing, and is 0 then ("PY"); a text that ends on the
   // point after its seconds. A fraction of more than six digits is cut, with the warning 0x800015AC (OXR5548) in the
   // log. One without digits is a 1 at the decimal place that the position of its "S" in the text gives, counted from 0:
-  // "PT1.S" is 1.0001 seconds. Digits are ICU's, but only "0" to "9" give their value.
+  // "PT1.S" is 1.0001 seconds; beyond six places that is cut, with the warning, too. Digits are ICU's, but only "0" to
+  // "9" give their value.
   //
   // All failures have the inserts "interval" and the text. Invalid data: any other text, one that ends on "T" or on a
   // digit among them. 0xC00015AB (OXR5547): a number above 2147483647, a fraction of more than nine digits, or fields
@@ -578,9 +579,10 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   // a field with a leading "-" or "+", a "." and no padding (with `strictNumericChecking` without decimal places),
   // FLOAT the plain StrToDbl, BINARY StrToBin, INTERVAL StrToInterval. BOOLEAN is "true", "false", "1" or "0" in any
   // case, and DATETIME is StrToDateTime by the pattern "I"; both must be zero-terminated, and `length` counts for
-  // nothing. KelParserException 0xC000157E (OXR5502), "CPI Internal Error" first: "Should not call this method with
-  // null a null string!", then "Should not call this method without a valid type". Any failure to read is 0xC0001593
-  // (OXR5523), with the type's name ("Integer"), the text, and the failure itself as a nested item.
+  // nothing. For INTERVAL a `length` of -1 means zero-terminated, for the others it is a bad length. KelParserException
+  // 0xC000157E (OXR5502), "CPI Internal Error" first: "Should not call this method with null a null string!", then
+  // "Should not call this method without a valid type". Any failure to read is 0xC0001593 (OXR5523), with the type's
+  // name ("Integer"), the text, and the failure itself as a nested item.
   PWFData StandardStrToData(ELogicalType type, const unsigned short* text, int length);
   PWFData StandardStrToData(ELogicalType type, const KelWstring& text);
   // Writes a value's standard string, as STRING: a FLOAT in exponential form, a BINARY as StrFromBin does, a BOOLEAN

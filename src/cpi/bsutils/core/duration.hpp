@@ -66,7 +66,8 @@ inline constexpr std::int64_t kMicrosecondsOfDay = 24 * kMicrosecondsOfHour;
 
 // Spells a duration in its one form, from left to right: `unit(char)` for each sign and designator, and
 // `field(std::int32_t value, bool isFraction)` for each number. Fields that are 0 are left out, but for the seconds
-// before a fraction and the "0" of "PT0S". A negative field, of a value that is none, is spelled like any other.
+// before a fraction and the "0" of "PT0S". A negative field belongs to no duration; it is handed to `field` like any
+// other.
 template <class Unit, class Field>
 void spellDuration(const PWFInterval& value, Unit unit, Field field) {
   const auto spell = [&](std::int32_t number, char designator) {

@@ -6,7 +6,8 @@
 
 #include "kelunits.hpp"
 
-// Hexadecimal text of bytes: two digits a byte, the high half first. Clean stretches go sixteen bytes at a time.
+// Hexadecimal text of bytes: two digits a byte, the high half first. Stretches of nothing but digits go several bytes
+// at a time.
 namespace oxr::core {
 
 // Writes 2 * bytes.size() units, lower case, without separators. `out` does not overlap `bytes`.

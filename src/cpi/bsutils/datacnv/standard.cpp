@@ -138,7 +138,8 @@ PWFData DataCnv::StandardStrToData(ELogicalType type, const unsigned short* text
   try {
     return form.read(*this, trace.site(), text, length);
   } catch (const KelLog::ComplexItem& cause) {
-    const bool isTerminated = form.isTerminated || length == kTerminated;
+    // Of the others only durations know a length of -1; to the rest it is a bad length, and nothing may be terminated.
+    const bool isTerminated = form.isTerminated || (type == INTERVAL && length == kTerminated);
     const UnitView whole = isTerminated ? UnitView(text) : UnitView(text, static_cast<unsigned>(std::max(length, 0)));
     raise<KelConversionException>(trace.site(), failures::kInvalidLogicalString, form.name, KelWstring(whole), cause);
   }
