@@ -36,6 +36,6 @@ add_executable(csv_example ${csv_sources})
 oxr_settings(csv_example)
 target_link_libraries(csv_example PRIVATE oxrbitstreamutilities)
 add_test(NAME example
-         COMMAND sh -c "\"$1\" | diff - \"$2\"" sh "$<TARGET_FILE:csv_example>"
+         COMMAND bash -o pipefail -c "\"$1\" | diff - \"$2\"" bash "$<TARGET_FILE:csv_example>"
                  "${PROJECT_SOURCE_DIR}/examples/csv/expected.txt")
 add_test(NAME docs COMMAND "${PROJECT_SOURCE_DIR}/docs/check" "$<TARGET_FILE:machine_pictures>")

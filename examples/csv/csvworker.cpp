@@ -39,7 +39,9 @@ void CsvWorker::begin(const MessageInfo* info) {
 char CsvWorker::byteOf(unsigned short unit) {
   unsigned char byte = 0;
   int size = 1;
-  converter_->fromUnicodeString(KelWstring(&unit, 1), &byte, size);
+  // What does not fit, or takes less, is no code page for this format.
+  if (U_FAILURE(converter_->fromUnicodeString(KelWstring(&unit, 1), &byte, size)) || size != 1)
+    fail("CsvWorker::byteOf", __LINE__, kNotOneByte, KelWstring(&unit, 1));
   return static_cast<char>(byte);
 }
 

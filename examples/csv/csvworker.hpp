@@ -13,7 +13,7 @@
 //
 // A message is an element "line" with an element for each column, STRING or DECIMAL. An empty field is a null. Nothing
 // is quoted: a text with a comma or a line end in it cannot be written. The code page is the message's, UTF-8 if it has
-// none; a comma and a line end are a byte each.
+// none; a comma and a line end must be a byte each in it.
 class CsvWorker final : public BitstreamWorker {
  public:
   struct Column {
@@ -23,6 +23,7 @@ class CsvWorker final : public BitstreamWorker {
   // The messages of this worker's own failures, which are KelParserException.
   static constexpr int kFieldCount = static_cast<int>(0xC0000001u);   // inserts: fields of the line, columns
   static constexpr int kNotOneField = static_cast<int>(0xC0000002u);  // insert: the text
+  static constexpr int kNotOneByte = static_cast<int>(0xC0000003u);   // insert: the character
 
   explicit CsvWorker(std::vector<Column> columns) : columns_(std::move(columns)) {}
 

@@ -128,8 +128,10 @@ inline void checkTimeStampRoundTrip(Choices& choices) {
   require(read.has_value(), what + " is refused");
   requireEqual(toUtf8(read->asString()), toUtf8(stamp.asString()), what);
   if (!hasZone) requireEqual(read->timeZone(), zone, what + ", the zone");
-  // A name may be that of several places.
-  if (hasZone) requireEqual(read->offset(), stamp.offset(), what + ", the offset");
+  // A name may be that of several places. Forms of ISO 8601 have no seconds of an old local time.
+  const bool losesSeconds = pattern.find('Z') != std::string::npos && pattern.find("ZZZZ") == std::string::npos;
+  const int offset = losesSeconds ? stamp.offset() / 60 * 60 : stamp.offset();
+  if (hasZone) requireEqual(read->offset(), offset, what + ", the offset");
 }
 
 // Changes some units, takes some away, adds some.

@@ -44,10 +44,10 @@ struct TwinPattern {
   enum Use { kReadInItsZone, kReadInItsCentury, kReadWithAZone, kWriteOnly } use;
 };
 constexpr TwinPattern kTwinPatterns[] = {
-    {"yyyy-MM-dd'T'HH:mm:ss.SSSZZZ", "yyyy-MM-dd'T'HH:mm:ss.SSSxxxxx", TwinPattern::kReadWithAZone},
-    {"yyyyMMddHHmmssSSSZ", "yyyyMMddHHmmssSSSxxxx", TwinPattern::kReadWithAZone},
-    {"yyyy-MM-dd'T'HH:mm:ss.SZZZU", "yyyy-MM-dd'T'HH:mm:ss.SXXXXX", TwinPattern::kReadWithAZone},
-    {"yyyy-MM-dd HH:mm ZU", "yyyy-MM-dd HH:mm XXXX", TwinPattern::kReadWithAZone},
+    {"yyyy-MM-dd'T'HH:mm:ss.SSSZZZ", "yyyy-MM-dd'T'HH:mm:ss.SSSxxx", TwinPattern::kReadWithAZone},
+    {"yyyyMMddHHmmssSSSZ", "yyyyMMddHHmmssSSSxx", TwinPattern::kReadWithAZone},
+    {"yyyy-MM-dd'T'HH:mm:ss.SZZZU", "yyyy-MM-dd'T'HH:mm:ss.SXXX", TwinPattern::kReadWithAZone},
+    {"yyyy-MM-dd HH:mm ZU", "yyyy-MM-dd HH:mm XX", TwinPattern::kReadWithAZone},
     {"EEEE, d MMMM y G h:mm:ss a ZZZZ", "EEEE, d MMMM y G h:mm:ss a ZZZZ", TwinPattern::kReadWithAZone},
     {"ZZZZZ yyyyy.D K'h'm a", "ZZZZZ yyyyy.D K'h'm a", TwinPattern::kReadWithAZone},
     {"dd MMM yyyy HH:mm zzz", "dd MMM yyyy HH:mm zzz", TwinPattern::kReadWithAZone},

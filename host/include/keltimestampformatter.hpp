@@ -35,7 +35,7 @@ struct TimeProgram;
 //
 // Text between single quotes stands for itself, '' for a quote, and so does everything that is not a letter A to Z or a
 // to z. Names are those of the process's locale, and so are the digits of z and ZZZZ; all other digits are 0 to 9. An
-// offset with seconds, as old local times have, is written and read with them: "+00:09:21".
+// offset with seconds, as old local times have, loses them but for ZZZZ and ZZZZZ: "+00:09:21".
 //
 // Where several fields tell the same, the last one counts: "kk HH" reads the hour by HH. An hour of 24 needs no half of
 // the day and leaves it out of account; a day of the month or year does so with the day of the week.

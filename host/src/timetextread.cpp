@@ -209,8 +209,8 @@ class Reader {
     return false;
   }
 
-  // offset = "Z" | sign hours [minutes [seconds]], with or without colons as the form asks; the seconds, which only old
-  // local times have, may be there in any form.
+  // offset = "Z" | sign hours [minutes [seconds]], with or without colons as the form asks. Seconds, which only old
+  // local times have, belong to one form and are let pass in the others when lenient.
   bool readOffset(const TimeField& field) {
     if (reading_.lenient) skipWhiteSpace();
     if (at_ == end_) return false;
@@ -227,7 +227,8 @@ class Reader {
     const bool hasMinutes = readPart(hasColon, minutes);
     if (!hasMinutes && !mayEnd) return false;
     // Without a colon digits that follow may be the next field's.
-    if (hasMinutes && (hasColon || !field.isBeforeDigits)) readPart(hasColon, seconds);
+    const bool mayHaveSeconds = reading_.lenient || field.form == OffsetForm::extendedOrZ;
+    if (mayHaveSeconds && hasMinutes && (hasColon || !field.isBeforeDigits)) readPart(hasColon, seconds);
     const int offset = (hours * 60 + minutes) * 60 + seconds;
     return setOffset(sign == '-' ? -offset : offset);
   }

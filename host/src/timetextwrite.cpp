@@ -165,7 +165,9 @@ class Writer {
   }
 
   void putOffset(const TimeField& field) {
-    const int offset = stamp_.offset();
+    // Old local times have seconds, which ISO 8601 has no place for: only the forms that are ICU's own keep them.
+    const bool keepsSeconds = field.form == OffsetForm::localized || field.form == OffsetForm::extendedOrZ;
+    const int offset = keepsSeconds ? stamp_.offset() : stamp_.offset() / 60 * 60;
     if (offset == 0 && (writesUtcAsZ_ || field.form == OffsetForm::extendedOrZ)) {
       *at_++ = 'Z';
       return;
@@ -180,7 +182,7 @@ class Writer {
     at_ += 2;
     const int minutes = magnitude / 60 % 60, seconds = magnitude % 60;
     const bool hasColon = field.form != OffsetForm::basic;
-    if (field.form != OffsetForm::hours || minutes != 0 || seconds != 0) putPart(hasColon, minutes);
+    if (field.form != OffsetForm::hours || minutes != 0) putPart(hasColon, minutes);
     if (seconds != 0) putPart(hasColon, seconds);
   }
   void putPart(bool hasColon, int value) {

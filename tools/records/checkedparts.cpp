@@ -57,6 +57,9 @@ void CheckedParts::parseNext() {
 
 void CheckedParts::parse(const BitstreamBuffer* buffer, int offset) {
   CheckedWorker checker(part_.get());
+  // The worker reports to the checker, and must not keep it for longer than that lives.
+  const std::unique_ptr<Part, void (*)(Part*)> restored(part_.get(),
+                                                        [](Part* part) { part->setFIHandler(nullptr, false); });
   try {
     checker.initializeParse(-1, nullptr);
     checker.setFIHandler(&handler_, false);

@@ -30,7 +30,8 @@ class CheckedParts {
   CheckedParts(BitstreamWorker& worker, FIHandler& handler);
   ~CheckedParts();
 
-  // As those of the worker. Throw CheckError, and whatever the worker and the handler throw.
+  // As those of the worker. Throw CheckError, and whatever the worker and the handler throw but for an exception of the
+  // PWFException family, which stands for a CheckError whoever throws it.
   void parseFirst(const BitstreamBuffer* buffer);
   void parseNext();
 

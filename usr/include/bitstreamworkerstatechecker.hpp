@@ -30,31 +30,35 @@ class OXR_EXPORT IDInfo {
 //   handler <--- startMessage, startElement, data ------   checker  <--- the same ---  worker
 //   tree    <--- getMsgContentIterator, ... ------------   checker  <--- the same ---  worker
 //
-// Each call is validated and then forwarded. A call out of order raises, is not forwarded and leaves the order where it
-// was:
+// Each call is validated and then forwarded. A call out of order raises and is not forwarded:
 //
-//   FIParseException        a call of the parser's side that does not fit, or an event while nothing is parsed; no
-//   worker FIWriteException        a call between initializeWrite and the end of write that does not fit; no worker to
-//   write FIHandlerException      an event that does not fit the message's shape; an end that does not match its start;
-//   no
-//                           handler
-//   FIMessageTreeException  no tree
+// - FIParseException: a call of the parser's side that does not fit, or an event while nothing is parsed. No worker.
+// - FIWriteException: a call between initializeWrite and the end of write that does not fit. No worker to write with.
+// - FIHandlerException: an event that does not fit the message's shape, an end that does not match its start. No
+//   handler.
+// - FIMessageTreeException: no tree.
 //
-// The order is looked at first, then the open elements, then whether there is anybody to forward to. So an event whose
-// handler is missing has been taken, and its element is open.
+// The order is looked at first, then the open elements, then whether there is anybody to forward to. A refusal of the
+// first kind leaves the order where it was. One of the other two comes too late for that: an end that does not match
+// its start, or an event that finds no handler, has been counted as an event all the same. After a refusal a checker is
+// of no more use than to be released.
 //
 // A checker serves one worker, for one parse or one write of one message. What it admits of a parse is startMessage, an
 // element by name, in it and after it elements with their data, endMessage. docs/workers.md has pictures of both
 // orders.
 //
 // The operations here have the arguments that matter to most; what the interfaces have beyond them is passed on as -1,
-// or as 0 to a writer. The interfaces' own forms stay callable and are not checked: a subclass fills them.
-// oxr::CheckedWorker is one that is ready to use.
+// or as 0 to a writer. The interfaces' own forms stay callable and are not checked: a subclass fills them, also the
+// startMessageContent that has a default. oxr::CheckedWorker is one that is ready to use.
+//
+// A content is remembered by the number that its start was given, whatever a handler makes of that. traceTree() of a
+// checker asks its own getters, which are in order only while it writes.
 //
 // A checker borrows its worker, its handler and its tree. It is used by one thread at a time.
 class OXR_EXPORT BitstreamWorkerStateChecker : public BitstreamWorker, public FIHandler, public FIMessageTree {
  public:
-  // The worker may be null where nothing is parsed and no descriptor is asked for.
+  // A null worker is refused when it is needed, but for initializeParse, setFIHandler and getWireFormatDescriptor,
+  // which do not look: there it must not be null.
   explicit BitstreamWorkerStateChecker(BitstreamWorker* worker);
   // Writes "ERROR: there were N items left on idContext stack" to standard output, N being the elements and contents
   // that are still open, 0 too. Leaves worker, handler and tree alone.
@@ -76,7 +80,8 @@ class OXR_EXPORT BitstreamWorkerStateChecker : public BitstreamWorker, public FI
   const DictionaryInfo* getWireFormatDescriptor() const override;
   // FIWriteException if there is no worker.
   void setWireFormatDescriptor(const DictionaryInfo* descriptor) override;
-  // Releases the worker and deletes the checker. May come at any time; FIParseException if there is no worker.
+  // Releases the worker and deletes the checker, which stays if the worker's release throws. May come at any time;
+  // FIParseException if there is no worker.
   void release(bool discard) override;
 
   // The writer's side.

@@ -59,10 +59,9 @@ inline constexpr auto kTreeCells = cellsOf(kTreeMachine, [](const TreeRow& row, 
   return TreeStep{false, row.state};
 });
 
-// An unknown state takes nothing, and stays.
+// An unknown state or event takes nothing, and stays.
 constexpr TreeStep treeStep(int state, EBitstreamWorkerCall call) {
-  const auto index = static_cast<std::size_t>(state);
-  return index < kTreeCells.size() ? kTreeCells[index][call] : TreeStep{false, state};
+  return hasCell(kTreeCells, state, call) ? kTreeCells[static_cast<std::size_t>(state)][call] : TreeStep{false, state};
 }
 
 }  // namespace oxr::core

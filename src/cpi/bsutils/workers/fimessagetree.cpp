@@ -1,11 +1,12 @@
 // The trace of a tree: a record for the tree, and one for each node on the way through it. The walk takes place with
-// trace off too; what a record shows is asked for only if it is written.
+// trace off too, and each node is read: what a tree does when it is asked must not depend on the level of the trace.
 
 #include "fimessagetree.hpp"
 
 #include <locale>
 #include <sstream>
 
+#include "kelwstringconvertor.hpp"
 #include "workers/nodelabels.hpp"
 
 namespace {
@@ -21,13 +22,12 @@ bool hasObject(const WorkerInfoPtr& info) {
   return info.get() != nullptr;
 }
 
-void addValue(KelLog::Item& item, const PWFData& value) {
-  if (value.isNothing())
-    item << "NOTHING";
-  else if (value.isNull())
-    item << "NULL";
-  else
-    item << value.getDebugString().getPWFStringValue();
+// A value as a record shows it.
+PWFData shownValue(const PWFData& value) {
+  static const PWFData nothing(oxr::fromUtf8("NOTHING"));
+  static const PWFData null(oxr::fromUtf8("NULL"));
+  if (value.isNothing()) return nothing;
+  return value.isNull() ? null : value.getDebugString();
 }
 
 // The members that lead to the node, each by its id and its index.
@@ -41,43 +41,63 @@ std::string memberPath(const std::vector<PartialMember>& members) {
   return path.str();
 }
 
-// The order in which a node is read is part of the contract, as is that of the inserts.
-void addNode(KelLog::Item& item, const FITreeIterator& node) {
-  const unsigned short* const name = node.getTagName();
-  const PWFData data = node.getData();
-  const PWFData defaultData = node.getDefaultData();
-  const int memberId = node.getMemberId();
-  const int tagId = node.getTagId();
-  const int logicalType = data.getDataLogicalType();
-  const int category = node.getCategory();
-  const oxr::NodeKind& kind = oxr::nodeKind(category);
-  const int repeatIndex = node.getRepeatIndex();
-  const int pathBasedInfoIndex = node.getPathBasedInfoIndex();
-  const int minOccurs = node.getMinOccurs(), maxOccurs = node.getMaxOccurs();
-  const int minLength = node.getMinLength(), maxLength = node.getMaxLength();
-  const int isNullable = node.getIsNullable();
-  const int occurrences = node.getOccurrences();
-  const bool hasStart = hasObject(node.getStartWorkerInfo());
-  const bool hasData = hasObject(node.getDataWorkerInfo());
-  const bool hasEnd = hasObject(node.getEndWorkerInfo());
-  const bool hasTreeChanged = node.hasTreeChanged();
-  item << "TagId" << tagId << "MemberId" << memberId << "TagName" << name << "RepeatIndex" << repeatIndex;
-  item << "WhereDefined" << oxr::whereDefined(category, memberId, tagId, node.getTypeIndex());
-  item << "LogicalType" << logicalType << "Data";
-  addValue(item, data);
-  item << "Category" << kind.category << "NodeType" << kind.nodeType << "Occurrences" << occurrences;
-  item << "PathBasedInfoIndex" << pathBasedInfoIndex << "MinOccurs" << minOccurs << "MaxOccurs" << maxOccurs;
-  item << "MinLength" << minLength << "MaxLength" << maxLength << "IsNullable" << isNullable << "DefaultData";
-  addValue(item, defaultData);
-  item << "HasTreeChanged" << hasTreeChanged << "PartialMemberPath" << memberPath(*node.getPartialMemberPath());
-  item << "StartWorkerInfo" << hasStart << "DataWorkerInfo" << hasData << "EndWorkerInfo" << hasEnd;
-}
+// What the record of a node shows. The node is read before the record is begun: reading may raise.
+class NodeRecord {
+ public:
+  // The members are in the order in which a node is read, which is part of the contract.
+  explicit NodeRecord(const FITreeIterator& node)
+      : tagName(node.getTagName()),
+        data(node.getData()),
+        defaultData(shownValue(node.getDefaultData())),
+        shownData(shownValue(data)),
+        memberId(node.getMemberId()),
+        tagId(node.getTagId()),
+        category(node.getCategory()),
+        repeatIndex(node.getRepeatIndex()),
+        pathBasedInfoIndex(node.getPathBasedInfoIndex()),
+        minOccurs(node.getMinOccurs()),
+        maxOccurs(node.getMaxOccurs()),
+        minLength(node.getMinLength()),
+        maxLength(node.getMaxLength()),
+        isNullable(node.getIsNullable()),
+        occurrences(node.getOccurrences()),
+        hasStart(hasObject(node.getStartWorkerInfo())),
+        hasData(hasObject(node.getDataWorkerInfo())),
+        hasEnd(hasObject(node.getEndWorkerInfo())),
+        hasTreeChanged(node.hasTreeChanged()),
+        definition(oxr::whereDefined(category, memberId, tagId, node.getTypeIndex())),
+        path(memberPath(*node.getPartialMemberPath())) {}
 
-// Writes the entry of a node. The record is out before those of the nodes below.
+  // The order of the inserts is part of the contract, too.
+  void addTo(KelLog::Item& item) const {
+    const oxr::NodeKind& kind = oxr::nodeKind(category);
+    item << "TagId" << tagId << "MemberId" << memberId << "TagName" << tagName << "RepeatIndex" << repeatIndex;
+    item << "WhereDefined" << definition << "LogicalType" << static_cast<int>(data.getDataLogicalType());
+    item << "Data" << shownData.getPWFStringValue() << "Category" << kind.category << "NodeType" << kind.nodeType;
+    item << "Occurrences" << occurrences << "PathBasedInfoIndex" << pathBasedInfoIndex << "MinOccurs" << minOccurs;
+    item << "MaxOccurs" << maxOccurs << "MinLength" << minLength << "MaxLength" << maxLength;
+    item << "IsNullable" << isNullable << "DefaultData" << defaultData.getPWFStringValue();
+    item << "HasTreeChanged" << hasTreeChanged << "PartialMemberPath" << path;
+    item << "StartWorkerInfo" << hasStart << "DataWorkerInfo" << hasData << "EndWorkerInfo" << hasEnd;
+  }
+
+ private:
+  const unsigned short* tagName;
+  PWFData data, defaultData, shownData;
+  int memberId, tagId, category, repeatIndex, pathBasedInfoIndex;
+  int minOccurs, maxOccurs, minLength, maxLength, isNullable, occurrences;
+  bool hasStart, hasData, hasEnd, hasTreeChanged;
+  const char* definition;
+  std::string path;
+};
+
+// Reads a node and, with trace on, writes its entry. The record is out before those of the nodes below.
 long traceNode(const FITreeIterator& node) {
+  const NodeRecord record(node);
   long handle = 0;
+  if (!isTraceOn()) return handle;
   KelLog::EntryItem item(kSubTree, &handle);
-  addNode(item, node);
+  record.addTo(item);
   return handle;
 }
 
@@ -106,13 +126,12 @@ void FIMessageTree::traceTree() const {
 
 void FIMessageTree::traceSubTree(FITreeIterator& it) const {
   if (it.isNull()) return;
-  const bool isTraced = isTraceOn();
-  const long handle = isTraced ? traceNode(it) : 0;
+  const long handle = traceNode(it);
   if (it.moveToFirstChild()) {
     do
       traceSubTree(it);
     while (it.moveToNextSibling());
     it.moveToParent();
   }
-  if (isTraced) KelLog::writeExit(this, kSubTree, handle);
+  if (isTraceOn()) KelLog::writeExit(this, kSubTree, handle);
 }
