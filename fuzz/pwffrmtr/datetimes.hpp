@@ -5,6 +5,7 @@
 #include "dataconv.hpp"
 #include "fuzz/harness/choices.hpp"
 #include "kelexception.hpp"
+#include "keltime.hpp"
 #include "kelwstringconvertor.hpp"
 
 // What the checks of date-times are written with.
