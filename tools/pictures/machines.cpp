@@ -1,5 +1,6 @@
 // A state is a box with its number and its meaning; calls that leave it where it is stand in the box, all others are
-// arrows. Arrows for events that no operation of the checker reports are grey; what is refused and moves all the same is dashed.
+// arrows. Arrows for events that no operation of the checker reports are grey; what is refused and moves all the same
+// is dashed.
 
 #include "pictures/machines.hpp"
 

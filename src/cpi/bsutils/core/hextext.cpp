@@ -1,5 +1,6 @@
-// Both directions work on vectors, eight or sixteen bytes of the field at once, as long as nothing but digits comes, and unit by unit where there is
-// something else, and at the end. The vectors are the compilers' own (see digitvectors.hpp).
+// Both directions work on vectors, eight or sixteen bytes of the field at once, as long as nothing but digits comes,
+// and unit by unit where there is something else, and at the end. The vectors are the compilers' own (see
+// digitvectors.hpp).
 
 #include "core/hextext.hpp"
 
