@@ -104,7 +104,8 @@ class KelTimeZone::Cache {
 
   // Zones of whole minutes, from -23:59 to 23:59, as they were found.
   std::atomic<const KelTimeZone*>& ofMinutes(int minutes) {
-    return minutes_[static_cast<std::size_t>(minutes + kMinutesPerDay)];
+    const int place = minutes + kMinutesPerDay;
+    return minutes_[static_cast<std::size_t>(place)];
   }
 
  private:

@@ -177,7 +177,7 @@ class Writer {
       return putText({reinterpret_cast<const unsigned short*>(text.data()), text.size()});
     }
     const int magnitude = offset < 0 ? -offset : offset;
-    *at_++ = offset < 0 ? '-' : '+';
+    *at_++ = static_cast<unsigned char>(offset < 0 ? '-' : '+');
     putPair(at_, magnitude / 3600);
     at_ += 2;
     const int minutes = magnitude / 60 % 60, seconds = magnitude % 60;
