@@ -47,6 +47,10 @@ TEST(StateChecker, EachPairOfStateAndCallIsJudged) {
   for (const auto& [state, way] : ways) {
     workerStates.insert(state.first);
     treeStates.insert(state.second);
+    Judge stranger;
+    for (const int each : way)
+      stranger.judge(each);
+    EXPECT_EQ(stranger.judge(CALL_END_EMBEDDED + 1), stranger.judge(CALL_UNUSED_14)) << "what is no call at all";
     if (state.second != 0 && state.first != 10) continue;  // the two machines know nothing of each other
     for (int call = CALL_INITIALIZE_PARSE; call <= CALL_END_EMBEDDED; ++call)
       for (int further = CALL_INITIALIZE_PARSE; further <= CALL_END_EMBEDDED; ++further) {
