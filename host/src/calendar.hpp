@@ -16,7 +16,9 @@ struct Date {
 };
 
 constexpr std::int64_t kSecondsPerDay = 86'400;
-constexpr std::int64_t kMicrosecondsPerDay = kSecondsPerDay * 1'000'000;
+constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
+constexpr std::int64_t kMicrosecondsPerMinute = 60 * kMicrosecondsPerSecond;
+constexpr std::int64_t kMicrosecondsPerDay = kSecondsPerDay * kMicrosecondsPerSecond;
 constexpr int kFirstYear = 1;
 constexpr int kLastYear = 9999;
 

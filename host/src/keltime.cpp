@@ -26,8 +26,6 @@ using namespace oxr;
 
 namespace {
 
-constexpr std::int64_t kMicrosecondsPerMinute = 60'000'000;
-
 std::int64_t numberOf(const KelDate& date) {
   return dayNumber(date.year(), date.month(), date.day());
 }

@@ -16,7 +16,7 @@ bool carryOver(const KelTimeStamp& stamp, KelTimeStamp& carried) {
   const std::int64_t day = dayNumber(date.year() + floorDivide(monthsBefore, 12),
                                      static_cast<int>(floorRemainder(monthsBefore, 12)) + 1, date.day());
   const std::int64_t minutes = std::int64_t{time.hour()} * 60 + time.minute();
-  constexpr std::int64_t kMinutesPerDay = 24 * 60, kMicrosecondsPerMinute = 60'000'000;
+  constexpr std::int64_t kMinutesPerDay = 24 * 60;
   const std::int64_t allMinutes = minutes + floorDivide(time.microseconds(), kMicrosecondsPerMinute);
   if (!stampAt(day + floorDivide(allMinutes, kMinutesPerDay),
                floorRemainder(allMinutes, kMinutesPerDay) * kMicrosecondsPerMinute +

@@ -21,7 +21,6 @@ namespace {
 
 constexpr std::size_t kMaxDigits = 9;  // of a number that is read leniently: it fits 32 bits
 constexpr std::size_t kMicrosecondDigits = 6;
-constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
 
 constexpr std::array<int, kMicrosecondDigits + 1> kPowersOfTen = {1, 10, 100, 1'000, 10'000, 100'000, 1'000'000};
 
@@ -492,10 +491,10 @@ bool stampAt(std::int64_t day, std::int64_t microseconds, KelTimeStamp& stamp) {
   if (carried < kFirstDay || carried > kLastDay) return false;
   const Date date = dateOfDay(carried);
   const std::int64_t time = floorRemainder(microseconds, kMicrosecondsPerDay);
-  constexpr std::int64_t kPerMinute = 60 * kMicrosecondsPerSecond;
   stamp = KelTimeStamp(KelDate(date.day, static_cast<KelDate::Month>(date.month), date.year),
-                       KelTimeBase(static_cast<int>(time / kPerMinute / 60), static_cast<int>(time / kPerMinute % 60),
-                                   static_cast<long>(time % kPerMinute)));
+                       KelTimeBase(static_cast<int>(time / kMicrosecondsPerMinute / 60),
+                                   static_cast<int>(time / kMicrosecondsPerMinute % 60),
+                                   static_cast<long>(time % kMicrosecondsPerMinute)));
   return true;
 }
 

@@ -13,8 +13,6 @@ namespace oxr {
 
 namespace {
 
-constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
-
 using Pair = std::array<unsigned short, 2>;
 constexpr std::array<Pair, 100> kPairs = [] {
   std::array<Pair, 100> pairs{};
