@@ -32,7 +32,7 @@ const std::string& manyRecords() {
   return records;
 }
 
-constexpr RecordWorker::Settings kSettings{RecordForm::Header::big, true, false};
+constexpr RecordWorker::Settings kSettings{{.framing = Framing::rdw}, false};
 
 void BM_DecodeToJsonLines(benchmark::State& state) {
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> input(std::tmpfile(), std::fclose);

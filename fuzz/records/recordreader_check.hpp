@@ -62,7 +62,7 @@ struct Job {
       : plan(planFor(choices.upTo(std::size(kCopybooks) - 1), choices.coin())),
         mode(static_cast<Mode>(choices.upTo(2))),
         form{choices.oneOf(kCcsids), choices.coin() ? eEndianLittle : eEndianBig, choices.coin()},
-        settings{choices.oneOf(kHeaders), choices.coin(), choices.upTo(4) == 0},
+        settings{{choices.oneOf(kFramings), choices.coin()}, choices.upTo(4) == 0},
         pointsAsText(choices.coin()),
         more(choices.upTo(7)) {
     if (choices.coin()) {
@@ -85,12 +85,12 @@ struct Job {
   // A record with the right header, if there are any, and bytes that are often digits, so that counts are too.
   void addRecord(Choices& choices) {
     std::size_t size = plan.maxSize();
-    if (settings.header != RecordForm::Header::none) {
+    if (settings.form.framing != Framing::fixed) {
       if (choices.coin()) size = choices.upTo(size + 2);
-      const std::size_t length = size + (settings.headerCountsItself ? RecordReader::kHeaderBytes : 0);
+      const std::size_t length = size + (settings.form.countsHeader.value_or(true) ? RecordReader::kHeaderBytes : 0);
       const char high = static_cast<char>(length >> 8);
       const char low = static_cast<char>(length);
-      const bool isBig = settings.header == RecordForm::Header::big;
+      const bool isBig = settings.form.framing == Framing::rdw;
       input += isBig ? std::string{high, low, 0, 0} : std::string{0, 0, low, high};
     }
     const char zero = choices.coin() ? '0' : '\xF0';
@@ -102,8 +102,7 @@ struct Job {
   }
 
   static constexpr int kCcsids[] = {37, 819, 37, 819, 1208, 1200, 930};
-  static constexpr RecordForm::Header kHeaders[] = {RecordForm::Header::none, RecordForm::Header::big,
-                                                    RecordForm::Header::little};
+  static constexpr Framing kFramings[] = {Framing::fixed, Framing::rdw, Framing::rdwLittle};
 };
 
 // Hands out the input in stretches of a few bytes more than what is asked for, each in a block of its own: a worker

@@ -22,8 +22,8 @@ using testing::HasSubstr;
 
 TEST(Decode, GivesTheLinesOfTheBundledSamples) {
   const std::string folder = std::string(OXR_SAMPLES_DIR) + '/';
-  for (const Row& c : rows("customers customers.rdw.bin --ccsid_37_--rdw_big; parts parts.bin --ccsid_819; "
-                           "customers customers.rdw.bin --ccsid_37_--rdw_big_--check")) {
+  for (const Row& c : rows("customers customers.rdw.bin --ccsid_37_--records_rdw; parts parts.bin --ccsid_819; "
+                           "customers customers.rdw.bin --ccsid_37_--records_rdw_--check")) {
     const Outcome outcome = runProgram("decode --copybook " + folder + c[0] + ".cob " + c[2] + ' ' + folder + c[1]);
     EXPECT_EQ(outcome.messages + outcome.lines, contentOf(folder + c[0] + ".expected.jsonl"));
   }
@@ -135,21 +135,23 @@ const struct {
     {kPair, "A B", "--on-error skip", "| #1, byte 1, N: * | #2 at byte 2: it has 2 bytes, *", 2},
     {kPair, "", "", ""},
     // Records with headers.
-    {kPair, "<00060000>A1<00060000>B2", "--rdw big", "{A:A,N:1} {A:B,N:2}"},
-    {kPair, "<00000600>A1<00000600>B2", "--rdw little", "{A:A,N:1} {A:B,N:2}"},
-    {kPair, "<00020000>A1", "--rdw big --rdw-excludes-header", "{A:A,N:1}"},
-    {kPair, "<00060000>A1<0006>", "--rdw big", "{A:A,N:1} | #2 at byte 6: the input ends within its record header", 2},
-    {kPair, "<00070000>B2", "--rdw big", "| #1 at byte 0: its header asks for 3 bytes, but the input has only 2 left",
+    {kPair, "<00060000>A1<00060000>B2", "--records rdw", "{A:A,N:1} {A:B,N:2}"},
+    {kPair, "<00000600>A1<00000600>B2", "--records rdw-le", "{A:A,N:1} {A:B,N:2}"},
+    {kPair, "<00020000>A1", "--records rdw --length-includes-header no", "{A:A,N:1}"},
+    {kPair, "<00060000>A1<0006>", "--records rdw", "{A:A,N:1} | #2 at byte 6: the input ends within its record header",
      2},
-    {kPair, "<00030000>A1", "--rdw big",
+    {kPair, "<00070000>B2", "--records rdw",
+     "| #1 at byte 0: its header asks for 3 bytes, but the input has only 2 left", 2},
+    {kPair, "<00030000>A1", "--records rdw",
      "| #1 at byte 0: its header gives a length of 3, less than the header's own 4 bytes", 2},
-    {kPair, "A1B2", "--rdw big", "| #1 at byte 0: there is no record header: bytes 3 and 4 of one are zero", 2},
-    {kPair, "A1B2", "--rdw little", "| #1 at byte 0: there is no record header: bytes 1 and 2 of one are zero", 2},
-    {kPair, "<00050000>A<00040000>", "--rdw big --on-error null",
+    {kPair, "A1B2", "--records rdw", "| #1 at byte 0: there is no record header: bytes 3 and 4 of one are zero", 2},
+    {kPair, "A1B2", "--records rdw-le", "| #1 at byte 0: there is no record header: bytes 1 and 2 of one are zero", 2},
+    {kPair, "<00050000>A<00040000>", "--records rdw --on-error null",
      "{A:A,N:null} {A:null,N:null} | #1, byte 5, N: the record ends after 1 bytes, before the field does "
      "| #2, byte 9, A: * | 2 bad fields in 2 of *"},
-    {kPair, "<00070000>A1x", "--rdw big", "| #1, byte 6: the record has 3 bytes, 1 more than its layout; bytes 78", 1},
-    {kPair, "<00070000>A1x", "--rdw big --allow-extra", "{A:A,N:1}"},
+    {kPair, "<00070000>A1x", "--records rdw", "| #1, byte 6: the record has 3 bytes, 1 more than its layout; bytes 78",
+     1},
+    {kPair, "<00070000>A1x", "--records rdw --allow-extra", "{A:A,N:1}"},
     // Counts.
     {kCounted, "4ABCD", "", "| #1, byte 0, N: the count is 4, not within 1 and 3 as A asks; bytes 34", 1},
     {kCounted, "0ABCD", "--odo fixed --on-error null", "{N:0,A:null,B:D} | #1, byte 0, N: *"},
@@ -157,7 +159,7 @@ const struct {
      "{N:2,A:[A,B],B:C} | #2, * | #2 at byte 4: its length hangs on a count that cannot be read, so the next record "
      "cannot be found",
      2},
-    {kCounted, "<00080000>2ABC<00060000>AB<00070000>1AB", "--rdw big --on-error null",
+    {kCounted, "<00080000>2ABC<00060000>AB<00070000>1AB", "--records rdw --on-error null",
      "{N:2,A:[A,B],B:C} {N:null,A:null,B:null} {N:1,A:[A],B:B} | #2, byte 12, N: * | 1 bad field in 1 of *"},
     {kCounted, "3AB", "", "| #1 at byte 0: it has 4 bytes, but the input has only 3 left", 2},
     {"05 N PIC S9 COMP-3. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N.", "<1D>", "",
@@ -210,7 +212,7 @@ constexpr const char* kRefusals[][2] = {
     {"--ccsid 37 @in", "*--copybook is required*"},
     {"--copybook @good @in", "*--ccsid is required*"},
     {"--copybook @good --ccsid -1 @in", "*-1*"},
-    {"--copybook @good --ccsid 37 --rdw middle @in", "*middle*"},
+    {"--copybook @good --ccsid 37 --records middle @in", "*middle*"},
 };
 
 TEST(Decode, RefusesWhatItCannotDo) {

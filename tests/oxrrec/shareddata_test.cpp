@@ -56,7 +56,7 @@ Values valuesOf(const std::string& lines) {
 // Folder, copybook, records, what the other reader made of them, and the arguments.
 constexpr const char* kSets[] = {
     "occurs-segments customers.cob customers.first50.rdw.bin customers.first50.expected.jsonl"
-    " --ccsid 37 --rdw big --flat --decimals text",
+    " --ccsid 37 --records rdw --flat --decimals text",
     "occurs-segments nested.cob nested.ascii.txt nested.expected.jsonl --ccsid 819",
     "occurs-segments accounts.cob accounts.bin accounts.expected.jsonl --ccsid 37 --odo fixed --on-error null",
     "code-pages layout.cob records.bin first60.cp037_ext.expected.jsonl --ccsid 37",

@@ -9,7 +9,7 @@ namespace oxr::rec {
 namespace {
 
 constexpr char kExamples[] = R"(Example:
-  oxrrec decode --copybook customers.cob --ccsid 37 --rdw big customers.bin -o customers.jsonl
+  oxrrec decode --copybook customers.cob --ccsid 37 --records rdw customers.bin -o customers.jsonl
 
 Exit codes: 0 done; 1 a field cannot be read; 2 anything else, such as a record that is cut off.)";
 
@@ -41,13 +41,18 @@ void addFileOptions(CLI::App& command, DecodeOptions& options) {
       "how the copybook's lines are built [detect]");
 }
 
-void addRecordOptions(CLI::App& command, DecodeOptions& options, bool& excludesHeader) {
-  addChoice<RecordForm::Header>(
-      command, "--rdw", options.records.header,
-      {{"big", RecordForm::Header::big}, {"little", RecordForm::Header::little}, {"none", RecordForm::Header::none}},
-      "the 4-byte record headers: length in bytes 1 and 2, most significant first (big), or "
-      "in bytes 3 and 4, least significant first (little) [none]");
-  command.add_flag("--rdw-excludes-header", excludesHeader, "a header's length does not count the header itself");
+void addRecordOptions(CLI::App& command, DecodeOptions& options) {
+  RecordForm& form = options.records.form;
+  addChoice<Framing>(command, "--records", form.framing,
+                     {{"fixed", Framing::fixed}, {"rdw", Framing::rdw}, {"rdw-le", Framing::rdwLittle}},
+                     "what stands around the records: nothing (fixed); 4 bytes in front with the length in bytes 1 and "
+                     "2, most significant first (rdw), or in bytes 3 and 4, least significant first (rdw-le) [fixed]");
+  command
+      .add_option_function<bool>(
+          "--length-includes-header", [&form](bool counts) { form.countsHeader = counts; },
+          "whether a length in front counts its own bytes [yes in rdw and rdw-le]")
+      ->transform(CLI::CheckedTransformer(std::map<std::string, bool>{{"yes", true}, {"no", false}}).description(""))
+      ->type_name("yes|no");
   addChoice<bool>(command, "--odo", options.plan.arraysAtFullSize, {{"fixed", true}, {"variable", false}},
                   "arrays with DEPENDING ON take the room of their largest size (fixed) or of their count [variable]");
   command.add_flag("--allow-extra", options.records.allowExtra, "records may be longer than the copybook says");
@@ -83,13 +88,12 @@ void addJsonOptions(CLI::App& command, DecodeOptions& options) {
 
 std::variant<DecodeOptions, Notice> readOptions(std::span<const char* const> arguments) {
   DecodeOptions options;
-  bool excludesHeader = false;
   CLI::App app("Turns record files that a COBOL copybook describes into JSON lines.", "oxrrec");
   app.require_subcommand(1);
   app.footer(kExamples);
   CLI::App& decoding = *app.add_subcommand("decode", "write a JSON object for each record, one a line");
   addFileOptions(decoding, options);
-  addRecordOptions(decoding, options, excludesHeader);
+  addRecordOptions(decoding, options);
   addFieldOptions(decoding, options);
   addJsonOptions(decoding, options);
   decoding.footer(kExamples);
@@ -102,7 +106,6 @@ std::variant<DecodeOptions, Notice> readOptions(std::span<const char* const> arg
     const bool isError = app.exit(error, help, fault) != 0;
     return Notice{isError, isError ? fault.str() : help.str()};
   }
-  options.records.headerCountsItself = !excludesHeader;
   return options;
 }
 

@@ -32,7 +32,10 @@ std::int64_t countIn(const PWFData& value) {
 }
 
 RecordForm recordForm(const RecordPlan& plan, const RecordWorker::Settings& settings) {
-  return {settings.header, settings.headerCountsItself, plan.isVariable(), plan.maxSize()};
+  RecordForm form = settings.form;
+  form.isVariable = plan.isVariable();
+  form.maxSize = plan.maxSize();
+  return form;
 }
 
 }  // namespace

@@ -30,8 +30,7 @@ namespace oxr::rec {
 class RecordWorker final : public BitstreamWorker {
  public:
   struct Settings {
-    RecordForm::Header header = RecordForm::Header::none;
-    bool headerCountsItself = true;
+    RecordForm form;          // isVariable and maxSize are the plan's
     bool allowExtra = false;  // a record may be longer than its layout
   };
   struct Release {

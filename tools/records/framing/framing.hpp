@@ -7,4 +7,5 @@
 #include "records/framing/errors.hpp"
 #include "records/framing/fileinput.hpp"
 #include "records/framing/fileoutput.hpp"
+#include "records/framing/recordform.hpp"
 #include "records/framing/recordreader.hpp"

@@ -40,7 +40,7 @@ bool RecordReader::ensure(std::uint32_t wanted) {
 RecordBytes RecordReader::next() {
   ++recordNumber_;
   std::uint32_t size = form_.maxSize;
-  if (form_.header != RecordForm::Header::none) {
+  if (form_.framing != Framing::fixed) {
     if (!ensure(kHeaderBytes)) fail("the input ends within its record header");
     size = lengthInHeader();
     if (!ensure(kHeaderBytes + size))
@@ -62,12 +62,12 @@ void RecordReader::finish(std::uint32_t size) {
 
 // Bytes of the record that follow its header.
 std::uint32_t RecordReader::lengthInHeader() const {
-  const bool isBig = form_.header == RecordForm::Header::big;
+  const bool isBig = form_.framing == Framing::rdw;
   const std::uint32_t length = isBig ? data_[0] << 8 | data_[1] : data_[3] << 8 | data_[2];
   const std::uint32_t rest = isBig ? data_[2] | data_[3] : data_[0] | data_[1];
   if (rest != 0)
     fail("there is no record header: bytes " + std::string(isBig ? "3 and 4" : "1 and 2") + " of one are zero");
-  if (!form_.countsItself) return length;
+  if (!form_.countsHeader.value_or(true)) return length;
   if (length < kHeaderBytes)
     fail("its header gives a length of " + std::to_string(length) + ", less than the header's own " +
          std::to_string(kHeaderBytes) + " bytes");

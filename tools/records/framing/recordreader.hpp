@@ -3,21 +3,9 @@
 #include <cstdint>
 
 #include "records/framing/buffersource.hpp"
+#include "records/framing/recordform.hpp"
 
 namespace oxr::rec {
-
-// How records follow each other in the input.
-struct RecordForm {
-  enum class Header : std::uint8_t {
-    none,    // no headers: records of one length, or of the length that their counts give
-    big,     // 4 bytes: length, most significant byte first, and two zero bytes
-    little,  // 4 bytes: two zero bytes, and length, least significant byte first
-  };
-  Header header = Header::none;
-  bool countsItself = true;   // the length in a header includes the header's 4 bytes
-  bool isVariable = false;    // without headers: only reading a record tells its length
-  std::uint32_t maxSize = 0;  // bytes of the longest record without headers
-};
 
 // Where the bytes of a record are.
 struct RecordBytes {
@@ -62,7 +50,7 @@ class RecordReader {
   // The bytes that whole records took, headers included.
   std::uint64_t position() const { return position_; }
   // The size of the header that each record begins with.
-  std::uint32_t headerSize() const { return form_.header == RecordForm::Header::none ? 0 : kHeaderBytes; }
+  std::uint32_t headerSize() const { return form_.framing == Framing::fixed ? 0 : kHeaderBytes; }
 
  private:
   std::uint32_t available() const { return static_cast<std::uint32_t>(end_ - data_); }
