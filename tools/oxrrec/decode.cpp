@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <functional>
-#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -62,16 +61,24 @@ class Faults : public FaultListener {
   bool recordIsBad_ = false;
 };
 
+RecordWorker::Owner makeWorker(const RecordPlan& plan, const DecodeOptions& options, FaultListener& listener) {
+  try {
+    return RecordWorker::make(plan, options.record.form, options.input.records, listener);
+  } catch (const KelException& failure) {
+    throw ToolError("CCSID " + std::to_string(options.record.form.ccsid) + ": " + faultText(failure));
+  }
+}
+
 // One run of the command, once the copybook is laid out. What the constructor throws leaves the output untouched.
 class Decoding {
  public:
   Decoding(const DecodeOptions& options, const Console& console, const RecordPlan& plan)
       : messages_(console.messages),
-        input_(openInput(options.input, console)),
+        input_(openInput(options.input.path, console)),
         progress_(messages_, isProgressWanted(options, console), input_.totalSize(),
                   options.progress ? std::chrono::milliseconds{0} : kProgressDelay),
         faults_(options.onError, messages_, input_.name(), [this] { progress_.wipe(); }),
-        worker_(RecordWorker::make(plan, options.form, options.records, faults_)),
+        worker_(makeWorker(plan, options, faults_)),
         output_(openOutput(options.output, console, input_.descriptor())),
         json_(plan.names(), {options.pointsAsText}) {
     worker_->setSource(&input_);
@@ -175,29 +182,13 @@ class Decoding {
   std::optional<CheckedParts> checked_;
 };
 
-int decodeOrThrow(const DecodeOptions& options, const Console& console) {
-  const Layout layout = readCopybookFile(options.copybook, options.copybookOptions);
-  const RecordPlan plan(layout, options.plan);
-  return Decoding(options, console, plan).run();
-}
-
-int failed(const Console& console, const std::string& text) {
-  console.messages << kProgram << text << '\n';
-  return kFailed;
-}
-
 }  // namespace
 
 int decode(const DecodeOptions& options, const Console& console) {
-  try {
-    return decodeOrThrow(options, console);
-  } catch (const KelException& failure) {
-    return failed(console, "CCSID " + std::to_string(options.form.ccsid) + ": " + faultText(failure));
-  } catch (const std::bad_alloc&) {
-    return failed(console, "out of memory");
-  } catch (const std::runtime_error& error) {
-    return failed(console, error.what());
-  }
+  const RecordOptions& record = options.record;
+  const Layout layout = readCopybookFile(record.copybook.path, record.copybook.options);
+  const RecordPlan plan(layout, record.plan);
+  return Decoding(options, console, plan).run();
 }
 
 }  // namespace oxr::rec

@@ -4,8 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "oxrrec/console.hpp"
-#include "records/records.hpp"
+#include "oxrrec/options/options.hpp"
 
 namespace oxr::rec {
 
@@ -17,13 +16,9 @@ enum class OnError : std::uint8_t {
 };
 
 struct DecodeOptions {
-  std::string copybook;  // path
-  CopybookOptions copybookOptions;
-  std::string input;                     // path, or kStandardStream
+  RecordOptions record;
+  InputOptions input;
   std::string output = kStandardStream;  // path, or kStandardStream
-  PhysicalForm form;
-  RecordPlan::Options plan;
-  RecordWorker::Settings records;
   bool pointsAsText = false;
   OnError onError = OnError::stop;
   bool check = false;  // each record's events are held to the order that handlers expect
@@ -31,8 +26,11 @@ struct DecodeOptions {
   std::optional<bool> progress;
 };
 
+void addDecodeOptions(CLI::App& command, DecodeOptions& options);
+
 // Turns a record file into JSON lines. Failures are told in `console.messages`; the result is the exit code. Lines of
-// all records before a failure are written, and no part of another.
+// all records before a failure are written, and no part of another. Throws, as a command does, before the output is
+// touched.
 int decode(const DecodeOptions& options, const Console& console);
 
 }  // namespace oxr::rec

@@ -1,0 +1,29 @@
+#include "oxrrec/commands.hpp"
+
+#include <memory>
+
+#include "oxrrec/decode.hpp"
+
+namespace oxr::rec {
+
+namespace {
+
+// A command is a struct of options, a function that adds them, and one that works by them.
+template <class Options, void (*kAdd)(CLI::App&, Options&), int (*kRun)(const Options&, const Console&)>
+Work prepare(CLI::App& command) {
+  const auto options = std::make_shared<Options>();
+  kAdd(command, *options);
+  return [options](const Console& console) { return kRun(*options, console); };
+}
+
+constexpr Command kCommands[] = {
+    {"decode", "write a JSON object for each record, one a line", prepare<DecodeOptions, addDecodeOptions, decode>},
+};
+
+}  // namespace
+
+std::span<const Command> commands() {
+  return kCommands;
+}
+
+}  // namespace oxr::rec

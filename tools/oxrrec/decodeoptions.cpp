@@ -1,0 +1,48 @@
+#include "oxrrec/decode.hpp"
+#include "oxrrec/options/choice.hpp"
+
+namespace oxr::rec {
+
+namespace {
+
+constexpr char kTopic[] = "Output";
+
+void addLineOptions(CLI::App& command, DecodeOptions& options) {
+  addChoice<bool>(command, "--decimals", options.pointsAsText, {{"number", false}, {"text", true}},
+                  "write numbers with a decimal point as JSON numbers or as strings [number]")
+      ->group(kTopic);
+  command
+      .add_flag("--flat", options.record.plan.flat,
+                "a group that does not repeat gives its fields to the object around it")
+      ->group(kTopic);
+}
+
+void addErrorOptions(CLI::App& command, DecodeOptions& options) {
+  addChoice<OnError>(command, "--on-error", options.onError,
+                     {{"stop", OnError::stop}, {"null", OnError::null}, {"skip", OnError::skip}},
+                     "at a field that cannot be read: stop, write null for it, or leave its record out [stop]")
+      ->group("Errors");
+  command
+      .add_flag("--check", options.check,
+                "hold the events of each record to the order that handlers expect; a fault of this program ends it")
+      ->group("Errors");
+}
+
+}  // namespace
+
+void addDecodeOptions(CLI::App& command, DecodeOptions& options) {
+  addInputOptions(command, options.input);
+  addRecordOptions(command, options.record);
+  addOutputOption(command, options.output);
+  addLineOptions(command, options);
+  addErrorOptions(command, options);
+  command
+      .add_flag("--progress,!--no-progress", options.progress,
+                "show progress on a terminal at once, or never; after a second if not given")
+      ->group(kTopic);
+  command.footer(
+      "Example:\n  oxrrec decode --copybook customers.cob --ccsid 37 --records rdw customers.bin "
+      "-o customers.jsonl");
+}
+
+}  // namespace oxr::rec

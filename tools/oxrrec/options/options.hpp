@@ -1,0 +1,51 @@
+#pragma once
+
+#include <string>
+
+#include "oxrrec/console.hpp"
+#include "records/records.hpp"
+
+// The options that commands share, a function a topic. A command's options are a struct of its own that holds those of
+// the topics it has, and a function that adds them all to its part of the command line.
+
+namespace CLI {
+class App;
+}
+
+namespace oxr::rec {
+
+// Where the layout comes from.
+struct CopybookSource {
+  std::string path;
+  CopybookOptions options;
+};
+
+// What a record holds: needed to read one and to write one.
+struct RecordOptions {
+  CopybookSource copybook;
+  RecordPlan::Options plan;
+  PhysicalForm form;
+};
+
+// A record file, and how its records lie.
+struct InputOptions {
+  std::string path;  // or kStandardStream
+  RecordWorker::Settings records;
+};
+
+// Topic "copybook": the file, its form, the entry of it.
+void addCopybookOptions(CLI::App& command, CopybookSource& copybook);
+// Topic "fields": how fields are stored.
+void addFieldOptions(CLI::App& command, RecordOptions& record);
+// Topic "records": how records lie in a file. Those of the first function tell how long a record is.
+void addLengthOptions(CLI::App& command, RecordOptions& record);
+void addFramingOptions(CLI::App& command, RecordForm& form);
+
+// All that tells what a record holds: the topics copybook and fields, and the lengths.
+void addRecordOptions(CLI::App& command, RecordOptions& record);
+// The input as the argument INPUT, and how its records lie.
+void addInputOptions(CLI::App& command, InputOptions& input);
+// Where the result goes.
+void addOutputOption(CLI::App& command, std::string& path);
+
+}  // namespace oxr::rec

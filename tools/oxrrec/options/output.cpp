@@ -1,0 +1,12 @@
+#include "oxrrec/options/choice.hpp"
+#include "oxrrec/options/options.hpp"
+
+namespace oxr::rec {
+
+void addOutputOption(CLI::App& command, std::string& path) {
+  command.add_option("-o,--output", path, "where the result goes, - (as if not given) for standard output")
+      ->type_name("FILE")
+      ->group("Output");
+}
+
+}  // namespace oxr::rec

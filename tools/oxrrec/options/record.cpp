@@ -1,0 +1,49 @@
+#include "oxrrec/options/choice.hpp"
+#include "oxrrec/options/options.hpp"
+
+namespace oxr::rec {
+
+namespace {
+
+constexpr char kCopybookTopic[] = "Copybook";
+constexpr char kFieldTopic[] = "Fields";
+
+}  // namespace
+
+void addCopybookOptions(CLI::App& command, CopybookSource& copybook) {
+  command.add_option("--copybook", copybook.path, "the copybook that describes the records")
+      ->type_name("FILE")
+      ->required()
+      ->group(kCopybookTopic);
+  command.add_option("--record", copybook.options.record, "the level 01 entry to go by; the first one if not given")
+      ->type_name("NAME")
+      ->group(kCopybookTopic);
+  addChoice<SourceFormat>(
+      command, "--format", copybook.options.format,
+      {{"detect", SourceFormat::detect}, {"fixed", SourceFormat::fixed}, {"free", SourceFormat::free}},
+      "how the copybook's lines are built [detect]")
+      ->group(kCopybookTopic);
+}
+
+void addFieldOptions(CLI::App& command, RecordOptions& record) {
+  command.add_option("--ccsid", record.form.ccsid, "the code page of the text, such as 37, 273, 500, 819 or 1208")
+      ->type_name("N")
+      ->check(CLI::PositiveNumber)
+      ->required()
+      ->group(kFieldTopic);
+  addChoice<EEndian>(command, "--integers", record.form.integerEndian, {{"big", eEndianBig}, {"little", eEndianLittle}},
+                     "byte order of binary numbers [big]")
+      ->group(kFieldTopic);
+  addChoice<bool>(command, "--ascii-signs", record.form.hasLetterSigns, {{"letters", true}, {"plain", false}},
+                  "signs within digits where the code page is not EBCDIC: the letters that EBCDIC signs turn into, or "
+                  "p to y for the digits of a negative number [plain]")
+      ->group(kFieldTopic);
+}
+
+void addRecordOptions(CLI::App& command, RecordOptions& record) {
+  addCopybookOptions(command, record.copybook);
+  addFieldOptions(command, record);
+  addLengthOptions(command, record);
+}
+
+}  // namespace oxr::rec
