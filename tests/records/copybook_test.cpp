@@ -121,6 +121,7 @@ TEST(Copybook, LinesAreReadInEitherFormat) {
 }
 
 TEST(Copybook, ChoosesTheRecordByName) {
+  EXPECT_THAT(Copybook::read("01 A PIC X. 01 B. 05 C PIC X.", "c").recordNames(), testing::ElementsAre("A", "B"));
   constexpr std::string_view kText = "01 A. 05 X PIC X. 01 B REDEFINES A. 05 Y PIC 99. 01 C PIC 9.";
   EXPECT_EQ(read(kText), "A 0 1; X 0 1 text");
   EXPECT_EQ(read(kText, {SourceFormat::detect, "b"}), "B 0 2; Y 0 2 external");

@@ -7,9 +7,10 @@ namespace oxr::rec {
 
 namespace {
 
-constexpr std::array<std::string_view, 9> kKindNames = {"group",        "text",   "edited",     "external", "binary",
-                                                        "nativeBinary", "packed", "shortFloat", "longFloat"};
-static_assert(kKindNames[static_cast<std::size_t>(Kind::longFloat)] == "longFloat");
+constexpr std::array<std::string_view, 13> kKindNames = {
+    "group",      "text",      "edited",   "external", "binary",         "nativeBinary", "packed",
+    "shortFloat", "longFloat", "national", "dbcs",     "unsignedPacked", "opaque"};
+static_assert(kKindNames[static_cast<std::size_t>(Kind::opaque)] == "opaque");
 
 constexpr std::array<std::string_view, 5> kSignNotes = {"", "", "", ", sign leading separate",
                                                         ", sign trailing separate"};

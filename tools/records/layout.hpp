@@ -14,16 +14,20 @@ inline constexpr std::uint32_t kMaxRecordBytes = 256U << 20;
 
 // How the bytes of an item are to be read.
 enum class Kind : std::uint8_t {
-  group,         // no bytes of its own: the items below it
-  text,          // PIC X, A, or a mixture of X, A and 9: characters of the code page
-  edited,        // a picture with editing symbols (Z * + - CR DB B 0 / , . $): delivered as the characters it shows
-  external,      // numeric DISPLAY: a digit a byte, the sign as Item::sign tells
-  binary,        // COMP, COMP-4, BINARY: two's complement, value limited by the picture
-  nativeBinary,  // COMP-5: two's complement, value limited by its bytes only, in the byte order of the machine of
-                 // origin
-  packed,        // COMP-3, PACKED-DECIMAL: two digits a byte, the sign in the last half byte
-  shortFloat,    // COMP-1: 4 bytes
-  longFloat,     // COMP-2: 8 bytes
+  group,           // no bytes of its own: the items below it
+  text,            // PIC X, A, or a mixture of X, A and 9: characters of the code page
+  edited,          // a picture with editing symbols (Z * + - CR DB B 0 / , . $): delivered as the characters it shows
+  external,        // numeric DISPLAY: a digit a byte, the sign as Item::sign tells
+  binary,          // COMP, COMP-4, BINARY: two's complement, value limited by the picture
+  nativeBinary,    // COMP-5: two's complement, value limited by its bytes only, in the byte order of the machine of
+                   // origin
+  packed,          // COMP-3, PACKED-DECIMAL: two digits a byte, the sign in the last half byte
+  shortFloat,      // COMP-1: 4 bytes
+  longFloat,       // COMP-2: 8 bytes
+  national,        // PIC N, NATIONAL: UTF-16, 2 bytes a character
+  dbcs,            // PIC G, or N with DISPLAY-1: the double-byte characters of the code page, 2 bytes each, no shifts
+  unsignedPacked,  // COMP-6: two digits a byte, no sign
+  opaque,          // POINTER, INDEX and the like: bytes without a value outside of the program that wrote them
 };
 
 // "group", "text", ... as the enumerators are named.
@@ -59,8 +63,9 @@ struct Item {
   std::uint8_t level = 0;
   Kind kind = Kind::group;
 
-  // These are of numbers (external, binary, nativeBinary, packed). The value is the stored digits times 10 to the power
-  // of -scale: `scale` is above `digits` for PPP9(5) (5 digits, scale 8) and negative for 9(5)PPP (5 digits, scale -3).
+  // These are of numbers (external, binary, nativeBinary, packed, unsignedPacked). The value is the stored digits times
+  // 10 to the power of -scale: `scale` is above `digits` for PPP9(5) (5 digits, scale 8) and negative for 9(5)PPP (5
+  // digits, scale -3).
   std::uint16_t digits = 0;
   std::int16_t scale = 0;
   bool isSigned = false;             // also of an edited picture that starts with S

@@ -26,6 +26,8 @@ ESign signOf(const Item& item) {
 std::string refusal(const Item& item) {
   if (item.kind == Kind::shortFloat || item.kind == Kind::longFloat)
     return "a floating-point field (COMP-1, COMP-2) cannot be decoded yet";
+  if (item.kind >= Kind::national)
+    return "a field of this usage (" + std::string(kindName(item.kind)) + ") cannot be decoded yet";
   if (item.isWideBinary())
     return "a binary number of " + std::to_string(item.digits) + " digits (" + std::to_string(item.size) +
            " bytes) is wider than the 8 bytes that can be decoded";

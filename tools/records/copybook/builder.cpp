@@ -323,6 +323,13 @@ Layout LayoutBuilder::build(std::span<const Entry> entries, std::string_view rec
 
 }  // namespace
 
+std::vector<std::string> recordNames(std::span<const Entry> entries) {
+  std::vector<std::string> names;
+  for (const Record& record : splitRecords(entries))
+    names.emplace_back(record.name);
+  return names;
+}
+
 Layout buildLayout(const Source& source, std::span<const Entry> entries, std::string_view recordName) {
   return LayoutBuilder(source).build(entries, recordName);
 }

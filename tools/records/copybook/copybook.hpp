@@ -1,24 +1,65 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "records/copybook/error.hpp"
 #include "records/copybook/sourceformat.hpp"
 #include "records/layout.hpp"
 
-// The way into this folder: the text of a COBOL copybook becomes the layout of one of its records.
+// The way into this folder: the text of a COBOL copybook becomes the layouts of its records.
 
 namespace oxr::rec {
 
-struct CopybookOptions {
-  SourceFormat format = SourceFormat::detect;
-  // The level 01 entry to lay out, in any case of letters; empty for the first one.
-  std::string record;
+// How many bytes a binary number (COMP, COMP-4, COMP-5, BINARY) of so many digits takes.
+enum class BinarySizes : std::uint8_t {
+  twoFourEight,     // 2-4-8: up to 4 digits 2 bytes, up to 9 digits 4, up to 18 digits 8
+  oneTwoFourEight,  // 1-2-4-8: the same, but up to 2 digits 1 byte
+  oneToEight,       // 1-8: the least number of bytes that holds the digits, and the sign if there is one
 };
 
-// Lays out one record of a copybook. `fileName` is for messages only.
+struct CopybookOptions {
+  SourceFormat format = SourceFormat::detect;
+  // The level 01 entry that readCopybook() lays out, in any case of letters; empty for the first one.
+  std::string record{};
+  BinarySizes binarySizes = BinarySizes::twoFourEight;
+  // Where COPY looks for the text that it names, after the folder of the file that it stands in.
+  std::vector<std::filesystem::path> includeFolders{};
+};
+
+// The entries of a copybook, or of the data division of a program. A record is laid out when it is asked for: one that
+// nobody asks for may hold what is not understood here.
+//
+// Copies share the entries, which never change: many threads may use them.
+//
+//   const Copybook copybook = Copybook::readFile("customers.cob");
+//   const Layout layout = copybook.layout("CUSTOMER");
+class Copybook {
+ public:
+  // `fileName` is for messages only. Both throw CopybookError for text that is not understood.
+  static Copybook read(std::string_view text, std::string_view fileName, const CopybookOptions& options = {});
+  // Also throws, without a place, if the file can't be read.
+  static Copybook readFile(const std::filesystem::path& path, const CopybookOptions& options = {});
+
+  // The names of the records (levels 01 and 77) in the order of the text. Entries without a level 01 over them are a
+  // record whose name is empty.
+  std::vector<std::string> recordNames() const;
+
+  // Lays out the record of that name, in any case of letters, or the first one if the name is empty. Throws
+  // CopybookError if there is none, or if it can't be laid out.
+  Layout layout(std::string_view recordName = {}) const;
+
+ private:
+  struct Content;
+  explicit Copybook(std::shared_ptr<const Content> content);
+
+  std::shared_ptr<const Content> content_;
+};
+
+// Lays out the record of a copybook that `options` names.
 //
 // Understood: levels 01 to 49 (siblings may differ in level), 77, 66 and 88 (read, but without storage); PICTURE,
 // USAGE, SIGN, OCCURS with DEPENDING ON, REDEFINES, VALUE, JUSTIFIED, BLANK WHEN ZERO, GLOBAL, EXTERNAL. USAGE and SIGN
