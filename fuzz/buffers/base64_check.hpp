@@ -1,13 +1,12 @@
 #pragma once
 
-#include <hwy/targets.h>
-
 #include <algorithm>
 #include <string_view>
 #include <vector>
 
 #include "base64.hpp"
 #include "core/base64.hpp"
+#include "core/base64vectors.hpp"
 #include "fuzz/harness/choices.hpp"
 #include "kelexception.hpp"
 
@@ -20,16 +19,13 @@ inline constexpr std::string_view kBase64Letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZab
 // One of the kinds of vectors that this processor has, or the plain loops, for as long as the object lives.
 class ChosenVectors {
  public:
-  explicit ChosenVectors(Choices& choices) { choose(choices.oneOf(hwy::SupportedAndGeneratedTargets())); }
+  explicit ChosenVectors(Choices& choices) { vectors_.used = choices.upTo(vectors_.count - 1); }
   ChosenVectors(const ChosenVectors&) = delete;
   ChosenVectors& operator=(const ChosenVectors&) = delete;
-  ~ChosenVectors() { choose(0); }
+  ~ChosenVectors() { vectors_.used = 0; }
 
  private:
-  static void choose(std::int64_t targets) {
-    hwy::SetSupportedTargetsForTest(targets);
-    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-  }
+  core::Base64Vectors& vectors_ = core::base64Vectors();
 };
 
 // What is to come out: the units of the alphabet alone first, then group by group. True when no group is cut.
@@ -84,7 +80,9 @@ inline void checkBase64Writing(const Base64Bytes& bytes) {
   KelWstring text;
   CPBase64Converter::binToBase64(bytes.data(), static_cast<int>(bytes.size()), text);
   requireEqual(text.length(), (bytes.size() + 2) / 3 * 4, "units written");
-  const Base64Text units(text.characters(), text.characters() + text.length());
+  Base64Text units(text.length());
+  core::encodeBase64(bytes, units.data());
+  require(std::equal(units.begin(), units.end(), text.characters()), "two kinds of vectors write different text");
   Base64Bytes back;
   require(readBase64ByModel(units, back) && back == bytes, "what was written reads as other bytes");
   require(std::all_of(units.begin(), units.end(), [](unsigned unit) { return unit > ' ' && unit < 128; }), "a unit");

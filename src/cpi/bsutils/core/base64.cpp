@@ -75,7 +75,7 @@ void writeBytes(std::uint32_t bits, std::size_t count, unsigned char* out) {
 }  // namespace
 
 void encodeBase64(std::span<const unsigned char> data, unsigned short* out) {
-  const std::size_t taken = encodeBase64Blocks(data.data(), data.size(), out);
+  const std::size_t taken = base64Vectors().loops().encode(data.data(), data.size(), out);
   out += taken / 3 * 4;
   data = data.subspan(taken);
   for (; data.size() >= 3; data = data.subspan(3), out += 4)
@@ -96,7 +96,8 @@ Base64Decoded decodeBase64(UnitView text, std::span<unsigned char> target) {
   for (bool passedForeign = false;;) {
     if (cleanAgain) {
       const auto length = static_cast<std::size_t>(end - next);
-      const std::size_t taken = decodeBase64Blocks(next, length, target.data() + written, target.size() - written);
+      const std::size_t taken =
+          base64Vectors().loops().decode(next, length, target.data() + written, target.size() - written);
       next += taken;
       written += taken / 4 * 3;
       passedForeign = false;

@@ -229,15 +229,34 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace oxr::core {
+namespace {
 
-HWY_EXPORT(encodeBlocks);
-HWY_EXPORT(decodeBlocks);
-
-std::size_t encodeBase64Blocks(const unsigned char* data, std::size_t size, unsigned short* out) {
-  return HWY_DYNAMIC_DISPATCH(encodeBlocks)(data, size, out);
+// Highway could choose among its targets too, but for that its library is loaded, which takes 4 ms: it measures a
+// timer.
+Base64Vectors widestFirst() {
+  Base64Vectors all;
+#if HWY_ARCH_X86
+#if HWY_TARGETS & HWY_AVX2
+  if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("fma"))
+    all.add({N_AVX2::encodeBlocks, N_AVX2::decodeBlocks});
+#endif
+#if HWY_TARGETS & HWY_SSE4
+  if (__builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("pclmul"))
+    all.add({N_SSE4::encodeBlocks, N_SSE4::decodeBlocks});
+#endif
+#if HWY_TARGETS & HWY_SSSE3
+  if (__builtin_cpu_supports("ssse3")) all.add({N_SSSE3::encodeBlocks, N_SSSE3::decodeBlocks});
+#endif
+#endif
+  all.add({HWY_STATIC_DISPATCH(encodeBlocks), HWY_STATIC_DISPATCH(decodeBlocks)});
+  return all;
 }
-std::size_t decodeBase64Blocks(const unsigned short* text, std::size_t length, unsigned char* out, std::size_t room) {
-  return HWY_DYNAMIC_DISPATCH(decodeBlocks)(text, length, out, room);
+
+}  // namespace
+
+Base64Vectors& base64Vectors() {
+  static Base64Vectors vectors = widestFirst();
+  return vectors;
 }
 
 }  // namespace oxr::core
