@@ -87,7 +87,7 @@ struct Job {
     std::size_t size = plan.maxSize();
     if (settings.form.framing != Framing::fixed) {
       if (choices.coin()) size = choices.upTo(size + 2);
-      const std::size_t length = size + (settings.form.countsHeader.value_or(true) ? RecordReader::kHeaderBytes : 0);
+      const std::size_t length = size + (settings.form.countsHeader.value_or(true) ? 4 : 0);
       const char high = static_cast<char>(length >> 8);
       const char low = static_cast<char>(length);
       const bool isBig = settings.form.framing == Framing::rdw;

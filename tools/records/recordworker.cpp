@@ -31,10 +31,11 @@ std::int64_t countIn(const PWFData& value) {
   return text.empty() ? kNotACount : count;
 }
 
-RecordForm recordForm(const RecordPlan& plan, const RecordWorker::Settings& settings) {
+RecordForm recordForm(const RecordPlan& plan, const PhysicalForm& physical, const RecordWorker::Settings& settings) {
   RecordForm form = settings.form;
   form.isVariable = plan.isVariable();
   form.maxSize = plan.maxSize();
+  setLineCharacters(form, physical.ccsid);
   return form;
 }
 
@@ -51,7 +52,7 @@ RecordWorker::RecordWorker(const RecordPlan& plan, const PhysicalForm& form, con
       settings_(settings),
       listener_(listener),
       converter_(form),
-      reader_(recordForm(plan, settings)),
+      reader_(recordForm(plan, form, settings)),
       counters_(plan.counters()) {}
 
 void RecordWorker::initializeParse(int, MessageInfo*, int) {
@@ -110,7 +111,7 @@ void RecordWorker::readRecord() {
   walk();
   checkLength();
   handler_->endMessage(kNoInfo);
-  const bool hasOwnLength = reader_.headerSize() == 0 && plan_.isVariable();
+  const bool hasOwnLength = !reader_.isFramed() && plan_.isVariable();
   reader_.finish(hasOwnLength ? static_cast<std::uint32_t>(plan_.maxSize() + shift_) : record_.size);
 }
 
@@ -159,7 +160,7 @@ PWFData RecordWorker::read(const Step& step) {
   if (isLost_) return FieldConverter::null(step);
   const auto at = static_cast<std::uint64_t>(step.offset + shift_);
   if (at + step.size > record_.size) [[unlikely]] {
-    if (reader_.headerSize() == 0) reader_.refuseShort(at + step.size);
+    if (!reader_.isFramed()) reader_.refuseShort(at + step.size);
     if (isShort_) return FieldConverter::null(step);
     isShort_ = true;
     return failed(step, 0, "the record ends after " + std::to_string(record_.size) + " bytes, before the field does");
@@ -188,7 +189,7 @@ std::span<const unsigned char> RecordWorker::bytesAt(std::uint64_t offset, std::
 void RecordWorker::report(ItemIndex item, std::uint64_t offset, std::span<const unsigned char> bytes, int message,
                           std::string reason) {
   FieldFault fault{reader_.recordNumber(),
-                   reader_.recordOffset() + offset,
+                   reader_.offsetInInput(offset),
                    fieldPath(plan_.layout(), item, arrays_),
                    {bytes.begin(), bytes.end()},
                    message,
@@ -258,18 +259,17 @@ const Step* RecordWorker::endArray(const Step& step) {
 
 // To be called when the record has been walked. Its length is then known, and may differ from what the input says.
 void RecordWorker::checkLength() {
-  const bool isFramed = reader_.headerSize() != 0;
+  const bool isFramed = reader_.isFramed();
   const auto size = static_cast<std::uint64_t>(plan_.maxSize() + shift_);
   if (isLost_) {
     if (isFramed) return;
-    throw FrameError("record " + std::to_string(reader_.recordNumber()) + " at byte " +
-                     std::to_string(reader_.position()) +
-                     ": its length hangs on a count that cannot be read, so the next record cannot be found");
+    reader_.fail("its length hangs on a count that cannot be read, so the next record cannot be found");
   }
   if (size > record_.size && !isFramed) reader_.refuseShort(size);
-  if (size < record_.size && isFramed && !settings_.allowExtra)
+  const std::uint64_t given = record_.size - record_.padding;
+  if (size < given && isFramed && !settings_.allowExtra)
     report(kNoItem, size, bytesAt(size, record_.size), 0,
-           "the record has " + std::to_string(record_.size) + " bytes, " + std::to_string(record_.size - size) +
+           "the record has " + std::to_string(given) + " bytes, " + std::to_string(given - size) +
                " more than its layout");
 }
 

@@ -46,7 +46,7 @@ class RecordWorker final : public BitstreamWorker {
   // source must live until the last record was read.
   void setSource(BufferSource* source) { source_ = source; }
   // Records read so far, the one that a fault ended included.
-  std::uint64_t recordsRead() const { return reader_.recordNumber(); }
+  std::uint64_t recordsRead() const { return reader_.recordsRead(); }
 
   void initializeParse(int mode, MessageInfo* info, int flags) override;
   void setFIHandler(FIHandler* handler, bool adopt) override;

@@ -29,7 +29,7 @@ class FileInput : public BufferSource {
   const std::string& name() const { return name_; }
   int descriptor() const { return file_.get(); }
   // Bytes of a regular file; nothing for a pipe, whose end is not known.
-  std::optional<std::uint64_t> totalSize() const { return totalSize_; }
+  std::optional<std::uint64_t> totalSize() const override { return totalSize_; }
 
  private:
   void makeRoom(std::size_t wanted);

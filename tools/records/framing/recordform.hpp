@@ -17,6 +17,7 @@ enum class Framing : std::uint8_t {
   length4,        // 4 bytes in front: length, most significant byte first
   length4Little,  // the same, least significant byte first
   lines,          // text that ends in LF, or in CR and LF
+  automatic,      // to be found out from the input, see detect.hpp; no reader takes it
 };
 
 // How records follow each other in an input.
@@ -29,11 +30,15 @@ struct RecordForm {
   bool isVariable = false;    // fixed: only reading a record tells its length
   std::uint32_t maxSize = 0;  // bytes of the longest record of the layout
 
-  // The characters of `lines` in the input's code page.
+  // The characters of `lines` in the input's code page, see setLineCharacters.
   unsigned char lineFeed = '\n';
+  unsigned char nextLine = '\n';  // ends a line too: the line end of EBCDIC systems, elsewhere the same as lineFeed
   unsigned char carriageReturn = '\r';
   unsigned char blank = ' ';
 };
+
+// Records that are longer are not read, nor does anybody write them: what asks for one is no header.
+inline constexpr std::uint32_t kLongestRecord = std::uint32_t{1} << 28;
 
 // Which bytes of a file are looked at.
 struct InputWindow {

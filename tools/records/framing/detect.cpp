@@ -1,0 +1,244 @@
+#include "records/framing/detect.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+#include "records/framing/errors.hpp"
+#include "records/framing/recordheader.hpp"
+
+// Every form is tried: a walk along its headers, or its line ends, through the start of the input. A walk that meets
+// what the form does not allow is out. What is left is weighed by the bits that had to be as they are: each header
+// gives those that the sizes of the layout do not leave open. Records without headers leave all open, so they are
+// taken where nothing else has more to say for itself.
+//
+// The sizes of the layout are not insisted on: if no form fits with them, those with long headers are tried with
+// records of any size, since a copybook may lack fields that the file has.
+
+namespace oxr::rec {
+
+namespace {
+
+using Bytes = std::span<const unsigned char>;
+
+constexpr double kEnough = 24;        // bits; two headers of two bytes, or one of four, may be by chance
+constexpr double kWholeBits = 8;      // the last record ends where the input does
+constexpr double kLineBits = 8;       // a line end, and no other control character
+constexpr double kMultipleBits = 4;   // the input is a multiple of the record
+constexpr std::uint64_t kFewest = 2;  // records of sizes that are not those of the layout
+
+struct Sizes {
+  std::uint32_t min;
+  std::uint32_t max;
+  bool hold(std::uint32_t size) const { return size >= min && size <= max; }
+  // Bits of a length of so many bytes that the sizes settle.
+  double bitsOf(const HeaderShape& shape) const {
+    return std::max(0.0, 8.0 * shape.bytes - std::log2(static_cast<double>(max - min) + 1));
+  }
+};
+
+constexpr std::uint32_t kAnySize = 0xFFFF;
+
+std::uint32_t bigPart(std::uint64_t left) {
+  return static_cast<std::uint32_t>(std::min<std::uint64_t>(left, std::numeric_limits<std::uint32_t>::max()));
+}
+
+// Walks along headers. `left` is the input from here on, as far as it is at hand.
+class Walk {
+ public:
+  Walk(Framing framing, const RecordForm& form, const InputStart& start, const Sizes& sizes)
+      : framing_(framing),
+        shape_(headerShape(framing)),
+        sizes_(sizes),
+        isWhole_(start.size && *start.size <= start.bytes.size()),
+        left_(start.bytes) {
+    RecordForm own = form;
+    own.framing = framing;
+    counted_ = countedHeader(own);
+  }
+
+  // False if the start is not of this form.
+  bool run() {
+    while (!left_.empty() && !isCut_)
+      if (!(isBlocked(framing_) ? block() : record(bigPart(left_.size()), false))) return false;
+    return !isInRecord_ || isCut_;
+  }
+  std::uint64_t records() const { return records_; }
+  std::uint64_t segments() const { return segments_; }
+  bool isWhole() const { return isWhole_; }
+
+ private:
+  // The start ends within something: that is good unless the input does, too.
+  bool cut() {
+    isCut_ = true;
+    return !isWhole_;
+  }
+
+  bool block() {
+    if (left_.size() < kBlockHeaderBytes) return cut();
+    const std::optional<std::uint32_t> length = blockLengthIn(left_.data());
+    if (!length || *length <= counted_) return false;
+    left_ = left_.subspan(kBlockHeaderBytes);
+    for (std::uint32_t rest = *length - counted_; rest != 0 && !isCut_;) {
+      const std::size_t before = left_.size();
+      if (!record(rest, true)) return false;
+      rest -= static_cast<std::uint32_t>(before - left_.size());
+    }
+    return true;
+  }
+
+  // One record, or segment, in a room of so many bytes, which are not all at hand.
+  bool record(std::uint32_t room, bool isRoomKnown) {
+    if (isRoomKnown && room < shape_.bytes) return false;
+    if (left_.size() < shape_.bytes) return cut();
+    const std::uint32_t length = lengthIn(shape_, left_.data());
+    if (length < counted_ || !isHeader() || length - counted_ > kLongestRecord) return false;
+    const std::uint32_t size = length - counted_;
+    if (isRoomKnown && size + shape_.bytes > room) return false;
+    if (!follows(size)) return false;
+    if (left_.size() - shape_.bytes < size) return cut();
+    left_ = left_.subspan(shape_.bytes + size);
+    return true;
+  }
+
+  bool isHeader() const {
+    const std::uint32_t rest = restOf(shape_, left_.data());
+    return framing_ == Framing::spanned ? rest >> 8 <= kHighestSegment && (rest & 0xFF) == 0 : rest == 0;
+  }
+
+  // Whether a part of so many bytes may come now; counts it.
+  bool follows(std::uint32_t size) {
+    const auto segment = framing_ == Framing::spanned ? static_cast<Segment>(left_[2]) : Segment::whole;
+    const bool begins = segment == Segment::whole || segment == Segment::first;
+    if (begins == isInRecord_) return false;
+    soFar_ = begins ? size : soFar_ + size;
+    isInRecord_ = segment == Segment::first || segment == Segment::middle;
+    ++segments_;
+    if (isInRecord_) return soFar_ <= sizes_.max;
+    if (!sizes_.hold(soFar_)) return false;
+    if (left_.size() - shape_.bytes >= size) ++records_;
+    return true;
+  }
+
+  const Framing framing_;
+  const HeaderShape shape_;
+  const Sizes sizes_;
+  const bool isWhole_;
+  Bytes left_;
+  std::uint32_t counted_ = 0;
+  std::uint32_t soFar_ = 0;  // bytes of the record's segments
+  bool isInRecord_ = false;  // its last segment is to come
+  bool isCut_ = false;
+  std::uint64_t records_ = 0;
+  std::uint64_t segments_ = 0;
+};
+
+struct Candidate {
+  Framing framing;
+  bool countsHeader;
+};
+
+constexpr std::array<Candidate, 13> kCandidates{{{Framing::rdw, true},
+                                                 {Framing::rdwLittle, true},
+                                                 {Framing::bdw, true},
+                                                 {Framing::spanned, true},
+                                                 {Framing::length4, false},
+                                                 {Framing::length4Little, false},
+                                                 {Framing::length2, false},
+                                                 {Framing::length2Little, false},
+                                                 {Framing::rdw, false},
+                                                 {Framing::rdwLittle, false},
+                                                 {Framing::length4, true},
+                                                 {Framing::length4Little, true},
+                                                 {Framing::length2, true}}};
+
+std::optional<Reading> withHeaders(const Candidate& candidate, const RecordForm& layout, const InputStart& start,
+                                   const Sizes& sizes) {
+  RecordForm form = layout;
+  form.countsHeader = candidate.countsHeader;
+  Walk walk(candidate.framing, form, start, sizes);
+  if (!walk.run() || walk.records() == 0) return std::nullopt;
+  // Where all segments are whole, blocks say the same in fewer words.
+  if (candidate.framing == Framing::spanned && walk.segments() == walk.records()) return std::nullopt;
+  const HeaderShape shape = headerShape(candidate.framing);
+  Reading reading{candidate.framing, std::nullopt, false, walk.records(), walk.isWhole(), 0};
+  if (candidate.countsHeader != shape.countsHeader) reading.countsHeader = candidate.countsHeader;
+  reading.evidence = static_cast<double>(walk.records()) * sizes.bitsOf(shape) + (walk.isWhole() ? kWholeBits : 0);
+  return reading.evidence >= kEnough ? std::optional(reading) : std::nullopt;
+}
+
+struct Lines {
+  std::uint64_t count = 0;
+  std::uint32_t longest = 0;
+  std::uint32_t pitch = 0;  // bytes from each line to the next, line end included, if it is always the same
+};
+
+// Nothing if there is no line end, or if a control character stands beside them.
+std::optional<Lines> linesOf(const RecordForm& form, Bytes bytes) {
+  constexpr unsigned char kTabs[] = {0x05, 0x09};  // of EBCDIC, of ASCII
+  Lines lines;
+  std::uint32_t size = 0;
+  for (std::size_t at = 0; at < bytes.size(); ++at) {
+    const unsigned char byte = bytes[at];
+    ++size;
+    if (byte == form.lineFeed || byte == form.nextLine) {
+      const bool hasReturn = size > 1 && bytes[at - 1] == form.carriageReturn;
+      lines.pitch = lines.count == 0 || lines.pitch == size ? size : 0;
+      lines.longest = std::max(lines.longest, size - (hasReturn ? 2 : 1));
+      ++lines.count;
+      size = 0;
+    } else if (byte < form.blank && byte != form.carriageReturn && byte != kTabs[0] && byte != kTabs[1]) {
+      return std::nullopt;
+    }
+  }
+  return lines.count == 0 ? std::nullopt : std::optional(lines);
+}
+
+bool isAllOf(const InputStart& start) {
+  return start.size && *start.size <= start.bytes.size();
+}
+
+// Records that follow each other, if the size of the input allows them.
+std::optional<Reading> withoutHeaders(const RecordForm& layout, const InputStart& start) {
+  Reading reading{Framing::fixed, std::nullopt, layout.isVariable, 0, isAllOf(start), 1};
+  if (layout.isVariable || layout.maxSize == 0) return reading;
+  reading.records = start.bytes.size() / layout.maxSize;
+  if (!start.size) return reading;
+  if (*start.size % layout.maxSize != 0) return std::nullopt;
+  reading.evidence = std::min(kMultipleBits, std::log2(layout.maxSize) + 1);
+  return reading;
+}
+
+void addHeaders(std::vector<Reading>& readings, const RecordForm& layout, const InputStart& start, const Sizes& sizes,
+                std::uint64_t fewest) {
+  for (const Candidate& candidate : kCandidates) {
+    if (layout.countsHeader && *layout.countsHeader != candidate.countsHeader) continue;
+    const auto reading = withHeaders(candidate, layout, start, sizes);
+    if (reading && reading->records >= fewest) readings.push_back(*reading);
+  }
+}
+
+}  // namespace
+
+std::vector<Reading> readingsOf(const InputStart& start, const RecordForm& layout) {
+  std::vector<Reading> readings;
+  addHeaders(readings, layout, start, {layout.isVariable ? 1 : layout.maxSize, layout.maxSize}, 1);
+  if (readings.empty()) addHeaders(readings, layout, start, {1, kAnySize}, kFewest);
+  auto fixed = withoutHeaders(layout, start);
+  if (const auto lines = linesOf(layout, start.bytes)) {
+    const double evidence = kLineBits * static_cast<double>(lines->count);
+    readings.push_back({Framing::lines, std::nullopt, false, lines->count, isAllOf(start), evidence});
+    // The layout may have a field for the line end.
+    if (fixed && lines->pitch == layout.maxSize) fixed->evidence = evidence;
+  }
+  if (fixed) readings.push_back(*fixed);
+  std::stable_sort(readings.begin(), readings.end(),
+                   [](const Reading& a, const Reading& b) { return a.evidence > b.evidence; });
+  std::erase_if(readings, [best = readings.empty() ? 0 : readings.front().evidence](const Reading& reading) {
+    return reading.evidence < best / 2;
+  });
+  return readings;
+}
+
+}  // namespace oxr::rec

@@ -1,0 +1,92 @@
+#include <algorithm>
+
+#include "records/framing/detect.hpp"
+#include "records/framing/errors.hpp"
+#include "records/framing/recordheader.hpp"
+
+// What is said of a reading.
+
+namespace oxr::rec {
+
+namespace {
+
+struct Words {
+  const char* option;
+  const char* text;
+};
+
+// In the order of Framing.
+constexpr Words kWords[] = {
+    {"fixed", "records without headers"},
+    {"rdw", "records with 4-byte headers, length most significant byte first"},
+    {"rdw-le", "records with 4-byte headers, length least significant byte first"},
+    {"bdw", "blocks of records, both with 4-byte headers"},
+    {"spanned", "blocks of records that go on from one block to the next"},
+    {"length2", "records with a length of 2 bytes in front, most significant byte first"},
+    {"length2-le", "records with a length of 2 bytes in front, least significant byte first"},
+    {"length4", "records with a length of 4 bytes in front, most significant byte first"},
+    {"length4-le", "records with a length of 4 bytes in front, least significant byte first"},
+    {"lines", "lines of text"},
+};
+static_assert(std::size(kWords) == static_cast<std::size_t>(Framing::automatic));
+
+const Words& wordsOf(const Reading& reading) {
+  return kWords[static_cast<std::size_t>(reading.framing)];
+}
+
+std::string shown(const Reading& reading) {
+  return reading.description() + " (" + reading.options() + ')';
+}
+
+bool isSame(const Reading& reading, const RecordForm& form) {
+  const bool usual = headerShape(form.framing).countsHeader;
+  return reading.framing == form.framing && reading.countsHeader.value_or(usual) == form.countsHeader.value_or(usual);
+}
+
+// Few small records are a multiple of anything.
+constexpr double kWorthTelling = 4;
+constexpr std::uint32_t kLargeEnough = 16;
+
+}  // namespace
+
+std::string Reading::description() const {
+  std::string text = wordsOf(*this).text;
+  if (countsHeader) text += *countsHeader ? ", which counts itself" : ", which does not count the header";
+  if (framing == Framing::fixed && isVariable) return text + ", as long as their counts say";
+  text += ", " + std::to_string(records) + " of them fit the ";
+  return text + (isWhole ? "input" : "first " + std::to_string(kDetectBytes >> 10) + " KiB") + " exactly";
+}
+
+std::string Reading::options() const {
+  std::string text = std::string("--records ") + wordsOf(*this).option;
+  if (countsHeader) text += std::string(" --length-includes-header ") + (*countsHeader ? "yes" : "no");
+  return text;
+}
+
+Reading onlyReading(const InputStart& start, const RecordForm& layout) {
+  const std::vector<Reading> readings = readingsOf(start, layout);
+  if (readings.empty())
+    throw ToolError("how the records lie cannot be told: there are neither headers nor line ends, and " +
+                    std::to_string(start.size.value_or(0)) + " bytes are no multiple of the " +
+                    std::to_string(layout.maxSize) + " of a record");
+  if (readings.size() == 1) return readings.front();
+  std::string all;
+  for (const Reading& reading : readings)
+    all += (all.empty() ? "" : "; or ") + shown(reading);
+  throw ToolError("the records may lie in " + std::to_string(readings.size()) + " ways, say which: " + all);
+}
+
+std::string hintFor(const RecordForm& form, const InputStart& start) {
+  RecordForm any = form;
+  any.countsHeader.reset();
+  const std::vector<Reading> readings = readingsOf(start, any);
+  if (form.framing == Framing::fixed && form.isVariable && form.maxSize >= kLargeEnough && start.size &&
+      *start.size % form.maxSize == 0 && !readings.empty() && readings.front().framing == Framing::fixed)
+    return "; --odo fixed fits: the input is " + std::to_string(*start.size / form.maxSize) +
+           " times the largest size, " + std::to_string(form.maxSize) + " bytes";
+  if (std::any_of(readings.begin(), readings.end(), [&](const Reading& r) { return isSame(r, form); })) return {};
+  if (readings.size() != 1 || readings[0].evidence <= kWorthTelling) return {};
+  return "; " + readings[0].options() + " fits: " + readings[0].description();
+}
+
+}  // namespace oxr::rec
