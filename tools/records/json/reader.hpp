@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstring>
+#include <deque>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "records/framing/errors.hpp"
+#include "records/json/tree.hpp"
+
+namespace oxr::rec {
+
+// A line that is no JSON object. what() tells column and reason: "column 17: no value follows".
+class JsonLineError : public ToolError {
+ public:
+  using ToolError::ToolError;
+};
+
+// Names as they stand in JSON lines, for a reader to recognise without a search: mostly a name follows the one that it
+// followed in the same object before.
+class JsonNames {
+ public:
+  static constexpr std::uint32_t kNone = 0xFFFFFFFFU;
+
+  // `names` as RecordPlan::names has them. They stay where they are for as long as the object is used.
+  explicit JsonNames(const std::vector<unsigned short>& names);
+
+  // The expected name, if it is the one that begins at `text`, right after the quote; else kNone. `container` is the
+  // name of the object, `previous` the name before this one in it, kNone for none. `room` bytes may be read.
+  std::uint32_t expected(std::uint32_t container, std::uint32_t previous, const char* text, std::size_t room) const {
+    const std::uint32_t entry = next_[slot(container, previous)];
+    if (entry == kNone) return kNone;
+    const std::string& wanted = entries_[entry].text;
+    return wanted.size() <= room && std::memcmp(wanted.data(), text, wanted.size()) == 0 ? entry : kNone;
+  }
+  // The name of this text, which is expected in this place from now on; one that is not among the names is kept for
+  // this line.
+  std::uint32_t find(std::uint32_t container, std::uint32_t previous, std::string_view text);
+  // Zero-terminated.
+  const unsigned short* units(std::uint32_t entry) const {
+    return entry < entries_.size() ? entries_[entry].units : foreign_[entry - entries_.size()].characters();
+  }
+  // To be called before each line: forgets the names that only the last one had.
+  void begin() { foreign_.clear(); }
+
+ private:
+  struct Entry {
+    const unsigned short* units;
+    std::string text;  // UTF-8, with the quote after it
+  };
+  // Two places may share a slot: they are then searched for in turn.
+  std::size_t slot(std::uint32_t container, std::uint32_t previous) const {
+    return (container * 31U + previous) & (next_.size() - 1);
+  }
+
+  std::vector<Entry> entries_;  // numbers above theirs are of foreign names
+  std::vector<std::uint32_t> next_;
+  std::unordered_map<std::string_view, std::uint32_t> byText_;
+  std::deque<KelWstring> foreign_;
+};
+
+// Reads JSON lines, one object each, into a tree that it keeps: a reader that has seen a few lines allocates nothing.
+//
+// Numbers keep all their characters. Serves one thread.
+class JsonReader {
+ public:
+  // Bytes that must be readable after a line; their contents have no meaning.
+  static constexpr std::size_t kPadding = 64;
+
+  explicit JsonReader(const std::vector<unsigned short>& names);
+  ~JsonReader();
+
+  // The object of one line, until the next call. Throws JsonLineError.
+  JsonTree& read(std::string_view line);
+
+ private:
+  struct Parser;
+  const std::unique_ptr<Parser> parser_;
+  JsonNames names_;
+  JsonTree tree_;
+};
+
+}  // namespace oxr::rec
