@@ -74,7 +74,7 @@ void BM_WorkerAlone(benchmark::State& state) {
   const RecordPlan plan(layout, {});
   Stop listener;
   IgnoringHandler handler;
-  const auto worker = RecordWorker::make(plan, {}, kSettings, listener);
+  const auto worker = RecordWorker::make(plan, kSettings, listener);
   worker->initializeParse(-1, nullptr, -1);
   worker->setFIHandler(&handler, false);
   ReadOnlyByteBuffer buffer;

@@ -34,24 +34,15 @@ inline constexpr const char* kCopybooks[] = {
     "77 A PIC X(40).",
 };
 
-// Lays out each copybook once, in both ways.
-inline const RecordPlan& planFor(std::size_t which, bool arraysAtFullSize) {
-  struct Made {
-    std::unique_ptr<Layout> layout;
-    std::unique_ptr<RecordPlan> plan;
-  };
-  static const std::vector<Made> plans = [] {
-    std::vector<Made> made;
-    for (const char* const copybook : kCopybooks) {
-      for (const bool isFull : {false, true}) {
-        auto layout = std::make_unique<Layout>(readCopybook(copybook, "c", {SourceFormat::free, {}}));
-        auto plan = std::make_unique<RecordPlan>(*layout, RecordPlan::Options{isFull, isFull});
-        made.push_back({std::move(layout), std::move(plan)});
-      }
-    }
+// Lays out each copybook once.
+inline const Layout& layoutOf(std::size_t which) {
+  static const std::vector<Layout> layouts = [] {
+    std::vector<Layout> made;
+    for (const char* const copybook : kCopybooks)
+      made.push_back(readCopybook(copybook, "c", {SourceFormat::free, {}}));
     return made;
   }();
-  return *plans[2 * which + (arraysAtFullSize ? 1 : 0)].plan;
+  return layouts[which];
 }
 
 enum class Mode : std::uint8_t { stop, null, skip };
@@ -59,9 +50,9 @@ enum class Mode : std::uint8_t { stop, null, skip };
 // What is read, and how.
 struct Job {
   explicit Job(Choices& choices)
-      : plan(planFor(choices.upTo(std::size(kCopybooks) - 1), choices.coin())),
+      : layout(layoutOf(choices.upTo(std::size(kCopybooks) - 1))),
+        plan(layout, planOptions(choices)),
         mode(static_cast<Mode>(choices.upTo(2))),
-        form{choices.oneOf(kCcsids), choices.coin() ? eEndianLittle : eEndianBig, choices.coin()},
         settings{{choices.oneOf(kFramings), choices.coin()}, choices.upTo(4) == 0},
         pointsAsText(choices.coin()),
         more(choices.upTo(7)) {
@@ -73,15 +64,22 @@ struct Job {
       addRecord(choices);
   }
 
-  const RecordPlan& plan;
+  const Layout& layout;
+  const RecordPlan plan;
   const Mode mode;
-  const PhysicalForm form;
   const RecordWorker::Settings settings;
   const bool pointsAsText;
   const std::size_t more;  // bytes that a buffer has beyond what is asked for
   std::string input;
 
  private:
+  static RecordPlan::Options planOptions(Choices& choices) {
+    RecordPlan::Options options;
+    options.flat = options.arraysAtFullSize = choices.coin();
+    options.form = {choices.oneOf(kCcsids), choices.coin() ? eEndianLittle : eEndianBig, choices.coin()};
+    return options;
+  }
+
   // A record with the right header, if there are any, and bytes that are often digits, so that counts are too.
   void addRecord(Choices& choices) {
     std::size_t size = plan.maxSize();
@@ -137,7 +135,7 @@ class Listener : public FaultListener {
     // A field that the record ends before may lie beyond the input, but has no bytes then.
     require(fault.record > 0 && (fault.bytes.empty() || fault.offset + fault.bytes.size() <= job_.input.size()),
             "a fault lies outside the input");
-    require(!fault.reason.empty() && fault.text().find('\n') == std::string::npos, "a fault is no line");
+    require(!fault.reasonText().empty() && fault.text().find('\n') == std::string::npos, "a fault is no line");
     told += fault.text() + '\n';
     isBad = true;
     return job_.mode != Mode::stop;
@@ -152,7 +150,7 @@ class Listener : public FaultListener {
 // Reads the input as a program does. Returns what it told and wrote, and how far it came.
 inline std::string readAll(const Job& job, std::size_t more) {
   Listener listener(job);
-  const auto worker = RecordWorker::make(job.plan, job.form, job.settings, listener);
+  const auto worker = RecordWorker::make(job.plan, job.settings, listener);
   JsonHandler json(job.plan.names(), {job.pointsAsText});
   Stretches input(job.input, more);
   worker->setSource(&input);

@@ -53,18 +53,18 @@ constexpr char kFieldCases[] =
     "9(3) F0F0F7 7; 9(3)V99 F0F0F0F0F5 0.05; 9(3)V99 F0F0F0F0F5 \"0.05\" --decimals_text; "
     "9(3) F0F0F7 7 --decimals_text; S9(3) F1F2D3 -123; S9V9_SIGN_LEADING D1F2 -1.2; "
     "S99_SIGN_LEADING_SEPARATE 60F1F2 -12; S99_SIGN_TRAILING_SEPARATE F1F24E 12; S99 3172 -12 --ccsid_819; "
-    "S99 314B -12 --ccsid_819_--ascii-signs_letters; SVPP99 F1D2 -0.0012; 99PPP F1F2 12000; 9(2) 4040 !OXR5505:_; "
-    "9(4)V9 F1C5F2F0F0 !OXR5505:_; 9(4)_BLANK_WHEN_ZERO 40404040 0; 99V99_BLANK_WHEN_ZERO 40404040 0.00; "
-    "9(4) 31453035 !OXR5505:_*decimal*1E05 --ccsid_819; "
+    "S99 314B -12 --ccsid_819_--ascii-signs_letters; SVPP99 F1D2 -0.0012; 99PPP F1F2 12000; 9(2) 4040 !*OXR5505*; "
+    "9(4)V9 F1C5F2F0F0 !*OXR5505*; 9(4)_BLANK_WHEN_ZERO 40404040 0; 99V99_BLANK_WHEN_ZERO 40404040 0.00; "
+    "9(4) 31453035 !*OXR5505*31_45 --ccsid_819; "
     // grouped, to a lenient reader; and control characters, which no message shows
     "9(4) 312C3233 !\"1,23\"_is_no_number_of_digits --ccsid_819; "
-    "9(4) 311B7F33 !OXR5505:_*_1__3*31_1B_7F_33 --ccsid_819; "
+    "9(4) 311B7F33 !*_1__3*31_1B_7F_33 --ccsid_819; "
     // COMP-3.
     "9(4)_COMP-3 00012F 12; S9(3)V99_COMP-3 00005D -0.05; SVP(3)9(3)_COMP-3 123D -0.000123; "
     "S9(3)P(3)_COMP-3 123D -123000; "
     "S9(18)V9(13)_COMP-3 9876543210987654321098765432101D -987654321098765432.1098765432101; "
-    "9(3)_COMP-3 123D !OXR5505:_*packed_decimal,_negative_sign; "
-    "9(3)_COMP-3 1A3C !OXR5505:_*packed_decimal,_non-numeric_data_found*0x1a3c; "
+    "9(3)_COMP-3 123D !*OXR5505*12_3D; "
+    "9(3)_COMP-3 1A3C !*OXR5505*1A_3C; "
     // Binary.
     "S9(4)_COMP FFFE -2; 9(4)_COMP FFFE 65534; S9(9)_COMP-5 FEFFFFFF -2 --integers_little; "
     "S9(18)_COMP 8000000000000000 -9223372036854775808; 9(18)_BINARY FFFFFFFFFFFFFFFF 18446744073709551615; "
@@ -101,7 +101,7 @@ const struct {
     {kGroups, "abc", "--flat", "{A:a,B:b,C:c}"},
     {"05 G OCCURS 2. 10 A PIC X. 10 H. 15 B PIC 9 OCCURS 2.", "a12b34", "--flat", "{G:[{A:a,B:[1,2]},{A:b,B:[3,4]}]}"},
     {"05 FILLER PIC X. 05 FILLER. 10 A PIC X. 10 FILLER PIC X(2). 05 B PIC X.", "-a--b", "", "{A:a,B:b}"},
-    {"05 A PIC XX. 05 FILLER REDEFINES A. 10 B PIC X. 05 D REDEFINES A. 10 E PIC XX.", "xy", "", "{A:xy,D:{E:xy}}"},
+    {"05 A PIC XX. 05 FILLER REDEFINES A. 10 B PIC X. 05 D REDEFINES A. 10 E PIC XX.", "xy", "", "{A:xy,B:x,D:{E:xy}}"},
     {"05 FILLER OCCURS 2. 10 A PIC X. 05 B PIC X.", "abc", "", "{FILLER:[{A:a},{A:b}],B:c}"},
     {"05 G. 10 A PIC X. 05 A PIC X. 05 H. 10 A PIC X.", "abc", "--flat", "{A:a,A(2):b,A(3):c}"},
     {"05 G. 10 FILLER PIC X.", "x", "", "{G:{}}"},
@@ -116,20 +116,18 @@ const struct {
     {"05 N PIC 9. 05 G OCCURS 2. 10 A PIC X OCCURS 0 TO 2 DEPENDING ON N. 10 B PIC X. 05 C PIC X.", "1abcdE2abcdefG",
      "", "{N:1,G:[{A:[a],B:b},{A:[c],B:d}],C:E} {N:2,G:[{A:[a,b],B:c},{A:[d,e],B:f}],C:G}"},
     {"05 G. 10 N PIC 9. 05 N PIC 9. 05 A PIC X OCCURS 3 DEPENDING N OF G.", "21xy", "", "{G:{N:2},N:1,A:[x,y]}"},
-    // The count lies in what is left out.
-    {"05 X PIC X. 05 FILLER REDEFINES X. 10 N PIC 9. 05 A PIC X OCCURS 3 DEPENDING N.", "1a", "", "{X:1,A:[a]}"},
+    {"05 X PIC X. 05 FILLER REDEFINES X. 10 N PIC 9. 05 A PIC X OCCURS 3 DEPENDING N.", "1a", "", "{X:1,N:1,A:[a]}"},
     // Fields that cannot be read.
-    {kPair, "A1B C3", "", "{A:A,N:1} | #2, byte 3, N: *5505: CPI Converter Input Data Invalid; decimal;  ; bytes 20",
-     1},
+    {kPair, "A1B C3", "", "{A:A,N:1} | #2, byte 3, N: *(OXR5505); bytes 20", 1},
     {kPair, "A1B C3", "--on-error null",
      "{A:A,N:1} {A:B,N:null} {A:C,N:3} | #2, byte 3, N: *; bytes 20 | 1 bad field in 1 of 3 records, written as null"},
     {kPair, "A1B C3", "--on-error skip",
-     "{A:A,N:1} {A:C,N:3} | #2, byte 3, N: OXR5505: *; bytes 20 | 1 bad field in 1 of 3 records, left out"},
+     "{A:A,N:1} {A:C,N:3} | #2, byte 3, N: *OXR5505*; bytes 20 | 1 bad field in 1 of 3 records, left out"},
     {kNested, "<1CFE3C00>", "--on-error null",
-     "{A:[{B:[{C:1},{C:null}]},{B:[{C:3},{C:null}]}]} | #1, byte 1, A(1).B(2).C: *0xfe; bytes FE | #1, byte 3, "
+     "{A:[{B:[{C:1},{C:null}]},{B:[{C:3},{C:null}]}]} | #1, byte 1, A(1).B(2).C: *; bytes FE | #1, byte 3, "
      "A(2).B(2).C: * | 2 bad *"},
     {"05 G. 10 FILLER. 15 A PIC 9(66).", "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx7yy", "",
-     "| #1, byte 0, G.A: OXR5505: *78 37 ... (66 in all)", 1},
+     "| #1, byte 0, G.A: *OXR5505*78 37 ... (66 in all)", 1},
     // Records of one length, cut off.
     {kPair, "A1B", "", "{A:A,N:1} | #2 at byte 2: it has 2 bytes, but the input has only 1 left", 2},
     {kPair, "A B", "--on-error skip", "| #1, byte 1, N: * | #2 at byte 2: it has 2 bytes, *", 2},
@@ -201,7 +199,7 @@ constexpr const char* kRefusals[][2] = {
      "@wide:3: F: a floating-point field (COMP-1, COMP-2) cannot be decoded yet\n"},
     {"-o @out --copybook @bad --ccsid 37 @in", "@bad:1:16: unknown symbol in the picture\n*"},
     {"-o @out --copybook @none --ccsid 37 @in", "@none: the copybook can't be read: No such file or directory\n"},
-    {"-o @out --copybook @good --ccsid 12345 @in", "CCSID 12345: OXR2132: Invalid codepage (or missing table)*"},
+    {"-o @out --copybook @good --ccsid 12345 @in", "CCSID 12345: Invalid codepage (or missing table)*"},
     {"-o @out --copybook @good --ccsid 37 @none", "cannot open @none: No such file or directory\n"},
     {"-o @out --copybook @good --ccsid 37 @.", "cannot read @.: Is a directory\n"},
     {"-o @out --copybook @good --ccsid 37 --record NONE @in", "@good: no record is named NONE*"},

@@ -37,10 +37,10 @@ struct Bench {
   }
 
   Layout layout = readCopybook(kOrder, "c", {SourceFormat::free, {}});
-  RecordPlan plan{layout, {}};
+  RecordPlan plan{layout, {.form = {819}}};
   NoListener listener;
   JsonHandler json{plan.names(), {}};
-  RecordWorker::Owner worker = RecordWorker::make(plan, {819, eEndianBig, false}, {}, listener);
+  RecordWorker::Owner worker = RecordWorker::make(plan, {}, listener);
   std::optional<ReadOnlyByteBuffer> buffer;
 };
 

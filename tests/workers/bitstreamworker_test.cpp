@@ -14,9 +14,9 @@ TEST(BitstreamWorker, EndOfMessageIsFoundByParsingTheRest) {
     bool goOnAfter(const rec::FieldFault&) override { return true; }
   } listener;
   const rec::Layout layout = rec::readCopybook("01 R. 05 ID PIC X(10).", "c", {rec::SourceFormat::free, {}});
-  const rec::RecordPlan plan(layout, {});
+  const rec::RecordPlan plan(layout, {.form = {819}});
   rec::JsonHandler json(plan.names(), {});
-  const rec::RecordWorker::Owner worker = rec::RecordWorker::make(plan, {819, eEndianBig, false}, {}, listener);
+  const rec::RecordWorker::Owner worker = rec::RecordWorker::make(plan, {}, listener);
   EXPECT_EQ(headerIn(dynamic_cast<void*>(worker.get()), 128, "QVFP"), "QVFP 8 24");
   EXPECT_EQ(headerIn(dynamic_cast<void*>(worker.get()), 128, "QVFW"), "QVFW 8 24");
   EXPECT_EQ(headerIn(dynamic_cast<void*>(worker.get()), 128, "QVFB"), "QVFB 48 72");

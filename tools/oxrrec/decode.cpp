@@ -63,9 +63,9 @@ class Faults : public FaultListener {
 
 RecordWorker::Owner makeWorker(const RecordPlan& plan, const DecodeOptions& options, FaultListener& listener) {
   try {
-    return RecordWorker::make(plan, options.record.form, options.input.records, listener);
+    return RecordWorker::make(plan, options.input.records, listener);
   } catch (const KelException& failure) {
-    throw ToolError("CCSID " + std::to_string(options.record.form.ccsid) + ": " + faultText(failure));
+    throw ToolError("CCSID " + std::to_string(options.record.plan.form.ccsid) + ": " + faultText(failure));
   }
 }
 

@@ -1,5 +1,6 @@
 #include "records/recordplan.hpp"
 
+#include <algorithm>
 #include <array>
 #include <map>
 
@@ -38,13 +39,24 @@ std::string refusal(const Item& item) {
 
 class PlanCompiler {
  public:
-  PlanCompiler(RecordPlan& plan, const RecordPlan::Options& options)
-      : plan_(plan), items_(plan.layout().items), options_(options) {}
+  PlanCompiler(RecordPlan& plan, const Layout& layout, const RecordPlan::Options& options)
+      : plan_(plan), layout_(layout), items_(layout.items), options_(options) {}
 
   void run() {
+    RecordKind kind{layout_.recordName,
+                    &layout_,
+                    static_cast<std::uint32_t>(plan_.steps_.size()),
+                    0,
+                    layout_.maxSize(),
+                    layout_.record().hasVariableSize && !options_.arraysAtFullSize};
     Scope record;
-    children(0, 0, &record);
+    children(0, 0, options_.isSilent ? nullptr : &record);
     if (!refusals_.empty()) throw PlanError(refusals_);
+    kind.end = static_cast<std::uint32_t>(plan_.steps_.size());
+    plan_.kinds_.push_back(kind);
+    plan_.counters_ += layout_.counters.size();
+    plan_.maxSize_ = std::max(plan_.maxSize_, kind.maxSize);
+    plan_.isVariable_ = plan_.isVariable_ || kind.isVariable;
   }
 
  private:
@@ -58,7 +70,7 @@ class PlanCompiler {
 
   void item(ItemIndex index, std::uint32_t offset, Scope* scope) {
     const Item& entry = items_[index];
-    if (entry.isFiller() && (entry.redefines != kNoItem || !entry.isGroup() || !hasNames(index))) scope = nullptr;
+    if (entry.isFiller() && !(entry.isGroup() ? hasNames(index) : options_.showsFillers)) scope = nullptr;
     if (scope == nullptr && !mustBeWalked(entry)) return;
     if (entry.occurs.isArray)
       array(index, offset, scope);
@@ -69,7 +81,7 @@ class PlanCompiler {
   void array(ItemIndex index, std::uint32_t offset, Scope* scope) {
     const Item& entry = items_[index];
     Step begin = stepFor(Op::beginArray, index, offset);
-    begin.name = scope == nullptr ? Step::kNoName : newName(*scope, entry.isFiller() ? "FILLER" : entry.name);
+    begin.name = scope == nullptr ? Step::kNoName : newName(*scope, shownName(entry));
     begin.min = entry.occurs.min;
     begin.max = entry.occurs.max;
     begin.slot = entry.occurs.counter;
@@ -128,43 +140,50 @@ class PlanCompiler {
     return entry.movesWhatFollows() || entry.holdsCounter || entry.counterSlot != kNoSlot;
   }
 
+  // Whether anything below a group is shown.
   bool hasNames(ItemIndex group) const {
     for (ItemIndex i = group + 1; i < items_[group].next; ++i)
-      if (!items_[i].isFiller()) return true;
+      if (!items_[i].isFiller() || (options_.showsFillers && !items_[i].isGroup())) return true;
     return false;
   }
+
+  static std::string shownName(const Item& entry) { return entry.isFiller() ? "FILLER" : entry.name; }
 
   // The name of an entry that does not repeat; none for a group whose children go to the object around it.
   std::uint32_t nameIn(Scope* scope, const Item& entry) {
     if (entry.isGroup() && (entry.isFiller() || options_.flat)) return Step::kNoName;
-    return newName(*scope, entry.name);
+    return newName(*scope, shownName(entry));
   }
 
   std::uint32_t newName(Scope& scope, const std::string& name) {
     const unsigned taken = ++scope[name];
-    const KelWstring text = fromUtf8(taken == 1 ? name : name + '(' + std::to_string(taken) + ')');
-    const auto at = static_cast<std::uint32_t>(plan_.names_.size());
-    plan_.names_.insert(plan_.names_.end(), text.characters(), text.characters() + text.length() + 1);
-    return at;
+    const std::string shown = taken == 1 ? name : name + '(' + std::to_string(taken) + ')';
+    const auto [known, isNew] = nameAt_.emplace(shown, static_cast<std::uint32_t>(plan_.names_.size()));
+    if (isNew) {
+      const KelWstring text = fromUtf8(shown);
+      plan_.names_.insert(plan_.names_.end(), text.characters(), text.characters() + text.length() + 1);
+    }
+    return known->second;
   }
 
   void refuse(const Item& entry) {
     const std::string reason = refusal(entry);
     if (reason.empty()) return;
     if (!refusals_.empty()) refusals_ += '\n';
-    refusals_ += plan_.layout().fileName + ':' + std::to_string(entry.line) + ": " +
+    refusals_ += layout_.fileName + ':' + std::to_string(entry.line) + ": " +
                  (entry.isFiller() ? "FILLER" : entry.name) + ": " + reason;
   }
 
   RecordPlan& plan_;
+  const Layout& layout_;
   const std::vector<Item>& items_;
   const RecordPlan::Options& options_;
+  std::map<std::string, std::uint32_t> nameAt_;  // where each name stands in the plan's row of names
   std::string refusals_;
 };
 
-RecordPlan::RecordPlan(const Layout& layout, const Options& options)
-    : layout_(&layout), isVariable_(layout.record().hasVariableSize && !options.arraysAtFullSize) {
-  PlanCompiler(*this, options).run();
+RecordPlan::RecordPlan(const Layout& layout, const Options& options) : forms_{options.form} {
+  PlanCompiler(*this, layout, options).run();
 }
 
 }  // namespace oxr::rec

@@ -7,7 +7,7 @@
 // Example:
 //   const Layout layout = readCopybookFile("customers.cob");
 //   const RecordPlan plan(layout, {});
-//   const auto worker = RecordWorker::make(plan, PhysicalForm{}, RecordWorker::Settings{}, listener);
+//   const auto worker = RecordWorker::make(plan, RecordWorker::Settings{}, listener);
 //   JsonHandler json(plan.names(), {});
 //   worker->initializeParse(-1, nullptr, -1);
 //   worker->setFIHandler(&json, false);

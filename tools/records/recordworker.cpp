@@ -31,29 +31,30 @@ std::int64_t countIn(const PWFData& value) {
   return text.empty() ? kNotACount : count;
 }
 
-RecordForm recordForm(const RecordPlan& plan, const PhysicalForm& physical, const RecordWorker::Settings& settings) {
+RecordForm recordForm(const RecordPlan& plan, const RecordWorker::Settings& settings) {
   RecordForm form = settings.form;
   form.isVariable = plan.isVariable();
   form.maxSize = plan.maxSize();
-  setLineCharacters(form, physical.ccsid);
+  setLineCharacters(form, plan.forms().front().ccsid);
   return form;
 }
 
 }  // namespace
 
-RecordWorker::Owner RecordWorker::make(const RecordPlan& plan, const PhysicalForm& form, const Settings& settings,
-                                       FaultListener& listener) {
-  return Owner(new RecordWorker(plan, form, settings, listener));
+RecordWorker::Owner RecordWorker::make(const RecordPlan& plan, const Settings& settings, FaultListener& listener) {
+  return Owner(new RecordWorker(plan, settings, listener));
 }
 
-RecordWorker::RecordWorker(const RecordPlan& plan, const PhysicalForm& form, const Settings& settings,
-                           FaultListener& listener)
+RecordWorker::RecordWorker(const RecordPlan& plan, const Settings& settings, FaultListener& listener)
     : plan_(plan),
       settings_(settings),
       listener_(listener),
-      converter_(form),
-      reader_(recordForm(plan, form, settings)),
-      counters_(plan.counters()) {}
+      reader_(recordForm(plan, settings)),
+      kind_(plan.kinds().data()),
+      counters_(plan.counters()) {
+  for (const PhysicalForm& form : plan.forms())
+    converters_.emplace_back(form);
+}
 
 void RecordWorker::initializeParse(int, MessageInfo*, int) {
   isOpen_ = false;
@@ -112,12 +113,12 @@ void RecordWorker::readRecord() {
   checkLength();
   handler_->endMessage(kNoInfo);
   const bool hasOwnLength = !reader_.isFramed() && plan_.isVariable();
-  reader_.finish(hasOwnLength ? static_cast<std::uint32_t>(plan_.maxSize() + shift_) : record_.size);
+  reader_.finish(hasOwnLength ? static_cast<std::uint32_t>(kind_->maxSize + shift_) : record_.size);
 }
 
 void RecordWorker::walk() {
-  const Step* step = plan_.steps().data();
-  const Step* const end = step + plan_.steps().size();
+  const Step* step = plan_.steps().data() + kind_->begin;
+  const Step* const end = plan_.steps().data() + kind_->end;
   while (step != end) {
     switch (step->op) {
       case Op::field:
@@ -137,6 +138,10 @@ void RecordWorker::walk() {
         break;
       case Op::endArray:
         step = endArray(*step);
+        break;
+      case Op::choose:
+      case Op::jump:
+        step = plan_.steps().data() + step->target;
         break;
     }
   }
@@ -159,25 +164,40 @@ void RecordWorker::field(const Step& step) {
 PWFData RecordWorker::read(const Step& step) {
   if (isLost_) return FieldConverter::null(step);
   const auto at = static_cast<std::uint64_t>(step.offset + shift_);
-  if (at + step.size > record_.size) [[unlikely]] {
-    if (!reader_.isFramed()) reader_.refuseShort(at + step.size);
-    if (isShort_) return FieldConverter::null(step);
-    isShort_ = true;
-    return failed(step, 0, "the record ends after " + std::to_string(record_.size) + " bytes, before the field does");
-  }
+  if (at + step.size > record_.size) [[unlikely]]
+    return cutOff(step, at);
   try {
-    return converter_.convert(step, record_.data + at);
+    PWFData value = converters_[step.form].convert(step, record_.data + at);
+    if (observer_ != nullptr) [[unlikely]]
+      observe(step, at, value, nullptr);
+    return value;
   } catch (const KelRecoverableException& failure) {
-    return failed(step, failure.oxrMessageNumber(), faultText(failure));
+    return failed(step,
+                  {.code = FaultCode::library, .message = failure.oxrMessageNumber(), .detail = faultText(failure)});
   } catch (const FieldRefused& refusal) {
-    return failed(step, 0, refusal.what());
+    return failed(step, {.code = FaultCode::library, .detail = refusal.what()});
   }
 }
 
-PWFData RecordWorker::failed(const Step& step, int message, std::string reason) {
+// A field that the record ends before. The first one is bad, the others nobody expects.
+PWFData RecordWorker::cutOff(const Step& step, std::uint64_t at) {
+  if (!reader_.isFramed()) reader_.refuseShort(at + step.size);
+  if (isShort_) return FieldConverter::null(step);
+  isShort_ = true;
+  return failed(step, {.code = FaultCode::recordEnds, .numbers = {record_.size}});
+}
+
+PWFData RecordWorker::failed(const Step& step, FaultReason reason) {
   const auto at = static_cast<std::uint64_t>(step.offset + shift_);
-  report(step.item, at, bytesAt(at, step.size), message, std::move(reason));
-  return FieldConverter::null(step);
+  const FieldFault told = fault(step.item, at, step.size, std::move(reason));
+  PWFData value = FieldConverter::null(step);
+  if (observer_ != nullptr) observe(step, at, value, &told);
+  report(told);
+  return value;
+}
+
+void RecordWorker::observe(const Step& step, std::uint64_t at, const PWFData& value, const FieldFault* fault) {
+  observer_->seen({step, at, arrays_, bytesAt(at, step.size), value, fault});
 }
 
 // The bytes of a field as far as the record has them.
@@ -186,15 +206,13 @@ std::span<const unsigned char> RecordWorker::bytesAt(std::uint64_t offset, std::
   return {record_.data + offset, std::min<std::uint64_t>(size, record_.size - offset)};
 }
 
-void RecordWorker::report(ItemIndex item, std::uint64_t offset, std::span<const unsigned char> bytes, int message,
-                          std::string reason) {
-  FieldFault fault{reader_.recordNumber(),
-                   reader_.offsetInInput(offset),
-                   fieldPath(plan_.layout(), item, arrays_),
-                   {bytes.begin(), bytes.end()},
-                   message,
-                   std::move(reason)};
-  if (!listener_.goOnAfter(fault)) throw FieldError(std::move(fault));
+FieldFault RecordWorker::fault(ItemIndex item, std::uint64_t offset, std::uint32_t size, FaultReason reason) const {
+  return {kind_->layout,         reader_.recordNumber(), reader_.offsetInInput(offset), item, arrays_,
+          bytesAt(offset, size), std::move(reason)};
+}
+
+void RecordWorker::report(const FieldFault& fault) {
+  if (!listener_.goOnAfter(fault)) throw FieldError(fault);
 }
 
 void RecordWorker::keepCount(const Step& step, const PWFData& value) {
@@ -212,14 +230,12 @@ std::int64_t RecordWorker::countFor(const Step& array) {
   const Counter& counter = counters_[array.slot];
   if (counter.state == Counter::State::good) {
     if (counter.value >= array.min && counter.value <= array.max) return counter.value;
-    const std::string value = counter.value == kNotACount ? "no number of times" : std::to_string(counter.value);
-    report(counter.step->item, counter.at, bytesAt(counter.at, counter.step->size), 0,
-           "the count is " + value + ", not within " + std::to_string(array.min) + " and " + std::to_string(array.max) +
-               " as " + fieldPath(plan_.layout(), array.item, {}) + " asks");
+    report(fault(counter.step->item, counter.at, counter.step->size,
+                 {.code = FaultCode::badCount, .numbers = {counter.value, array.min, array.max}, .other = array.item}));
   } else if (counter.state == Counter::State::unread) {
-    report(array.item, static_cast<std::uint64_t>(array.offset + shift_), {}, 0, "no count was read for it");
+    report(fault(array.item, static_cast<std::uint64_t>(array.offset + shift_), 0, {.code = FaultCode::noCount}));
   }
-  isLost_ = isLost_ || plan_.isVariable();
+  isLost_ = isLost_ || kind_->isVariable;
   return kNotACount;
 }
 
@@ -260,7 +276,7 @@ const Step* RecordWorker::endArray(const Step& step) {
 // To be called when the record has been walked. Its length is then known, and may differ from what the input says.
 void RecordWorker::checkLength() {
   const bool isFramed = reader_.isFramed();
-  const auto size = static_cast<std::uint64_t>(plan_.maxSize() + shift_);
+  const auto size = static_cast<std::uint64_t>(kind_->maxSize + shift_);
   if (isLost_) {
     if (isFramed) return;
     reader_.fail("its length hangs on a count that cannot be read, so the next record cannot be found");
@@ -268,9 +284,9 @@ void RecordWorker::checkLength() {
   if (size > record_.size && !isFramed) reader_.refuseShort(size);
   const std::uint64_t given = record_.size - record_.padding;
   if (size < given && isFramed && !settings_.allowExtra)
-    report(kNoItem, size, bytesAt(size, record_.size), 0,
-           "the record has " + std::to_string(given) + " bytes, " + std::to_string(given - size) +
-               " more than its layout");
+    report(fault(kNoItem, size, record_.size,
+                 {.code = FaultCode::recordLonger,
+                  .numbers = {static_cast<std::int64_t>(given), static_cast<std::int64_t>(given - size)}}));
 }
 
 }  // namespace oxr::rec

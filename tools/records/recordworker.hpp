@@ -1,6 +1,8 @@
 #pragma once
 
+#include <deque>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "bitstreamworker.hpp"
@@ -21,7 +23,7 @@ namespace oxr::rec {
 // FrameError. Calls out of order throw FIParseException.
 //
 // Example:
-//   const auto worker = RecordWorker::make(plan, form, RecordWorker::Settings{}, listener);
+//   const auto worker = RecordWorker::make(plan, RecordWorker::Settings{}, listener);
 //   worker->setSource(&input);
 //   worker->initializeParse(-1, nullptr, -1);
 //   worker->setFIHandler(&handler, false);
@@ -39,12 +41,16 @@ class RecordWorker final : public BitstreamWorker {
   using Owner = std::unique_ptr<RecordWorker, Release>;
 
   // The plan and the listener must outlive the worker. Throws KelRecoverableException for an unknown code page.
-  static Owner make(const RecordPlan& plan, const PhysicalForm& form, const Settings& settings,
-                    FaultListener& listener);
+  static Owner make(const RecordPlan& plan, const Settings& settings, FaultListener& listener);
 
   // Where the input goes on after the buffer that parse or parseFirst gets; null, as at first, if it ends there. The
   // source must live until the last record was read.
   void setSource(BufferSource* source) { source_ = source; }
+  // Who sees each field as it is read; null, as at first, for nobody.
+  void setObserver(FieldObserver* observer) { observer_ = observer; }
+  // What the last record is, as the condition named it that chose: the group that its area holds, else the level 01
+  // entry. Empty where no condition chose.
+  std::string_view kindOfRecord() const { return kindName_; }
   // Records read so far, the one that a fault ended included.
   std::uint64_t recordsRead() const { return reader_.recordsRead(); }
 
@@ -82,14 +88,15 @@ class RecordWorker final : public BitstreamWorker {
     std::int64_t shiftBefore;  // at the array's start
   };
 
-  RecordWorker(const RecordPlan& plan, const PhysicalForm& form, const Settings& settings, FaultListener& listener);
+  RecordWorker(const RecordPlan& plan, const Settings& settings, FaultListener& listener);
   ~RecordWorker() override = default;
 
   void readRecord();
   void walk();
   void field(const Step& step);
   PWFData read(const Step& step);
-  PWFData failed(const Step& step, int message, std::string reason);
+  PWFData cutOff(const Step& step, std::uint64_t at);
+  PWFData failed(const Step& step, FaultReason reason);
   const Step* beginArray(const Step& step);
   const Step* endArray(const Step& step);
   void keepCount(const Step& step, const PWFData& value);
@@ -97,19 +104,24 @@ class RecordWorker final : public BitstreamWorker {
   void checkLength();
   int occurrence(const Step& step) const;
   std::span<const unsigned char> bytesAt(std::uint64_t offset, std::uint32_t size) const;
-  void report(ItemIndex item, std::uint64_t offset, std::span<const unsigned char> bytes, int message,
-              std::string reason);
+  FieldFault fault(ItemIndex item, std::uint64_t offset, std::uint32_t size, FaultReason reason) const;
+  void report(const FieldFault& fault);
+  void observe(const Step& step, std::uint64_t at, const PWFData& value, const FieldFault* fault);
 
   const RecordPlan& plan_;
   const Settings settings_;
   FaultListener& listener_;
-  FieldConverter converter_;
+  std::deque<FieldConverter> converters_;  // by Step::form
   RecordReader reader_;
   BufferSource* source_ = nullptr;
+  FieldObserver* observer_ = nullptr;
   FIHandler* handler_ = nullptr;
   std::unique_ptr<FIHandler> adopted_;
   const DictionaryInfo* descriptor_ = nullptr;
   bool isOpen_ = false;
+
+  const RecordKind* kind_;     // of the last record
+  std::string_view kindName_;  // as the condition gave it
 
   // These describe the record in hand. A step's true place is its offset plus `shift_`: less the bytes that earlier
   // short arrays lack, plus the occurrences that the walk has passed in the open ones.

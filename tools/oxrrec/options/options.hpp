@@ -24,7 +24,6 @@ struct CopybookSource {
 struct RecordOptions {
   CopybookSource copybook;
   RecordPlan::Options plan;
-  PhysicalForm form;
 };
 
 // A record file, and how its records lie.

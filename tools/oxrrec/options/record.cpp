@@ -26,15 +26,15 @@ void addCopybookOptions(CLI::App& command, CopybookSource& copybook) {
 }
 
 void addFieldOptions(CLI::App& command, RecordOptions& record) {
-  command.add_option("--ccsid", record.form.ccsid, "the code page of the text, such as 37, 273, 500, 819 or 1208")
+  command.add_option("--ccsid", record.plan.form.ccsid, "the code page of the text, such as 37, 273, 500, 819 or 1208")
       ->type_name("N")
       ->check(CLI::PositiveNumber)
       ->required()
       ->group(kFieldTopic);
-  addChoice<EEndian>(command, "--integers", record.form.integerEndian, {{"big", eEndianBig}, {"little", eEndianLittle}},
-                     "byte order of binary numbers [big]")
+  addChoice<EEndian>(command, "--integers", record.plan.form.integerEndian,
+                     {{"big", eEndianBig}, {"little", eEndianLittle}}, "byte order of binary numbers [big]")
       ->group(kFieldTopic);
-  addChoice<bool>(command, "--ascii-signs", record.form.hasLetterSigns, {{"letters", true}, {"plain", false}},
+  addChoice<bool>(command, "--ascii-signs", record.plan.form.hasLetterSigns, {{"letters", true}, {"plain", false}},
                   "signs within digits where the code page is not EBCDIC: the letters that EBCDIC signs turn into, or "
                   "p to y for the digits of a negative number [plain]")
       ->group(kFieldTopic);

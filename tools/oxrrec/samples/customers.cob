@@ -9,11 +9,6 @@
                10  TOWN                PIC X(15).
            05  BALANCE                 PIC S9(13)V99  COMP-3.
            05  SINCE-DATE              PIC X(10).
-           05  FILLER REDEFINES SINCE-DATE.
-               10  SINCE-YEAR          PIC 9(4).
-               10  FILLER              PIC X.
-               10  SINCE-MONTH         PIC 9(2).
-               10  FILLER              PIC X(3).
            05  FILLER.
                10  BRANCH              PIC 9(4)       COMP.
                10  RATING              PIC S9(3)V9(2).

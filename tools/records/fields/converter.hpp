@@ -4,7 +4,7 @@
 
 #include "dataconv.hpp"
 #include "records/fields/physicalform.hpp"
-#include "records/recordplan.hpp"
+#include "records/step.hpp"
 
 namespace oxr::rec {
 

@@ -34,6 +34,10 @@ std::string onOneLine(std::string text) {
   return text;
 }
 
+std::string inBrackets(int message) {
+  return message == 0 ? std::string() : " (OXR" + std::to_string(message) + ')';
+}
+
 }  // namespace
 
 std::string fieldPath(const Layout& layout, ItemIndex item, std::span<const OpenArray> arrays) {
@@ -48,21 +52,38 @@ std::string fieldPath(const Layout& layout, ItemIndex item, std::span<const Open
 }
 
 std::string faultText(const KelException& failure) {
-  std::string text = "OXR" + std::to_string(failure.oxrMessageNumber());
-  char separator = ':';
-  for (const std::string& insert : failure.inserts()) {
-    text += separator;
-    text += ' ';
-    text += insert;
-    separator = ';';
+  std::string text;
+  for (const std::string& insert : failure.inserts())
+    text += (text.empty() ? "" : "; ") + insert;
+  return onOneLine(text) + inBrackets(failure.oxrMessageNumber());
+}
+
+std::string FieldFault::path() const {
+  return fieldPath(*layout, item, arrays);
+}
+
+std::string FieldFault::reasonText() const {
+  const auto number = [this](std::size_t i) { return std::to_string(reason.numbers[i]); };
+  switch (reason.code) {
+    case FaultCode::recordEnds:
+      return "the record ends after " + number(0) + " bytes, before the field does";
+    case FaultCode::recordLonger:
+      return "the record has " + number(0) + " bytes, " + number(1) + " more than its layout";
+    case FaultCode::badCount:
+      return "the count is " + (reason.numbers[0] == -1 ? std::string("no number of times") : number(0)) +
+             ", not within " + number(1) + " and " + number(2) + " as " + fieldPath(*layout, reason.other, {}) +
+             " asks";
+    case FaultCode::noCount:
+      return "no count was read for it";
+    default:
+      return reason.detail;
   }
-  return onOneLine(text);
 }
 
 std::string FieldFault::text() const {
   std::string text = "record " + std::to_string(record) + ", byte " + std::to_string(offset);
-  if (!path.empty()) text += ", " + path;
-  text += ": " + reason;
+  if (item != kNoItem) text += ", " + path();
+  text += ": " + reasonText();
   if (!bytes.empty()) text += "; bytes" + hex(bytes);
   return text;
 }

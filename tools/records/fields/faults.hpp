@@ -1,10 +1,10 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "kelexception.hpp"
 #include "records/layout.hpp"
@@ -21,31 +21,50 @@ struct OpenArray {
 // occurrences counted from 1. Groups without a name do not show, other items without one are called FILLER.
 std::string fieldPath(const Layout& layout, ItemIndex item, std::span<const OpenArray> arrays);
 
-// "OXR5505: insert; insert": what a conversion said, on one line.
+// What a conversion said, on one line: its inserts, and its number behind in brackets.
 std::string faultText(const KelException& failure);
 
-// A field that cannot be read, or a record that does not fit its layout.
-struct FieldFault {
-  std::uint64_t record = 0;          // from 1
-  std::uint64_t offset = 0;          // in the input, from 0, of the field
-  std::string path;                  // see fieldPath; empty if the record as a whole is at fault
-  std::vector<unsigned char> bytes;  // of the field; empty if it has none
-  int message = 0;  // number in the message catalogue, such as 5505; 0 if no conversion told of the fault
-  std::string reason;
+// Why a field cannot be read, or a record does not fit its layout. `numbers` are what the text tells of.
+enum class FaultCode : std::uint8_t {
+  none,
+  library,       // a conversion refused the field; `detail` is what it said
+  recordEnds,    // the record ends after numbers[0] bytes, before the field does
+  recordLonger,  // the record has numbers[0] bytes, numbers[1] more than its layout
+  badCount,      // the count is numbers[0], not within numbers[1] and numbers[2] as the array `other` asks
+  noCount,       // the array's count is not known
+};
 
-  // "record 3, byte 245, ORDER(3).AMOUNT: OXR5505: ...; bytes 00 1A": complete, on one line. Of a long field the first
-  // bytes are shown.
+struct FaultReason {
+  FaultCode code = FaultCode::none;
+  int message = 0;  // number in the message catalogue, such as 5505; 0 if no conversion would tell of the fault
+  std::array<std::int64_t, 3> numbers{};
+  ItemIndex other = kNoItem;
+  std::string detail{};
+};
+
+// A field that cannot be read, or a record that does not fit its layout. Made for the time of a call only: what it
+// points at goes with the record. Text is made when it is asked for.
+struct FieldFault {
+  const Layout* layout = nullptr;
+  std::uint64_t record = 0;              // from 1
+  std::uint64_t offset = 0;              // in the input, from 0, of the field
+  ItemIndex item = kNoItem;              // kNoItem if the record as a whole is at fault
+  std::span<const OpenArray> arrays;     // the open ones, outermost first
+  std::span<const unsigned char> bytes;  // of the field; empty if it has none
+  FaultReason reason;
+
+  std::string path() const;  // see fieldPath; empty for a record as a whole
+  // "not a packed decimal: half byte A in byte 2 of 4 (OXR5505)"
+  std::string reasonText() const;
+  // "record 3, byte 245, ORDER(3).AMOUNT: not a packed decimal: ... (OXR5505); bytes 00 1A": complete, on one line. Of
+  // a long field the first bytes are shown.
   std::string text() const;
 };
 
-// Thrown where a fault ends the work.
+// Thrown where a fault ends the work. what() is the fault's text().
 class FieldError : public std::runtime_error {
  public:
-  explicit FieldError(FieldFault fault) : std::runtime_error(fault.text()), fault_(std::move(fault)) {}
-  const FieldFault& fault() const { return fault_; }
-
- private:
-  FieldFault fault_;
+  explicit FieldError(const FieldFault& fault) : std::runtime_error(fault.text()) {}
 };
 
 // Hears of each fault of a worker.

@@ -4,3 +4,5 @@
 
 #include "records/fields/converter.hpp"
 #include "records/fields/faults.hpp"
+#include "records/fields/observer.hpp"
+#include "records/fields/physicalform.hpp"
