@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -15,51 +15,7 @@ namespace {
 
 constexpr char kProgram[] = "oxrrec: ";
 constexpr std::size_t kWriteBytes = std::size_t{256} << 10;
-constexpr std::uint64_t kToldFaults = 20;
 constexpr std::chrono::milliseconds kProgressDelay{1000};
-
-// Decides by the option on errors, tells the first faults, and counts.
-class Faults : public FaultListener {
- public:
-  Faults(OnError onError, std::ostream& messages, const std::string& input, std::function<void()> beforeText)
-      : onError_(onError), messages_(messages), input_(input), beforeText_(std::move(beforeText)) {}
-
-  bool goOnAfter(const FieldFault& fault) override {
-    if (onError_ == OnError::stop) return false;
-    recordIsBad_ = true;
-    ++fields_;
-    if (fields_ <= kToldFaults) {
-      beforeText_();
-      messages_ << kProgram << input_ << ": " << fault.text() << '\n';
-    } else if (fields_ == kToldFaults + 1) {
-      messages_ << kProgram << input_ << ": more bad fields follow; they are only counted\n";
-    }
-    return true;
-  }
-
-  // To be called after each record; true if it is to be left out.
-  bool isSkipped() {
-    const bool wasBad = std::exchange(recordIsBad_, false);
-    if (wasBad) ++records_;
-    return wasBad && onError_ == OnError::skip;
-  }
-
-  void tellSum(std::uint64_t allRecords) const {
-    if (fields_ == 0) return;
-    messages_ << kProgram << input_ << ": " << fields_ << (fields_ == 1 ? " bad field in " : " bad fields in ")
-              << records_ << " of " << allRecords << (allRecords == 1 ? " record, " : " records, ")
-              << (onError_ == OnError::skip ? "left out\n" : "written as null\n");
-  }
-
- private:
-  const OnError onError_;
-  std::ostream& messages_;
-  const std::string& input_;
-  const std::function<void()> beforeText_;
-  std::uint64_t fields_ = 0;
-  std::uint64_t records_ = 0;
-  bool recordIsBad_ = false;
-};
 
 RecordWorker::Owner makeWorker(const RecordPlan& plan, const DecodeOptions& options, FaultListener& listener) {
   try {
@@ -67,6 +23,11 @@ RecordWorker::Owner makeWorker(const RecordPlan& plan, const DecodeOptions& opti
   } catch (const KelException& failure) {
     throw ToolError("CCSID " + std::to_string(options.record.plan.form.ccsid) + ": " + faultText(failure));
   }
+}
+
+std::unique_ptr<LineHandler> makeHandler(const RecordPlan& plan, const DecodeOptions& options) {
+  if (options.format == LineFormat::csv) return std::make_unique<CsvHandler>(plan);
+  return std::make_unique<JsonHandler>(plan.names(), JsonHandler::Options{options.pointsAsText});
 }
 
 // One run of the command, once the copybook is laid out. What the constructor throws leaves the output untouched.
@@ -77,27 +38,29 @@ class Decoding {
         input_(openInput(options.input.path, console)),
         progress_(messages_, isProgressWanted(options, console), input_.totalSize(),
                   options.progress ? std::chrono::milliseconds{0} : kProgressDelay),
-        faults_(options.onError, messages_, input_.name(), [this] { progress_.wipe(); }),
-        worker_(makeWorker(plan, options, faults_)),
+        badFields_(options.onError, messages_, input_.name(), [this] { progress_.wipe(); }),
+        worker_(makeWorker(plan, options, badFields_)),
         output_(openOutput(options.output, console, input_.descriptor())),
-        json_(plan.names(), {options.pointsAsText}) {
+        lines_(makeHandler(plan, options)) {
     worker_->setSource(&input_);
     worker_->initializeParse(-1, nullptr, -1);
-    worker_->setFIHandler(&json_, false);
+    worker_->setFIHandler(lines_.get(), false);
     if (options.check) {
       quiet_.emplace();
-      checked_.emplace(*worker_, json_);
+      checked_.emplace(*worker_, *lines_);
     }
   }
 
   // The exit code. Throws OutputError.
   int run() {
+    if (const auto* const csv = dynamic_cast<const CsvHandler*>(lines_.get())) output_.write(csv->header());
     const int code = readAll();
     progress_.wipe();
     writeLines();
     output_.close();
-    if (code == kDone) faults_.tellSum(worker_->recordsRead());
-    return code;
+    if (code != kDone) return code;
+    badFields_.tellSum(worker_->recordsRead());
+    return badFields_.hasAny() ? kBadField : kDone;
   }
 
  private:
@@ -126,7 +89,7 @@ class Decoding {
 
   int ended(int code, const std::string& text) {
     dropIfSkipped();
-    json_.discardUnfinished();
+    lines_->discardUnfinished();
     progress_.wipe();
     messages_ << kProgram << text << '\n';
     return code;
@@ -158,26 +121,26 @@ class Decoding {
 
   void finishRecord() {
     dropIfSkipped();
-    if (json_.size() >= kWriteBytes) writeLines();
+    if (lines_->lines().size() >= kWriteBytes) writeLines();
     progress_.update(static_cast<std::uint64_t>(worker_->getNumBytesParsed()));
   }
 
   void dropIfSkipped() {
-    if (faults_.isSkipped()) json_.discard();
+    if (badFields_.finishRecord() && badFields_.isSkipping()) lines_->discard();
   }
 
   void writeLines() {
-    output_.write(json_.lines());
-    json_.clear();
+    output_.write(lines_->lines());
+    lines_->clear();
   }
 
   std::ostream& messages_;
   FileInput input_;
   Progress progress_;
-  Faults faults_;
+  BadFields badFields_;
   RecordWorker::Owner worker_;
   FileOutput output_;
-  JsonHandler json_;
+  std::unique_ptr<LineHandler> lines_;
   std::optional<QuietOutput> quiet_;  // a checker's last line has no place among the lines of records
   std::optional<CheckedParts> checked_;
 };

@@ -4,21 +4,18 @@
 #include <optional>
 #include <string>
 
+#include "oxrrec/badfields.hpp"
 #include "oxrrec/options/options.hpp"
 
 namespace oxr::rec {
 
-// What becomes of a record with a field that cannot be read.
-enum class OnError : std::uint8_t {
-  stop,  // it ends the work
-  null,  // the field is null
-  skip,  // the record is left out
-};
+enum class LineFormat : std::uint8_t { json, csv };
 
 struct DecodeOptions {
   RecordOptions record;
   InputOptions input;
   std::string output = kStandardStream;  // path, or kStandardStream
+  LineFormat format = LineFormat::json;
   bool pointsAsText = false;
   OnError onError = OnError::stop;
   bool check = false;  // each record's events are held to the order that handlers expect
@@ -28,7 +25,7 @@ struct DecodeOptions {
 
 void addDecodeOptions(CLI::App& command, DecodeOptions& options);
 
-// Turns a record file into JSON lines. Failures are told in `console.messages`; the result is the exit code. Lines of
+// Turns a record file into lines. Failures are told in `console.messages`; the result is the exit code. Lines of
 // all records before a failure are written, and no part of another. Throws, as a command does, before the output is
 // touched.
 int decode(const DecodeOptions& options, const Console& console);

@@ -8,6 +8,10 @@ namespace {
 constexpr char kTopic[] = "Output";
 
 void addLineOptions(CLI::App& command, DecodeOptions& options) {
+  addChoice<LineFormat>(command, "--to", options.format, {{"json", LineFormat::json}, {"csv", LineFormat::csv}},
+                        "a JSON object a record, or a table with a column for each field, arrays as NAME(1) and on, in "
+                        "comma-separated values [json]")
+      ->group(kTopic);
   addChoice<bool>(command, "--decimals", options.pointsAsText, {{"number", false}, {"text", true}},
                   "write numbers with a decimal point as JSON numbers or as strings [number]")
       ->group(kTopic);

@@ -16,10 +16,12 @@
 
 #include "records/checkedparts.hpp"
 #include "records/copybook/copybook.hpp"
+#include "records/csv/csv.hpp"
 #include "records/fields/fields.hpp"
 #include "records/framing/framing.hpp"
 #include "records/json/json.hpp"
 #include "records/layout.hpp"
+#include "records/linehandler.hpp"
 #include "records/recordhandler.hpp"
 #include "records/recordplan.hpp"
 #include "records/recordworker.hpp"

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "records/json/line.hpp"
-#include "records/recordhandler.hpp"
+#include "records/linehandler.hpp"
 
 // The way into this folder: the events of a record worker become JSON lines.
 
@@ -17,10 +17,7 @@ namespace oxr::rec {
 //   INTEGER  a number
 //   DECIMAL  a number with all its digits
 //   null     null
-//
-// Lines gather in memory: a record is there whole or not at all, since its user takes the lines between two records and
-// discards one that a fault ended.
-class JsonHandler : public RecordHandler {
+class JsonHandler : public LineHandler {
  public:
   struct Options {
     bool pointsAsText = false;  // a decimal with a point as a string
@@ -39,16 +36,12 @@ class JsonHandler : public RecordHandler {
   void endElement(const unsigned short* name, const WorkerInfoPtr& info) override;
   void data(const PWFData& value, const WorkerInfoPtr& info, int index, int flags) override;
 
-  // Forgets the last record, finished or not.
-  void discard();
-  // Forgets a record that was begun and not finished.
-  void discardUnfinished() {
+  void discard() override;
+  void discardUnfinished() override {
     if (isInRecord_) discard();
   }
-  // The lines so far, to be taken between two records; clear() drops them.
-  std::string_view lines() const { return {out_.GetString(), out_.GetSize()}; }
-  std::size_t size() const { return out_.GetSize(); }
-  void clear();
+  std::string_view lines() const override { return {out_.GetString(), out_.GetSize()}; }
+  void clear() override;
 
  private:
   const JsonKey& keyFor(const unsigned short* name) {

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <ostream>
+#include <string>
+
+#include "records/records.hpp"
+
+namespace oxr::rec {
+
+// What becomes of a record with a field that cannot be read.
+enum class OnError : std::uint8_t {
+  stop,  // it ends the work
+  null,  // the field is null
+  skip,  // the record is left out
+};
+
+// Decides by the option on errors, tells the first bad fields, and counts.
+class BadFields : public FaultListener {
+ public:
+  // `input` is what messages call the input; `beforeText` is called before each.
+  BadFields(OnError onError, std::ostream& messages, std::string input, std::function<void()> beforeText);
+
+  bool goOnAfter(const FieldFault& fault) override;
+  // To be called after each record: whether it has a bad field.
+  bool finishRecord();
+  // Whether a record with a bad field is left out.
+  bool isSkipping() const { return onError_ == OnError::skip; }
+  // Whether there was any.
+  bool hasAny() const { return fields_ != 0; }
+  void tellSum(std::uint64_t allRecords) const;
+
+ private:
+  const OnError onError_;
+  std::ostream& messages_;
+  const std::string input_;
+  const std::function<void()> beforeText_;
+  std::uint64_t fields_ = 0;
+  std::uint64_t records_ = 0;
+  bool recordIsBad_ = false;
+};
+
+}  // namespace oxr::rec

@@ -1,0 +1,121 @@
+#include "records/csv/csv.hpp"
+
+#include <algorithm>
+
+#include "kelwstringconvertor.hpp"
+
+// The values of a record are written one after the other into a buffer, with their places by column, and put in the
+// order of the columns at its end: kinds of record that share columns need not have them in the same order.
+
+namespace oxr::rec {
+
+std::string csvQuoted(std::string_view value) {
+  if (value.find_first_of("\",\r\n") == std::string_view::npos) return std::string(value);
+  std::string quoted = "\"";
+  for (const char c : value)
+    quoted.append(c == '"' ? 2 : 1, c);
+  return quoted + '"';
+}
+
+CsvHandler::CsvHandler(const RecordPlan& plan) : columns_(plan), cells_(columns_.count()) {}
+
+std::string CsvHandler::header() const {
+  std::string row;
+  for (const std::string& name : columns_.names())
+    row += (row.empty() ? "" : ",") + csvQuoted(name);
+  return row + '\n';
+}
+
+void CsvHandler::startMessage(const WorkerInfoPtr&, const WorkerInfoPtr&) {
+  lineStart_ = lines_.size();
+  isInRecord_ = true;
+  std::fill(cells_.begin(), cells_.end(), Cell{});
+  values_.Clear();
+  open_.assign(1, {0, 0, 0});
+}
+
+void CsvHandler::endMessage(const WorkerInfoPtr&) {
+  if (open_.size() != 1) throw FIHandlerException();
+  const char* const values = values_.GetString();
+  for (const Cell& cell : cells_) {
+    lines_.append(values + cell.begin, cell.end - cell.begin);
+    lines_ += ',';
+  }
+  // A row without a column is an empty line.
+  if (cells_.empty()) lines_ += ',';
+  lines_.back() = '\n';
+  isInRecord_ = false;
+}
+
+std::uint32_t CsvHandler::enter(const unsigned short* name, unsigned short type) {
+  Open& around = open_.back();
+  const auto& nodes = columns_.nodes();
+  const std::vector<std::uint32_t>& children = nodes[around.node].children;
+  for (std::size_t tried = 0; tried < children.size(); ++tried, ++around.next) {
+    if (around.next >= children.size()) around.next = 0;
+    const std::uint32_t child = children[around.next];
+    // The occurrences of an array have its name.
+    if (nodes[child].type == type && nodes[child].name == name) {
+      ++around.next;
+      return child;
+    }
+  }
+  throw FIHandlerException();
+}
+
+void CsvHandler::startElement(const unsigned short* name, unsigned short type, const WorkerInfoPtr&, int index, int) {
+  const std::uint32_t node = enter(name, type);
+  const CsvColumns::Node& here = columns_.nodes()[node];
+  const std::uint32_t occurrence = index < 0 ? 0 : static_cast<std::uint32_t>(index) * here.width;
+  open_.push_back({node, open_.back().column + here.column + occurrence, 0});
+}
+
+void CsvHandler::endElement(const unsigned short*, const WorkerInfoPtr&) {
+  if (open_.size() < 2) throw FIHandlerException();
+  open_.pop_back();
+}
+
+void CsvHandler::data(const PWFData& value, const WorkerInfoPtr&, int, int) {
+  if (columns_.nodes()[open_.back().node].type != kFieldElement) throw FIHandlerException();
+  if (value.isNull() || value.isNothing()) return;
+  Cell& cell = cells_.at(open_.back().column);
+  cell.begin = values_.GetSize();
+  if (value.getDataLogicalType() == STRING) {
+    const UnitView text = value.getPWFStringValue().view();
+    std::size_t size = text.size();
+    while (size != 0 && text[size - 1] == ' ')
+      --size;
+    const std::string quoted = size == 0 ? "\"\"" : csvQuoted(toUtf8(text.substr(0, size)));
+    std::copy(quoted.begin(), quoted.end(), values_.Push(quoted.size()));
+  } else {
+    number(value);
+  }
+  cell.end = values_.GetSize();
+}
+
+void CsvHandler::number(const PWFData& value) {
+  switch (value.getDataLogicalType()) {
+    case DECIMAL:
+      return writer_.decimal({value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength())}, false);
+    case INTEGER:
+      return writer_.integer(value.getInt64Value());
+    default:
+      throw FIHandlerException();
+  }
+}
+
+void CsvHandler::discard() {
+  lines_.resize(lineStart_);
+  isInRecord_ = false;
+}
+
+void CsvHandler::discardUnfinished() {
+  if (isInRecord_) discard();
+}
+
+void CsvHandler::clear() {
+  lines_.clear();
+  lineStart_ = 0;
+}
+
+}  // namespace oxr::rec
