@@ -15,6 +15,8 @@ constexpr const char* kCases[][4] = {
     {"05 G. 10 A PIC X. 10 H. 15 A PIC X. 05 A PIC X.", "abc", "--flat", "A,A(2),A(3)|a,b,c|"},
     {"05 N PIC 9. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N. 05 B PIC X.", "2xyb0 ", "",
      "N,A(1),A(2),A(3),B|2,x,y,,b|0,,,,\"\"|"},
+    {"05 N PIC 9. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N. 05 B PIC X.", "9xyzb", "--odo fixed --on-error null",
+     "N,A(1),A(2),A(3),B|9,,,,b|"},
     {"05 A OCCURS 2. 10 B OCCURS 2. 15 C PIC 9. 15 D PIC X.", "1a2b3c4d", "",
      "A(1).B(1).C,A(1).B(1).D,A(1).B(2).C,A(1).B(2).D,A(2).B(1).C,A(2).B(1).D,A(2).B(2).C,A(2).B(2).D|1,a,2,b,3,c,4,"
      "d|"},

@@ -44,6 +44,9 @@ void CsvColumns::addKind(const RecordPlan& plan, std::uint32_t begin, std::uint3
       case Op::endArray:
         open.pop_back();
         break;
+      case Op::choose:
+      case Op::jump:
+        break;
     }
   }
 }

@@ -54,8 +54,8 @@ std::uint32_t CsvHandler::enter(const unsigned short* name, unsigned short type)
   for (std::size_t tried = 0; tried < children.size(); ++tried, ++around.next) {
     if (around.next >= children.size()) around.next = 0;
     const std::uint32_t child = children[around.next];
-    // The occurrences of an array have its name.
-    if (nodes[child].type == type && nodes[child].name == name) {
+    // An array whose count is not known comes as a field that is null.
+    if (nodes[child].name == name && (nodes[child].type == type || type == kFieldElement)) {
       ++around.next;
       return child;
     }
@@ -76,8 +76,8 @@ void CsvHandler::endElement(const unsigned short*, const WorkerInfoPtr&) {
 }
 
 void CsvHandler::data(const PWFData& value, const WorkerInfoPtr&, int, int) {
-  if (columns_.nodes()[open_.back().node].type != kFieldElement) throw FIHandlerException();
   if (value.isNull() || value.isNothing()) return;
+  if (columns_.nodes()[open_.back().node].type != kFieldElement) throw FIHandlerException();
   Cell& cell = cells_.at(open_.back().column);
   cell.begin = values_.GetSize();
   if (value.getDataLogicalType() == STRING) {
