@@ -57,7 +57,7 @@ class Composer {
   static constexpr unsigned kDeepest = 8;
 
   void entry(unsigned level, const std::string& name, const std::string& clauses) {
-    text += "       " + std::to_string(level) + ' ' + name + ' ' + clauses + ".\n";
+    text += "       " + std::to_string(level) + ' ' + name + "\n           " + clauses + ".\n";
   }
 
   void children(unsigned depth) {
@@ -107,7 +107,7 @@ inline void checkLinks(const Layout& layout, ItemIndex i) {
           "a redefinition does not lead to an earlier sibling with bytes of its own");
   require(item.offset == origin.offset && item.areaSize == 0 && origin.areaSize >= item.totalSize(),
           "a redefinition does not lie in the area of what it redefines");
-  require(!item.movesWhatFollows() && !origin.movesWhatFollows(), "a counted array takes part in a redefinition");
+  require(!item.movesWhatFollows() && !origin.movesWhatFollows(), "a redefinition moves what follows it");
 }
 
 // Children follow one another without gaps and fill their group.
@@ -124,12 +124,13 @@ inline void checkSizes(const Layout& layout, ItemIndex group) {
     require(item.size > 0 && item.occurs.min <= item.occurs.max && item.occurs.max > 0, "an item has no bytes");
     require(std::uint64_t{item.size} * item.occurs.max <= kMaxRecordBytes, "an item passes the limit");
     if (item.redefines != kNoItem) continue;
-    require(item.offset == end && item.hasFixedOffset == !isMoved && item.areaSize == areas[i],
+    require(item.offset == end + item.slack && item.hasFixedOffset == !isMoved && item.areaSize == areas[i],
             "an item does not follow the one before it");
-    end += item.areaSize;
+    end = item.offset + item.areaSize;
     isMoved = isMoved || item.movesWhatFollows();
   }
-  require(end == layout.items[group].size && end <= kMaxRecordBytes, "a group is not the sum of its items");
+  require(end <= layout.items[group].size && layout.items[group].size - end < 8 && end <= kMaxRecordBytes,
+          "a group is not the sum of its items");
   require(layout.items[group].hasVariableSize == isMoved, "a group does not know whether it varies in size");
 }
 

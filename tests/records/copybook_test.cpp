@@ -45,7 +45,14 @@ constexpr char kFields[] =
     "USAGE_COMPUTATIONAL-2 longFloat_8; "
     // Edited pictures: S, V and P take no byte, CR and DB two.
     "PIC_+9(8) edited_9; PIC_Z(6)VZZ- edited_9; PIC_$$,$$9.99CR,_VALUE_0 edited_11; "
-    "PIC_**9.99db_BLANK_WHEN_ZERO edited_8; PIC_S9(3).99 edited_6; PIC_X(3)_IS_GLOBAL_SYNC text_3";
+    "PIC_**9.99db_BLANK_WHEN_ZERO edited_8; PIC_S9(3).99 edited_6; PIC_X(3)_IS_GLOBAL_SYNC text_3; "
+    // Wide characters, packed digits without a sign, and usages without a picture.
+    "PIC_N(3) national_6; PIC_NBN_USAGE_NATIONAL national_6; PIC_N(3)_DISPLAY-1 dbcs_6; PIC_G(2) dbcs_4; "
+    "PIC_9(5)_COMP-6 unsignedPacked_3_5.0; PIC_9(3)V9_COMPUTATIONAL-6 unsignedPacked_2_4.1; FLOAT-SHORT shortFloat_4; "
+    "BINARY-CHAR nativeBinary_1_3.0-; BINARY-SHORT_UNSIGNED nativeBinary_2_5.0; BINARY-LONG_SIGNED "
+    "nativeBinary_4_10.0-; "
+    "BINARY-DOUBLE_UNSIGNED nativeBinary_8_20.0; POINTER opaque_4; USAGE_IS_INDEX opaque_4; "
+    "PROCEDURE-POINTER opaque_8";
 
 TEST(Copybook, FieldsHaveKindSizeDigitsAndSign) {
   constexpr const char* kSigns[] = {"", " <in", " in>", " <out", " out>"};
@@ -87,6 +94,22 @@ constexpr Case kRecords[] = {
      "R 0 7; N 0 2 external; G 2 4; A 2 1 text, 1 to 3 times by N; B var 1 text; C var 1 text"},
     {"01 R. 05 N PIC 9. 05 G OCCURS 2 DEPENDING N. 10 M PIC 9. 10 H OCCURS 3 DEPENDING ON M OF G IN R. 15 F PIC X.",
      "R 0 9; N 0 1 external; G 1 4 group 0 to 2 times by N; M 1 1 external; H 2 1 group 0 to 3 times by M; F 2 1 text"},
+    // In an area that is redefined they move what follows in their own alternative only.
+    {"01 R. 05 N PIC 9. 05 A. 10 B PIC X OCCURS 0 TO 3 DEPENDING N. 10 C PIC X. 05 D REDEFINES A. 10 E PIC X. 10 F PIC "
+     "X OCCURS 1 TO 5 DEPENDING ON N. 10 G PIC X. 05 H PIC X.",
+     "R 0 9; N 0 1 external; A 1 4; B 1 1 text, 0 to 3 times by N; C var 1 text; D 1 7 group redefines A; E 1 1 text; "
+     "F 2 1 text, 1 to 5 times by N; G var 1 text; H 8 1 text"},
+    // Slack before the group that starts with a synchronized item, and at the end of each occurrence.
+    {"01 R. 05 A PIC X. 05 G OCCURS 2. 10 B PIC S9(8) COMP SYNC. 10 C PIC X. 05 D PIC X. 05 E REDEFINES D PIC 9(4) "
+     "BINARY SYNC.",
+     "R 0 22; A 0 1 text; G 4 8 group 2 times, after 3 slack bytes; B 4 4 binary; C 8 1 text; D 20 1 text; E 20 2 "
+     "binary, redefines D"},
+    // A group synchronizes what lies below it; packed and external numbers need no boundary.
+    {"01 R SYNC. 05 A PIC X. 05 B PIC 9(10) COMP. 05 C PIC 9 COMP-3. 05 D COMP-2. 05 E PIC 9. 05 F PIC 9(3) COMP-5. 05 "
+     "P POINTER.",
+     "R 0 32; A 0 1 text; B 4 8 binary, after 3 slack bytes; C 12 1 packed; D 16 8 longFloat after 3 slack bytes; E 24 "
+     "1 "
+     "external; F 26 2 nativeBinary 9(3), after 1 slack byte; P 28 4 opaque"},
     // The nearest counter of that name counts.
     {"01 R. 05 N PIC 9. 05 G OCCURS 2. 10 N PIC 99. 10 A PIC X OCCURS 1 TO 4 DEPENDING ON N.",
      "R 0 13; N 0 1 external; G 1 6 group 2 times; N 1 2 external; A 3 1 text, 1 to 4 times by N"},
@@ -144,7 +167,7 @@ constexpr Case kErrors[] = {
     {"05 A PIC X(0).", "1:12: expected a repeat count of 1 or more and ')'"},
     {"05 A PIC X(999999999999).", "1:12: the repeat count is too large"},
     {"05 A PIC Q.", "1:10: unknown symbol in the picture"},
-    {"05 A PIC N(5).", "1:10: national text (N) is not supported"},
+    {"05 A PIC N(5)X.", "1:10: N or G can't stand with these symbols in a picture"},
     {"05 A PIC 9S.", "1:11: S must stand once, in front of the picture"},
     {"05 A PIC 9V9V9.", "1:13: V must stand once, where the point is"},
     {"05 A PIC 9P9.", "1:12: P must stand at one end of the picture"},
@@ -155,19 +178,19 @@ constexpr Case kErrors[] = {
     // Clauses against each other.
     {"05 A.", "1:1: A has no picture and no items below it"},
     {"05 A PIC X. 10 B PIC X.", "1:10: an entry with items below it can't have a picture"},
-    {"05 A POINTER.", "1:6: the usage POINTER is not supported"},
+    {"05 A COMP-X PIC 9.", "1:6: the usage COMP-X is not supported"},
+    {"05 A PIC S9 COMP-6.", "1:10: a COMP-6 number has no sign"},
+    {"05 A PIC X NATIONAL.", "1:12: NATIONAL needs a picture of N"},
+    {"05 A PIC 9 NATIONAL.", "1:10: numbers of USAGE NATIONAL or DISPLAY-1 are not supported"},
     {"05 A PIC X COMP-3.", "1:12: this usage needs a picture of S, 9, V and P only"},
-    {"05 A PIC 9 COMP-1.", "1:10: a COMP-1 or COMP-2 item has no picture"},
+    {"05 A PIC 9 COMP-1.", "1:10: an item of this usage has no picture"},
     {"05 A PIC S9 COMP SIGN LEADING.", "1:18: SIGN is for numbers of USAGE DISPLAY only"},
     {"05 A PIC 9 SIGN X.", "1:17: expected LEADING or TRAILING after SIGN, found 'X'"},
-    {"01 R SYNC. 05 A PIC 9 COMP.", "1:12: SYNCHRONIZED binary numbers and floats are not supported"},
     {"77 A PIC X. 01 R PIC X.", "1:1: a level 77 item beside other records is not supported"},
     // Redefinitions.
     {"05 A PIC X. 05 B REDEFINES Z PIC X.", "1:28: REDEFINES names 'Z', which is no earlier item of the same group"},
     {"05 A PIC X. 05 C PIC X. 05 B REDEFINES A PIC X.", "1:40: other items stand between 'A' and what redefines it"},
     {"01 R REDEFINES S. 05 A PIC X.", "1:16: REDEFINES names 'S', which is no earlier record"},
-    {"05 N PIC 9. 05 A PIC X. 05 B REDEFINES A. 10 C PIC X OCCURS 1 TO 2 DEPENDING N.",
-     "1:40: items with a counted array can't take part in REDEFINES"},
     // Arrays.
     {"05 A OCCURS FIVE PIC X.", "1:13: expected a number of times after OCCURS, found 'FIVE'"},
     {"05 A OCCURS 5 TO 3 DEPENDING ON N PIC X.", "1:13: the number of times must be 1 or more, a range must rise"},

@@ -36,6 +36,7 @@ std::string notes(const Layout& layout, const Item& item) {
   } else if (item.occurs.isArray) {
     text << ", " << item.occurs.max << " times";
   }
+  if (item.slack != 0) text << ", after " << item.slack << (item.slack == 1 ? " slack byte" : " slack bytes");
   if (item.redefines != kNoItem) text << ", redefines " << displayName(layout.items[item.redefines]);
   if (item.isWideBinary()) text << ", wider than 18 digits";
   std::string result = text.str();

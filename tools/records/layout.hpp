@@ -68,7 +68,8 @@ struct Item {
   // digits, scale -3).
   std::uint16_t digits = 0;
   std::int16_t scale = 0;
-  bool isSigned = false;             // also of an edited picture that starts with S
+  bool isSigned = false;  // also of an edited picture that starts with S: no compiler takes it, but files with
+                          // an included sign and a point in their digits are described so
   SignPlace sign = SignPlace::none;  // external only; none if not signed
 
   bool isJustifiedRight = false;  // text: padded with leading blanks, not trailing ones
@@ -83,8 +84,13 @@ struct Item {
   std::uint32_t offset = 0;
   bool hasFixedOffset = true;
 
+  // Bytes without a meaning directly before the item, which SYNCHRONIZED put there; they are counted in `offset`.
+  // Counts in a record do not change them, nor those at the end of an occurrence, which are counted in its `size`.
+  std::uint32_t slack = 0;
+
   // Bytes that the item takes in its group, all occurrences and all that redefines it included, at the largest: what
-  // follows starts at offset + areaSize. 0 for an item that redefines another, since its bytes are counted there.
+  // follows starts at offset + areaSize, after its own slack. 0 for an item that redefines another, since its bytes are
+  // counted there.
   std::uint32_t areaSize = 0;
 
   // A counted array lies somewhere below, so that one occurrence may be shorter than `size`.
@@ -93,7 +99,10 @@ struct Item {
   Occurs occurs;
 
   // The item whose bytes this one shows again, or kNoItem. It is an earlier sibling that itself redefines nothing,
-  // however long the chain in the copybook is. Neither has variable size.
+  // however long the chain in the copybook is.
+  //
+  // Such an area of bytes has always the room of the longest of its alternatives, counted arrays at their largest:
+  // short arrays move what follows within their alternative, but nothing after the area.
   ItemIndex redefines = kNoItem;
   bool isRedefined = false;
 
@@ -109,8 +118,11 @@ struct Item {
   bool isFiller() const { return name.empty(); }
   // The bytes of all occurrences together, at the largest.
   std::uint32_t totalSize() const { return size * occurs.max; }
-  // True if the bytes after this item move with a count in the record.
-  bool movesWhatFollows() const { return hasVariableSize || occurs.isCounted(); }
+  bool isAlternative() const { return isRedefined || redefines != kNoItem; }
+  // True if a count in the record tells how many bytes this item has.
+  bool isVariable() const { return hasVariableSize || occurs.isCounted(); }
+  // True if the items after this one move with a count in the record.
+  bool movesWhatFollows() const { return isVariable() && !isAlternative(); }
   // A binary number of more than 18 digits: laid out here, but wider than any machine integer.
   bool isWideBinary() const { return (kind == Kind::binary || kind == Kind::nativeBinary) && size > 8; }
 };
@@ -125,10 +137,13 @@ struct Item {
 //
 // A walker that follows short arrays goes through a group like this, `at` being where the next item starts:
 //
-//   begin = item.redefines != kNoItem ? begin of that sibling : at;
+//   begin = item.redefines != kNoItem ? begin of that sibling : at + item.slack;
 //   read item.occurs.max, or the value in its counter's slot, occurrences from `begin` on;
 //   if item.redefines == kNoItem:
 //     at = item.movesWhatFollows() ? where the last occurrence ended : begin + item.areaSize
+//
+// An occurrence ends where the last item in it does, and the slack at its end after that: in all it has size less the
+// bytes of the occurrences that are missing below.
 //
 // An item with hasVariableSize false can be passed over without a look at what lies below.
 struct Layout {

@@ -27,6 +27,8 @@ ESign signOf(const Item& item) {
 std::string refusal(const Item& item) {
   if (item.kind == Kind::shortFloat || item.kind == Kind::longFloat)
     return "a floating-point field (COMP-1, COMP-2) cannot be decoded yet";
+  if (item.kind == Kind::edited && item.isSigned)
+    return "the picture " + item.picture + " has an S among editing symbols, where no character shows the sign";
   if (item.kind >= Kind::national)
     return "a field of this usage (" + std::string(kindName(item.kind)) + ") cannot be decoded yet";
   if (item.isWideBinary())
@@ -70,6 +72,8 @@ class PlanCompiler {
 
   void item(ItemIndex index, std::uint32_t offset, Scope* scope) {
     const Item& entry = items_[index];
+    if (entry.isAlternative() && entry.isVariable())
+      refuse(entry, "an array with DEPENDING ON in a redefinition cannot be decoded yet");
     if (entry.isFiller() && !(entry.isGroup() ? hasNames(index) : options_.showsFillers)) scope = nullptr;
     if (scope == nullptr && !mustBeWalked(entry)) return;
     if (entry.occurs.isArray)
@@ -103,7 +107,7 @@ class PlanCompiler {
     step.name = name;
     step.isOccurrence = isOccurrence;
     if (!entry.isGroup()) {
-      refuse(entry);
+      refuse(entry, refusal(entry));
       step.slot = entry.counterSlot;
       add(step);
     } else if (name == Step::kNoName) {
@@ -166,8 +170,7 @@ class PlanCompiler {
     return known->second;
   }
 
-  void refuse(const Item& entry) {
-    const std::string reason = refusal(entry);
+  void refuse(const Item& entry, const std::string& reason) {
     if (reason.empty()) return;
     if (!refusals_.empty()) refusals_ += '\n';
     refusals_ += layout_.fileName + ':' + std::to_string(entry.line) + ": " +

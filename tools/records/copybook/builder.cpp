@@ -1,50 +1,20 @@
 #include "records/copybook/builder.hpp"
 
 #include <algorithm>
-#include <array>
 
 #include "records/copybook/counters.hpp"
+#include "records/copybook/fieldshape.hpp"
+#include "records/copybook/placement.hpp"
 
 // From entries to a layout, in this order:
 //   1. choose the record: the entries from one level 01 to the next
 //   2. turn each entry into an item below its group: kind and size of fields, what REDEFINES means
 //   3. find the counter of each counted array: all items must be known for that
-//   4. place the items of each group, inner groups first, so that a group's size is known when its own turn comes
+//   4. place the items of each group
 
 namespace oxr::rec::copybook {
 
 namespace {
-
-constexpr unsigned kMaxBinaryDigits = 38;
-constexpr unsigned kIntegerDigits = 18;  // a binary number of more is wider than 8 bytes
-
-struct BinarySize {
-  unsigned digits;  // up to
-  std::uint32_t bytes;
-};
-constexpr BinarySize kBinarySizes[] = {{4, 2}, {9, 4}, {kIntegerDigits, 8}};
-
-std::uint32_t binaryBytes(unsigned digits) {
-  for (const BinarySize& size : kBinarySizes)
-    if (digits <= size.digits) return size.bytes;
-  // The number needs the bits of its digits and a sign. A digit has log2(10) bits, rounded up here by so little that 38
-  // digits do not show it.
-  constexpr unsigned kScale = 10000000;
-  constexpr unsigned kBitsPerDigit = 33219281;
-  const std::uint32_t bits = (digits * kBitsPerDigit + kScale - 1) / kScale + 1;
-  return (bits + 7) / 8;
-}
-
-// The kind of a number by its usage. Of DISPLAY the picture decides whether it is a number.
-constexpr std::array<Kind, 6> kKinds = {Kind::external, Kind::binary,     Kind::nativeBinary,
-                                        Kind::packed,   Kind::shortFloat, Kind::longFloat};
-
-constexpr SignPlace kSignPlaces[2][2] = {{SignPlace::trailingIncluded, SignPlace::trailingSeparate},
-                                         {SignPlace::leadingIncluded, SignPlace::leadingSeparate}};
-
-bool isFloat(Usage usage) {
-  return usage == Usage::shortFloat || usage == Usage::longFloat;
-}
 
 struct Record {
   std::string_view name;
@@ -65,21 +35,9 @@ std::vector<Record> splitRecords(std::span<const Entry> entries) {
   return records;
 }
 
-// What a group hands down to the entries below it.
-struct Inherited {
-  Usage usage = Usage::display;
-  std::optional<SignClause> sign;
-  bool isSynchronized = false;
-
-  Inherited with(const Entry& entry) const {
-    return {entry.usage ? entry.usage->usage : usage, entry.sign ? entry.sign : sign,
-            isSynchronized || entry.synchronized.has_value()};
-  }
-};
-
 class LayoutBuilder {
  public:
-  explicit LayoutBuilder(const Source& source) : source_(source) {}
+  LayoutBuilder(const Source& source, const CopybookOptions& options) : source_(source), options_(options) {}
 
   Layout build(std::span<const Entry> entries, std::string_view recordName);
 
@@ -101,18 +59,14 @@ class LayoutBuilder {
   void link(Item& item, const Entry& entry);
   ItemIndex redefinedItem(const Token& name) const;
   void readOccurs(Item& item, const Entry& entry) const;
-  void readField(Item& item, const Entry& entry, const Inherited& inherited) const;
-  void readNumber(Item& item, const Entry& entry, const Inherited& inherited) const;
-  void readSign(Item& item, const Entry& entry, const std::optional<SignClause>& inherited) const;
-
-  void placeChildren(ItemIndex group);
-  std::uint32_t totalSize(ItemIndex item) const;
 
   const Source& source_;
+  const CopybookOptions& options_;
   Layout layout_;
   std::vector<Item>& items_ = layout_.items;
   std::vector<const Entry*> entries_;       // the entry of each item; null for a root that the copybook does not have
   std::vector<ItemIndex> previousSibling_;  // of each item
+  std::vector<std::uint32_t> boundaries_;   // of each item, as SYNCHRONIZED asks for it
   std::vector<OpenGroup> open_;             // the root first; empty only before it is there
 };
 
@@ -148,6 +102,7 @@ void LayoutBuilder::openGroup(unsigned level, const Inherited& inherited) {
 void LayoutBuilder::addRoot() {
   items_.emplace_back();
   entries_.push_back(nullptr);
+  boundaries_.push_back(1);
   previousSibling_.push_back(kNoItem);
   openGroup(0, {});
 }
@@ -176,14 +131,15 @@ void LayoutBuilder::addItem(const Entry& entry, bool isGroup) {
   item.level = entry.level;
   item.line = entry.place.line;
   item.next = static_cast<ItemIndex>(items_.size() + 1);
-  const Inherited inherited = (open_.empty() ? Inherited() : open_.back().inherited).with(entry);
+  const Inherited inherited = (open_.empty() ? Inherited() : open_.back().inherited).with(entry, options_.dialect);
   previousSibling_.push_back(open_.empty() ? kNoItem : open_.back().lastChild);
   if (!open_.empty()) link(item, entry);
   readOccurs(item, entry);
   if (!isGroup)
-    readField(item, entry, inherited);
+    shapeField(source_, entry, inherited, options_, item);
   else if (entry.picture)
     source_.raise(entry.picture->place, "an entry with items below it can't have a picture");
+  boundaries_.push_back(!isGroup && inherited.isSynchronized ? boundaryOf(item, options_.dialect) : 1);
   items_.push_back(std::move(item));
   entries_.push_back(&entry);
   if (isGroup) openGroup(entry.level, inherited);
@@ -220,94 +176,6 @@ void LayoutBuilder::readOccurs(Item& item, const Entry& entry) const {
   item.occurs = {true, entry.occurs->min, entry.occurs->max, kNoSlot};
 }
 
-void LayoutBuilder::readField(Item& item, const Entry& entry, const Inherited& inherited) const {
-  const Usage usage = inherited.usage;
-  item.kind = kKinds[static_cast<std::size_t>(usage)];
-  if (inherited.isSynchronized && usage != Usage::display && usage != Usage::packed)
-    source_.raise(entry.synchronized.value_or(entry.place), "SYNCHRONIZED binary numbers and floats are not supported");
-  if (isFloat(usage)) {
-    if (entry.picture) source_.raise(entry.picture->place, "a COMP-1 or COMP-2 item has no picture");
-    item.size = usage == Usage::shortFloat ? 4 : 8;
-    return;
-  }
-  if (!entry.picture)
-    source_.raise(entry.place, (item.isFiller() ? "the entry" : item.name) + " has no picture and no items below it");
-  const Picture& picture = entry.picture->picture;
-  item.picture = entry.picture->text;
-  item.isSigned = picture.isSigned;
-  if (picture.category == Picture::Category::numeric) {
-    readNumber(item, entry, inherited);
-    return;
-  }
-  if (usage != Usage::display)
-    source_.raise(entry.usage ? entry.usage->place : entry.place, "this usage needs a picture of S, 9, V and P only");
-  if (entry.sign) source_.raise(entry.sign->place, "SIGN needs a picture of S, 9, V and P only");
-  item.kind = picture.category == Picture::Category::text ? Kind::text : Kind::edited;
-  item.isJustifiedRight = entry.isJustified;
-  item.size = picture.characters;
-}
-
-void LayoutBuilder::readNumber(Item& item, const Entry& entry, const Inherited& inherited) const {
-  const Picture& picture = entry.picture->picture;
-  item.digits = picture.digits;
-  item.scale = picture.scale;
-  if (item.kind == Kind::external) {
-    item.size = picture.digits;
-    item.isBlankWhenZero = entry.isBlankWhenZero;
-    readSign(item, entry, inherited.sign);
-    return;
-  }
-  if (entry.sign) source_.raise(entry.sign->place, "SIGN is for numbers of USAGE DISPLAY only");
-  if (item.kind == Kind::packed) {
-    item.size = picture.digits / 2U + 1;
-    return;
-  }
-  if (picture.digits > kMaxBinaryDigits)
-    source_.raise(entry.picture->place, "a binary number has at most " + std::to_string(kMaxBinaryDigits) + " digits");
-  item.size = binaryBytes(picture.digits);
-}
-
-// A SIGN clause of the field itself makes it signed even if its picture has no S; one that is handed down does not.
-void LayoutBuilder::readSign(Item& item, const Entry& entry, const std::optional<SignClause>& inherited) const {
-  if (entry.sign) item.isSigned = true;
-  if (!item.isSigned) return;
-  const SignClause clause = inherited.value_or(SignClause{});
-  item.sign = kSignPlaces[clause.isLeading][clause.isSeparate];
-  if (clause.isSeparate) ++item.size;
-}
-
-std::uint32_t LayoutBuilder::totalSize(ItemIndex item) const {
-  const std::uint64_t total = std::uint64_t{items_[item].size} * items_[item].occurs.max;
-  if (total > kMaxRecordBytes) source_.raise(entries_[item]->place, "the item is longer than 256 MiB");
-  return static_cast<std::uint32_t>(total);
-}
-
-void LayoutBuilder::placeChildren(ItemIndex group) {
-  std::uint32_t end = 0;  // of all placed so far, at most kMaxRecordBytes
-  bool isMoved = false;
-  for (ItemIndex child = group + 1; child < items_[group].next; child = items_[child].next) {
-    Item& item = items_[child];
-    const std::uint32_t total = totalSize(child);
-    if (item.redefines == kNoItem) {
-      item.offset = end;
-      item.hasFixedOffset = !isMoved;
-      item.areaSize = total;
-      isMoved = isMoved || item.movesWhatFollows();
-    } else {
-      Item& origin = items_[item.redefines];
-      if (item.movesWhatFollows() || origin.movesWhatFollows())
-        source_.raise(entries_[child]->redefines->place, "items with a counted array can't take part in REDEFINES");
-      item.offset = origin.offset;
-      item.hasFixedOffset = origin.hasFixedOffset;
-      origin.areaSize = std::max(origin.areaSize, total);
-    }
-    end = std::max(end, item.offset + total);
-    if (end > kMaxRecordBytes) source_.raise(entries_[child]->place, "the record is longer than 256 MiB");
-  }
-  items_[group].size = end;
-  items_[group].hasVariableSize = isMoved;
-}
-
 Layout LayoutBuilder::build(std::span<const Entry> entries, std::string_view recordName) {
   const std::vector<Record> records = splitRecords(entries);
   const Record record = choose(records, recordName);
@@ -316,8 +184,7 @@ Layout LayoutBuilder::build(std::span<const Entry> entries, std::string_view rec
   checkRecordRedefines(records, record);
   addItems(record);
   findCounters(source_, entries_, layout_);
-  for (auto i = static_cast<ItemIndex>(items_.size()); i-- > 0;)
-    if (items_[i].isGroup()) placeChildren(i);
+  placeItems(source_, entries_, std::move(boundaries_), options_.dialect, items_);
   return std::move(layout_);
 }
 
@@ -330,8 +197,9 @@ std::vector<std::string> recordNames(std::span<const Entry> entries) {
   return names;
 }
 
-Layout buildLayout(const Source& source, std::span<const Entry> entries, std::string_view recordName) {
-  return LayoutBuilder(source).build(entries, recordName);
+Layout buildLayout(const Source& source, std::span<const Entry> entries, std::string_view recordName,
+                   const CopybookOptions& options) {
+  return LayoutBuilder(source, options).build(entries, recordName);
 }
 
 }  // namespace oxr::rec::copybook

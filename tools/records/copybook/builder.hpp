@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "records/copybook/copybook.hpp"
 #include "records/copybook/entries.hpp"
 #include "records/layout.hpp"
 
@@ -14,6 +15,7 @@ namespace oxr::rec::copybook {
 std::vector<std::string> recordNames(std::span<const Entry> entries);
 
 // Lays out one record: the named one, or the first if `recordName` is empty. Throws CopybookError.
-Layout buildLayout(const Source& source, std::span<const Entry> entries, std::string_view recordName);
+Layout buildLayout(const Source& source, std::span<const Entry> entries, std::string_view recordName,
+                   const CopybookOptions& options);
 
 }  // namespace oxr::rec::copybook

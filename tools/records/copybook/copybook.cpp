@@ -12,15 +12,17 @@ namespace oxr::rec {
 
 // The source keeps views of the text and the name, and so must lie where they do.
 struct Copybook::Content {
-  Content(std::string_view copybookText, std::string_view name, const CopybookOptions& options)
+  Content(std::string_view copybookText, std::string_view name, const CopybookOptions& copybookOptions)
       : text(copybookText),
         fileName(name),
         source(text, fileName),
+        options(copybookOptions),
         entries(copybook::readEntries(source, options.format)) {}
 
   std::string text;
   std::string fileName;
   copybook::Source source;
+  CopybookOptions options;
   std::vector<copybook::Entry> entries;
 };
 
@@ -44,7 +46,7 @@ std::vector<std::string> Copybook::recordNames() const {
 }
 
 Layout Copybook::layout(std::string_view recordName) const {
-  return copybook::buildLayout(content_->source, content_->entries, recordName);
+  return copybook::buildLayout(content_->source, content_->entries, recordName, content_->options);
 }
 
 Layout readCopybook(std::string_view text, std::string_view fileName, const CopybookOptions& options) {

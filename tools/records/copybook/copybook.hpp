@@ -21,11 +21,21 @@ enum class BinarySizes : std::uint8_t {
   oneToEight,       // 1-8: the least number of bytes that holds the digits, and the sign if there is one
 };
 
+// Where compilers differ in how they lay records out.
+//
+// mainframe: pointers have 4 bytes. SYNCHRONIZED puts binary numbers, indexes and pointers on a boundary of 2 bytes or
+//   of 4 (those of 8 bytes too), COMP-1 on one of 4 and COMP-2 on one of 8. A group's SYNCHRONIZED holds for all that
+//   lies below it, and a group that starts with such an item starts on its boundary.
+// gnucobol: pointers have 8 bytes. SYNCHRONIZED puts all of these on a boundary of their own size, 2, 4 or 8. On a
+//   group it has no effect, and slack lies directly before the item, within its group.
+enum class Dialect : std::uint8_t { mainframe, gnucobol };
+
 struct CopybookOptions {
   SourceFormat format = SourceFormat::detect;
   // The level 01 entry that readCopybook() lays out, in any case of letters; empty for the first one.
   std::string record{};
   BinarySizes binarySizes = BinarySizes::twoFourEight;
+  Dialect dialect = Dialect::mainframe;
   // Where COPY looks for the text that it names, after the folder of the file that it stands in.
   std::vector<std::filesystem::path> includeFolders{};
 };
@@ -62,21 +72,21 @@ class Copybook {
 // Lays out the record of a copybook that `options` names.
 //
 // Understood: levels 01 to 49 (siblings may differ in level), 77, 66 and 88 (read, but without storage); PICTURE,
-// USAGE, SIGN, OCCURS with DEPENDING ON, REDEFINES, VALUE, JUSTIFIED, BLANK WHEN ZERO, GLOBAL, EXTERNAL. USAGE and SIGN
-// of a group hold for what lies below. SYNCHRONIZED is refused on binary numbers and floats, where it would insert
-// bytes. Entries may start below level 01: they are then the record, which has no name. A level 77 entry must stand
-// alone.
+// USAGE, SIGN, OCCURS with DEPENDING ON, REDEFINES, SYNCHRONIZED, VALUE, JUSTIFIED, BLANK WHEN ZERO, GLOBAL, EXTERNAL.
+// USAGE and SIGN of a group hold for what lies below. Entries may start below level 01: they are then the record, which
+// has no name. A level 77 entry must stand alone.
 //
-// Sizes: binary of 1 to 4 digits 2 bytes, 5 to 9 digits 4, 10 to 18 digits 8, above that the bytes that hold the
-// digits and a sign (20 digits 9 bytes, 37 digits 16); packed digits / 2 + 1; external a byte a digit and one for a
-// separate sign; a P in a picture scales and takes no byte.
+// Sizes: binary numbers as BinarySizes says, above 18 digits the bytes that hold the digits and a sign (20 digits 9
+// bytes, 37 digits 16); packed digits / 2 + 1, without a sign (digits + 1) / 2; external a byte a digit and one for a
+// separate sign; a P in a picture scales and takes no byte; 2 bytes a character of N and G. BINARY-CHAR, SHORT, LONG
+// and DOUBLE have 1, 2, 4 and 8 bytes.
 //
-// A redefinition may be longer than what it redefines: what follows starts after the longest. Bytes are never
-// inserted for alignment.
+// A redefinition may be longer than what it redefines: what follows starts after the longest. Bytes for alignment are
+// inserted for SYNCHRONIZED only.
 //
-// Throws CopybookError for text it does not understand, for what it does not support (COPY and REPLACE, national
-// text, pointers and indexes, counted arrays within REDEFINES, ...) and for layouts beyond the limits: 4 MiB of text,
-// 16384 entries, kMaxRecordBytes, 255 digits in a number and 38 in a binary one.
+// Throws CopybookError for text it does not understand, for what it does not support (COPY and REPLACE, COMP-X, ...)
+// and for layouts beyond the limits: 4 MiB of text, 16384 entries, kMaxRecordBytes, 255 digits in a number and 38 in a
+// binary one.
 Layout readCopybook(std::string_view text, std::string_view fileName, const CopybookOptions& options = {});
 
 // The same for a file; also throws CopybookError, without a place, if the file can't be read.

@@ -134,7 +134,9 @@ void EntryReader::usageByName(Entry& entry, const Token& word) {
   const auto usage = findUsage(word);
   if (!usage) source_.raise(word.place, "the usage " + upperCase(word.text) + " is not supported");
   requireUnset(entry.usage, word);
-  entry.usage = UsageClause{*usage, word.place};
+  entry.usage = UsageClause{*usage, false, word.place};
+  if (*usage >= Usage::binaryChar && *usage <= Usage::binaryDouble && !accept("SIGNED"))
+    entry.usage->isUnsigned = accept("UNSIGNED");
 }
 
 // [SIGN [IS]] LEADING|TRAILING [SEPARATE [CHARACTER]]
@@ -318,8 +320,8 @@ Entry EntryReader::readEntry(unsigned level, Place place) {
   Entry entry;
   entry.level = static_cast<std::uint8_t>(level);
   entry.place = place;
-  // A usage that would be refused anyway is taken for a name: INDEX or OBJECT are met as fields.
-  if (lexer_.peek().kind == TokenKind::word && (!findClause(lexer_.peek()) || isRefusedUsage(lexer_.peek()))) {
+  // Fields are also called INDEX or OBJECT.
+  if (lexer_.peek().kind == TokenKind::word && (!findClause(lexer_.peek()) || isUsageOrName(lexer_.peek()))) {
     const Token name = readName("a name");
     if (!name.isWord("FILLER")) entry.name = name.text;
   }

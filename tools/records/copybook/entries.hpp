@@ -14,6 +14,7 @@ namespace oxr::rec::copybook {
 
 struct UsageClause {
   Usage usage = Usage::display;
+  bool isUnsigned = false;  // BINARY-LONG UNSIGNED and the like
   Place place;
 };
 

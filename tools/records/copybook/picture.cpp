@@ -12,6 +12,8 @@
 // The runs are read first, equal neighbours joined, and the category follows from the set of symbols:
 //   numeric  [S] and 9 V P only:  [S] [V] P... 9...   |   [S] 9... P... [V]   |   [S] 9... [V] 9...
 //   text     X and A, or a mixture of X, A and 9
+//   wide     N, and B 0 / between them
+//   graphic  G, and B between them
 //   edited   every other set of symbols
 
 namespace oxr::rec::copybook {
@@ -33,8 +35,6 @@ struct Refused {
 };
 
 constexpr Refused kRefused[] = {
-    {'N', "national text (N) is not supported"},
-    {'G', "double-byte text (G) is not supported"},
     {'U', "UTF-8 text (U) is not supported"},
     {'1', "boolean pictures (1) are not supported"},
     {'E', "floating point pictures (E) are not supported"},
@@ -90,7 +90,7 @@ class PictureReader {
     }
     for (const Refused& refused : kRefused)
       if (symbol == refused.symbol) return fail(start, std::string(refused.reason));
-    if (std::string_view("XA9SVPZ*+-B0/,.$cd").find(symbol) == std::string_view::npos)
+    if (std::string_view("XA9SVPZ*+-B0/,.$cdNG").find(symbol) == std::string_view::npos)
       return fail(start, "unknown symbol in the picture");
     return true;
   }
@@ -120,8 +120,15 @@ class PictureReader {
       picture.category = Picture::Category::numeric;
       return readNumeric(picture);
     }
+    if (contains("NG")) return readWide(picture);
     picture.category = consistsOf("XA9") ? Picture::Category::text : Picture::Category::edited;
     return !contains("SVP") || !contains("XA") || fail(0, "the picture mixes a number with X or A");
+  }
+
+  bool readWide(Picture& picture) {
+    const bool isGraphic = contains("G");
+    picture.category = isGraphic ? Picture::Category::graphic : Picture::Category::wide;
+    return consistsOf(isGraphic ? "GB" : "NB0/") || fail(0, "N or G can't stand with these symbols in a picture");
   }
 
   bool countCharacters(std::uint32_t& characters) {

@@ -12,9 +12,9 @@ inline constexpr unsigned kMaxDigits = 255;
 
 // What a PICTURE string says by itself, before USAGE and SIGN are known.
 struct Picture {
-  enum class Category : std::uint8_t { text, edited, numeric };
+  enum class Category : std::uint8_t { text, edited, numeric, wide, graphic };  // wide: N, graphic: G
   Category category = Category::text;
-  std::uint32_t characters = 0;  // bytes of the field if each symbol takes one; S, V and P take none
+  std::uint32_t characters = 0;  // of the field; S, V and P take none
   std::uint16_t digits = 0;      // numeric: the 9s, 1 to kMaxDigits
   std::int16_t scale = 0;        // numeric: digits after the point, the Ps counted; negative for Ps on the right
   bool isSigned = false;         // starts with S

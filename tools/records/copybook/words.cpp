@@ -12,16 +12,35 @@ struct UsageName {
 };
 
 constexpr UsageName kUsages[] = {
-    {"DISPLAY", Usage::display},  {"COMP", Usage::binary},           {"COMP-0", Usage::binary},
-    {"COMP-4", Usage::binary},    {"BINARY", Usage::binary},         {"COMP-5", Usage::nativeBinary},
-    {"COMP-3", Usage::packed},    {"PACKED-DECIMAL", Usage::packed}, {"COMP-1", Usage::shortFloat},
+    {"DISPLAY", Usage::display},
+    {"COMP", Usage::binary},
+    {"COMP-0", Usage::binary},
+    {"COMP-4", Usage::binary},
+    {"BINARY", Usage::binary},
+    {"COMP-5", Usage::nativeBinary},
+    {"COMP-3", Usage::packed},
+    {"PACKED-DECIMAL", Usage::packed},
+    {"COMP-6", Usage::unsignedPacked},
+    {"NATIONAL", Usage::national},
+    {"DISPLAY-1", Usage::dbcs},
+    {"COMP-1", Usage::shortFloat},
+    {"FLOAT-SHORT", Usage::shortFloat},
     {"COMP-2", Usage::longFloat},
+    {"FLOAT-LONG", Usage::longFloat},
+    {"BINARY-CHAR", Usage::binaryChar},
+    {"BINARY-SHORT", Usage::binaryShort},
+    {"BINARY-LONG", Usage::binaryLong},
+    {"BINARY-DOUBLE", Usage::binaryDouble},
+    {"INDEX", Usage::index},
+    {"POINTER", Usage::pointer},
+    {"POINTER-32", Usage::pointer32},
+    {"PROCEDURE-POINTER", Usage::codePointer},
+    {"FUNCTION-POINTER", Usage::codePointer},
 };
 
 constexpr std::string_view kRefusedUsages[] = {
-    "COMP-6",           "COMP-9",        "COMP-X",      "COMP-N",       "DISPLAY-1",   "NATIONAL",          "INDEX",
-    "POINTER",          "POINTER-32",    "BINARY-CHAR", "BINARY-SHORT", "BINARY-LONG", "PROCEDURE-POINTER", "OBJECT",
-    "FUNCTION-POINTER", "BINARY-DOUBLE",
+    "COMP-9",          "COMP-X",          "COMP-N",           "COMP-10",          "OBJECT",         "UTF-8",
+    "FLOAT-BINARY-32", "FLOAT-BINARY-64", "FLOAT-DECIMAL-16", "FLOAT-DECIMAL-34", "FLOAT-EXTENDED",
 };
 
 constexpr std::string_view kOccursPhrases[] = {"DEPENDING", "ASCENDING", "DESCENDING", "INDEXED"};
@@ -60,6 +79,11 @@ std::optional<Usage> findUsage(const Token& token) {
 
 bool isRefusedUsage(const Token& token) {
   return isOneOf(shortened(token), kRefusedUsages);
+}
+
+bool isUsageOrName(const Token& token) {
+  const auto usage = findUsage(token);
+  return usage ? *usage >= Usage::index : isRefusedUsage(token);
 }
 
 bool isName(const Token& token) {
