@@ -16,6 +16,7 @@ BadFields::BadFields(OnError onError, std::ostream& messages, std::string input,
 bool BadFields::goOnAfter(const FieldFault& fault) {
   ++fields_;
   recordIsBad_ = true;
+  if (file_ != nullptr) file_->add(fault, *worker_);
   if (onError_ == OnError::stop) return false;
   if (fields_ <= kToldFields) {
     beforeText_();
@@ -26,8 +27,9 @@ bool BadFields::goOnAfter(const FieldFault& fault) {
   return true;
 }
 
-bool BadFields::finishRecord() {
+bool BadFields::finishRecord(std::uint64_t size) {
   if (recordIsBad_) ++records_;
+  if (file_ != nullptr) file_->finishRecord(size);
   return std::exchange(recordIsBad_, false);
 }
 

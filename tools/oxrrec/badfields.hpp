@@ -5,7 +5,7 @@
 #include <ostream>
 #include <string>
 
-#include "records/records.hpp"
+#include "oxrrec/badrecords.hpp"
 
 namespace oxr::rec {
 
@@ -22,9 +22,15 @@ class BadFields : public FaultListener {
   // `input` is what messages call the input; `beforeText` is called before each.
   BadFields(OnError onError, std::ostream& messages, std::string input, std::function<void()> beforeText);
 
+  // Who else hears of each fault; nobody at first.
+  void setRecords(BadRecords* records, const RecordWorker* worker) {
+    file_ = records;
+    worker_ = worker;
+  }
+
   bool goOnAfter(const FieldFault& fault) override;
-  // To be called after each record: whether it has a bad field.
-  bool finishRecord();
+  // To be called after each record, which has `size` bytes at most: whether it has a bad field.
+  bool finishRecord(std::uint64_t size);
   // Whether a record with a bad field is left out.
   bool isSkipping() const { return onError_ == OnError::skip; }
   // Whether there was any.
@@ -36,6 +42,8 @@ class BadFields : public FaultListener {
   std::ostream& messages_;
   const std::string input_;
   const std::function<void()> beforeText_;
+  BadRecords* file_ = nullptr;
+  const RecordWorker* worker_ = nullptr;
   std::uint64_t fields_ = 0;
   std::uint64_t records_ = 0;
   bool recordIsBad_ = false;

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -42,6 +43,10 @@ class Decoding {
         worker_(makeWorker(plan, options, badFields_)),
         output_(openOutput(options.output, console, input_.descriptor())),
         lines_(makeHandler(plan, options)) {
+    if (!options.errors.empty()) {
+      badRecords_.emplace(openOutput(options.errors, console, input_.descriptor()));
+      badFields_.setRecords(&*badRecords_, worker_.get());
+    }
     worker_->setSource(&input_);
     worker_->initializeParse(-1, nullptr, -1);
     worker_->setFIHandler(lines_.get(), false);
@@ -58,6 +63,7 @@ class Decoding {
     progress_.wipe();
     writeLines();
     output_.close();
+    if (badRecords_) badRecords_->close();
     if (code != kDone) return code;
     badFields_.tellSum(worker_->recordsRead());
     return badFields_.hasAny() ? kBadField : kDone;
@@ -88,7 +94,7 @@ class Decoding {
   }
 
   int ended(int code, const std::string& text) {
-    dropIfSkipped();
+    dropIfSkipped(std::numeric_limits<std::uint64_t>::max());
     lines_->discardUnfinished();
     progress_.wipe();
     messages_ << kProgram << text << '\n';
@@ -120,13 +126,15 @@ class Decoding {
   }
 
   void finishRecord() {
-    dropIfSkipped();
+    const auto position = static_cast<std::uint64_t>(worker_->getNumBytesParsed());
+    dropIfSkipped(position - std::exchange(position_, position));
     if (lines_->lines().size() >= kWriteBytes) writeLines();
-    progress_.update(static_cast<std::uint64_t>(worker_->getNumBytesParsed()));
+    progress_.update(position);
   }
 
-  void dropIfSkipped() {
-    if (badFields_.finishRecord() && badFields_.isSkipping()) lines_->discard();
+  // The record has `size` bytes at most.
+  void dropIfSkipped(std::uint64_t size) {
+    if (badFields_.finishRecord(size) && badFields_.isSkipping()) lines_->discard();
   }
 
   void writeLines() {
@@ -137,10 +145,12 @@ class Decoding {
   std::ostream& messages_;
   FileInput input_;
   Progress progress_;
+  std::optional<BadRecords> badRecords_;
   BadFields badFields_;
   RecordWorker::Owner worker_;
   FileOutput output_;
   std::unique_ptr<LineHandler> lines_;
+  std::uint64_t position_ = 0;        // where the last record ended
   std::optional<QuietOutput> quiet_;  // a checker's last line has no place among the lines of records
   std::optional<CheckedParts> checked_;
 };

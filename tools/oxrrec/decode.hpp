@@ -18,6 +18,7 @@ struct DecodeOptions {
   LineFormat format = LineFormat::json;
   bool pointsAsText = false;
   OnError onError = OnError::stop;
+  std::string errors;  // path for the records that have a bad field; empty for none
   bool check = false;  // each record's events are held to the order that handlers expect
   // Nothing: shown on a terminal once the work has taken a second. False: never. True: on a terminal at once.
   std::optional<bool> progress;

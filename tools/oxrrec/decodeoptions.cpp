@@ -27,6 +27,10 @@ void addErrorOptions(CLI::App& command, DecodeOptions& options) {
                      "at a field that cannot be read: stop, write null for it, or leave its record out [stop]")
       ->group("Errors");
   command
+      .add_option("--errors", options.errors, "where records with a bad field go, as JSON lines with their raw bytes")
+      ->type_name("FILE")
+      ->group("Errors");
+  command
       .add_flag("--check", options.check,
                 "hold the events of each record to the order that handlers expect; a fault of this program ends it")
       ->group("Errors");

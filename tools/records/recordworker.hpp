@@ -51,6 +51,11 @@ class RecordWorker final : public BitstreamWorker {
   // What the last record is, as the condition named it that chose: the group that its area holds, else the level 01
   // entry. Empty where no condition chose.
   std::string_view kindOfRecord() const { return kindName_; }
+  // The bytes of the record in hand, as far as the input has them, for whoever hears of it while it is read and for who
+  // catches what ended that. Of a variable record that is not framed: what the input still has, up to the longest.
+  std::span<const unsigned char> recordInHand() const { return {record_.data, record_.size - record_.padding}; }
+  // Where it begins in the input.
+  std::uint64_t offsetInInput() const { return reader_.offsetInInput(0); }
   // Records read so far, the one that a fault ended included.
   std::uint64_t recordsRead() const { return reader_.recordsRead(); }
 
