@@ -30,6 +30,11 @@ if(NOT OXR_SANITIZE AND NOT OXR_FUZZ)
   set_tests_properties(install PROPERTIES TIMEOUT 300)
 endif()
 
+# The page of `oxrrec explain` in a browser; its screenshots stay in the build folder.
+add_test(NAME explain_page COMMAND "${PROJECT_SOURCE_DIR}/tests/oxrrec/explain_page" "$<TARGET_FILE:oxrrec>"
+                                   "${PROJECT_SOURCE_DIR}/tools/oxrrec/samples" "${PROJECT_BINARY_DIR}/explain")
+set_tests_properties(explain_page PROPERTIES TIMEOUT 300)
+
 # The example of docs/workers.md: what it prints; and that the docs show its code, and the checker's tables, as they are.
 file(GLOB csv_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/examples/csv/*.cpp")
 add_executable(csv_example ${csv_sources})

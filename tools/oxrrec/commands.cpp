@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "oxrrec/decode.hpp"
+#include "oxrrec/explain/explain.hpp"
 
 namespace oxr::rec {
 
@@ -18,6 +19,7 @@ Work prepare(CLI::App& command) {
 
 constexpr Command kCommands[] = {
     {"decode", "write a JSON object for each record, one a line", prepare<DecodeOptions, addDecodeOptions, decode>},
+    {"explain", "show one record, field by field", prepare<ExplainOptions, addExplainOptions, explain>},
 };
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "oxrrec/progress.hpp"
+#include "oxrrec/reading.hpp"
 
 namespace oxr::rec {
 
@@ -17,14 +18,6 @@ namespace {
 constexpr char kProgram[] = "oxrrec: ";
 constexpr std::size_t kWriteBytes = std::size_t{256} << 10;
 constexpr std::chrono::milliseconds kProgressDelay{1000};
-
-RecordWorker::Owner makeWorker(const RecordPlan& plan, const DecodeOptions& options, FaultListener& listener) {
-  try {
-    return RecordWorker::make(plan, options.input.records, listener);
-  } catch (const KelException& failure) {
-    throw ToolError("CCSID " + std::to_string(options.record.plan.form.ccsid) + ": " + faultText(failure));
-  }
-}
 
 std::unique_ptr<LineHandler> makeHandler(const RecordPlan& plan, const DecodeOptions& options) {
   if (options.format == LineFormat::csv) return std::make_unique<CsvHandler>(plan);
@@ -40,7 +33,7 @@ class Decoding {
         progress_(messages_, isProgressWanted(options, console), input_.totalSize(),
                   options.progress ? std::chrono::milliseconds{0} : kProgressDelay),
         badFields_(options.onError, messages_, input_.name(), [this] { progress_.wipe(); }),
-        worker_(makeWorker(plan, options, badFields_)),
+        worker_(makeWorker(plan, options.input, badFields_)),
         output_(openOutput(options.output, console, input_.descriptor())),
         lines_(makeHandler(plan, options)) {
     if (!options.errors.empty()) {
@@ -158,10 +151,8 @@ class Decoding {
 }  // namespace
 
 int decode(const DecodeOptions& options, const Console& console) {
-  const RecordOptions& record = options.record;
-  const Layout layout = readCopybookFile(record.copybook.path, record.copybook.options);
-  const RecordPlan plan(layout, record.plan);
-  return Decoding(options, console, plan).run();
+  const Description description(options.record, console);
+  return Decoding(options, console, description.plan()).run();
 }
 
 }  // namespace oxr::rec

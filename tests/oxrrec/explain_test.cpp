@@ -1,0 +1,55 @@
+// The page for a browser is used in one by tests/oxrrec/explain_page.
+
+#include <gtest/gtest.h>
+
+#include "oxrrec/runs.hpp"
+
+namespace oxr::rec::test {
+namespace {
+
+constexpr char kCopybook[] =
+    "01 R. 05 N PIC 9. 05 G OCCURS 0 TO 2 DEPENDING ON N. 10 A PIC S99. 10 FILLER PIC X. 05 P PIC S9(3) COMP-3.";
+
+// The number of the record, all records, what is told of the one, and the exit code.
+const struct {
+  const char* number;
+  std::string_view records;
+  const char* table;
+  int code;
+} kCases[] = {
+    {"2",
+     std::string_view("0\x12\x3C"
+                      "11K-\x12\x3D",
+                      9),
+     "record 2 of standard input, R: 6 bytes from byte 3\n"
+     "field        offset  length  picture       bytes  value\n"
+     "N                 0       1  9             31     1\n"
+     "G(1).A            1       2  S99           31 4B  ! * (OXR5505); -12 with --ascii-signs letters\n"
+     "G(1).FILLER       3       1  X             2D     \"-\"\n"
+     "P                 4       2  S9(3) COMP-3  12 3D  -123\n",
+     kBadField},
+    {"1", std::string_view("0\x12\x3C", 3),
+     "record 1 of standard input, R: 3 bytes from byte 0\n"
+     "field  offset  length  picture       bytes  value\n"
+     "N           0       1  9             30     0\n"
+     "P           1       2  S9(3) COMP-3  12 3C  123\n",
+     kDone},
+    {"3", "0\x12\x3C", "oxrrec: standard input: there are 1 records\n", kFailed},
+};
+
+TEST(Explain, ShowsTheFieldsOfOneRecord) {
+  const Folder folder;
+  const std::string copybook = folder.write("c", kCopybook);
+  for (const auto& [number, records, table, code] : kCases) {
+    const Outcome outcome =
+        runProgram("explain --format free --ccsid 819 --copybook " + copybook + ' ' + number + " -", records);
+    const std::string all = outcome.lines + outcome.messages;
+    const std::size_t fault = all.find("! "), number5505 = all.find(" (OXR");
+    const bool isBad = fault != std::string::npos;
+    EXPECT_EQ(isBad ? all.substr(0, fault + 2) + '*' + all.substr(number5505) : all, table);
+    EXPECT_EQ(outcome.code, code);
+  }
+}
+
+}  // namespace
+}  // namespace oxr::rec::test

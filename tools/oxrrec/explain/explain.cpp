@@ -1,0 +1,144 @@
+#include "oxrrec/explain/explain.hpp"
+
+#include <algorithm>
+
+#include "oxrrec/explain/advice.hpp"
+#include "oxrrec/explain/badbyte.hpp"
+#include "oxrrec/explain/record.hpp"
+#include "oxrrec/options/choice.hpp"
+#include "oxrrec/reading.hpp"
+#include "oxrrec/values.hpp"
+
+// The record is read as decode reads it, with an eye on each field; whatever stands before it is read and not looked
+// at.
+
+namespace oxr::rec {
+
+namespace {
+
+// Gathers the fields of the record in hand once `isOn`.
+class Explainer : public FieldObserver, public FaultListener {
+ public:
+  explicit Explainer(const RecordPlan& plan) : plan_(plan) {
+    record.ccsid = plan.forms().front().ccsid;
+    record.characters = charactersOf(record.ccsid);
+    const auto zero = std::find(record.characters.begin(), record.characters.end(), "0");
+    zero_ = static_cast<unsigned char>(zero - record.characters.begin());
+  }
+
+  bool isOn = false;
+  const RecordWorker* worker = nullptr;
+  ExplainedRecord record;
+
+  void seen(const FieldSeen& field) override {
+    if (!isOn) return;
+    keepRecord();
+    const Layout& layout = layoutOf(plan_, field.step);
+    const Item& item = layout.items[field.step.item];
+    ExplainedField& told = record.fields.emplace_back();
+    told.path = fieldPath(layout, field.step.item, field.arrays);
+    told.offset = field.offset;
+    told.size = field.step.size;
+    told.picture = pictureText(item);
+    told.isFiller = item.isFiller();
+    if (field.fault == nullptr) {
+      told.value = valueText(field.value);
+      return;
+    }
+    told.fault = field.fault->reasonText();
+    told.badByte = badByte(field.step, field.bytes, zero_);
+    const Advice advice = adviceFor(field.step, plan_.forms()[field.step.form], field.bytes);
+    told.advice = advice.option;
+    if (!advice.option.empty()) told.advised = valueText(advice.value);
+  }
+
+  // Those of fields come to seen() before; what is left is of the record, or of a count.
+  bool goOnAfter(const FieldFault& fault) override {
+    if (!isOn) return true;
+    keepRecord();
+    const std::string path = fault.path();
+    for (ExplainedField& field : record.fields) {
+      if (path.empty() || field.path != path) continue;
+      field.fault = fault.reasonText();
+      return true;
+    }
+    record.faults.push_back((path.empty() ? path : path + ": ") + fault.reasonText());
+    return true;
+  }
+
+ private:
+  void keepRecord() {
+    if (!record.bytes.empty()) return;
+    const auto bytes = worker->recordInHand();
+    record.bytes.assign(bytes.begin(), bytes.end());
+    record.offset = worker->offsetInInput();
+  }
+
+  const RecordPlan& plan_;
+  unsigned char zero_ = 0;  // the digit, in the code page
+};
+
+// Reads on to the record; false if there are not so many.
+bool readTo(std::uint64_t number, FileInput& input, RecordWorker& worker, Explainer& explainer) {
+  NoHandler none;
+  worker.setFIHandler(&none, false);
+  explainer.isOn = number == 1;
+  worker.parseFirst(input.first(), nullptr, true, 0, -1);
+  std::uint64_t before = 0;
+  while (worker.recordsRead() < number && worker.hasNext()) {
+    explainer.isOn = worker.recordsRead() + 1 == number;
+    before = static_cast<std::uint64_t>(worker.getNumBytesParsed());
+    worker.parseNext();
+  }
+  if (worker.recordsRead() < number) return false;
+  const auto size = static_cast<std::uint64_t>(worker.getNumBytesParsed()) - before;
+  explainer.record.bytes.resize(std::min<std::uint64_t>(explainer.record.bytes.size(), size));
+  return true;
+}
+
+bool isBad(const ExplainedRecord& record) {
+  for (const ExplainedField& field : record.fields)
+    if (!field.fault.empty()) return true;
+  return !record.faults.empty();
+}
+
+}  // namespace
+
+void addExplainOptions(CLI::App& command, ExplainOptions& options) {
+  command.add_option("N", options.number, "the number of the record, from 1")->required()->check(CLI::PositiveNumber);
+  addInputOptions(command, options.input);
+  addRecordOptions(command, options.record);
+  command
+      .add_option("--html", options.page,
+                  "where a page for a browser goes, in the place of the table; - for standard output")
+      ->type_name("PAGE")
+      ->group("Output");
+}
+
+int explain(const ExplainOptions& options, const Console& console) {
+  RecordOptions wanted = options.record;
+  wanted.plan.showsFillers = true;
+  const Description description(wanted, console);
+  const RecordPlan& plan = description.plan();
+  Explainer explainer(plan);
+  FileInput input = openInput(options.input.path, console);
+  const RecordWorker::Owner worker = makeWorker(plan, options.input, explainer);
+  worker->setSource(&input);
+  worker->initializeParse(-1, nullptr, -1);
+  worker->setObserver(&explainer);
+  explainer.worker = worker.get();
+  ExplainedRecord& record = explainer.record;
+  if (!readTo(options.number, input, *worker, explainer))
+    throw ToolError(input.name() + ": there are " + std::to_string(worker->recordsRead()) + " records");
+  record.input = input.name();
+  record.number = options.number;
+  record.kind = std::string(worker->kindOfRecord());
+  if (record.kind.empty()) record.kind = plan.layout().recordName;
+  const bool isPage = !options.page.empty();
+  FileOutput output = openOutput(isPage ? options.page : kStandardStream, console, input.descriptor());
+  output.write(isPage ? explainPage(record) : explainTable(record));
+  output.close();
+  return isBad(record) ? kBadField : kDone;
+}
+
+}  // namespace oxr::rec

@@ -1,0 +1,94 @@
+#include <algorithm>
+#include <string_view>
+
+#include "oxrrec/explain/pagetext.hpp"
+#include "oxrrec/explain/record.hpp"
+#include "oxrrec/hextext.hpp"
+#include "records/json/rapidjson.hpp"
+
+namespace oxr::rec {
+
+namespace {
+
+// What a browser shows without a halt.
+constexpr std::size_t kShownBytes = 16384;
+// What stands in page.html in the place of the record.
+constexpr std::string_view kMark = ">RECORD<";
+
+class Json {
+ public:
+  rapidjson::Writer<rapidjson::StringBuffer>& writer() { return writer_; }
+  void put(const char* key, const std::string& text) {
+    writer_.Key(key);
+    writer_.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+  }
+  void put(const char* key, std::uint64_t number) {
+    writer_.Key(key);
+    writer_.Uint64(number);
+  }
+  // Within a script no text may look like the end of it.
+  std::string text() const {
+    std::string escaped;
+    for (const char c : std::string_view(out_.GetString(), out_.GetSize()))
+      escaped += c == '<' ? "\\u003c" : std::string(1, c);
+    return escaped;
+  }
+
+ private:
+  rapidjson::StringBuffer out_;
+  rapidjson::Writer<rapidjson::StringBuffer> writer_{out_};
+};
+
+void putField(Json& json, const ExplainedField& field) {
+  json.writer().StartObject();
+  json.put("path", field.path);
+  json.put("offset", field.offset);
+  json.put("length", field.size);
+  json.put("picture", field.picture);
+  json.put("value", field.value);
+  if (field.isFiller) json.put("filler", 1);
+  if (!field.fault.empty()) json.put("fault", field.fault);
+  if (field.badByte) json.put("badByte", *field.badByte);
+  if (!field.advice.empty()) {
+    json.put("advice", field.advice);
+    json.put("advised", field.advised);
+  }
+  json.writer().EndObject();
+}
+
+std::string jsonOf(const ExplainedRecord& record) {
+  const std::size_t shown = std::min(record.bytes.size(), kShownBytes);
+  Json json;
+  json.writer().StartObject();
+  json.put("title", "Record " + std::to_string(record.number) + " of " + record.input);
+  std::string facts = std::to_string(record.bytes.size()) + " bytes from byte " + std::to_string(record.offset);
+  if (!record.kind.empty()) facts = record.kind + " · " + facts;
+  for (const std::string& fault : record.faults)
+    facts += " · " + fault;
+  json.put("facts", facts);
+  json.put("page", "CCSID " + std::to_string(record.ccsid));
+  json.put("bytes", hexText({record.bytes.data(), shown}));
+  std::string characters;
+  for (std::size_t i = 0; i < shown; ++i)
+    characters += record.characters[record.bytes[i]];
+  json.put("text", characters);
+  if (shown < record.bytes.size())
+    json.put("cut", "The first " + std::to_string(shown) + " of " + std::to_string(record.bytes.size()) + " bytes.");
+  json.writer().Key("fields");
+  json.writer().StartArray();
+  for (const ExplainedField& field : record.fields)
+    putField(json, field);
+  json.writer().EndArray();
+  json.writer().EndObject();
+  return json.text();
+}
+
+}  // namespace
+
+std::string explainPage(const ExplainedRecord& record) {
+  const std::string_view page = kPageText;
+  const std::size_t mark = page.find(kMark);
+  return std::string(page.substr(0, mark + 1)) + jsonOf(record) + std::string(page.substr(mark + kMark.size() - 1));
+}
+
+}  // namespace oxr::rec
