@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
 #include <regex>
 
 #include "harness/rows.hpp"
@@ -12,9 +13,9 @@ namespace {
 using namespace oxr::rec;
 
 // The name, offset, size and kind (but a group's) of each item, "; " between them, or "line:column: message".
-std::string read(std::string_view text, const CopybookOptions& options = {}) {
+std::string read(std::string_view text, const CopybookOptions& options = {}, std::string_view fileName = "c") {
   try {
-    const std::string table = describe(readCopybook(text, "c", options));
+    const std::string table = describe(readCopybook(text, fileName, options));
     const std::string rows = std::regex_replace(table.substr(table.find('\n')), std::regex(" +"), " ");
     const std::string kinds = std::regex_replace(rows, std::regex("(text|external|packed|binary) [^,\n]+"), "$1");
     const std::string outline = std::regex_replace(kinds, std::regex("( group)?\n ?([0-9]+ )?"), "; ");
@@ -130,6 +131,10 @@ constexpr std::string_view kFormats[] = {
     "       01 R.\n\t  05 A PIC X.\n\t\t\t\t\t\t\t    05 B PIC X(2).\n",  // tabs shift the text over column 72
     "       01 R.\n           05 A PI\n      * between\n      -    C X VALUE 'it is\n      -    'n''t'. 05 B PIC X(2\n"
     "      -).",
+    // Columns count characters: the last one ends in column 72.
+    "\xC3\x84\xC3\x84\xC3\x84\xC3\x84\xC3\x84\xC3\x84 01 R. 05 A PIC X VALUE '\xC3\xA4\xC3\xB6\xC3\xBC'.               "
+    "       "
+    "05 B PIC X(2). TRAILING",
     "      >>SOURCE FORMAT IS FREE\n01 R. 05 A\n* old\nPIC X.\n>>source fixed\n123456 05 B PIC X(2).",
 };
 
@@ -151,6 +156,70 @@ TEST(Copybook, ChoosesTheRecordByName) {
   EXPECT_EQ(read(kText, {SourceFormat::detect, "D"}), "0:0: no record is named D; there are: A, B, C");
 }
 
+// Texts that others copy, by their paths.
+const std::map<std::string, std::string> kTexts = {
+    {"dir/ADDR.cpy", "10 :TAG:-STREET PIC X(:LEN:). 10 :TAG:-ZIP PIC 9(5)."},
+    {"lib/sub/part.COB", "       05 PRE-A PIC X. COPY \"deep.cpy\"."},
+    {"lib/sub/deep.cpy", "       05 PRE-B PIC X.\n"},
+    {"dir/LOOP", "01 R. COPY loop2."},
+    {"dir/loop2", "05 A PIC X. COPY LOOP."},
+    {"dir/BAD.cpy", "05 A PIC X.\n05 B PIC Q."},
+};
+
+CopybookOptions withTexts() {
+  CopybookOptions options;
+  options.includeFolders = {"lib"};
+  options.readText = [](const std::filesystem::path& path) -> std::optional<std::string> {
+    const auto found = kTexts.find(path.generic_string());
+    if (found == kTexts.end()) return std::nullopt;
+    return found->second;
+  };
+  return options;
+}
+
+constexpr Case kCopies[] = {
+    // Words are replaced within names and pictures, whole words beside them; the statement's period goes with it.
+    {"01 R. 05 HOME. COPY addr REPLACING ==:TAG:== BY ==H== ==:LEN:== BY ==3==. 05 C PIC X.",
+     "R 0 9; HOME 0 8; H-STREET 0 3 text; H-ZIP 3 5 external; C 8 1 text"},
+    {"01 R. COPY ADDR REPLACING ==:TAG:-STREET PIC X(:LEN:)== BY ==S PIC X== ==:TAG:-ZIP== BY Z.",
+     "R 0 6; S 0 1 text; Z 1 5 external"},
+    // What the outer text replaces is replaced in what the inner one copies too. A library is a folder.
+    {"01 R. COPY PART IN SUB SUPPRESS REPLACING LEADING ==PRE-== BY ==X-== TRAILING ==A== BY ====.",
+     "R 0 2; X-A 0 1 text; X-B 1 1 text"},
+    {"01 R. COPY part OF sub REPLACING TRAILING ==-A== BY ==== . 05 D PIC X.",
+     "R 0 3; PRE 0 1 text; PRE-B 1 1 text; D 2 1 text"},
+    {"REPLACE ==:N:== BY ==4==. 01 R. 05 A PIC X(:N:). REPLACE OFF. 05 :N:B PIC X.",
+     "R 0 5; A 0 4 text; :N:B 4 1 text"},
+    {"01 R. EXEC SQL INCLUDE sub/deep END-EXEC. EXEC SQL INCLUDE SQLCA END-EXEC 05 A PIC X.",
+     "R 0 2; PRE-B 0 1 text; A 1 1 text"},
+    {"COPY LOOP.", "1:18: dir/LOOP copies itself"},
+    {"01 R. COPY BAD.", "2:10: unknown symbol in the picture"},
+};
+
+TEST(Copybook, CopiesOtherTextsAndReplacesInThem) {
+  for (const auto& [text, expected] : kCopies)
+    EXPECT_EQ(read(text, withTexts(), "dir/c"), expected) << text;
+  EXPECT_THAT([] { readCopybook("01 R. COPY BAD.", "dir/c", withTexts()); },
+              testing::ThrowsMessage<CopybookError>(testing::StartsWith("dir/BAD.cpy:2:10: ")));
+  const Layout layout = readCopybook("01 R. COPY deep IN SUB.", "dir/c", withTexts());
+  EXPECT_EQ(layout.placeOf(layout.items[1]), "lib/sub/deep.cpy:1");
+}
+
+constexpr char kProgram[] =
+    "       IDENTIFICATION DIVISION.\n       AUTHOR. SOMEONE'S.\n>>SET X\n       DATA DIVISION.\n       FILE SECTION.\n"
+    "       FD IN-FILE RECORDING MODE F.\n       01 IN-REC.\n           05 A PIC X.\n       WORKING-STORAGE SECTION.\n"
+    "       77 N PIC 9(4) COMP.\n       78 MAX VALUE 5.\n       EXEC SQL DECLARE T TABLE (X INT) END-EXEC.\n"
+    "       01 ODD.\n           05 B PIC Q.\n       SCREEN SECTION.\n       01 S. 05 LINE 2 COLUMN 3 VALUE 'x'.\n"
+    "       LINKAGE SECTION.\n       01 LK PIC X.\n       PROCEDURE DIVISION.\n           DISPLAY 'it''s.\n";
+
+TEST(Copybook, TheDataDivisionOfAProgramIsFound) {
+  const Copybook program = Copybook::read(kProgram, "p");
+  EXPECT_THAT(program.recordNames(), testing::ElementsAre("IN-REC", "N", "ODD", "LK"));
+  EXPECT_EQ(program.layout().recordName, "IN-REC");
+  EXPECT_EQ(program.layout("n").maxSize(), 2U);
+  EXPECT_THROW(program.layout("ODD"), CopybookError);
+}
+
 constexpr Case kErrors[] = {
     {"", "0:0: the copybook has no entry"},
     {"50 A PIC X.", "1:1: expected a level number (01 to 49, 66, 77 or 88), found '50'"},
@@ -159,10 +228,17 @@ constexpr Case kErrors[] = {
     {"05 A PIC X VALUE 'abc\n05 B PIC X.", "1:18: the literal has no closing quote"},
     {"05 A PIC", "1:9: expected a picture, found the end of the copybook"},
     {"05 A! PIC X.", "1:4: expected a name, found 'A!'"},
-    {"01 R. COPY X.", "1:7: COPY is not supported: put the text it stands for in its place"},
+    {"01 R. COPY X.", "1:12: found no copybook 'X' beside this text or in the folders of -I"},
+    {"01 R. COPY X REPLACING ==A==.", "1:29: expected BY, found the period"},
+    {"01 R. COPY X REPLACING ==A== BY ==B", "1:33: the text has no closing =="},
+    {"ID DIVISION. PROGRAM-ID. X.", "0:0: the program has no DATA DIVISION"},
     {"05 A PIC X PIC X.", "1:12: a second PIC in one entry"},
     {"05 A COMP BINARY PIC 9.", "1:11: a second BINARY in one entry"},
     {">>SET X", "1:1: the only directives known are >>SOURCE FORMAT FREE and >>SOURCE FORMAT FIXED"},
+    {"       01 R.\n           05 A PIC X.                                              05  B PIC X.",
+     "2:73: text behind column 72 is not read in fixed format, but looks like a part of an entry: --format free reads "
+     "it, "
+     "--format fixed leaves it out"},
     // Pictures.
     {"05 A PIC X(0).", "1:12: expected a repeat count of 1 or more and ')'"},
     {"05 A PIC X(999999999999).", "1:12: the repeat count is too large"},
@@ -186,7 +262,6 @@ constexpr Case kErrors[] = {
     {"05 A PIC 9 COMP-1.", "1:10: an item of this usage has no picture"},
     {"05 A PIC S9 COMP SIGN LEADING.", "1:18: SIGN is for numbers of USAGE DISPLAY only"},
     {"05 A PIC 9 SIGN X.", "1:17: expected LEADING or TRAILING after SIGN, found 'X'"},
-    {"77 A PIC X. 01 R PIC X.", "1:1: a level 77 item beside other records is not supported"},
     // Redefinitions.
     {"05 A PIC X. 05 B REDEFINES Z PIC X.", "1:28: REDEFINES names 'Z', which is no earlier item of the same group"},
     {"05 A PIC X. 05 C PIC X. 05 B REDEFINES A PIC X.", "1:40: other items stand between 'A' and what redefines it"},
@@ -220,13 +295,15 @@ TEST(Copybook, ErrorTextShowsTheLineWithACaret) {
                                                     "      |           10 TRANSACTION OCCURS FIVE TO 5      ??\n"
                                                     "      |                                 ^"));
   EXPECT_THROW(readCopybookFile("no/such/file.cob"), CopybookError);
+  EXPECT_THAT([] { readCopybookFile("/tmp"); },
+              testing::ThrowsMessage<CopybookError>("/tmp: the copybook can't be read: it is a folder"));
 }
 
 // Hostile input of the largest size ends soon, and with an error or a layout.
 TEST(Copybook, LargeInputStaysBounded) {
   constexpr std::size_t kLargest = 4U << 20;
   std::string many = "01 R.";
-  while (many.size() < kLargest - 100)
+  while (many.size() < kLargest / 8)
     many += "\n05 A PIC X. 05 B REDEFINES A PIC X.";
   EXPECT_EQ(read(many).substr(0, 50), "8193:13: the copybook has more than 16384 entries");
   EXPECT_EQ(read(std::string(kLargest, '\t') + "01 R PIC X."), "0:0: the copybook has more than 4 MiB");

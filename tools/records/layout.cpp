@@ -58,6 +58,10 @@ std::optional<std::uint32_t> Layout::recordOffset(ItemIndex item) const {
   return offset;
 }
 
+std::string Layout::placeOf(const Item& item) const {
+  return fileNames[item.file] + ':' + std::to_string(item.line);
+}
+
 std::string describe(const Layout& layout) {
   constexpr std::size_t kNameWidth = 40;
   std::string table;

@@ -60,6 +60,7 @@ struct Item {
   std::string name;     // as written in the copybook; empty for FILLER and for an entry without a name
   std::string picture;  // as written; empty for a group and a float
   std::uint32_t line = 0;
+  std::uint32_t file = 0;  // that the line is in: its place in Layout::fileNames
   std::uint8_t level = 0;
   Kind kind = Kind::group;
 
@@ -147,10 +148,14 @@ struct Item {
 //
 // An item with hasVariableSize false can be passed over without a look at what lies below.
 struct Layout {
-  std::string fileName;  // for messages
+  std::string fileName;                // of the copybook, for messages
+  std::vector<std::string> fileNames;  // the same and those that it copies
   std::string recordName;
   std::vector<Item> items;
   std::vector<ItemIndex> counters;  // the item of each counter slot
+
+  // Where an item is written, as messages have it: "customers.cob:12".
+  std::string placeOf(const Item& item) const;
 
   const Item& record() const { return items.front(); }
   // Bytes of the longest record: of every record unless record().hasVariableSize.

@@ -173,8 +173,7 @@ class PlanCompiler {
   void refuse(const Item& entry, const std::string& reason) {
     if (reason.empty()) return;
     if (!refusals_.empty()) refusals_ += '\n';
-    refusals_ += layout_.fileName + ':' + std::to_string(entry.line) + ": " +
-                 (entry.isFiller() ? "FILLER" : entry.name) + ": " + reason;
+    refusals_ += layout_.placeOf(entry) + ": " + (entry.isFiller() ? "FILLER" : entry.name) + ": " + reason;
   }
 
   RecordPlan& plan_;

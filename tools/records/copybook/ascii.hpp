@@ -17,7 +17,12 @@ constexpr char upperCase(char c) {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
+constexpr bool isQuote(char c) {
+  return c == '"' || c == '\'';
+}
+
 std::string upperCase(std::string_view text);
+std::string lowerCase(std::string_view text);
 bool equalIgnoringCase(std::string_view a, std::string_view b);
 
 }  // namespace oxr::rec::copybook

@@ -72,10 +72,11 @@ class LayoutBuilder {
 
 Record LayoutBuilder::choose(const std::vector<Record>& records, std::string_view name) const {
   if (records.empty()) source_.raise("the copybook has no entry");
-  for (const Record& record : records)
-    if (record.entries.front().level == 77 && records.size() > 1)
-      source_.raise(record.entries.front().place, "a level 77 item beside other records is not supported");
-  if (name.empty()) return records.front();
+  if (name.empty()) {
+    const auto first = std::find_if(records.begin(), records.end(),
+                                    [](const Record& record) { return record.entries.front().level != 77; });
+    return first == records.end() ? records.front() : *first;
+  }
   std::string known;
   for (const Record& record : records) {
     if (equalIgnoringCase(record.name, name)) return record;
@@ -129,6 +130,7 @@ void LayoutBuilder::addItem(const Entry& entry, bool isGroup) {
   Item item;
   item.name = entry.name;
   item.level = entry.level;
+  item.file = entry.place.file;
   item.line = entry.place.line;
   item.next = static_cast<ItemIndex>(items_.size() + 1);
   const Inherited inherited = (open_.empty() ? Inherited() : open_.back().inherited).with(entry, options_.dialect);
@@ -179,7 +181,10 @@ void LayoutBuilder::readOccurs(Item& item, const Entry& entry) const {
 Layout LayoutBuilder::build(std::span<const Entry> entries, std::string_view recordName) {
   const std::vector<Record> records = splitRecords(entries);
   const Record record = choose(records, recordName);
-  layout_.fileName = std::string(source_.fileName());
+  for (const Entry& entry : record.entries)
+    if (entry.fault) throw *entry.fault;
+  layout_.fileNames = source_.fileNames();
+  layout_.fileName = layout_.fileNames.front();
   layout_.recordName = std::string(record.name);
   checkRecordRedefines(records, record);
   addItems(record);

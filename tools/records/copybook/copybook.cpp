@@ -1,26 +1,21 @@
 #include "records/copybook/copybook.hpp"
 
 #include <cerrno>
-#include <fstream>
-#include <iterator>
 #include <system_error>
 
 #include "records/copybook/builder.hpp"
 #include "records/copybook/entries.hpp"
+#include "records/copybook/expander.hpp"
+#include "records/copybook/textfinder.hpp"
 
 namespace oxr::rec {
 
-// The source keeps views of the text and the name, and so must lie where they do.
 struct Copybook::Content {
-  Content(std::string_view copybookText, std::string_view name, const CopybookOptions& copybookOptions)
-      : text(copybookText),
-        fileName(name),
-        source(text, fileName),
+  Content(std::string_view text, std::string_view fileName, const CopybookOptions& copybookOptions)
+      : source(std::string(text), std::string(fileName)),
         options(copybookOptions),
-        entries(copybook::readEntries(source, options.format)) {}
+        entries(copybook::readEntries(source, copybook::expand(source, options))) {}
 
-  std::string text;
-  std::string fileName;
   copybook::Source source;
   CopybookOptions options;
   std::vector<copybook::Entry> entries;
@@ -33,12 +28,10 @@ Copybook Copybook::read(std::string_view text, std::string_view fileName, const 
 }
 
 Copybook Copybook::readFile(const std::filesystem::path& path, const CopybookOptions& options) {
-  const std::string name = path.string();
-  std::ifstream file(path, std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  if (!file.is_open() || file.bad())
-    copybook::Source("", name).raise("the copybook can't be read: " + std::generic_category().message(errno));
-  return read(text, name, options);
+  const auto text = copybook::readTextFile(path);
+  if (!text)
+    copybook::Source({}, path.string()).raise("the copybook can't be read: " + std::generic_category().message(ENOENT));
+  return read(*text, path.string(), options);
 }
 
 std::vector<std::string> Copybook::recordNames() const {

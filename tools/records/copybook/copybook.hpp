@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,10 +41,16 @@ struct CopybookOptions {
   Dialect dialect = Dialect::mainframe;
   // Where COPY looks for the text that it names, after the folder of the file that it stands in.
   std::vector<std::filesystem::path> includeFolders{};
+  // Reads a text that COPY may mean, or returns nothing if there is none of that name; files if empty.
+  std::function<std::optional<std::string>(const std::filesystem::path&)> readText{};
 };
 
 // The entries of a copybook, or of the data division of a program. A record is laid out when it is asked for: one that
 // nobody asks for may hold what is not understood here.
+//
+// COPY, with REPLACING, REPLACE and EXEC SQL INCLUDE are obeyed. Of a program all up to the data division and from the
+// procedure division on is passed over, and in the data division the FD and SD entries, the report and screen sections,
+// and constants (level 78).
 //
 // Copies share the entries, which never change: many threads may use them.
 //
@@ -58,7 +67,8 @@ class Copybook {
   // record whose name is empty.
   std::vector<std::string> recordNames() const;
 
-  // Lays out the record of that name, in any case of letters, or the first one if the name is empty. Throws
+  // Lays out the record of that name, in any case of letters, or the first one if the name is empty (a level 77 entry
+  // only if there is nothing else). Throws
   // CopybookError if there is none, or if it can't be laid out.
   Layout layout(std::string_view recordName = {}) const;
 
@@ -74,7 +84,7 @@ class Copybook {
 // Understood: levels 01 to 49 (siblings may differ in level), 77, 66 and 88 (read, but without storage); PICTURE,
 // USAGE, SIGN, OCCURS with DEPENDING ON, REDEFINES, SYNCHRONIZED, VALUE, JUSTIFIED, BLANK WHEN ZERO, GLOBAL, EXTERNAL.
 // USAGE and SIGN of a group hold for what lies below. Entries may start below level 01: they are then the record, which
-// has no name. A level 77 entry must stand alone.
+// has no name.
 //
 // Sizes: binary numbers as BinarySizes says, above 18 digits the bytes that hold the digits and a sign (20 digits 9
 // bytes, 37 digits 16); packed digits / 2 + 1, without a sign (digits + 1) / 2; external a byte a digit and one for a
@@ -84,9 +94,9 @@ class Copybook {
 // A redefinition may be longer than what it redefines: what follows starts after the longest. Bytes for alignment are
 // inserted for SYNCHRONIZED only.
 //
-// Throws CopybookError for text it does not understand, for what it does not support (COPY and REPLACE, COMP-X, ...)
-// and for layouts beyond the limits: 4 MiB of text, 16384 entries, kMaxRecordBytes, 255 digits in a number and 38 in a
-// binary one.
+// Throws CopybookError for text it does not understand, for what it does not support (COMP-X, ...), and for
+// layouts beyond the limits: 4 MiB of text and 16 MiB of copied texts, 16384 entries, kMaxRecordBytes, 255 digits in a
+// number and 38 in a binary one.
 Layout readCopybook(std::string_view text, std::string_view fileName, const CopybookOptions& options = {});
 
 // The same for a file; also throws CopybookError, without a place, if the file can't be read.

@@ -1,10 +1,12 @@
 #include "records/copybook/entries.hpp"
 
 #include <algorithm>
+#include <array>
 
+#include "records/copybook/tokenreader.hpp"
 #include "records/layout.hpp"
 
-// A parser with one function for each production, over a lexer that shows one token ahead. The clauses of an entry come
+// A parser with one function for each production, over a row of tokens. The clauses of an entry come
 // in any order: a table of their first words says which function reads each.
 //
 // copybook = { entry };
@@ -18,9 +20,13 @@ namespace {
 
 constexpr std::size_t kMaxEntries = 16384;  // bounds the search for names, which compares each with each
 
+// What describes files, not records.
+constexpr std::array<std::string_view, 4> kFileEntries = {"FD", "SD", "RD", "CD"};
+constexpr std::array<std::string_view, 4> kReadSections = {"FILE", "WORKING-STORAGE", "LOCAL-STORAGE", "LINKAGE"};
+
 class EntryReader {
  public:
-  EntryReader(const Source& source, SourceFormat format) : source_(source), lexer_(source, format) {}
+  EntryReader(const Source& source, const std::vector<Token>& tokens) : source_(source), tokens_(source, tokens) {}
 
   std::vector<Entry> readAll();
 
@@ -33,16 +39,8 @@ class EntryReader {
   static const Clause kClauses[];
   static const Clause* findClause(const Token& token);
 
-  [[noreturn]] void raiseExpected(const std::string& what) {
-    source_.raise(lexer_.peek().place, "expected " + what + ", found " + quoted(lexer_.peek()));
-  }
-
-  // Takes the next token if it is this word.
-  bool accept(std::string_view word) {
-    if (!lexer_.peek().isWord(word)) return false;
-    lexer_.take();
-    return true;
-  }
+  [[noreturn]] void raiseExpected(const std::string& what) const { tokens_.raiseExpected(what); }
+  bool accept(std::string_view word) { return tokens_.accept(word); }
 
   template <class Value>
   void requireUnset(const std::optional<Value>& value, const Token& word) {
@@ -50,7 +48,9 @@ class EntryReader {
   }
 
   unsigned readLevel();
-  Entry readEntry(unsigned level, Place place);
+  bool skipHeader();
+  void readNext(std::vector<Entry>& entries);
+  void readEntry(Entry& entry);
   void readPeriod();
   void readRenames();
   void readCondition();
@@ -71,10 +71,9 @@ class EntryReader {
   void blankWhenZero(Entry& entry, const Token& word);
   void synchronized(Entry& entry, const Token& word);
   void withoutEffect(Entry& entry, const Token& word);
-  void copy(Entry& entry, const Token& word);
 
   const Source& source_;
-  Lexer lexer_;
+  TokenReader tokens_;
 };
 
 const EntryReader::Clause EntryReader::kClauses[] = {
@@ -95,8 +94,6 @@ const EntryReader::Clause EntryReader::kClauses[] = {
     {"SYNC", &EntryReader::synchronized},
     {"GLOBAL", &EntryReader::withoutEffect},
     {"EXTERNAL", &EntryReader::withoutEffect},
-    {"COPY", &EntryReader::copy},
-    {"REPLACE", &EntryReader::copy},
 };
 
 const EntryReader::Clause* EntryReader::findClause(const Token& token) {
@@ -111,8 +108,8 @@ const EntryReader::Clause* EntryReader::findClause(const Token& token) {
 void EntryReader::picture(Entry& entry, const Token& word) {
   requireUnset(entry.picture, word);
   accept("IS");
-  if (lexer_.peek().kind != TokenKind::word) raiseExpected("a picture");
-  Token token = lexer_.take();
+  if (tokens_.peek().kind != TokenKind::word) raiseExpected("a picture");
+  Token token = tokens_.take();
   auto result = readPicture(token.text);
   if (const auto* fault = std::get_if<PictureFault>(&result)) {
     token.place.column += static_cast<std::uint32_t>(fault->position);
@@ -124,9 +121,9 @@ void EntryReader::picture(Entry& entry, const Token& word) {
 // USAGE [IS] name
 void EntryReader::usage(Entry& entry, const Token&) {
   accept("IS");
-  const Token name = lexer_.peek();
+  const Token name = tokens_.peek();
   if (!findUsage(name) && !isRefusedUsage(name)) raiseExpected("a usage such as COMP-3");
-  lexer_.take();
+  tokens_.take();
   usageByName(entry, name);
 }
 
@@ -154,20 +151,20 @@ void EntryReader::sign(Entry& entry, const Token& word) {
 }
 
 std::uint32_t EntryReader::readTimes(const std::string& what) {
-  const Token& token = lexer_.peek();
+  const Token& token = tokens_.peek();
   if (token.kind != TokenKind::word || !std::all_of(token.text.begin(), token.text.end(), isDigit)) raiseExpected(what);
   std::uint32_t times = 0;
   for (const char digit : token.text) {
     times = times * 10 + static_cast<std::uint32_t>(digit - '0');
     if (times > kMaxRecordBytes) source_.raise(token.place, "the number of times is too large");
   }
-  lexer_.take();
+  tokens_.take();
   return times;
 }
 
 Token EntryReader::readName(const std::string& what) {
-  if (!isName(lexer_.peek())) raiseExpected(what);
-  return lexer_.take();
+  if (!isName(tokens_.peek())) raiseExpected(what);
+  return tokens_.take();
 }
 
 // Names up to the next clause, at least one.
@@ -176,7 +173,7 @@ void EntryReader::readNames() {
     readName("a name");
     while (accept("OF") || accept("IN"))
       readName("a name");
-  } while (isName(lexer_.peek()) && !findClause(lexer_.peek()) && !isOccursPhrase(lexer_.peek()));
+  } while (isName(tokens_.peek()) && !findClause(tokens_.peek()) && !isOccursPhrase(tokens_.peek()));
 }
 
 // OCCURS n [TO n] [TIMES] [DEPENDING [ON] name { OF|IN name }] { ASCENDING|DESCENDING [KEY] [IS] names }
@@ -184,7 +181,7 @@ void EntryReader::readNames() {
 void EntryReader::occurs(Entry& entry, const Token& word) {
   requireUnset(entry.occurs, word);
   OccursClause clause{1, 1, {}, word.place};
-  const Place timesPlace = lexer_.peek().place;
+  const Place timesPlace = tokens_.peek().place;
   clause.max = readTimes("a number of times after OCCURS");
   clause.min = clause.max;
   const bool hasRange = accept("TO");
@@ -223,8 +220,8 @@ void EntryReader::redefines(Entry& entry, const Token& word) {
 // [ALL] literal | number | figurative constant
 bool EntryReader::acceptValue() {
   const bool isAll = accept("ALL");
-  if (isValue(lexer_.peek())) {
-    lexer_.take();
+  if (isValue(tokens_.peek())) {
+    tokens_.take();
     return true;
   }
   if (isAll) raiseExpected("a literal after ALL");
@@ -265,15 +262,11 @@ void EntryReader::synchronized(Entry& entry, const Token& word) {
 
 void EntryReader::withoutEffect(Entry&, const Token&) {}
 
-void EntryReader::copy(Entry&, const Token& word) {
-  source_.raise(word.place, upperCase(word.text) + " is not supported: put the text it stands for in its place");
-}
-
 // A missing period is forgiven at the end of the copybook only.
 void EntryReader::readPeriod() {
-  if (lexer_.peek().kind == TokenKind::end) return;
-  if (lexer_.peek().kind != TokenKind::period) raiseExpected("a clause or a period");
-  lexer_.take();
+  if (tokens_.peek().kind == TokenKind::end) return;
+  if (tokens_.peek().kind != TokenKind::period) raiseExpected("a clause or a period");
+  tokens_.take();
 }
 
 // 66 name RENAMES name { OF|IN name } [THRU|THROUGH name { OF|IN name }]
@@ -292,7 +285,7 @@ void EntryReader::readCondition() {
   readName("a name");
   if (!accept("VALUE") && !accept("VALUES")) raiseExpected("VALUE");
   readValues();
-  if (lexer_.peek().isWord("WHEN") || lexer_.peek().isWord("FALSE")) {
+  if (tokens_.peek().isWord("WHEN") || tokens_.peek().isWord("FALSE")) {
     for (const std::string_view word : {"WHEN", "SET", "TO"})
       accept(word);
     if (!accept("FALSE")) raiseExpected("FALSE");
@@ -302,62 +295,87 @@ void EntryReader::readCondition() {
 }
 
 unsigned EntryReader::readLevel() {
-  const Token& token = lexer_.peek();
-  if (token.isWord("COPY") || token.isWord("REPLACE")) {
-    Entry none;
-    copy(none, token);
-  }
+  const Token& token = tokens_.peek();
   const bool isLevel = token.kind == TokenKind::word && token.text.size() <= 2 &&
                        std::all_of(token.text.begin(), token.text.end(), isDigit);
   const unsigned level = isLevel ? static_cast<unsigned>(std::stoul(token.text)) : 0;
-  if (level == 0 || (level > 49 && level != 66 && level != 77 && level != 88))
+  if (level == 0 || (level > 49 && level != 66 && level != 77 && level != 78 && level != 88))
     raiseExpected("a level number (01 to 49, 66, 77 or 88)");
-  lexer_.take();
+  tokens_.take();
   return level;
 }
 
-Entry EntryReader::readEntry(unsigned level, Place place) {
-  Entry entry;
-  entry.level = static_cast<std::uint8_t>(level);
-  entry.place = place;
+void EntryReader::readEntry(Entry& entry) {
   // Fields are also called INDEX or OBJECT.
-  if (lexer_.peek().kind == TokenKind::word && (!findClause(lexer_.peek()) || isUsageOrName(lexer_.peek()))) {
+  if (tokens_.peek().kind == TokenKind::word && (!findClause(tokens_.peek()) || isUsageOrName(tokens_.peek()))) {
     const Token name = readName("a name");
     if (!name.isWord("FILLER")) entry.name = name.text;
   }
   for (;;) {
-    if (accept("IS") && !lexer_.peek().isWord("GLOBAL") && !lexer_.peek().isWord("EXTERNAL"))
+    if (accept("IS") && !tokens_.peek().isWord("GLOBAL") && !tokens_.peek().isWord("EXTERNAL"))
       raiseExpected("GLOBAL or EXTERNAL after IS");
-    const Clause* clause = findClause(lexer_.peek());
-    if (!clause) return entry;
-    const Token word = lexer_.take();
+    const Clause* clause = findClause(tokens_.peek());
+    if (!clause) return;
+    const Token word = tokens_.take();
     (this->*clause->read)(entry, word);
+  }
+}
+
+// Passes over headers of divisions and sections, entries of files, and whole sections that describe no records. Returns
+// false if an entry comes.
+bool EntryReader::skipHeader() {
+  const Token& token = tokens_.peek();
+  const Token& second = tokens_.peekSecond();
+  const auto isOneOf = [&](const auto& words) {
+    return std::any_of(std::begin(words), std::end(words), [&](std::string_view word) { return token.isWord(word); });
+  };
+  if (isOneOf(kFileEntries) || (token.isWord("DATA") && second.isWord("DIVISION"))) {
+    tokens_.skipSentence();
+    return true;
+  }
+  if (!second.isWord("SECTION")) return false;
+  const bool isRead = isOneOf(kReadSections);
+  tokens_.skipSentence();
+  while (!isRead && tokens_.peek().kind != TokenKind::end && !tokens_.peekSecond().isWord("SECTION"))
+    tokens_.take();
+  return true;
+}
+
+void EntryReader::readNext(std::vector<Entry>& entries) {
+  const Place place = tokens_.peek().place;
+  const unsigned level = readLevel();
+  const bool hasStorage = level != 66 && level != 78 && level != 88;
+  if (hasStorage) {
+    if (entries.size() == kMaxEntries)
+      source_.raise(place, "the copybook has more than " + std::to_string(kMaxEntries) + " entries");
+    entries.emplace_back();
+    entries.back().level = static_cast<std::uint8_t>(level);
+    entries.back().place = place;
+  }
+  try {
+    if (level == 66) readRenames();
+    if (level == 78) tokens_.skipSentence();
+    if (level == 88) readCondition();
+    if (hasStorage) readEntry(entries.back());
+    if (level != 78) readPeriod();
+  } catch (const CopybookError& error) {
+    if (entries.empty()) throw;
+    if (!entries.back().fault) entries.back().fault = error;
+    tokens_.skipSentence();
   }
 }
 
 std::vector<Entry> EntryReader::readAll() {
   std::vector<Entry> entries;
-  while (lexer_.peek().kind != TokenKind::end) {
-    const Place place = lexer_.peek().place;
-    const unsigned level = readLevel();
-    if (level == 66) {
-      readRenames();
-    } else if (level == 88) {
-      readCondition();
-    } else {
-      if (entries.size() == kMaxEntries)
-        source_.raise(place, "the copybook has more than " + std::to_string(kMaxEntries) + " entries");
-      entries.push_back(readEntry(level, place));
-    }
-    readPeriod();
-  }
+  while (tokens_.peek().kind != TokenKind::end)
+    if (!skipHeader()) readNext(entries);
   return entries;
 }
 
 }  // namespace
 
-std::vector<Entry> readEntries(const Source& source, SourceFormat format) {
-  return EntryReader(source, format).readAll();
+std::vector<Entry> readEntries(const Source& source, const std::vector<Token>& tokens) {
+  return EntryReader(source, tokens).readAll();
 }
 
 }  // namespace oxr::rec::copybook

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "records/copybook/error.hpp"
 #include "records/copybook/lexer.hpp"
 #include "records/copybook/picture.hpp"
 #include "records/copybook/words.hpp"
@@ -49,10 +50,13 @@ struct Entry {
   std::optional<Place> synchronized;
   bool isJustified = false;
   bool isBlankWhenZero = false;
+  // What is not understood of it, or of an entry without storage after it. It is for who lays the entry out to raise:
+  // a program has more entries than are wanted.
+  std::optional<CopybookError> fault;
 };
 
-// Reads all entries; those of level 66 and 88, which have no storage, are checked and left out.
-// Throws CopybookError.
-std::vector<Entry> readEntries(const Source& source, SourceFormat format);
+// Reads all entries; those of level 66 and 88, which have no storage, are checked and left out. Headers of sections and
+// what describes files is passed over. Throws CopybookError.
+std::vector<Entry> readEntries(const Source& source, const std::vector<Token>& tokens);
 
 }  // namespace oxr::rec::copybook

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 
-// The lexer holds the line that it reads and the one after it, and one token ahead. It needs the next line since a
+#include "records/copybook/characters.hpp"
+
+// The lexer holds the line that it reads and the one after it. It needs the next line since a
 // continuation line tells of itself, not the line that it continues: only a look at it shows whether a word or a
 // literal that reaches the end of its line is complete.
 
@@ -12,10 +14,6 @@ namespace oxr::rec::copybook {
 namespace {
 
 constexpr std::array<std::string_view, 8> kLiteralPrefixes = {"X", "N", "Z", "G", "NX", "B", "BX", "U"};
-
-bool isQuote(char c) {
-  return c == '"' || c == '\'';
-}
 
 bool isLiteralPrefix(std::string_view word) {
   return std::any_of(kLiteralPrefixes.begin(), kLiteralPrefixes.end(),
@@ -34,20 +32,15 @@ std::string quoted(const Token& token) {
   return token.kind == TokenKind::literal ? text : '\'' + text + '\'';
 }
 
-Lexer::Lexer(const Source& source, SourceFormat format) : source_(source), reader_(source, format) {
+Lexer::Lexer(const Source& source, FileIndex file, SourceFormat format, bool isFreeInDoubt)
+    : source_(source), file_(file), reader_(source, file, format, isFreeInDoubt) {
   hasLineAhead_ = reader_.next(lineAhead_);
   nextLine();
-  ahead_ = scan();
-}
-
-Token Lexer::take() {
-  Token token = std::move(ahead_);
-  ahead_ = token.kind == TokenKind::end ? token : scan();
-  return token;
 }
 
 Place Lexer::here() const {
-  return {std::max(line_.number, 1U), static_cast<std::uint32_t>(at_ + 1)};
+  const std::size_t before = countCharacters(std::string_view(line_.text).substr(0, at_));
+  return {std::max(line_.number, 1U), static_cast<std::uint32_t>(before + 1), file_};
 }
 
 // Returns false at the end of the copybook; here() is then still the end of the last line.
@@ -59,9 +52,11 @@ bool Lexer::nextLine() {
   return true;
 }
 
-// Does a token end before this position, since there is a blank, the end of the line or a comment?
+// Does a token end before this position, since there is a blank, the end of the line, a comment or the
+// border of a pseudo-text?
 bool Lexer::endsHere(std::size_t at) const {
-  return at >= line_.text.size() || line_.text[at] == ' ' || line_.text.compare(at, 2, "*>") == 0;
+  return at >= line_.text.size() || line_.text[at] == ' ' || line_.text.compare(at, 2, "*>") == 0 ||
+         line_.text.compare(at, 2, kPseudoText) == 0;
 }
 
 // Goes to the next token. Returns false at the end of the copybook.
@@ -75,14 +70,20 @@ bool Lexer::skipSeparators() {
   }
 }
 
-Token Lexer::scan() {
+Token Lexer::take() {
   const bool found = skipSeparators();
-  Token token{TokenKind::end, {}, here()};
+  Token token{TokenKind::end, {}, here(), false};
   if (!found) return token;
   const char c = line_.text[at_];
   if (c == '.' && endsHere(at_ + 1)) {
     ++at_;
     token.kind = TokenKind::period;
+    return token;
+  }
+  if (line_.text.compare(at_, 2, kPseudoText) == 0) {
+    at_ += kPseudoText.size();
+    token.kind = TokenKind::word;
+    token.text = kPseudoText;
     return token;
   }
   return isQuote(c) ? scanLiteral(std::move(token)) : scanWord(std::move(token));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "records/copybook/ascii.hpp"
 #include "records/copybook/lines.hpp"
@@ -14,10 +15,14 @@ enum class TokenKind : std::uint8_t {
   end,      // the end of the copybook
 };
 
+// The border of a pseudo-text, as in REPLACING ==A== BY ==B==.
+inline constexpr std::string_view kPseudoText = "==";
+
 struct Token {
   TokenKind kind = TokenKind::end;
   std::string text;
-  Place place;  // of the first character; after the last program text for TokenKind::end
+  Place place;            // of the first character; after the last program text for TokenKind::end
+  bool isJoined = false;  // no blank before it: only while texts are replaced are words in parts
 
   bool isWord(std::string_view word) const { return kind == TokenKind::word && equalIgnoringCase(text, word); }
 };
@@ -25,20 +30,22 @@ struct Token {
 // The token as messages show it: in quotes and shortened, or what it is.
 std::string quoted(const Token& token);
 
-// Cuts a copybook into tokens.
+// Cuts a text into tokens.
 //
 // Separators are blanks, the ends of lines, and "," ";" "." before a blank or the end of a line: "9(3).99" is one
-// word, "9(3). " is a word and a period. A literal or a word is joined over continuation lines.
+// word, "9(3). " is a word and a period. "==", around pseudo-text, is a word wherever it stands. A literal or a word is
+// joined over continuation lines.
 class Lexer {
  public:
-  Lexer(const Source& source, SourceFormat format);
+  // See LineReader.
+  Lexer(const Source& source, FileIndex file, SourceFormat format, bool isFreeInDoubt);
 
-  const Token& peek() const { return ahead_; }
   // Throws CopybookError for a literal without its closing quote.
   Token take();
 
+  bool isFree() const { return reader_.isFree(); }
+
  private:
-  Token scan();
   Token scanLiteral(Token token);
   Token scanWord(Token token);
   bool skipSeparators();
@@ -48,12 +55,12 @@ class Lexer {
   Place here() const;
 
   const Source& source_;
+  const FileIndex file_;
   LineReader reader_;
   ProgramLine line_;  // being read
   ProgramLine lineAhead_;
   bool hasLineAhead_ = false;
   std::size_t at_ = 0;  // in line_.text
-  Token ahead_;
 };
 
 }  // namespace oxr::rec::copybook

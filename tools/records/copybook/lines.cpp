@@ -4,16 +4,28 @@
 #include <array>
 
 #include "records/copybook/ascii.hpp"
+#include "records/copybook/characters.hpp"
 
 // A line goes through three steps: its tabs become blanks, so that columns can be counted; a directive is obeyed; and
 // what is no program text (sequence area, indicator, comments, all after column 72) is blanked or cut off.
+//
+// A program is known by the headers of its divisions, each at the start of a line: before the data division may stand
+// what no reader of entries understands (an author's name with a quote in it), so that its line is looked for first.
 
 namespace oxr::rec::copybook {
 
 namespace {
 
-constexpr std::size_t kIndicator = 6;      // index of column 7
+constexpr std::size_t kIndicator = 6;      // index of the character in column 7
 constexpr std::size_t kFixedTextEnd = 72;  // columns of a fixed line that are read
+
+// Words that only text of an entry has, at column 73 and after.
+constexpr std::array<std::string_view, 7> kClauseWords = {"PIC",    "PICTURE",   "COMP",     "COMP-3",
+                                                          "OCCURS", "REDEFINES", "DEPENDING"};
+
+// What a line that starts in columns 1 to 6 of a free text may start with, beside a level.
+constexpr std::array<std::string_view, 7> kFreeStarts = {"IDENTIFICATION",  "ID",      "DATA",   "COPY",
+                                                         "WORKING-STORAGE", "LINKAGE", "REPLACE"};
 
 constexpr std::array<std::string_view, 4> kListingControls = {"EJECT", "SKIP1", "SKIP2", "SKIP3"};
 
@@ -30,10 +42,24 @@ std::string_view takeWord(std::string_view& text) {
   return word;
 }
 
+template <std::size_t N>
+bool isOneOf(std::string_view word, const std::array<std::string_view, N>& words) {
+  return std::any_of(words.begin(), words.end(),
+                     [&](std::string_view known) { return equalIgnoringCase(word, known); });
+}
+
 bool isListingControl(std::string_view text) {
   if (text.ends_with('.')) text.remove_suffix(1);
-  return std::any_of(kListingControls.begin(), kListingControls.end(),
-                     [&](std::string_view control) { return equalIgnoringCase(text, control); });
+  return isOneOf(text, kListingControls);
+}
+
+// Does the text begin with the header of this division: "DATA DIVISION."?
+bool startsDivision(std::string_view text, std::string_view division) {
+  text = trim(text);
+  if (!equalIgnoringCase(takeWord(text), division)) return false;
+  std::string_view word = takeWord(text);
+  if (word.ends_with('.')) word.remove_suffix(1);
+  return equalIgnoringCase(word, "DIVISION");
 }
 
 // "D" marks a debugging line, but before a letter it is rather the first letter of a clause (test
@@ -52,33 +78,58 @@ bool startsEntry(std::string_view text) {
   return !rest.empty() && (isLetter(rest[0]) || rest[0] == ':');
 }
 
-// The first line that starts an entry decides. A directive before it also means that the text starts as fixed.
-bool looksFree(std::string_view text) {
+// The first line that starts an entry, or a part of a program, decides. A directive before it means that the text
+// starts as fixed.
+bool looksFree(std::string_view text, bool isFreeInDoubt) {
   for (std::size_t at = 0; at < text.size(); at += lineAt(text, at).size() + 1) {
     const std::string line = expandTabs(lineAt(text, at).substr(0, 2 * kFixedTextEnd));
     const std::size_t first = line.find_first_not_of(' ');
     if (first == std::string::npos || line[first] == '*') continue;
-    if (first < kIndicator && startsEntry(std::string_view(line).substr(first))) return true;
-    if (line.size() > kIndicator && startsEntry(trim(std::string_view(line).substr(kIndicator)))) return false;
+    std::string_view rest = std::string_view(line).substr(first);
+    if (first < kIndicator && startsEntry(rest)) return true;
+    if (first < kIndicator && isOneOf(takeWord(rest), kFreeStarts) && !rest.empty()) return true;
+    const std::size_t behind = byteOfCharacter(line, kIndicator);
+    if (behind < line.size() && startsEntry(trim(std::string_view(line).substr(behind)))) return false;
     if (line.compare(first, 2, ">>") == 0) return false;
   }
-  return false;
+  return isFreeInDoubt;
 }
 
 }  // namespace
 
-LineReader::LineReader(const Source& source, SourceFormat format)
+LineReader::LineReader(const Source& source, FileIndex file, SourceFormat format, bool isFreeInDoubt)
     : source_(source),
-      isFree_(format == SourceFormat::free || (format == SourceFormat::detect && looksFree(source.text()))) {}
+      file_(file),
+      text_(source.text(file)),
+      isFormatGiven_(format != SourceFormat::detect),
+      isFree_(isFormatGiven_ ? format == SourceFormat::free : looksFree(text_, isFreeInDoubt)) {
+  findDataDivision();
+}
+
+// Walks through all lines once, and starts again.
+void LineReader::findDataDivision() {
+  const bool wasFree = isFree_;
+  firstLine_ = ~0U;
+  std::uint32_t dataDivision = 0;
+  for (ProgramLine line; dataDivision == 0 && nextReduced(line);) {
+    isProgram_ = isProgram_ || startsDivision(line.text, "IDENTIFICATION") || startsDivision(line.text, "ID");
+    if (startsDivision(line.text, "DATA")) dataDivision = line.number;
+  }
+  if (isProgram_ && dataDivision == 0) source_.raise({0, 0, file_}, "the program has no DATA DIVISION");
+  isProgram_ = dataDivision != 0;
+  firstLine_ = dataDivision;
+  isFree_ = wasFree;
+  at_ = 0;
+  number_ = 0;
+}
 
 bool LineReader::nextRaw() {
-  const std::string_view text = source_.text();
-  if (at_ >= text.size()) return false;
-  const std::size_t end = text.find('\n', at_);
-  const std::string_view line = lineAt(text, at_);
+  if (at_ >= text_.size()) return false;
+  const std::size_t end = text_.find('\n', at_);
+  const std::string_view line = lineAt(text_, at_);
   expanded_ = expandTabs(line);
   hadTab_ = line.find('\t') != std::string_view::npos;
-  at_ = end == std::string_view::npos ? text.size() : end + 1;
+  at_ = end == std::string_view::npos ? text_.size() : end + 1;
   ++number_;
   return true;
 }
@@ -86,10 +137,11 @@ bool LineReader::nextRaw() {
 // Follows ">>SOURCE [FORMAT] [IS] FREE|FIXED". Returns true if the line was a directive.
 bool LineReader::obeyDirective() {
   std::string_view rest = trim(expanded_);
-  if (!rest.starts_with(">>") && !isFree_ && expanded_.size() > kIndicator)
-    rest = trim(std::string_view(expanded_).substr(kIndicator));
+  if (!rest.starts_with(">>") && !isFree_)
+    rest = trim(std::string_view(expanded_).substr(byteOfCharacter(expanded_, kIndicator)));
   if (!rest.starts_with(">>")) return false;
-  const Place place{number_, static_cast<std::uint32_t>(expanded_.find('>') + 1)};
+  const Place place{number_, static_cast<std::uint32_t>(countCharacters(expanded_.substr(0, expanded_.find('>'))) + 1),
+                    file_};
   rest = trim(rest.substr(2));
   const bool isSource = equalIgnoringCase(takeWord(rest), "SOURCE");
   std::string_view word = takeWord(rest);
@@ -97,9 +149,10 @@ bool LineReader::obeyDirective() {
   if (equalIgnoringCase(word, "IS")) word = takeWord(rest);
   if (word.ends_with('.')) word.remove_suffix(1);
   const bool toFree = equalIgnoringCase(word, "FREE");
-  if (!isSource || (!toFree && !equalIgnoringCase(word, "FIXED")))
+  if (isSource && (toFree || equalIgnoringCase(word, "FIXED")))
+    isFree_ = toFree;
+  else if (number_ >= firstLine_)
     source_.raise(place, "the only directives known are >>SOURCE FORMAT FREE and >>SOURCE FORMAT FIXED");
-  isFree_ = toFree;
   return true;
 }
 
@@ -108,25 +161,54 @@ bool LineReader::reduce(ProgramLine& line) const {
   const std::size_t first = expanded_.find_first_not_of(' ');
   if (first == std::string::npos || expanded_[first] == '*') return false;
   line.isContinuation = false;
-  if (!isFree_) {
-    if (expanded_.size() <= kIndicator) return false;
-    const char indicator = expanded_[kIndicator];
-    if (indicator == '*' || indicator == '/' || isDebugLine(expanded_)) return false;
-    line.isContinuation = indicator == '-';
-  }
   line.number = number_;
   line.text = expanded_;
   if (!isFree_) {
-    std::fill_n(line.text.begin(), line.isContinuation ? kIndicator + 1 : kIndicator, ' ');
-    if (!hadTab_ && line.text.size() > kFixedTextEnd) line.text.resize(kFixedTextEnd);
+    const std::size_t at = byteOfCharacter(expanded_, kIndicator);
+    if (at == expanded_.size()) return false;
+    line.text.replace(0, at, kIndicator, ' ');
+    const char indicator = line.text[kIndicator];
+    if (indicator == '*' || indicator == '/' || isDebugLine(line.text)) return false;
+    line.isContinuation = indicator == '-';
+    if (line.isContinuation) line.text[kIndicator] = ' ';
+    const std::size_t end = byteOfCharacter(line.text, kFixedTextEnd);
+    if (!hadTab_ && end < line.text.size()) {
+      if (number_ >= firstLine_ && !isFormatGiven_) checkBehind(line.text, end);
+      line.text.resize(end);
+    }
   }
   const std::string_view text = trim(line.text);
   return !text.empty() && !isListingControl(text);
 }
 
-bool LineReader::next(ProgramLine& line) {
+// What stands behind column 72 is often a name of eight characters, or a remark. It looks like text of an entry if it
+// has a word of one, or if a word reaches over the border that no period ends before it. A literal may do so: it is
+// continued in the next line.
+void LineReader::checkBehind(const std::string& text, std::size_t end) const {
+  const std::string_view read = std::string_view(text).substr(0, end);
+  if (read.find("*>") != std::string_view::npos || std::count_if(read.begin(), read.end(), isQuote) % 2 != 0) return;
+  std::string_view rest = std::string_view(text).substr(end);
+  bool isCode = read.back() != ' ' && read.back() != '.' && rest[0] != ' ';
+  for (rest = trim(rest); !isCode && !rest.empty();)
+    isCode = isOneOf(takeWord(rest), kClauseWords);
+  if (isCode)
+    source_.raise({number_, static_cast<std::uint32_t>(kFixedTextEnd + 1), file_},
+                  "text behind column 72 is not read in fixed format, but looks like a part of an entry: --format free "
+                  "reads it, --format fixed leaves it out");
+}
+
+bool LineReader::nextReduced(ProgramLine& line) {
   while (nextRaw())
     if (!obeyDirective() && reduce(line)) return true;
+  return false;
+}
+
+bool LineReader::next(ProgramLine& line) {
+  do {
+    if (!nextReduced(line)) return false;
+  } while (line.number < firstLine_);
+  if (!isProgram_ || !startsDivision(line.text, "PROCEDURE")) return true;
+  at_ = text_.size();
   return false;
 }
 

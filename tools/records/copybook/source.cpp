@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "records/copybook/characters.hpp"
 #include "records/copybook/error.hpp"
 
 namespace oxr::rec::copybook {
@@ -14,9 +15,10 @@ constexpr std::size_t kMaxTextBytes = 4U << 20;
 
 // The line for people: only printable ASCII, so that a column is a column and no terminal is hurt.
 std::string shownLine(std::string_view line) {
-  std::string shown = expandTabs(line.substr(0, kMaxShownLine)).substr(0, kMaxShownLine);
-  std::replace_if(
-      shown.begin(), shown.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+  const std::string expanded = expandTabs(line.substr(0, 4 * kMaxShownLine));
+  std::string shown;
+  for (std::size_t at = 0; at < expanded.size() && shown.size() < kMaxShownLine; at += characterBytes(expanded, at))
+    shown += expanded[at] < ' ' || expanded[at] > '~' ? '?' : expanded[at];
   return shown;
 }
 
@@ -30,36 +32,58 @@ std::string_view lineAt(std::string_view text, std::size_t at) {
 
 std::string expandTabs(std::string_view line) {
   std::string expanded;
-  for (const char c : line) {
-    if (c == '\t')
-      expanded.append(kTabStop - expanded.size() % kTabStop, ' ');
+  std::size_t column = 0;
+  for (std::size_t at = 0; at < line.size();) {
+    const std::size_t bytes = characterBytes(line, at);
+    const std::size_t width = line[at] == '\t' ? kTabStop - column % kTabStop : 1;
+    if (line[at] == '\t' || line[at] == '\f')
+      expanded.append(width, ' ');
     else
-      expanded += c == '\f' ? ' ' : c;
+      expanded += line.substr(at, bytes);
+    at += bytes;
+    column += width;
   }
   return expanded;
 }
 
-Source::Source(std::string_view text, std::string_view fileName) : text_(text), fileName_(fileName) {
-  if (text.size() > kMaxTextBytes) raise("the copybook has more than 4 MiB");
-  if (text_.starts_with("\xEF\xBB\xBF")) text_.remove_prefix(3);
+Source::Source(std::string text, std::string fileName) {
+  add(std::move(text), std::move(fileName));
+}
+
+FileIndex Source::add(std::string text, std::string fileName) {
+  File& file = files_.emplace_back(File{std::move(text), std::move(fileName), {}});
+  const auto index = static_cast<FileIndex>(files_.size() - 1);
+  if (file.whole.size() > kMaxTextBytes) raise({0, 0, index}, "the copybook has more than 4 MiB");
+  file.text = file.whole;
+  if (file.text.starts_with("\xEF\xBB\xBF")) file.text.remove_prefix(3);
   // Old editors mark the end with control-Z.
-  const std::size_t last = text_.find_last_not_of(" \t\r\n\f\x1A");
-  text_ = text_.substr(0, last == std::string_view::npos ? 0 : last + 1);
+  const std::size_t last = file.text.find_last_not_of(" \t\r\n\f\x1A");
+  file.text = file.text.substr(0, last == std::string_view::npos ? 0 : last + 1);
+  return index;
+}
+
+std::vector<std::string> Source::fileNames() const {
+  std::vector<std::string> names;
+  for (const File& file : files_)
+    names.push_back(file.name);
+  return names;
 }
 
 void Source::raise(Place place, const std::string& message) const {
+  const File& file = files_[place.file];
+  if (place.line == 0) throw CopybookError(file.name + ": " + message, file.name, 0, 0, message);
   std::size_t at = 0;
-  for (std::uint32_t line = 1; line < place.line && at < text_.size(); ++line)
-    at = text_.find('\n', at) + 1;
-  const std::string shown = shownLine(lineAt(text_, at));
-  std::string text = std::string(fileName_) + ':' + std::to_string(place.line) + ':' + std::to_string(place.column) +
-                     ": " + message + "\n      |" + shown;
+  for (std::uint32_t line = 1; line < place.line && at < file.text.size(); ++line)
+    at = file.text.find('\n', at) + 1;
+  const std::string shown = shownLine(lineAt(file.text, at));
+  std::string text = file.name + ':' + std::to_string(place.line) + ':' + std::to_string(place.column) + ": " +
+                     message + "\n      |" + shown;
   if (place.column <= kMaxShownLine) text += "\n      |" + std::string(place.column - 1, ' ') + '^';
-  throw CopybookError(text, std::string(fileName_), place.line, place.column, message);
+  throw CopybookError(text, file.name, place.line, place.column, message);
 }
 
 void Source::raise(const std::string& message) const {
-  throw CopybookError(std::string(fileName_) + ": " + message, std::string(fileName_), 0, 0, message);
+  raise(Place{}, message);
 }
 
 }  // namespace oxr::rec::copybook

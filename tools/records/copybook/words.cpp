@@ -59,7 +59,7 @@ bool isOneOf(const Token& token, const std::string_view (&words)[N]) {
 Token shortened(const Token& token) {
   constexpr std::string_view kLong = "COMPUTATIONAL";
   if (!equalIgnoringCase(std::string_view(token.text).substr(0, kLong.size()), kLong)) return token;
-  return {token.kind, "COMP" + token.text.substr(kLong.size()), token.place};
+  return {token.kind, "COMP" + token.text.substr(kLong.size()), token.place, false};
 }
 
 bool isNumber(std::string_view text) {

@@ -1,0 +1,121 @@
+#include "records/copybook/replacing.hpp"
+
+#include <algorithm>
+
+// Replacing works on parts of words. A part that follows another without a blank is marked as joined to it: after the
+// replacements the marks tell what is one word again.
+
+namespace oxr::rec::copybook {
+
+namespace {
+
+constexpr std::string_view kParts = "():";
+
+bool isSame(const Token& a, const Token& b) {
+  if (a.kind != b.kind) return false;
+  return a.kind == TokenKind::literal ? a.text == b.text : equalIgnoringCase(a.text, b.text);
+}
+
+// Replaces the start or the end of a word. Returns false if it has not that one.
+bool replacePartly(Token& token, const Replacement& replacement) {
+  const std::string& from = replacement.from.front().text;
+  if (token.kind != TokenKind::word || token.text.size() < from.size()) return false;
+  const bool isLeading = replacement.where == Replacement::Where::leading;
+  const std::size_t at = isLeading ? 0 : token.text.size() - from.size();
+  if (!equalIgnoringCase(std::string_view(token.text).substr(at, from.size()), from)) return false;
+  token.text.replace(at, from.size(), replacement.by.empty() ? std::string() : replacement.by.front().text);
+  return true;
+}
+
+class Replacer {
+ public:
+  Replacer(std::vector<Token> parts, const std::vector<Replacement>& replacements)
+      : parts_(std::move(parts)), replacements_(replacements) {}
+
+  std::vector<Token> run() {
+    while (at_ < parts_.size())
+      if (!replaceHere()) result_.push_back(std::move(parts_[at_++]));
+    return std::move(result_);
+  }
+
+ private:
+  bool replaceHere() {
+    for (const Replacement& replacement : replacements_) {
+      if (replacement.where != Replacement::Where::whole) {
+        if (!replacePartly(parts_[at_], replacement)) continue;
+        if (!parts_[at_].text.empty()) result_.push_back(std::move(parts_[at_]));
+        ++at_;
+        return true;
+      }
+      if (!fits(replacement.from)) continue;
+      put(replacement.by, replacement.from.size());
+      return true;
+    }
+    return false;
+  }
+
+  bool fits(const std::vector<Token>& from) const {
+    return from.size() <= parts_.size() - at_ &&
+           std::equal(from.begin(), from.end(), parts_.begin() + static_cast<std::ptrdiff_t>(at_), isSame);
+  }
+
+  // The text that is put in stands where the old one did. If nothing is, what follows was joined to it only if it
+  // was joined to what stands before.
+  void put(const std::vector<Token>& by, std::size_t count) {
+    const Place place = parts_[at_].place;
+    const bool isJoined = parts_[at_].isJoined;
+    at_ += count;
+    if (by.empty() && at_ < parts_.size()) parts_[at_].isJoined = parts_[at_].isJoined && isJoined;
+    for (std::size_t i = 0; i < by.size(); ++i) {
+      result_.push_back(by[i]);
+      result_.back().place = place;
+      if (i == 0) result_.back().isJoined = isJoined;
+    }
+  }
+
+  std::vector<Token> parts_;
+  const std::vector<Replacement>& replacements_;
+  std::vector<Token> result_;
+  std::size_t at_ = 0;
+};
+
+// Makes words of joined parts.
+std::vector<Token> joined(std::vector<Token> parts) {
+  std::vector<Token> tokens;
+  for (Token& part : parts) {
+    const bool continues =
+        part.isJoined && part.kind == TokenKind::word && !tokens.empty() && tokens.back().kind == TokenKind::word;
+    if (continues)
+      tokens.back().text += part.text;
+    else
+      tokens.push_back(std::move(part));
+    tokens.back().isJoined = false;
+  }
+  return tokens;
+}
+
+}  // namespace
+
+std::vector<Token> partsOf(std::vector<Token> tokens) {
+  std::vector<Token> parts;
+  for (Token& token : tokens) {
+    if (token.kind != TokenKind::word || token.text.find_first_of(kParts) == std::string::npos) {
+      parts.push_back(std::move(token));
+      continue;
+    }
+    for (std::size_t at = 0; at < token.text.size();) {
+      const std::size_t end =
+          at == token.text.find_first_of(kParts, at) ? at + 1 : token.text.find_first_of(kParts, at);
+      parts.push_back({TokenKind::word, token.text.substr(at, end - at), token.place, at != 0});
+      at = std::min(end, token.text.size());
+    }
+  }
+  return parts;
+}
+
+std::vector<Token> replaced(std::vector<Token> tokens, const std::vector<Replacement>& replacements) {
+  if (replacements.empty()) return tokens;
+  return joined(Replacer(partsOf(std::move(tokens)), replacements).run());
+}
+
+}  // namespace oxr::rec::copybook
