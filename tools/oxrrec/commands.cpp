@@ -4,6 +4,7 @@
 
 #include "oxrrec/decode.hpp"
 #include "oxrrec/explain/explain.hpp"
+#include "oxrrec/layout.hpp"
 
 namespace oxr::rec {
 
@@ -20,6 +21,7 @@ Work prepare(CLI::App& command) {
 constexpr Command kCommands[] = {
     {"decode", "write a JSON object for each record, one a line", prepare<DecodeOptions, addDecodeOptions, decode>},
     {"explain", "show one record, field by field", prepare<ExplainOptions, addExplainOptions, explain>},
+    {"layout", "show how a copybook lays its records out", prepare<LayoutOptions, addLayoutOptions, layout>},
 };
 
 }  // namespace

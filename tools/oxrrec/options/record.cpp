@@ -23,6 +23,23 @@ void addCopybookOptions(CLI::App& command, CopybookSource& copybook) {
       {{"detect", SourceFormat::detect}, {"fixed", SourceFormat::fixed}, {"free", SourceFormat::free}},
       "how the copybook's lines are built [detect]")
       ->group(kCopybookTopic);
+  command
+      .add_option(
+          "-I,--include", copybook.options.includeFolders,
+          "where COPY looks for other copybooks, after the folder of the text that it stands in; may be repeated")
+      ->type_name("FOLDER")
+      ->allow_extra_args(false)
+      ->group(kCopybookTopic);
+  addChoice<BinarySizes>(command, "--binary-sizes", copybook.options.binarySizes,
+                         {{"2-4-8", BinarySizes::twoFourEight},
+                          {"1-2-4-8", BinarySizes::oneTwoFourEight},
+                          {"1-8", BinarySizes::oneToEight}},
+                         "bytes of binary numbers, as the compiler's option has it [2-4-8]")
+      ->group(kCopybookTopic);
+  addChoice<Dialect>(command, "--dialect", copybook.options.dialect,
+                     {{"mainframe", Dialect::mainframe}, {"gnucobol", Dialect::gnucobol}},
+                     "whose boundaries of SYNCHRONIZED items and sizes of pointers [mainframe]")
+      ->group(kCopybookTopic);
 }
 
 void addFieldOptions(CLI::App& command, RecordOptions& record) {
