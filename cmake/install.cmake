@@ -10,6 +10,9 @@ if(TARGET oxrrec)
   file(RELATIVE_PATH lib_from_bin "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
   set_target_properties(oxrrec PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
   install(TARGETS oxrrec RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  install(FILES "${PROJECT_BINARY_DIR}/oxrrec.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+  install(FILES "${PROJECT_BINARY_DIR}/oxrrec.bash" RENAME oxrrec
+          DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
 endif()
 set_target_properties(oxrbitstreamutilities kelhost PROPERTIES INSTALL_RPATH "$ORIGIN")
 
