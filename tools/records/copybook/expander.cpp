@@ -149,10 +149,17 @@ class Expander {
       if (!reader.accept("BY")) reader.raiseExpected("BY");
       next.by = readPart(reader);
       if (next.from.empty()) source_.raise(place, "there is no text to replace");
-      if (next.where != Replacement::Where::whole && (next.from.size() > 1 || next.by.size() > 1))
+      if (next.where != Replacement::Where::whole && !(isOneWord(next.from) && isOneWord(next.by)))
         source_.raise(place, "LEADING and TRAILING replace a part of a word by another");
     } while (reader.peek().kind == TokenKind::word || reader.peek().kind == TokenKind::literal);
     return result;
+  }
+
+  // One word, or none.
+  static bool isOneWord(const std::vector<Token>& parts) {
+    return std::all_of(parts.begin(), parts.end(), [&](const Token& part) {
+      return part.kind == TokenKind::word && (part.isJoined || &part == parts.data());
+    });
   }
 
   std::vector<Token> readPart(TokenReader& reader) const {

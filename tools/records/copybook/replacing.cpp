@@ -16,15 +16,11 @@ bool isSame(const Token& a, const Token& b) {
   return a.kind == TokenKind::literal ? a.text == b.text : equalIgnoringCase(a.text, b.text);
 }
 
-// Replaces the start or the end of a word. Returns false if it has not that one.
-bool replacePartly(Token& token, const Replacement& replacement) {
-  const std::string& from = replacement.from.front().text;
-  if (token.kind != TokenKind::word || token.text.size() < from.size()) return false;
-  const bool isLeading = replacement.where == Replacement::Where::leading;
-  const std::size_t at = isLeading ? 0 : token.text.size() - from.size();
-  if (!equalIgnoringCase(std::string_view(token.text).substr(at, from.size()), from)) return false;
-  token.text.replace(at, from.size(), replacement.by.empty() ? std::string() : replacement.by.front().text);
-  return true;
+std::string textOf(const std::vector<Token>& parts) {
+  std::string text;
+  for (const Token& part : parts)
+    text += part.text;
+  return text;
 }
 
 class Replacer {
@@ -42,16 +38,32 @@ class Replacer {
   bool replaceHere() {
     for (const Replacement& replacement : replacements_) {
       if (replacement.where != Replacement::Where::whole) {
-        if (!replacePartly(parts_[at_], replacement)) continue;
-        if (!parts_[at_].text.empty()) result_.push_back(std::move(parts_[at_]));
-        ++at_;
-        return true;
+        if (replaceWithin(replacement)) return true;
+        continue;
       }
       if (!fits(replacement.from)) continue;
       put(replacement.by, replacement.from.size());
       return true;
     }
     return false;
+  }
+
+  // Replaces the start or the end of the whole word that starts here.
+  bool replaceWithin(const Replacement& replacement) {
+    if (parts_[at_].kind != TokenKind::word || parts_[at_].isJoined) return false;
+    std::size_t end = at_ + 1;
+    Token word = parts_[at_];
+    for (; end < parts_.size() && parts_[end].isJoined; ++end)
+      word.text += parts_[end].text;
+    const std::string from = textOf(replacement.from);
+    if (word.text.size() < from.size()) return false;
+    const bool isLeading = replacement.where == Replacement::Where::leading;
+    const std::size_t at = isLeading ? 0 : word.text.size() - from.size();
+    if (!equalIgnoringCase(std::string_view(word.text).substr(at, from.size()), from)) return false;
+    word.text.replace(at, from.size(), textOf(replacement.by));
+    if (!word.text.empty()) result_.push_back(std::move(word));
+    at_ = end;
+    return true;
   }
 
   bool fits(const std::vector<Token>& from) const {
