@@ -11,18 +11,6 @@ namespace {
 
 constexpr std::size_t kWriteBytes = std::size_t{256} << 10;
 
-using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
-
-void putText(Writer& writer, const char* key, const std::string& text) {
-  writer.Key(key);
-  writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
-}
-
-void putNumber(Writer& writer, const char* key, std::uint64_t number) {
-  writer.Key(key);
-  writer.Uint64(number);
-}
-
 }  // namespace
 
 void BadRecords::add(const FieldFault& fault, const RecordWorker& worker) {
@@ -30,37 +18,36 @@ void BadRecords::add(const FieldFault& fault, const RecordWorker& worker) {
     isInRecord_ = true;
     const auto bytes = worker.recordInHand();
     raw_.assign(bytes.begin(), bytes.end());
-    writer_.Reset(lines_);
-    writer_.StartObject();
-    putNumber(writer_, "record", fault.record);
-    putNumber(writer_, "offset", worker.offsetInInput());
-    writer_.Key("faults");
-    writer_.StartArray();
+    json_.writer().StartObject();
+    json_.put("record", fault.record);
+    json_.put("offset", worker.offsetInInput());
+    json_.writer().Key("faults");
+    json_.writer().StartArray();
   }
-  writer_.StartObject();
-  putText(writer_, "path", fault.path());
-  putNumber(writer_, "offset", fault.offset);
-  putText(writer_, "reason", fault.reasonText());
-  putText(writer_, "bytes", hexText(fault.bytes));
-  writer_.EndObject();
+  json_.writer().StartObject();
+  json_.put("path", fault.path());
+  json_.put("offset", fault.offset);
+  json_.put("reason", fault.reasonText());
+  json_.put("bytes", hexText(fault.bytes));
+  json_.writer().EndObject();
 }
 
 void BadRecords::finishRecord(std::uint64_t size) {
   if (!isInRecord_) return;
   isInRecord_ = false;
   raw_.resize(std::min<std::uint64_t>(raw_.size(), size));
-  writer_.EndArray();
-  putText(writer_, "raw", hexText(raw_));
-  writer_.EndObject();
-  lines_.Put('\n');
-  if (lines_.GetSize() < kWriteBytes) return;
-  output_.write({lines_.GetString(), lines_.GetSize()});
-  lines_.Clear();
+  json_.writer().EndArray();
+  json_.put("raw", hexText(raw_));
+  json_.writer().EndObject();
+  json_.endLine();
+  if (json_.text().size() < kWriteBytes) return;
+  output_.write(json_.text());
+  json_.clear();
 }
 
 void BadRecords::close() {
-  output_.write({lines_.GetString(), lines_.GetSize()});
-  lines_.Clear();
+  output_.write(json_.text());
+  json_.clear();
   output_.close();
 }
 

@@ -3,9 +3,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "oxrrec/jsontext.hpp"
 #include "records/records.hpp"
-// RapidJSON comes after what sets it up.
-#include <rapidjson/writer.h>
 
 namespace oxr::rec {
 
@@ -28,8 +27,7 @@ class BadRecords {
 
  private:
   FileOutput output_;
-  rapidjson::StringBuffer lines_;
-  rapidjson::Writer<rapidjson::StringBuffer> writer_{lines_};
+  JsonText json_;
   std::vector<unsigned char> raw_;
   bool isInRecord_ = false;
 };

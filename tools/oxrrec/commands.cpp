@@ -5,6 +5,7 @@
 #include "oxrrec/decode.hpp"
 #include "oxrrec/explain/explain.hpp"
 #include "oxrrec/layout.hpp"
+#include "oxrrec/profile/profile.hpp"
 
 namespace oxr::rec {
 
@@ -22,6 +23,8 @@ constexpr Command kCommands[] = {
     {"decode", "write a JSON object for each record, one a line", prepare<DecodeOptions, addDecodeOptions, decode>},
     {"explain", "show one record, field by field", prepare<ExplainOptions, addExplainOptions, explain>},
     {"layout", "show how a copybook lays its records out", prepare<LayoutOptions, addLayoutOptions, layout>},
+    {"profile", "tell what the bytes of each field are in a whole file",
+     prepare<ProfileOptions, addProfileOptions, profile>},
 };
 
 }  // namespace

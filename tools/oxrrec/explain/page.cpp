@@ -4,7 +4,7 @@
 #include "oxrrec/explain/pagetext.hpp"
 #include "oxrrec/explain/record.hpp"
 #include "oxrrec/hextext.hpp"
-#include "records/json/rapidjson.hpp"
+#include "oxrrec/jsontext.hpp"
 
 namespace oxr::rec {
 
@@ -15,31 +15,15 @@ constexpr std::size_t kShownBytes = 16384;
 // What stands in page.html in the place of the record.
 constexpr std::string_view kMark = ">RECORD<";
 
-class Json {
- public:
-  rapidjson::Writer<rapidjson::StringBuffer>& writer() { return writer_; }
-  void put(const char* key, const std::string& text) {
-    writer_.Key(key);
-    writer_.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
-  }
-  void put(const char* key, std::uint64_t number) {
-    writer_.Key(key);
-    writer_.Uint64(number);
-  }
-  // Within a script no text may look like the end of it.
-  std::string text() const {
-    std::string escaped;
-    for (const char c : std::string_view(out_.GetString(), out_.GetSize()))
-      escaped += c == '<' ? "\\u003c" : std::string(1, c);
-    return escaped;
-  }
+// Within a script no text may look like the end of it.
+std::string escaped(std::string_view json) {
+  std::string text;
+  for (const char c : json)
+    text += c == '<' ? "\\u003c" : std::string(1, c);
+  return text;
+}
 
- private:
-  rapidjson::StringBuffer out_;
-  rapidjson::Writer<rapidjson::StringBuffer> writer_{out_};
-};
-
-void putField(Json& json, const ExplainedField& field) {
+void putField(JsonText& json, const ExplainedField& field) {
   json.writer().StartObject();
   json.put("path", field.path);
   json.put("offset", field.offset);
@@ -58,7 +42,7 @@ void putField(Json& json, const ExplainedField& field) {
 
 std::string jsonOf(const ExplainedRecord& record) {
   const std::size_t shown = std::min(record.bytes.size(), kShownBytes);
-  Json json;
+  JsonText json;
   json.writer().StartObject();
   json.put("title", "Record " + std::to_string(record.number) + " of " + record.input);
   std::string facts = std::to_string(record.bytes.size()) + " bytes from byte " + std::to_string(record.offset);
@@ -80,7 +64,7 @@ std::string jsonOf(const ExplainedRecord& record) {
     putField(json, field);
   json.writer().EndArray();
   json.writer().EndObject();
-  return json.text();
+  return escaped(json.text());
 }
 
 }  // namespace

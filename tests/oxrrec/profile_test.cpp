@@ -1,0 +1,47 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "oxrrec/runs.hpp"
+
+namespace oxr::rec::test {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr char kCopybook[] =
+    "01 R. 05 N PIC 9. 05 A OCCURS 0 TO 2 DEPENDING ON N. 10 P PIC S9V99 COMP-3. 10 D PIC S99. 05 B PIC 99 BLANK ZERO.";
+// ASCII; the sign of the last record is that of a translated file.
+constexpr std::string_view kRecords(
+    "0  "
+    "1\x10\x5D"
+    "1q12"
+    "2\x00\x0C"
+    "02\x12\x3F\0\0"
+    "99"
+    "1\0\0"
+    "1K77",
+    28);
+
+TEST(Profile, TellsWhatTheBytesOfFieldsAre) {
+  const Folder folder;
+  const std::string arguments = "--format free --ccsid 819 --records fixed --copybook " + folder.write("c", kCopybook);
+  const Outcome table = runProgram("profile " + arguments + " -", kRecords);
+  EXPECT_EQ(table.code, kBadField) << table.messages;
+  EXPECT_THAT(table.lines, HasSubstr("4 records\n"));
+  EXPECT_THAT(table.lines, HasSubstr("N      9                 4    0     0      0    0  "));
+  EXPECT_THAT(table.lines,
+              HasSubstr("A.P    S9V99 COMP-3      4    1     0      0    1  0: 1, C: 1, D: 1, F: 1  -1.05"));
+  EXPECT_THAT(table.lines, HasSubstr("A.D    S99               4    2     0      0    1  0: 1, 3: 1, 4: 1, 7: 1  -11"));
+  EXPECT_THAT(table.lines, HasSubstr("--ascii-signs letters makes bad values readable of: A.D\n"));
+  const Outcome lines = runProgram("profile --to json " + arguments + " -", kRecords);
+  EXPECT_THAT(lines.lines, HasSubstr("\"path\":\"B\",\"picture\":\"99\",\"count\":4,\"bad\":0,\"null\":0,\"blank\":1,"
+                                     "\"nul\":0,\"signs\":{},\"smallest\":0,\"largest\":99,"));
+  EXPECT_THAT(lines.lines, HasSubstr("\"suggestion\":\"--ascii-signs letters\""));
+  // A file that cannot be read to its end is told of as far as it goes.
+  const Outcome cut = runProgram("profile " + arguments + " -", kRecords.substr(0, 12));
+  EXPECT_EQ(cut.code, kFailed);
+  EXPECT_THAT(cut.lines, HasSubstr("3 records\n"));
+}
+
+}  // namespace
+}  // namespace oxr::rec::test

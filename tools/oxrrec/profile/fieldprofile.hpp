@@ -1,0 +1,41 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "oxrrec/profile/extremes.hpp"
+#include "records/records.hpp"
+
+namespace oxr::rec {
+
+// What the bytes of a field are in all records.
+struct FieldProfile {
+  std::string path;  // without the numbers of occurrences
+  std::string picture{};
+  std::uint64_t count = 0;
+  std::uint64_t bad = 0;
+  std::uint64_t nulls = 0;
+  std::uint64_t blanks = 0;  // blank all over
+  std::uint64_t nuls = 0;    // NUL all over
+  // How often each sign half byte (packed) or zone of the byte with the sign (DISPLAY) was there.
+  std::array<std::uint64_t, 16> signs{};
+  Extremes extremes{};
+  std::map<std::string, std::uint64_t> reasons{};  // why fields are bad, and how many
+  std::map<std::string, std::uint64_t> helps{};    // options, and how many of the bad fields they make readable
+
+  // The option that helps most of the bad fields; null if none does.
+  const std::pair<const std::string, std::uint64_t>* suggestion() const;
+};
+
+// Adds a field that was read. `blank` is the byte of one, `form` how the field is stored.
+void addTo(FieldProfile& profile, const FieldSeen& field, unsigned char blank, const PhysicalForm& form);
+
+// The reason without what differs from one field to the next.
+std::string kindOfReason(const FieldFault& fault);
+
+// "C: 120, D: 3"; empty if the field has no signs.
+std::string signsText(const FieldProfile& profile);
+
+}  // namespace oxr::rec
