@@ -29,6 +29,7 @@
 #include "fuzz/pwffrmtr/binarydatetime_check.hpp"
 #include "fuzz/pwffrmtr/datetime_check.hpp"
 #include "fuzz/records/copybook_check.hpp"
+#include "fuzz/records/framing_check.hpp"
 #include "fuzz/records/jsonvalue_check.hpp"
 #include "fuzz/records/recordreader_check.hpp"
 #include "fuzz/workers/statechecker_check.hpp"
@@ -85,6 +86,8 @@ constexpr Check kChecks[] = {
     {"SameDurations", fuzz::checkDurationComparison, 10'000},
     {"Copybook",      fuzz::checkCopybook,      10'000},
     {"JsonValue",     fuzz::checkJsonValue,     20'000},
+    {"Framing",       fuzz::checkFraming,        5'000},
+    {"AnyFraming",    fuzz::checkAnyFraming,     5'000},
     {"RecordReader",  fuzz::checkRecordReader,   3'000},
     {"StateChecker",  fuzz::checkStateChecker,   1'500},
 };

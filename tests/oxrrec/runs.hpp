@@ -4,14 +4,17 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "harness/hex.hpp"
 #include "oxrrec/program.hpp"
 
 // Runs the program within the test, on files of its own.
@@ -32,6 +35,16 @@ class Folder {
   std::string write(const std::string& name, std::string_view content) const {
     std::ofstream(path(name), std::ios::binary) << content;
     return path(name);
+  }
+  // Of the files in it, sorted, with a blank between two.
+  std::string names() const {
+    std::set<std::string> sorted;
+    for (const auto& entry : std::filesystem::directory_iterator(path_))
+      sorted.insert(entry.path().filename());
+    std::string all;
+    for (const std::string& name : sorted)
+      all += (all.empty() ? "" : " ") + name;
+    return all;
   }
 
  private:
@@ -81,6 +94,34 @@ inline Outcome decodeBytes(std::string_view copybook, std::string_view bytes, co
   const Folder folder;
   const std::string page = arguments.find("--ccsid") == std::string::npos ? " --ccsid 37 " : " ";
   return runProgram("decode --format free --copybook " + folder.write("c", copybook) + page + arguments + " -", bytes);
+}
+
+// "*" in an expectation stands for any text.
+inline std::string asPattern(std::string_view text) {
+  std::string pattern = "^";
+  for (const char c : text) {
+    if (std::strchr(".()[]{}+?^$|\\", c) != nullptr) pattern += '\\';
+    pattern += c == '*' ? std::string("(.|\n)*") : std::string(1, c);
+  }
+  return pattern;
+}
+
+// ASCII, and bytes in hexadecimal between "<" and ">".
+inline std::string bytesOf(const std::string& text) {
+  std::string bytes;
+  std::istringstream parts(replaced(text, ">", "<"));
+  bool isHex = true;
+  for (std::string part; std::getline(parts, part, '<');)
+    bytes += (isHex = !isHex) ? oxr::test::fromHex(part) : part;
+  return bytes;
+}
+
+inline constexpr char kStart[] = "oxrrec: standard input: ";
+
+// The lines without quotes; each message after "|", a record's after "| #".
+inline std::string inShort(const Outcome& outcome) {
+  const std::string all = replaced(outcome.lines, "\"", "") + replaced(outcome.messages, kStart, "| ");
+  return replaced(replaced(all, "| record ", "| #"), "\n", " ");
 }
 
 }  // namespace oxr::rec::test

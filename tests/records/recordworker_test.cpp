@@ -59,7 +59,7 @@ TEST(RecordWorker, ReadsAFileInBlocksOfAnySize) {
     std::fwrite(kTwoOrders, 1, 10, file.get());
   for (const std::size_t blockBytes : {1, 2, 7, 10, 11, 61, 1000}) {
     std::rewind(file.get());
-    FileInput input(FileDescriptor::borrowed(::fileno(file.get())), "records", blockBytes);
+    FileInput input(FileDescriptor::borrowed(::fileno(file.get())), "records", {}, blockBytes);
     EXPECT_EQ(input.totalSize(), 200u);
     Bench bench;
     bench.worker->setSource(&input);

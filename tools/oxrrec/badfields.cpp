@@ -33,11 +33,11 @@ bool BadFields::finishRecord(std::uint64_t size) {
   return std::exchange(recordIsBad_, false);
 }
 
-void BadFields::tellSum(std::uint64_t allRecords) const {
+void BadFields::tellSum(std::uint64_t allRecords, const std::string& hint) const {
   if (fields_ == 0) return;
   messages_ << "oxrrec: " << input_ << ": " << fields_ << (fields_ == 1 ? " bad field in " : " bad fields in ")
             << records_ << " of " << allRecords << (allRecords == 1 ? " record, " : " records, ")
-            << (isSkipping() ? "left out\n" : "written as null\n");
+            << (isSkipping() ? "left out" : "written as null") << hint << '\n';
 }
 
 }  // namespace oxr::rec

@@ -35,7 +35,8 @@ class BadFields : public FaultListener {
   bool isSkipping() const { return onError_ == OnError::skip; }
   // Whether there was any.
   bool hasAny() const { return fields_ != 0; }
-  void tellSum(std::uint64_t allRecords) const;
+  // `hint` ends the line.
+  void tellSum(std::uint64_t allRecords, const std::string& hint) const;
 
  private:
   const OnError onError_;

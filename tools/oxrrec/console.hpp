@@ -1,6 +1,7 @@
 #pragma once
 
 #include <ostream>
+#include <span>
 #include <string>
 
 #include "records/records.hpp"
@@ -24,8 +25,11 @@ inline constexpr int kFailed = 2;    // all else: the request, the copybook, the
 inline constexpr char kStandardStream[] = "-";
 
 // The file of this path, or standard input. Throws ToolError.
-FileInput openInput(const std::string& path, const Console& console);
-// The file of this path, emptied unless it is the one open as `input`, or standard output. Throws OutputError.
-FileOutput openOutput(const std::string& path, const Console& console, int input);
+FileInput openInput(const std::string& path, const InputWindow& window, const Console& console);
+// The file of this path, or standard output. Throws OutputError if it names one of the paths in `inputs`, or the file
+// open as `input`.
+FileOutput openOutput(const std::string& path, std::span<const std::string> inputs, int input, const Console& console);
+// The same where nothing is read.
+FileOutput openOutput(const std::string& path, const Console& console);
 
 }  // namespace oxr::rec

@@ -29,15 +29,15 @@ class Decoding {
  public:
   Decoding(const DecodeOptions& options, const Console& console, const RecordPlan& plan)
       : messages_(console.messages),
-        input_(openInput(options.input.path, console)),
+        input_(openInput(options.input.path, options.input.window, console)),
         progress_(messages_, isProgressWanted(options, console), input_.totalSize(),
                   options.progress ? std::chrono::milliseconds{0} : kProgressDelay),
         badFields_(options.onError, messages_, input_.name(), [this] { progress_.wipe(); }),
-        worker_(makeWorker(plan, options.input, badFields_)),
-        output_(openOutput(options.output, console, input_.descriptor())),
+        worker_(makeWorker(plan, options.input, input_, badFields_, console)),
+        output_(openOutput(options.output, {&options.record.copybook.path, 1}, input_.descriptor(), console)),
         lines_(makeHandler(plan, options)) {
     if (!options.errors.empty()) {
-      badRecords_.emplace(openOutput(options.errors, console, input_.descriptor()));
+      badRecords_.emplace(openOutput(options.errors, {&options.record.copybook.path, 1}, input_.descriptor(), console));
       badFields_.setRecords(&*badRecords_, worker_.get());
     }
     worker_->setSource(&input_);
@@ -58,8 +58,9 @@ class Decoding {
     output_.close();
     if (badRecords_) badRecords_->close();
     if (code != kDone) return code;
-    badFields_.tellSum(worker_->recordsRead());
-    return badFields_.hasAny() ? kBadField : kDone;
+    if (!badFields_.hasAny()) return kDone;
+    badFields_.tellSum(worker_->recordsRead(), worker_->hint());
+    return kBadField;
   }
 
  private:
@@ -74,7 +75,7 @@ class Decoding {
       readRecords();
       return kDone;
     } catch (const FieldError& error) {
-      return ended(kBadField, input_.name() + ": " + error.what());
+      return ended(kBadField, input_.name() + ": " + error.what() + worker_->hint());
     } catch (const FrameError& error) {
       return ended(kFailed, input_.name() + ": " + error.what());
     } catch (const CheckError& error) {

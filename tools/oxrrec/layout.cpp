@@ -45,7 +45,9 @@ int layout(const LayoutOptions& options, const Console& console) {
     console.messages << "oxrrec: this is " << record.recordName << "; --record chooses another: " << others << '\n';
   }
   const std::string text = viewOf(record, options);
-  openOutput(options.output, console, -1).write(text);
+  FileOutput output = openOutput(options.output, {&options.copybook.path, 1}, -1, console);
+  output.write(text);
+  output.close();
   return kDone;
 }
 

@@ -22,6 +22,8 @@ int failed(const Console& console, const std::string& text) {
 int guarded(const Work& work, const Console& console) {
   try {
     return work(console);
+  } catch (const OutputClosed&) {
+    return kDone;
   } catch (const KelException& failure) {
     return failed(console, faultText(failure));
   } catch (const std::bad_alloc&) {
@@ -34,7 +36,7 @@ int guarded(const Work& work, const Console& console) {
 int write(const std::string& text, const Console& console) {
   return guarded(
       [&](const Console&) {
-        openOutput(kStandardStream, console, -1).write(text);
+        openOutput(kStandardStream, console).write(text);
         return kDone;
       },
       console);

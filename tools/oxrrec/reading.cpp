@@ -1,13 +1,16 @@
 #include "oxrrec/reading.hpp"
 
+#include "oxrrec/framing.hpp"
+
 namespace oxr::rec {
 
 Description::Description(const RecordOptions& options, const Console&)
     : layout_(readCopybookFile(options.copybook.path, options.copybook.options)), plan_(layout_, options.plan) {}
 
-RecordWorker::Owner makeWorker(const RecordPlan& plan, const InputOptions& input, FaultListener& listener) {
+RecordWorker::Owner makeWorker(const RecordPlan& plan, const InputOptions& options, FileInput& input,
+                               FaultListener& listener, const Console& console) {
   try {
-    return RecordWorker::make(plan, input.records, listener);
+    return RecordWorker::make(plan, settledRecords(options, plan, input, console.messages), listener);
   } catch (const KelException& failure) {
     throw ToolError("CCSID " + std::to_string(plan.forms().front().ccsid) + ": " + faultText(failure));
   }

@@ -17,8 +17,10 @@ class Description {
   const RecordPlan plan_;
 };
 
-// A worker for the input. Throws ToolError for an unknown code page.
-RecordWorker::Owner makeWorker(const RecordPlan& plan, const InputOptions& input, FaultListener& listener);
+// A worker for the input, of which nothing was read yet. If the options leave it to the program how the records lie,
+// what it finds is told in the console's messages. Throws ToolError for an unknown code page.
+RecordWorker::Owner makeWorker(const RecordPlan& plan, const InputOptions& options, FileInput& input,
+                               FaultListener& listener, const Console& console);
 
 // The layout that a step belongs to.
 const Layout& layoutOf(const RecordPlan& plan, const Step& step);

@@ -58,6 +58,8 @@ class RecordWorker final : public BitstreamWorker {
   std::uint64_t offsetInInput() const { return reader_.offsetInInput(0); }
   // Records read so far, the one that a fault ended included.
   std::uint64_t recordsRead() const { return reader_.recordsRead(); }
+  // See RecordReader::hint: to be told with faults.
+  std::string hint() const { return reader_.hint(); }
 
   void initializeParse(int mode, MessageInfo* info, int flags) override;
   void setFIHandler(FIHandler* handler, bool adopt) override;

@@ -121,8 +121,8 @@ int explain(const ExplainOptions& options, const Console& console) {
   const Description description(wanted, console);
   const RecordPlan& plan = description.plan();
   Explainer explainer(plan);
-  FileInput input = openInput(options.input.path, console);
-  const RecordWorker::Owner worker = makeWorker(plan, options.input, explainer);
+  FileInput input = openInput(options.input.path, options.input.window, console);
+  const RecordWorker::Owner worker = makeWorker(plan, options.input, input, explainer, console);
   worker->setSource(&input);
   worker->initializeParse(-1, nullptr, -1);
   worker->setObserver(&explainer);
@@ -135,7 +135,8 @@ int explain(const ExplainOptions& options, const Console& console) {
   record.kind = std::string(worker->kindOfRecord());
   if (record.kind.empty()) record.kind = plan.layout().recordName;
   const bool isPage = !options.page.empty();
-  FileOutput output = openOutput(isPage ? options.page : kStandardStream, console, input.descriptor());
+  FileOutput output = openOutput(isPage ? options.page : kStandardStream, {&options.record.copybook.path, 1},
+                                 input.descriptor(), console);
   output.write(isPage ? explainPage(record) : explainTable(record));
   output.close();
   return isBad(record) ? kBadField : kDone;

@@ -1,3 +1,6 @@
+#include <charconv>
+#include <system_error>
+
 #include "oxrrec/options/choice.hpp"
 #include "oxrrec/options/options.hpp"
 
@@ -6,6 +9,45 @@ namespace oxr::rec {
 namespace {
 
 constexpr char kTopic[] = "Records";
+
+// "1000-2000" into the two bytes.
+std::string readRange(const std::string& text, InputWindow& window) {
+  InputWindow::Range range;
+  const char* const end = text.data() + text.size();
+  const auto first = std::from_chars(text.data(), end, range.begin);
+  const bool hasHyphen = first.ec == std::errc() && first.ptr != end && *first.ptr == '-';
+  const auto second = std::from_chars(hasHyphen ? first.ptr + 1 : end, end, range.end);
+  if (second.ec != std::errc() || second.ptr != end || range.begin > range.end)
+    return "'" + text + "' is no range of bytes such as 1000-2000";
+  window.range = range;
+  return {};
+}
+
+void addWindowOptions(CLI::App& command, InputWindow& window) {
+  command.add_option("--skip-header", window.skipHeader, "so many bytes at the file's start are no record [0]")
+      ->type_name("BYTES")
+      ->group(kTopic);
+  command.add_option("--skip-trailer", window.skipTrailer, "so many bytes at the file's end are no record [0]")
+      ->type_name("BYTES")
+      ->group(kTopic);
+  command
+      .add_option_function<std::string>(
+          "--range",
+          [&window](const std::string& text) {
+            if (const std::string fault = readRange(text, window); !fault.empty())
+              throw CLI::ValidationError("--range", fault);
+          },
+          "only the records from byte A up to byte B of the file; both are where one begins, as index tells them")
+      ->type_name("A-B")
+      ->group(kTopic);
+  command
+      .add_option_function<std::uint64_t>(
+          "--first-record", [&window](std::uint64_t number) { window.recordsBefore = number - 1; },
+          "the number of the first record that is read, for messages [1]")
+      ->check(CLI::PositiveNumber)
+      ->type_name("N")
+      ->group(kTopic);
+}
 
 }  // namespace
 
@@ -17,7 +59,8 @@ void addLengthOptions(CLI::App& command, RecordOptions& record) {
 
 void addFramingOptions(CLI::App& command, RecordForm& form) {
   addChoice<Framing>(command, "--records", form.framing,
-                     {{"fixed", Framing::fixed},
+                     {{"auto", Framing::automatic},
+                      {"fixed", Framing::fixed},
                       {"rdw", Framing::rdw},
                       {"rdw-le", Framing::rdwLittle},
                       {"bdw", Framing::bdw},
@@ -30,7 +73,7 @@ void addFramingOptions(CLI::App& command, RecordForm& form) {
                      "what stands around the records: nothing (fixed); 4 bytes in front with the length in bytes 1 and "
                      "2, most significant first (rdw), or in bytes 3 and 4, least significant first (rdw-le); blocks "
                      "of such records (bdw), which may go on in the next block (spanned); a length alone (length2, "
-                     "length4); line ends (lines) [fixed]")
+                     "length4); line ends (lines); whatever the first 64 KiB show (auto) [fixed]")
       ->group(kTopic);
   choose<bool>(command.add_option_function<bool>(
                    "--length-includes-header", [&form](bool counts) { form.countsHeader = counts; },
@@ -42,6 +85,7 @@ void addFramingOptions(CLI::App& command, RecordForm& form) {
 void addInputOptions(CLI::App& command, InputOptions& input) {
   command.add_option("INPUT", input.path, "the record file, - for standard input")->required();
   addFramingOptions(command, input.records.form);
+  addWindowOptions(command, input.window);
   command.add_flag("--allow-extra", input.records.allowExtra, "records may be longer than the copybook says")
       ->group(kTopic);
 }

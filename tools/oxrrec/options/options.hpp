@@ -29,6 +29,7 @@ struct RecordOptions {
 // A record file, and how its records lie.
 struct InputOptions {
   std::string path;  // or kStandardStream
+  InputWindow window;
   RecordWorker::Settings records;
 };
 

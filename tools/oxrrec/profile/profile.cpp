@@ -160,9 +160,9 @@ int profile(const ProfileOptions& options, const Console& console) {
   const Description description(options.record, console);
   const RecordPlan& plan = description.plan();
   Profiler profiler(plan);
-  FileInput input = openInput(options.input.path, console);
-  const RecordWorker::Owner worker = makeWorker(plan, options.input, profiler);
-  FileOutput output = openOutput(options.output, console, input.descriptor());
+  FileInput input = openInput(options.input.path, options.input.window, console);
+  const RecordWorker::Owner worker = makeWorker(plan, options.input, input, profiler, console);
+  FileOutput output = openOutput(options.output, {&options.record.copybook.path, 1}, input.descriptor(), console);
   NoHandler none;
   worker->setSource(&input);
   worker->initializeParse(-1, nullptr, -1);

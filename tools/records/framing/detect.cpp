@@ -25,7 +25,7 @@ using Bytes = std::span<const unsigned char>;
 constexpr double kEnough = 24;        // bits; two headers of two bytes, or one of four, may be by chance
 constexpr double kWholeBits = 8;      // the last record ends where the input does
 constexpr double kLineBits = 8;       // a line end, and no other control character
-constexpr double kMultipleBits = 4;   // the input is a multiple of the record
+constexpr double kMultipleBits = 8;   // at most, for an input that is a multiple of the record
 constexpr std::uint64_t kFewest = 2;  // records of sizes that are not those of the layout
 
 struct Sizes {

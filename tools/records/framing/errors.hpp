@@ -22,4 +22,10 @@ class OutputError : public ToolError {
   using ToolError::ToolError;
 };
 
+// Whoever read the lines wants no more of them. Nothing is to be told.
+class OutputClosed : public OutputError {
+ public:
+  using OutputError::OutputError;
+};
+
 }  // namespace oxr::rec

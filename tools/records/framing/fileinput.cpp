@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 
 #include "records/framing/errors.hpp"
 
@@ -19,50 +20,102 @@ namespace {
 
 }  // namespace
 
-FileInput FileInput::open(const std::string& path) {
+FileInput FileInput::open(const std::string& path, const InputWindow& window) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) fail(path, "open", errno);
-  return FileInput(FileDescriptor::owned(fd), path);
+  return FileInput(FileDescriptor::owned(fd), path, window);
 }
 
-FileInput::FileInput(FileDescriptor file, std::string name, std::size_t blockBytes)
+FileInput::FileInput(FileDescriptor file, std::string name, const InputWindow& window, std::size_t blockBytes)
     : file_(std::move(file)), name_(std::move(name)), bytes_(std::max<std::size_t>(blockBytes, 1)) {
   struct stat status;
   if (::fstat(file_.get(), &status) != 0) fail(name_, "read", errno);
   if (S_ISDIR(status.st_mode)) fail(name_, "read", EISDIR);
-  if (!S_ISREG(status.st_mode)) return;
-  totalSize_ = static_cast<std::uint64_t>(status.st_size);
+  if (window.range && window.range->begin > window.range->end)
+    throw ToolError("the range of " + name_ + " ends before it begins");
+  origin_ = {std::max(window.skipHeader, window.range ? window.range->begin : 0), window.recordsBefore};
+  const off_t at = S_ISREG(status.st_mode) ? ::lseek(file_.get(), 0, SEEK_CUR) : -1;
+  // A file of the system that makes its content when it is read has no size.
+  if (at < 0 || status.st_size == 0) {
+    windowOnPipe(window);
+    return;
+  }
+  windowOnFile(window, static_cast<std::uint64_t>(std::max<off_t>(status.st_size - at, 0)));
+  if (::lseek(file_.get(), static_cast<off_t>(origin_.bytes), SEEK_CUR) < 0) fail(name_, "read", errno);
   static_cast<void>(::posix_fadvise(file_.get(), 0, 0, POSIX_FADV_SEQUENTIAL));  // a hint: no harm if it is not taken
+}
+
+void FileInput::windowOnFile(const InputWindow& window, std::uint64_t fileSize) {
+  const auto requireSize = [&](std::uint64_t asked, const char* what) {
+    if (asked > fileSize)
+      throw ToolError(name_ + " has only " + std::to_string(fileSize) + " bytes, but " + what + " asks for " +
+                      std::to_string(asked));
+  };
+  requireSize(window.skipHeader, "its header");
+  requireSize(window.skipTrailer, "its trailer");
+  requireSize(window.skipHeader + window.skipTrailer, "its header with its trailer");
+  if (window.range) requireSize(window.range->end, "the range");
+  const std::uint64_t end = fileSize - window.skipTrailer;
+  const std::uint64_t last = window.range ? std::min(window.range->end, end) : end;
+  left_ = last - std::min(last, origin_.bytes);
+  size_ = left_;
+}
+
+void FileInput::windowOnPipe(const InputWindow& window) {
+  passOver(origin_.bytes);
+  heldBack_ = window.skipTrailer;
+  left_ = window.range ? window.range->end - std::min(window.range->end, origin_.bytes) + heldBack_
+                       : std::numeric_limits<std::uint64_t>::max();
+}
+
+void FileInput::passOver(std::uint64_t bytes) {
+  while (bytes != 0) {
+    const std::size_t count = read(bytes_.data(), std::min<std::uint64_t>(bytes, bytes_.size()));
+    if (count == 0) throw ToolError(name_ + " ends before the first byte that is to be read");
+    bytes -= count;
+  }
 }
 
 const BitstreamBuffer* FileInput::slide(int consumed, int wanted) {
   begin_ += static_cast<std::size_t>(consumed);
   const auto need = static_cast<std::size_t>(wanted);
-  if (end_ - begin_ < need && !isAtEnd_) {
-    makeRoom(need);
+  if (usable() < need && !isAtEnd_) {
+    std::memmove(bytes_.data(), bytes_.data() + begin_, end_ - begin_);
+    end_ -= begin_;
+    begin_ = 0;
     fill(need);
   }
-  view_.emplace().create(bytes_.data() + begin_, static_cast<int>(end_ - begin_));
+  view_.emplace().create(bytes_.data() + begin_, static_cast<int>(usable()));
   return &*view_;
 }
 
-// Puts what is left to the front. A buffer of twice the stretch asked for keeps the bytes that are moved below those
-// that are read.
-void FileInput::makeRoom(std::size_t wanted) {
-  std::memmove(bytes_.data(), bytes_.data() + begin_, end_ - begin_);
-  end_ -= begin_;
-  begin_ = 0;
-  if (bytes_.size() < 2 * wanted) bytes_.resize(2 * wanted);
+// The buffer grows as the bytes come in: a length that the input does not hold costs no memory. One of twice the
+// stretch asked for keeps the bytes that are moved to its front below those that are read.
+void FileInput::fill(std::size_t wanted) {
+  const std::size_t most = std::min<std::size_t>(2 * (wanted + heldBack_), std::numeric_limits<int>::max());
+  while (usable() < wanted && !isAtEnd_) {
+    if (end_ == bytes_.size()) bytes_.resize(std::max(std::min(2 * bytes_.size(), most), bytes_.size() + 1));
+    const std::size_t count =
+        left_ == 0 ? 0 : read(bytes_.data() + end_, std::min<std::uint64_t>(left_, bytes_.size() - end_));
+    if (count == 0) ended();
+    end_ += count;
+    left_ -= count;
+  }
 }
 
-void FileInput::fill(std::size_t wanted) {
-  while (end_ < wanted && !isAtEnd_) {
-    const ssize_t count = ::read(file_.get(), bytes_.data() + end_, bytes_.size() - end_);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) fail(name_, "read", errno);
-    isAtEnd_ = count == 0;
-    end_ += static_cast<std::size_t>(count);
+std::size_t FileInput::read(char* to, std::size_t most) {
+  for (;;) {
+    const ssize_t count = ::read(file_.get(), to, most);
+    if (count >= 0) return static_cast<std::size_t>(count);
+    if (errno != EINTR) fail(name_, "read", errno);
   }
+}
+
+void FileInput::ended() {
+  isAtEnd_ = true;
+  if (size_ && left_ != 0)
+    throw ToolError(name_ + " became shorter while it was read: " + std::to_string(left_) + " of its bytes are gone");
+  if (end_ - begin_ < heldBack_) throw ToolError(name_ + " has fewer bytes than its trailer");
 }
 
 }  // namespace oxr::rec

@@ -10,4 +10,5 @@
 #include "records/framing/fileoutput.hpp"
 #include "records/framing/linecharacters.hpp"
 #include "records/framing/recordform.hpp"
+#include "records/framing/recordframer.hpp"
 #include "records/framing/recordreader.hpp"

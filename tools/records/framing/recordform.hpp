@@ -25,7 +25,7 @@ struct RecordForm {
   Framing framing = Framing::fixed;
   // Whether a length in front counts the bytes that it takes. Nothing: it does in rdw, rdwLittle, bdw and spanned, and
   // does not where the header is a length alone.
-  std::optional<bool> countsHeader;
+  std::optional<bool> countsHeader{};
 
   bool isVariable = false;    // fixed: only reading a record tells its length
   std::uint32_t maxSize = 0;  // bytes of the longest record of the layout
@@ -46,9 +46,10 @@ struct InputWindow {
     std::uint64_t begin = 0;  // bytes from the start of the file; both are where a record begins, or the file's end
     std::uint64_t end = 0;
   };
-  std::uint64_t skipHeader = 0;   // bytes at the start of the file that are no record
-  std::uint64_t skipTrailer = 0;  // bytes at its end
-  std::optional<Range> range;     // within the rest; all of it if nothing
+  std::uint64_t skipHeader = 0;     // bytes at the start of the file that are no record
+  std::uint64_t skipTrailer = 0;    // bytes at its end
+  std::optional<Range> range;       // within the rest; all of it if nothing
+  std::uint64_t recordsBefore = 0;  // the first record is the one after so many, for messages
 };
 
 }  // namespace oxr::rec

@@ -1,0 +1,233 @@
+#include "records/framing/framing.hpp"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <csignal>
+
+#include "oxrrec/runs.hpp"
+
+namespace oxr::rec::test {
+namespace {
+
+using testing::ContainsRegex;
+using testing::HasSubstr;
+
+constexpr char kPair[] = "01 R. 05 A PIC X. 05 N PIC 9.";
+constexpr char kWide[] = "01 R. 05 A PIC X(4). 05 B PIC X(4).";
+
+const struct {
+  const char* copybook;
+  const char* records;  // see bytesOf
+  const char* arguments;
+  const char* result;  // see inShort
+  int code = kDone;
+} kCases[] = {
+    // Lengths alone count what follows them, unless they are said to count themselves.
+    {kPair, "<0002>A1<0002>B2", "length2", "{A:A,N:1} {A:B,N:2}"},
+    {kPair, "<0400>A1<0400>B2", "length2-le --length-includes-header yes", "{A:A,N:1} {A:B,N:2}"},
+    {kPair, "<00000002>A1", "length4", "{A:A,N:1}"},
+    {kPair, "<02000000>A1", "length4-le", "{A:A,N:1}"},
+    {kPair, "<FFFFFFFF>A1", "length4", "| #1 at byte 0: its header asks for 4294967295 bytes, more than a record has",
+     2},
+    // Blocks, short and long.
+    {kPair, "<00100000><00060000>A1<00060000>B2<000A0000><00060000>C3", "bdw", "{A:A,N:1} {A:B,N:2} {A:C,N:3}"},
+    {kPair, "<80000010><00060000>A1<00060000>B2", "bdw", "{A:A,N:1} {A:B,N:2}"},
+    {kPair, "<000C0000><00020000>A1<00020000>B2", "bdw --length-includes-header no", "{A:A,N:1} {A:B,N:2}"},
+    {kPair, "<00090000><00060000>A1", "bdw",
+     "| #1 at byte 4: its header asks for 2 bytes, but its block has only 1 left", 2},
+    {kPair, "<00040000>", "bdw", "| #1 at byte 0: its block's header gives a length of 4: it has no record*", 2},
+    {kPair, "<000A0001><00060000>A1", "bdw", "| #1 at byte 0: there is no block header: bytes 3 and 4 of one are zero",
+     2},
+    {kPair, "<00100000><00060000>A1", "bdw", "{A:A,N:1} | #2 at byte 10: the input ends within its record header", 2},
+    // Segments. The place of a bad field is that of its own segment.
+    {kPair, "<000F0000><00060000>A1<00050100>B<00090000><00050200>2", "spanned", "{A:A,N:1} {A:B,N:2}"},
+    {kPair, "<00090000><00050100>B<00090000><00050200>x", "spanned", "| #1, byte 17, N: *; bytes 78", 1},
+    {kWide, "<00090000><00050100>A<000A0000><00060300>BC<00110000><00050300>D<00080200>1234", "spanned",
+     "{A:ABCD,B:1234}"},
+    {kPair, "<00090000><00050100>B", "spanned", "| #1 at byte 4: the input ends before its last segment", 2},
+    {kPair, "<00090000><00050200>B", "spanned", "| #1 at byte 4: it begins with a later segment of a record", 2},
+    {kPair, "<00090000><00050100>B<000A0000><00060000>C3", "spanned",
+     "| #1 at byte 4: another one begins before its last segment*", 2},
+    // Lines: what a short one lacks is blank, and a long one is told.
+    {kWide, "ABCD1234<0A>AB<0D0A><0A>ABCD1<0D>", "lines", "{A:ABCD,B:1234} {A:AB,B:} {A:,B:} {A:ABCD,B:1\r}"},
+    {kWide, "ABCD12345<0A>", "lines", "| #1, byte 8: the record has 9 bytes, 1 more than its layout; bytes 35", 1},
+    {kPair, "A1<0A>B<0A>", "lines", "{A:A,N:1} | #2, byte 4, N: *", 1},
+    {kWide, "<C1C215C325>", "lines --ccsid 37", "{A:AB,B:} {A:C,B:}"},
+    {"05 N PIC 9. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N.", "2ab<0A>0<0A>2a<0A>", "lines",
+     "{N:2,A:[a,b]} {N:0,A:[]} {N:2,A:[a,]}"},
+    {kPair, "<4100310A>", "lines --ccsid 1200", "oxrrec: CCSID 1200 has no lines: its characters take several bytes",
+     2},
+    // Headers, trailers and ranges of the file. Places count from its start.
+    {kPair, "HHA1B2TTT", "fixed --skip-header 2 --skip-trailer 3", "{A:A,N:1} {A:B,N:2}"},
+    {kPair, "HHA1BxTTT", "fixed --skip-header 2 --skip-trailer 3", "{A:A,N:1} | #2, byte 5, N: *", 1},
+    {kPair, "A1B2C3D4", "fixed --range 2-6", "{A:B,N:2} {A:C,N:3}"},
+    {kPair, "A1B2CxD4", "fixed --range 2-6 --first-record 2", "{A:B,N:2} | #3, byte 5, N: *", 1},
+    {kPair, "HHA1B2T", "fixed --skip-header 2 --skip-trailer 1 --range 4-7", "{A:B,N:2}"},
+    {kPair, "A1", "fixed --skip-header 3", "oxrrec: standard input has only 2 bytes, but its header asks for 3", 2},
+    {kPair, "A1", "fixed --range 0-3", "oxrrec: standard input has only 2 bytes, but the range asks for 3", 2},
+    {kPair, "A1", "fixed --range 3-0", "--range: '3-0' is no range of bytes such as 1000-2000*", 2},
+};
+
+TEST(Framing, FindsTheRecords) {
+  for (const auto& [copybook, records, arguments, result, code] : kCases) {
+    SCOPED_TRACE(std::string(copybook) + ' ' + records + ' ' + arguments);
+    const std::string page = std::string(arguments).find("--ccsid") == std::string::npos ? " --ccsid 819" : "";
+    const Outcome outcome = decodeBytes(copybook, bytesOf(records), "--records " + (arguments + page));
+    const std::string given = inShort(outcome);
+    EXPECT_THAT(replaced(given, "\\r", "\r"), ContainsRegex(asPattern(result) + (given.empty() ? "$" : " $")));
+    EXPECT_EQ(outcome.code, code);
+  }
+}
+
+// Ten records "R00........." to "R09.........", or of other lengths, in a form.
+std::string framed(const RecordForm& form, bool isLong) {
+  RecordFramer framer(form, 50);
+  std::string file;
+  for (int i = 0; i < 10; ++i) {
+    const std::string record = "R0" + std::to_string(i) + std::string(isLong && i % 2 == 0 ? 17 : 13, '.');
+    framer.add({reinterpret_cast<const unsigned char*>(record.data()), record.size()}, file);
+  }
+  framer.finish(file);
+  return file;
+}
+
+constexpr char kDots[] = "01 R. 05 K PIC X(3). 05 D PIC X(13).";
+
+// What `--records auto` says of a file, and of one that is said to lie in another way.
+TEST(Framing, IsFoundOutAndSuggested) {
+  const struct {
+    RecordForm form;
+    const char* found;
+    const char* wrong;  // a form that it is not
+  } kForms[] = {
+      {{Framing::fixed}, "records without headers, 10 of them fit the input exactly (--records fixed)", "rdw"},
+      {{Framing::rdw},
+       "records with 4-byte headers, length most significant byte first, 10 of them fit the input exactly (--records "
+       "rdw)",
+       "rdw-le"},
+      {{Framing::rdwLittle}, "* (--records rdw-le)", "rdw"},
+      {{Framing::rdw, false},
+       "*, which does not count the header, 10 of them fit the input exactly (--records rdw --length-includes-header "
+       "no)",
+       "rdw"},
+      {{Framing::bdw}, "blocks of records, both with 4-byte headers, 10 of * (--records bdw)", "rdw"},
+      {{Framing::spanned}, "blocks of records that go on * (--records spanned)", "bdw"},
+      {{Framing::length2}, "* (--records length2)", "fixed"},
+      {{Framing::length2Little}, "* (--records length2-le)", "bdw"},
+      {{Framing::length4}, "* (--records length4)", "length4-le"},
+      {{Framing::length4Little}, "* (--records length4-le)", "rdw"},
+      {{Framing::lines}, "lines of text, 10 of * (--records lines)", "fixed"},
+  };
+  for (const auto& [form, found, wrong] : kForms) {
+    SCOPED_TRACE(std::string(found) + ' ' + wrong);
+    const std::string file = framed(form, false);
+    const Outcome outcome = decodeBytes(kDots, file, "--records auto --ccsid 819");
+    EXPECT_EQ(outcome.code, kDone);
+    EXPECT_EQ(std::count(outcome.lines.begin(), outcome.lines.end(), '\n'), 10);
+    EXPECT_THAT(outcome.messages, ContainsRegex(asPattern(std::string(kStart) + found) + "\n$"));
+    const std::string option = outcome.messages.substr(outcome.messages.rfind('('));
+    const Outcome bad = decodeBytes(kDots, file, std::string("--ccsid 819 --records ") + wrong);
+    EXPECT_THAT(bad.messages, HasSubstr(option.substr(1, option.size() - 3) + " fits: "));
+    EXPECT_NE(bad.code, kDone);
+  }
+}
+
+TEST(Framing, IsNotGuessed) {
+  const struct {
+    const char* copybook;
+    std::string bytes;
+    const char* arguments;
+    const char* messages;
+  } kUnclear[] = {
+      {"01 R. 05 A PIC X(3). 05 FILLER PIC X.", "abc\nabc\n", "--records auto",
+       "the records may lie in 2 ways, say which: * (--records lines); or * (--records fixed)"},
+      {"01 R. 05 A PIC X(30).", std::string(31, 'x'), "--records auto",
+       "how the records lie cannot be told: there are neither headers nor line ends, and 31 bytes are no multiple of "
+       "the "
+       "30 of a record"},
+      {"05 N PIC 9. 05 A PIC X(9) OCCURS 1 TO 5 DEPENDING ON N.",
+       "1" + std::string(45, '9') + "1" + std::string(45, '9'), "",
+       "*; --odo fixed fits: the input is 2 times the largest size, 46 bytes"},
+      // A kind of record that the copybook does not describe
+      {kDots, framed({Framing::rdw}, true), "--records auto",
+       "records with 4-byte headers,* (--records rdw)\n*4 more than*"},
+  };
+  for (const auto& [copybook, bytes, arguments, messages] : kUnclear) {
+    const Outcome outcome = decodeBytes(copybook, bytes, std::string("--ccsid 819 ") + arguments);
+    EXPECT_NE(outcome.code, kDone);
+    EXPECT_THAT(outcome.messages, ContainsRegex(asPattern(std::string("oxrrec: standard input: ") + messages)));
+  }
+}
+
+// A pipe is read like a file.
+TEST(Framing, ReadsAWindowOfAPipe) {
+  const auto pipe = [](const std::string& text, const InputWindow& window) {
+    std::array<int, 2> ends;
+    EXPECT_EQ(::pipe(ends.data()), 0);
+    EXPECT_EQ(::write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    ::close(ends[1]);
+    FileInput input(FileDescriptor::owned(ends[0]), "pipe", window, 4);
+    std::string all;
+    for (int size = 0;;) {
+      int remaining = 0;
+      const char* const bytes = input.slide(size, 1)->getData(&remaining, 0);
+      if (remaining == 0) return all;
+      all += std::string(bytes, static_cast<std::size_t>(remaining)) + '|';
+      size = remaining;
+    }
+  };
+  EXPECT_EQ(replaced(pipe("HHabcdefghTTTTTT", {2, 6, std::nullopt}), "|", ""), "abcdefgh");
+  EXPECT_EQ(replaced(pipe("HHabcdefghTTTTTT", {2, 6, InputWindow::Range{4, 7}}), "|", ""), "cde");
+  EXPECT_THROW(pipe("abc", {0, 4, std::nullopt}), ToolError);
+  EXPECT_THROW(pipe("abc", {4, 0, std::nullopt}), ToolError);
+}
+
+TEST(Framing, TellsThatAFileBecameShorter) {
+  const Folder folder;
+  const std::string path = folder.write("in", std::string(100, 'x'));
+  FileInput input(FileDescriptor::owned(::open(path.c_str(), O_RDONLY)), "in", {}, 10);
+  input.slide(0, 10);
+  std::filesystem::resize_file(path, 50);
+  EXPECT_THROW(input.slide(10, 90), ToolError);
+}
+
+// A file that was there stays as it was until the new one is whole, and no other is left.
+TEST(FileOutput, ReplacesAFileWhenAllIsWritten) {
+  const Folder folder;
+  const std::string path = folder.write("out", "old");
+  ::chmod(path.c_str(), 0640);
+  std::filesystem::create_symlink(path, folder.path("link"));
+  for (const bool isClosed : {false, true}) {
+    FileOutput output = FileOutput::open(folder.path("link"), {}, -1);
+    output.write("new");
+    EXPECT_EQ(contentOf(path), "old");
+    if (isClosed) output.close();
+  }
+  EXPECT_EQ(contentOf(path), "new");
+  EXPECT_EQ(folder.names(), "link out");
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.path("link")));
+  struct stat status;
+  ASSERT_EQ(::stat(path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777U, 0640U);
+}
+
+TEST(FileOutput, EndsQuietlyWhenNobodyReads) {
+  std::array<int, 2> ends;
+  ASSERT_EQ(::pipe(ends.data()), 0);
+  ::close(ends[0]);
+  const Folder folder;
+  const std::string files = folder.write("c", kPair) + ' ' + folder.write("in", "A1");
+  std::ostringstream messages;
+  const auto before = std::signal(SIGPIPE, SIG_IGN);
+  EXPECT_EQ(runOn({0, ends[1], messages, false}, "decode --format free --ccsid 819 --copybook " + files), kDone);
+  std::signal(SIGPIPE, before);
+  ::close(ends[1]);
+  EXPECT_EQ(messages.str(), "");
+}
+
+}  // namespace
+}  // namespace oxr::rec::test
