@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,7 +14,7 @@
 
 // Any text gives a layout that holds together, or a CopybookError that names a place in it. Half of the texts are made
 // of entries that belong together, so that most of them give a layout: of these the size of each field is known as
-// well.
+// well. Texts copy others: themselves, one that is good, or one of any bytes.
 
 namespace oxr::fuzz {
 
@@ -37,6 +39,12 @@ inline constexpr FieldText kFieldTexts[] = {{"PIC X(3)", 3},
                                             {"PIC 9(5) COMP", 4},
                                             {"COMP-1", 4},
                                             {"PIC S9(18) BINARY", 8},
+                                            {"PIC S9(9) COMP SYNC", 4},
+                                            {"PIC 9(4) COMP-5 SYNC", 2},
+                                            {"COMP-2 SYNC", 8},
+                                            {"PIC 9(5) COMP-6", 3},
+                                            {"PIC N(4)", 8},
+                                            {"USAGE INDEX", 4},
                                             {"PIC X(70000000)", 70'000'000}};  // four of them pass the limit
 
 // A copybook of entries that belong together, and the sizes of its fields in their order: none if the text was spoilt.
@@ -60,8 +68,16 @@ class Composer {
     text += "       " + std::to_string(level) + ' ' + name + "\n           " + clauses + ".\n";
   }
 
+  // The texts that are copied hold one field, whose name may be replaced.
+  void copied(unsigned level) {
+    text += "       COPY GOOD REPLACING ==:L:== BY ==" + std::to_string(level) + "==\n           " +
+            choices_.oneOf(kReplacements) + ".\n";
+    sizes.push_back(2);
+  }
+
   void children(unsigned depth) {
     std::string previous;
+    if (choices_.upTo(3) == 3) copied(5 * depth);
     for (int left = choices_.between(1, 4); left > 0; --left) {
       std::string clauses = choices_.oneOf(kArrays);
       if (!previous.empty() && choices_.upTo(3) == 3) clauses += " REDEFINES " + previous;
@@ -88,6 +104,8 @@ class Composer {
       text[at] = choices_.any<char>();
   }
 
+  static constexpr const char* kReplacements[] = {"==:T:== BY ==X==", "9 BY 8",
+                                                  "LEADING ==FIE== BY ====", "==FIELD-:T:== BY F"};
   static constexpr const char* kArrays[] = {"", "", "", "OCCURS 3", "OCCURS 0 TO 4 DEPENDING ON N"};
   Choices& choices_;
   unsigned names_ = 0;
@@ -163,6 +181,7 @@ inline void checkCopybook(Choices& choices) {
   using namespace copybook;
   CopybookOptions options;
   options.format = static_cast<SourceFormat>(choices.upTo(2));
+  options.dialect = static_cast<Dialect>(choices.upTo(1));
   std::string text;
   std::vector<std::uint32_t> sizes;
   if (choices.coin()) {
@@ -173,8 +192,16 @@ inline void checkCopybook(Choices& choices) {
     text = composed.text;
     sizes = composed.sizes;
   }
+  // With a text that is no file the reader finds itself, one that is good, and its own second half.
+  options.readText = [&](const std::filesystem::path& path) -> std::optional<std::string> {
+    if (path == "GOOD.cpy") return "       :L: FIELD-:T:\n           PIC 999 COMP.\n";
+    if (path == "fuzz.cob") return text;
+    if (path == "HALF") return text.substr(text.size() / 2);
+    return std::nullopt;
+  };
   try {
-    const Layout layout = readCopybook(text, "fuzz.cob", options);
+    const Copybook copybook = Copybook::read(text, "fuzz.cob", options);
+    const Layout layout = copybook.layout();
     require(!layout.items.empty() && layout.record().isGroup() && layout.record().next == layout.items.size(),
             "the first item is not the record");
     for (ItemIndex i = 0; i < layout.items.size(); ++i) {
@@ -185,7 +212,8 @@ inline void checkCopybook(Choices& choices) {
     if (!sizes.empty()) checkFields(layout, sizes);
     require(!describe(layout).empty(), "a layout has no description");
   } catch (const CopybookError& error) {
-    require(error.line() <= std::count(text.begin(), text.end(), '\n') + 1 && !error.message().empty(),
+    const bool isOwn = error.file() == "fuzz.cob";
+    require((!isOwn || error.line() <= std::count(text.begin(), text.end(), '\n') + 1) && !error.message().empty(),
             "an error does not name a place in the text");
   }
 }
