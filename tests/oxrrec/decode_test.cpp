@@ -32,6 +32,8 @@ TEST(Decode, GivesTheLinesOfTheBundledSamples) {
 // A picture, the bytes of a field of it, and the JSON of its value or, after "!", what is told of it; further
 // arguments. "*" stands for any text.
 constexpr char kFieldCases[] =
+    "X(2) C19A \"Aª\" --ccsid_Cp037; X(2) C1AD \"A[\" --ccsid_IBM-1047; X(2) C3A4 \"ä\" --ccsid_UTF-8; "
+    "X(2) 41E4 \"Aä\" --ccsid_latin-1; X(2) 4180 \"A€\" --ccsid_windows-1252; X(1) 41 \"A\" --ccsid_us-ascii; "
     "X(4) C140C240 \"A_B\"; X(4) 40404040 \"\"; X(2) C100 \"A\\u0000\"; "
     // a character that the field cuts off is left out
     "X(3) 41F090 \"A\" --ccsid_1208; X(6) 0041D8000042 \"A\uFFFDB\" --ccsid_1200; "
@@ -188,7 +190,10 @@ constexpr const char* kRefusals[][2] = {
     // Arguments that are not known, or missing.
     {"--ccsid 37 @in", "*--copybook is required*"},
     {"--copybook @good @in", "*--ccsid is required*"},
-    {"--copybook @good --ccsid -1 @in", "*-1*"},
+    {"--copybook @good --ccsid -1 @in", "--ccsid: -1 is neither the number of a code page nor a usual name of one\n*"},
+    {"--copybook @good --ccsid cp03x @in", "--ccsid: cp03x is neither *"},
+    {"--copybook @good --ccsid 99999999999999 @in", "--ccsid: 99999999999999 is neither *"},
+    {"--copybook @good --odo 1 --ccsid 37 @in", "--odo: 1 is none of fixed|variable\n*"},
     {"--copybook @good --ccsid 37 --records middle @in", "*middle*"},
 };
 

@@ -15,7 +15,14 @@ CLI::Option* choose(CLI::Option* option, const Words<Value>& words) {
   std::string list;
   for (const auto& [word, meaning] : words)
     list += (list.empty() ? "" : "|") + word;
-  return option->transform(CLI::CheckedTransformer(words, CLI::ignore_case).description(""))->type_name(list);
+  // The word is replaced by the number of its meaning, which the parser then takes.
+  const auto replace = [words, list](std::string& given) {
+    const auto word = words.find(CLI::detail::to_lower(given));
+    if (word == words.end()) return given + " is none of " + list;
+    given = std::to_string(static_cast<int>(word->second));
+    return std::string();
+  };
+  return option->transform(CLI::Validator(replace, ""))->type_name(list);
 }
 
 // An option whose value is one of a few words.

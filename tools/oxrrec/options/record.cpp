@@ -1,5 +1,6 @@
 #include "oxrrec/options/choice.hpp"
 #include "oxrrec/options/options.hpp"
+#include "records/fields/ccsid.hpp"
 
 namespace oxr::rec {
 
@@ -7,6 +8,13 @@ namespace {
 
 constexpr char kCopybookTopic[] = "Copybook";
 constexpr char kFieldTopic[] = "Fields";
+
+int readCcsid(const std::string& name) {
+  const std::optional<int> ccsid = ccsidOf(name);
+  if (!ccsid)
+    throw CLI::ValidationError("--ccsid", name + " is neither the number of a code page nor a usual name of one");
+  return *ccsid;
+}
 
 }  // namespace
 
@@ -43,9 +51,14 @@ void addCopybookOptions(CLI::App& command, CopybookSource& copybook) {
 }
 
 void addFieldOptions(CLI::App& command, RecordOptions& record) {
-  command.add_option("--ccsid", record.plan.form.ccsid, "the code page of the text, such as 37, 273, 500, 819 or 1208")
+  int& ccsid = record.plan.form.ccsid;
+  command
+      .add_option_function<std::string>(
+          "--ccsid", [&ccsid](const std::string& name) { ccsid = readCcsid(name); },
+          "the code page of the text, by its number such as 37, 273, 500, 819 or 1208, or by a usual name such as "
+          "cp037, "
+          "IBM-1047 or utf-8")
       ->type_name("N")
-      ->check(CLI::PositiveNumber)
       ->required()
       ->group(kFieldTopic);
   addChoice<EEndian>(command, "--integers", record.plan.form.integerEndian,
