@@ -71,8 +71,8 @@ constexpr Case kRecords[] = {
     {"01 R. 10 A. 15 B PIC X. 15 PIC X(2). 05 FILLER PIC X(3)",
      "R 0 6; A 0 3; B 0 1 text; FILLER 1 2 text; FILLER 3 3 text"},
     // Keywords of other places are names.
-    {"01 RECORD. 05 COUNT PIC 9. 05 POINTER PIC X. 05 TIMES PIC X. 05 :TAG:-ID PIC X.",
-     "RECORD 0 4; COUNT 0 1 external; POINTER 1 1 text; TIMES 2 1 text; :TAG:-ID 3 1 text"},
+    {"01 RECORD. 05 COUNT PIC 9. 05 POINTER PIC X. 05 TIMES PIC X. 05 :TAG:-ID PIC X. 05 SECTION PIC X.",
+     "RECORD 0 5; COUNT 0 1 external; POINTER 1 1 text; TIMES 2 1 text; :TAG:-ID 3 1 text; SECTION 4 1 text"},
     // A record that is a field, entries without a record, a stand-alone item.
     {"01 R PIC X(80).", "FILLER 0 80; R 0 80 text"},
     {"77 N PIC 9(4) COMP.", "FILLER 0 2; N 0 2 binary"},
@@ -306,6 +306,14 @@ TEST(Copybook, LargeInputStaysBounded) {
   while (many.size() < kLargest / 8)
     many += "\n05 A PIC X. 05 B REDEFINES A PIC X.";
   EXPECT_EQ(read(many).substr(0, 50), "8193:13: the copybook has more than 16384 entries");
+  std::string grows = "REPLACE A BY ==";
+  std::string oneLine = "01 R.";
+  for (int i = 0; i < 8000; ++i) {
+    grows += std::string(100, 'A') + " A A A A A A A A A A ";
+    oneLine += " 05 A PIC X OCCURS 2 INDEXED BY I I I I I I I I I I I I I I I I I I I I I I I I I I I I I I.";
+  }
+  EXPECT_THAT(read(grows + "==. " + grows.substr(15)), testing::EndsWith("too long with all that is replaced in it"));
+  EXPECT_THAT(read(oneLine), testing::StartsWith("R 0 16000; A 0 1 text, 2 times; A 2 1 text"));
   EXPECT_EQ(read(std::string(kLargest, '\t') + "01 R PIC X."), "0:0: the copybook has more than 4 MiB");
 }
 

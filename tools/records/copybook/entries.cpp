@@ -333,7 +333,7 @@ bool EntryReader::skipHeader() {
     tokens_.skipSentence();
     return true;
   }
-  if (!second.isWord("SECTION")) return false;
+  if (!second.isWord("SECTION") || !isName(token)) return false;
   const bool isRead = isOneOf(kReadSections);
   tokens_.skipSentence();
   while (!isRead && tokens_.peek().kind != TokenKind::end && !tokens_.peekSecond().isWord("SECTION"))

@@ -24,6 +24,7 @@ namespace {
 constexpr std::size_t kMaxDepth = 32;
 constexpr std::size_t kMaxTokens = 1U << 20;
 constexpr std::size_t kMaxCopiedBytes = 16U << 20;
+constexpr std::size_t kMaxReplacedWords = 1024;
 constexpr std::size_t kMaxCopies = 16384;
 
 class Expander {
@@ -55,7 +56,7 @@ class Expander {
       if (tokens.size() > kMaxTokens) raiseTooMany(tokens.back().place);
     } while (tokens.back().kind != TokenKind::end);
     for (const auto* list : replacements)
-      tokens = replaced(std::move(tokens), *list);
+      tokens = replaced(source_, std::move(tokens), *list);
     open_.push_back(file);
     TokenReader reader(source_, tokens);
     while (reader.peek().kind != TokenKind::end)
@@ -139,6 +140,7 @@ class Expander {
 
   std::vector<Replacement> readReplacements(TokenReader& reader) const {
     std::vector<Replacement> result;
+    std::size_t words = 0;  // to compare with at each place of the text
     do {
       Replacement& next = result.emplace_back();
       const Place place = reader.peek().place;
@@ -148,6 +150,8 @@ class Expander {
       next.from = readPart(reader);
       if (!reader.accept("BY")) reader.raiseExpected("BY");
       next.by = readPart(reader);
+      words += next.from.size();
+      if (words > kMaxReplacedWords) source_.raise(place, "REPLACING has more than 1024 words to replace");
       if (next.from.empty()) source_.raise(place, "there is no text to replace");
       if (next.where != Replacement::Where::whole && !(isOneWord(next.from) && isOneWord(next.by)))
         source_.raise(place, "LEADING and TRAILING replace a part of a word by another");
@@ -205,7 +209,7 @@ class Expander {
       const auto begin = result_.begin() + static_cast<std::ptrdiff_t>(replaceFrom_);
       std::vector<Token> tokens(std::make_move_iterator(begin), std::make_move_iterator(result_.end()));
       result_.erase(begin, result_.end());
-      for (Token& token : replaced(std::move(tokens), replace_))
+      for (Token& token : replaced(source_, std::move(tokens), replace_))
         result_.push_back(std::move(token));
     }
     replaceFrom_ = result_.size();

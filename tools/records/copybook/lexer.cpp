@@ -38,9 +38,11 @@ Lexer::Lexer(const Source& source, FileIndex file, SourceFormat format, bool isF
   nextLine();
 }
 
-Place Lexer::here() const {
-  const std::size_t before = countCharacters(std::string_view(line_.text).substr(0, at_));
-  return {std::max(line_.number, 1U), static_cast<std::uint32_t>(before + 1), file_};
+Place Lexer::here() {
+  if (at_ < countedTo_) countedTo_ = counted_ = 0;
+  counted_ += countCharacters(std::string_view(line_.text).substr(countedTo_, at_ - countedTo_));
+  countedTo_ = at_;
+  return {std::max(line_.number, 1U), static_cast<std::uint32_t>(counted_ + 1), file_};
 }
 
 // Returns false at the end of the copybook; here() is then still the end of the last line.
@@ -48,7 +50,7 @@ bool Lexer::nextLine() {
   if (!hasLineAhead_) return false;
   std::swap(line_, lineAhead_);
   hasLineAhead_ = reader_.next(lineAhead_);
-  at_ = 0;
+  at_ = countedTo_ = counted_ = 0;
   return true;
 }
 

@@ -52,7 +52,7 @@ class Lexer {
   bool endsHere(std::size_t at) const;
   bool nextLine();
   bool continueWord();
-  Place here() const;
+  Place here();
 
   const Source& source_;
   const FileIndex file_;
@@ -60,7 +60,9 @@ class Lexer {
   ProgramLine line_;  // being read
   ProgramLine lineAhead_;
   bool hasLineAhead_ = false;
-  std::size_t at_ = 0;  // in line_.text
+  std::size_t at_ = 0;         // in line_.text
+  std::size_t countedTo_ = 0;  // the last place that was asked for, and the characters before it: a line may be long
+  std::size_t counted_ = 0;
 };
 
 }  // namespace oxr::rec::copybook

@@ -10,6 +10,8 @@ namespace oxr::rec::copybook {
 namespace {
 
 constexpr std::string_view kParts = "():";
+constexpr std::size_t kMaxParts = 4U << 20;
+constexpr std::size_t kMaxBytes = 64U << 20;
 
 bool isSame(const Token& a, const Token& b) {
   if (a.kind != b.kind) return false;
@@ -25,12 +27,12 @@ std::string textOf(const std::vector<Token>& parts) {
 
 class Replacer {
  public:
-  Replacer(std::vector<Token> parts, const std::vector<Replacement>& replacements)
-      : parts_(std::move(parts)), replacements_(replacements) {}
+  Replacer(const Source& source, std::vector<Token> parts, const std::vector<Replacement>& replacements)
+      : source_(source), parts_(std::move(parts)), replacements_(replacements) {}
 
   std::vector<Token> run() {
     while (at_ < parts_.size())
-      if (!replaceHere()) result_.push_back(std::move(parts_[at_++]));
+      if (!replaceHere()) push(std::move(parts_[at_++]));
     return std::move(result_);
   }
 
@@ -61,7 +63,7 @@ class Replacer {
     const std::size_t at = isLeading ? 0 : word.text.size() - from.size();
     if (!equalIgnoringCase(std::string_view(word.text).substr(at, from.size()), from)) return false;
     word.text.replace(at, from.size(), textOf(replacement.by));
-    if (!word.text.empty()) result_.push_back(std::move(word));
+    if (!word.text.empty()) push(std::move(word));
     at_ = end;
     return true;
   }
@@ -79,16 +81,26 @@ class Replacer {
     at_ += count;
     if (by.empty() && at_ < parts_.size()) parts_[at_].isJoined = parts_[at_].isJoined && isJoined;
     for (std::size_t i = 0; i < by.size(); ++i) {
-      result_.push_back(by[i]);
-      result_.back().place = place;
-      if (i == 0) result_.back().isJoined = isJoined;
+      Token token = by[i];
+      token.place = place;
+      if (i == 0) token.isJoined = isJoined;
+      push(std::move(token));
     }
   }
 
+  void push(Token token) {
+    bytes_ += token.text.size();
+    if (result_.size() == kMaxParts || bytes_ > kMaxBytes)
+      source_.raise(token.place, "the text is too long with all that is replaced in it");
+    result_.push_back(std::move(token));
+  }
+
+  const Source& source_;
   std::vector<Token> parts_;
   const std::vector<Replacement>& replacements_;
   std::vector<Token> result_;
   std::size_t at_ = 0;
+  std::size_t bytes_ = 0;  // of the texts in result_
 };
 
 // Makes words of joined parts.
@@ -125,9 +137,10 @@ std::vector<Token> partsOf(std::vector<Token> tokens) {
   return parts;
 }
 
-std::vector<Token> replaced(std::vector<Token> tokens, const std::vector<Replacement>& replacements) {
+std::vector<Token> replaced(const Source& source, std::vector<Token> tokens,
+                            const std::vector<Replacement>& replacements) {
   if (replacements.empty()) return tokens;
-  return joined(Replacer(partsOf(std::move(tokens)), replacements).run());
+  return joined(Replacer(source, partsOf(std::move(tokens)), replacements).run());
 }
 
 }  // namespace oxr::rec::copybook

@@ -23,7 +23,8 @@ struct Replacement {
 std::vector<Token> partsOf(std::vector<Token> tokens);
 
 // Replaces in tokens, from the first to the last; of several replacements that fit at a place the first is taken. What
-// was put in is not looked at again.
-std::vector<Token> replaced(std::vector<Token> tokens, const std::vector<Replacement>& replacements);
+// was put in is not looked at again. Throws CopybookError if the text grows beyond 64 MiB or 4194304 parts.
+std::vector<Token> replaced(const Source& source, std::vector<Token> tokens,
+                            const std::vector<Replacement>& replacements);
 
 }  // namespace oxr::rec::copybook
