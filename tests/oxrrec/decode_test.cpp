@@ -77,6 +77,8 @@ constexpr char kPair[] = "01 R. 05 A PIC X. 05 N PIC 9.";
 constexpr char kCounted[] = "01 R. 05 N PIC 9. 05 A PIC X OCCURS 1 TO 3 DEPENDING ON N. 05 B PIC X.";
 constexpr char kNested[] = "01 R. 05 A OCCURS 2. 10 B OCCURS 2. 15 C PIC S9 COMP-3.";
 constexpr char kGroups[] = "05 G. 10 A PIC X. 10 H. 15 B PIC X. 05 C PIC X.";
+constexpr char kKinds[] = "01 CUST. 05 T PIC X. 05 N PIC XX. 01 ORD. 05 T PIC X. 05 Q PIC X(4).";
+constexpr char kAreas[] = "05 T PIC 9. 05 A PIC X. 05 B REDEFINES A. 10 Q PIC X.";
 constexpr char kMoving[] = "05 N PIC 9. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N. 05 B PIC X.";
 
 const struct {
@@ -107,6 +109,33 @@ const struct {
      "", "{N:1,G:[{A:[a],B:b},{A:[c],B:d}],C:E} {N:2,G:[{A:[a,b],B:c},{A:[d,e],B:f}],C:G}"},
     {"05 G. 10 N PIC 9. 05 N PIC 9. 05 A PIC X OCCURS 3 DEPENDING N OF G.", "21xy", "", "{G:{N:2},N:1,A:[x,y]}"},
     {"05 X PIC X. 05 FILLER REDEFINES X. 10 N PIC 9. 05 A PIC X OCCURS 3 DEPENDING N.", "1a", "", "{X:1,N:1,A:[a]}"},
+    // Records and areas of several kinds.
+    {kKinds, "Cab12Oxxxx", "--when T=C:CUST --when T=O:ORD", "{T:C,N:ab} {T:O,Q:xxxx}"},
+    {kKinds, "Cab12Oxxxx", "--when T=B-C:CUST --when T=*:ORD", "{T:C,N:ab} {T:O,Q:xxxx}"},
+    {kKinds, "CabZxx", "",
+     "{T:C,N:ab} {T:Z,N:xx} *: all records are read as CUST; --record or --when chooses others: ORD"},
+    {kKinds, "CabZxx", "--when T=C:CUST",
+     "{T:C,N:ab} | #2, byte 3, T: no condition (--when) holds for this value; bytes 5A", 1},
+    {kKinds, "CabZxxC12", "--when T=C:CUST --on-unknown skip", "{T:C,N:ab} {T:C,N:12}"},
+    {kKinds, "Zxx", "--when T=C:CUST --on-unknown skip", ""},
+    {kKinds, "CabZxx", "--when T=C:CUST --on-unknown raw", "{T:C,N:ab} {RAW:5A7878}"},
+    {kAreas, "1a2b", "--when T=1:A --when T=2-3:B", "{T:1,A:a} {T:2,B:{Q:b}}"},
+    {kAreas, "2b3c9d", "--when T='1','2':A --when T=3:B --on-error null",
+     "{T:2,A:b} {T:3,B:{Q:c}} {RAW:3964} | #3, byte 4, T: no condition (--when) holds for this value; bytes 39 | 1 bad "
+     "*",
+     1},
+    {kAreas, "1a", "--flat --when T=1:B", "{T:1,Q:a}"},
+    {"05 G OCCURS 3. 10 T PIC X. 10 A PIC X. 10 B REDEFINES A PIC 9.", "Axb1A3", "--when T=A:A --when T=b:B",
+     "{G:[{T:A,A:x},{T:b,B:1},{T:A,A:3}]}"},
+    {"05 G OCCURS 2. 10 T PIC X. 10 A PIC X. 10 B REDEFINES A PIC 9.", "A1cx", "--when T=A:A --on-unknown raw",
+     "{G:[{T:A,A:1},{T:c,RAW:78}]}"},
+    {"05 N PIC 9. 05 L PIC X OCCURS 0 TO 3 DEPENDING N. 05 T PIC X. 05 A PIC X. 05 B REDEFINES A PIC 9.", "2xyAz0B7",
+     "--when T=A:A --when T=*:B", "{N:2,L:[x,y],T:A,A:z} {N:0,L:[],T:B,B:7}"},
+    {"05 N PIC 9. 05 A PIC X(4). 05 B REDEFINES A. 10 L PIC X OCCURS 0 TO 3 DEPENDING N. 10 C PIC X. 05 D PIC X.",
+     "1abcde", "", "{N:1,A:abcd,B:{L:[a],C:b},D:e}"},
+    {kAreas, "<00060000>1a<00050000>2", "--records rdw --when T=1:A --when T=2:B --on-error null",
+     "{T:1,A:a} {T:2,B:{Q:null}} | #2, byte 11, B.Q: the record ends after 1 bytes, before the field does | 1 bad *",
+     1},
     // Fields that cannot be read.
     {kPair, "A1B C3", "", "{A:A,N:1} | #2, byte 3, N: *(OXR5505); bytes 20", 1},
     {kPair, "A1B C3", "--on-error null",
@@ -187,6 +216,16 @@ constexpr const char* kRefusals[][2] = {
     {"-o @in --copybook @good --ccsid 37 @in", "cannot write @in: it is the input\n"},
     {"-o @no/out --copybook @good --ccsid 37 @in", "cannot write @no/out: No such file or directory\n"},
     {"-o /dev/full --copybook @good --ccsid 37 @in", "cannot write /dev/full: No space left on device\n"},
+    {"--copybook @kinds --ccsid 37 --when T=1 @in", "--when T=1: this is not FIELD=VALUE:NAME\n"},
+    {"--copybook @kinds --ccsid 37 --when T=1,:A @in", "--when T=1,:A: a value is missing\n"},
+    {"--copybook @kinds --ccsid 37 --when T='1:A @in", "--when T='1:A: a quoted value has no end\n"},
+    {"--copybook @kinds --ccsid 37 --when TT=1:A @in", "--when TT=1:A: there is no item TT; is T meant?\n"},
+    {"--copybook @kinds --ccsid 37 --when T=1:C @in", "--when T=1:C: there is no record and no item C*"},
+    {"--copybook @kinds --ccsid 37 --when T=1:T @in",
+     "--when T=1:T: T is no record, and neither redefines an item nor *"},
+    {"--copybook @kinds --ccsid 37 --when F=1:A @in", "--when F=1:A: F has no fixed place to look at\n"},
+    {"--copybook @kinds --ccsid 37 --record R --when T=1:R @in",
+     "--record cannot be said where --when names records\n"},
     // Arguments that are not known, or missing.
     {"--ccsid 37 @in", "*--copybook is required*"},
     {"--copybook @good @in", "*--ccsid is required*"},
@@ -203,6 +242,7 @@ TEST(Decode, RefusesWhatItCannotDo) {
   folder.write("out", "as it was");
   folder.write("good", kPair);
   folder.write("wide", "01 R.\n05 A PIC 9(20) COMP.\n05 F COMP-1.\n05 FILLER COMP-2.\n");
+  folder.write("kinds", "01 R. 05 T PIC 9. 05 A PIC X. 05 B REDEFINES A PIC X. 05 G OCCURS 2. 10 F PIC X.");
   folder.write("bad", "01 R. 05 A PIC Q.");
   for (const auto& [arguments, messages] : kRefusals) {
     SCOPED_TRACE(arguments);

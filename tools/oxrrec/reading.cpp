@@ -4,8 +4,25 @@
 
 namespace oxr::rec {
 
-Description::Description(const RecordOptions& options, const Console&)
-    : layout_(readCopybookFile(options.copybook.path, options.copybook.options)), plan_(layout_, options.plan) {}
+namespace {
+
+// Of several records in a copybook one was taken that nobody named.
+void tellRecordTaken(const RecordPlan& plan, const Console& console) {
+  if (plan.recordsNotTaken().empty()) return;
+  std::string others;
+  for (const std::string& name : plan.recordsNotTaken())
+    others += (others.empty() ? "" : ", ") + name;
+  console.messages << "oxrrec: " << plan.layout().fileName << ": all records are read as " << plan.kinds().front().name
+                   << "; --record or --when chooses others: " << others << '\n';
+}
+
+}  // namespace
+
+Description::Description(const RecordOptions& options, const Console& console)
+    : plan_(Copybook::readFile(options.copybook.path, options.copybook.options), options.copybook.options.record,
+            options.plan) {
+  tellRecordTaken(plan_, console);
+}
 
 RecordWorker::Owner makeWorker(const RecordPlan& plan, const InputOptions& options, FileInput& input,
                                FaultListener& listener, const Console& console) {

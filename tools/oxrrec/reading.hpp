@@ -13,7 +13,6 @@ class Description {
   const RecordPlan& plan() const { return plan_; }
 
  private:
-  const Layout layout_;
   const RecordPlan plan_;
 };
 

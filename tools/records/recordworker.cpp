@@ -6,6 +6,8 @@
 // makes up the difference. An open array adds the size of an occurrence at each turn; when it closes, an array whose
 // unused room is not in the record leaves shift_ short by that room, and any other restores it.
 //
+// What kind a record is, and which alternative of an area is walked, is told in recordkind.cpp.
+//
 // A count that cannot be used makes its array null. If arrays take only the room that they use, the walk is then lost:
 // it goes on to the end, so that all elements are reported, with nulls for their values.
 
@@ -54,6 +56,10 @@ RecordWorker::RecordWorker(const RecordPlan& plan, const Settings& settings, Fau
       counters_(plan.counters()) {
   for (const PhysicalForm& form : plan.forms())
     converters_.emplace_back(form);
+  if (plan.recordChoice() != nullptr) recordChooser_.emplace(*plan.recordChoice());
+  for (const Choice& choice : plan.choices())
+    choosers_.emplace_back(choice);
+  decisions_.resize(choosers_.size());
 }
 
 void RecordWorker::initializeParse(int, MessageInfo*, int) {
@@ -100,14 +106,31 @@ const unsigned short* RecordWorker::getWorkerName() const {
   return kName;
 }
 
+// Reads one message: records that are skipped make none.
 void RecordWorker::readRecord() {
+  bool isShown = false;
+  do {
+    beginRecord();
+    isShown = findKind();
+    if (isShown)
+      readKnown();
+    else
+      isShown = passUnknown();
+  } while (!isShown && !reader_.atEnd());
+}
+
+void RecordWorker::beginRecord() {
   record_ = reader_.next();
   shift_ = 0;
   isLost_ = isShort_ = false;
   arrays_.clear();
   loops_.clear();
+  keptShifts_.clear();
   for (Counter& counter : counters_)
     counter.state = Counter::State::unread;
+}
+
+void RecordWorker::readKnown() {
   handler_->startMessage(kNoInfo, kNoInfo);
   walk();
   checkLength();
@@ -140,8 +163,19 @@ void RecordWorker::walk() {
         step = endArray(*step);
         break;
       case Op::choose:
+        step = choose(*step);
+        break;
       case Op::jump:
         step = plan_.steps().data() + step->target;
+        break;
+      case Op::keepPlace:
+        keptShifts_.push_back(shift_);
+        ++step;
+        break;
+      case Op::restorePlace:
+        shift_ = keptShifts_.back();
+        keptShifts_.pop_back();
+        ++step;
         break;
     }
   }
@@ -172,10 +206,10 @@ PWFData RecordWorker::read(const Step& step) {
       observe(step, at, value, nullptr);
     return value;
   } catch (const KelRecoverableException& failure) {
-    return failed(step,
+    return failed(step, at,
                   {.code = FaultCode::library, .message = failure.oxrMessageNumber(), .detail = faultText(failure)});
   } catch (const FieldRefused& refusal) {
-    return failed(step, {.code = FaultCode::library, .detail = refusal.what()});
+    return failed(step, at, {.code = FaultCode::library, .detail = refusal.what()});
   }
 }
 
@@ -184,11 +218,10 @@ PWFData RecordWorker::cutOff(const Step& step, std::uint64_t at) {
   if (!reader_.isFramed()) reader_.refuseShort(at + step.size);
   if (isShort_) return FieldConverter::null(step);
   isShort_ = true;
-  return failed(step, {.code = FaultCode::recordEnds, .numbers = {record_.size}});
+  return failed(step, at, {.code = FaultCode::recordEnds, .numbers = {record_.size}});
 }
 
-PWFData RecordWorker::failed(const Step& step, FaultReason reason) {
-  const auto at = static_cast<std::uint64_t>(step.offset + shift_);
+PWFData RecordWorker::failed(const Step& step, std::uint64_t at, FaultReason reason) {
   const FieldFault told = fault(step.item, at, step.size, std::move(reason));
   PWFData value = FieldConverter::null(step);
   if (observer_ != nullptr) observe(step, at, value, &told);
@@ -254,7 +287,7 @@ const Step* RecordWorker::beginArray(const Step& step) {
   if (count == kNotACount) return after;
   if (name != nullptr) handler_->startElement(name, kArrayElement, kNoInfo, -1, -1);
   arrays_.push_back({step.item, 0});
-  loops_.push_back({static_cast<std::uint32_t>(count), shift_});
+  loops_.push_back({static_cast<std::uint32_t>(count), shift_, static_cast<std::uint64_t>(step.offset + shift_)});
   if (count > 0 && body != end) return body;
   // There is nothing to do in the occurrences: go straight to the array's end.
   arrays_.back().index = count > 0 ? static_cast<std::uint32_t>(count - 1) : 0;
@@ -264,7 +297,8 @@ const Step* RecordWorker::beginArray(const Step& step) {
 
 const Step* RecordWorker::endArray(const Step& step) {
   shift_ += step.size;
-  const OpenLoop& loop = loops_.back();
+  OpenLoop& loop = loops_.back();
+  loop.at = static_cast<std::uint64_t>(step.offset + shift_);
   if (++arrays_.back().index < loop.count) return plan_.steps().data() + step.target;
   shift_ = step.moves ? shift_ - std::int64_t{step.max} * step.size : loop.shiftBefore;
   arrays_.pop_back();

@@ -2,16 +2,25 @@
 
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
 #include "bitstreamworker.hpp"
 #include "records/fields/fields.hpp"
 #include "records/framing/framing.hpp"
+#include "records/plan/chooser.hpp"
 #include "records/recordhandler.hpp"
 #include "records/recordplan.hpp"
 
 namespace oxr::rec {
+
+// What becomes of a record, or an area of one, that no condition has an alternative for.
+enum class OnUnknown : std::uint8_t {
+  isError,  // it is a fault; where the listener goes on, a record is shown as with isRaw, and an area not at all
+  isSkipped,
+  isRaw,  // its bytes are shown in hexadecimal, as the field RAW: of a record nothing else is
+};
 
 // The parser of record files: one message a record, in the events that RecordHandler describes.
 //
@@ -34,6 +43,7 @@ class RecordWorker final : public BitstreamWorker {
   struct Settings {
     RecordForm form;          // isVariable and maxSize are the plan's
     bool allowExtra = false;  // a record may be longer than its layout
+    OnUnknown onUnknown = OnUnknown::isError;
   };
   struct Release {
     void operator()(RecordWorker* worker) const { worker->release(true); }
@@ -56,6 +66,8 @@ class RecordWorker final : public BitstreamWorker {
   std::span<const unsigned char> recordInHand() const { return {record_.data, record_.size - record_.padding}; }
   // Where it begins in the input.
   std::uint64_t offsetInInput() const { return reader_.offsetInInput(0); }
+  // The records of no kind that were skipped.
+  std::uint64_t recordsSkipped() const { return skipped_; }
   // Records read so far, the one that a fault ended included.
   std::uint64_t recordsRead() const { return reader_.recordsRead(); }
   // See RecordReader::hint: to be told with faults.
@@ -93,17 +105,28 @@ class RecordWorker final : public BitstreamWorker {
   struct OpenLoop {
     std::uint32_t count;
     std::int64_t shiftBefore;  // at the array's start
+    std::uint64_t at;          // of the occurrence in hand in the record
   };
 
   RecordWorker(const RecordPlan& plan, const Settings& settings, FaultListener& listener);
   ~RecordWorker() override = default;
 
   void readRecord();
+  void beginRecord();
+  void readKnown();
+  bool findKind();
+  bool passUnknown();
+  void showRaw(std::span<const unsigned char> bytes);
+  std::int32_t decide(Chooser& chooser);
+  std::uint64_t placeOf(const Question& question) const;
+  PWFData valueOrNull(const Step& step, const unsigned char* bytes);
+  const Step* choose(const Step& step);
+  void passArea(const Step& step, const Choice& choice);
   void walk();
   void field(const Step& step);
   PWFData read(const Step& step);
   PWFData cutOff(const Step& step, std::uint64_t at);
-  PWFData failed(const Step& step, FaultReason reason);
+  PWFData failed(const Step& step, std::uint64_t at, FaultReason reason);
   const Step* beginArray(const Step& step);
   const Step* endArray(const Step& step);
   void keepCount(const Step& step, const PWFData& value);
@@ -119,6 +142,8 @@ class RecordWorker final : public BitstreamWorker {
   const Settings settings_;
   FaultListener& listener_;
   std::deque<FieldConverter> converters_;  // by Step::form
+  std::optional<Chooser> recordChooser_;
+  std::vector<Chooser> choosers_;  // by Step::choice
   RecordReader reader_;
   BufferSource* source_ = nullptr;
   FieldObserver* observer_ = nullptr;
@@ -129,6 +154,10 @@ class RecordWorker final : public BitstreamWorker {
 
   const RecordKind* kind_;     // of the last record
   std::string_view kindName_;  // as the condition gave it
+  std::uint64_t skipped_ = 0;
+  // Of the record in hand:
+  const Choice* undecided_ = nullptr;    // the choice that has no alternative for it
+  std::vector<std::int32_t> decisions_;  // by Step::choice: those that were made before the walk
 
   // These describe the record in hand. A step's true place is its offset plus `shift_`: less the bytes that earlier
   // short arrays lack, plus the occurrences that the walk has passed in the open ones.
@@ -137,8 +166,9 @@ class RecordWorker final : public BitstreamWorker {
   bool isLost_ = false;   // a count is not known: nobody can tell where anything after its array is
   bool isShort_ = false;  // the record ended before a field
   std::vector<Counter> counters_;
-  std::vector<OpenArray> arrays_;  // the open ones, outermost first
-  std::vector<OpenLoop> loops_;    // the same ones
+  std::vector<OpenArray> arrays_;         // the open ones, outermost first
+  std::vector<OpenLoop> loops_;           // the same ones
+  std::vector<std::int64_t> keptShifts_;  // at the start of the open items that share their bytes
 };
 
 }  // namespace oxr::rec

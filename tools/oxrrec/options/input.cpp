@@ -86,6 +86,7 @@ void addInputOptions(CLI::App& command, InputOptions& input) {
   command.add_option("INPUT", input.path, "the record file, - for standard input")->required();
   addFramingOptions(command, input.records.form);
   addWindowOptions(command, input.window);
+  addUnknownOption(command, input.records.onUnknown);
   command.add_flag("--allow-extra", input.records.allowExtra, "records may be longer than the copybook says")
       ->group(kTopic);
 }

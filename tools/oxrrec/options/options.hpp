@@ -37,11 +37,14 @@ struct InputOptions {
 void addCopybookOptions(CLI::App& command, CopybookSource& copybook);
 // Topic "fields": how fields are stored.
 void addFieldOptions(CLI::App& command, RecordOptions& record);
+// Topic "kinds of record": which record, or which of the items that share their bytes, is at hand.
+void addKindOptions(CLI::App& command, RecordOptions& record);
+void addUnknownOption(CLI::App& command, OnUnknown& onUnknown);
 // Topic "records": how records lie in a file. Those of the first function tell how long a record is.
 void addLengthOptions(CLI::App& command, RecordOptions& record);
 void addFramingOptions(CLI::App& command, RecordForm& form);
 
-// All that tells what a record holds: the topics copybook and fields, and the lengths.
+// All that tells what a record holds: the topics copybook, kinds of record and fields, and the lengths.
 void addRecordOptions(CLI::App& command, RecordOptions& record);
 // The input as the argument INPUT, and how its records lie.
 void addInputOptions(CLI::App& command, InputOptions& input);

@@ -72,6 +72,7 @@ void addFieldOptions(CLI::App& command, RecordOptions& record) {
 
 void addRecordOptions(CLI::App& command, RecordOptions& record) {
   addCopybookOptions(command, record.copybook);
+  addKindOptions(command, record);
   addFieldOptions(command, record);
   addLengthOptions(command, record);
 }

@@ -46,6 +46,8 @@ void CsvColumns::addKind(const RecordPlan& plan, std::uint32_t begin, std::uint3
         break;
       case Op::choose:
       case Op::jump:
+      case Op::keepPlace:
+      case Op::restorePlace:
         break;
     }
   }

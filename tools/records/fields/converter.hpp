@@ -4,7 +4,7 @@
 
 #include "dataconv.hpp"
 #include "records/fields/physicalform.hpp"
-#include "records/step.hpp"
+#include "records/plan/step.hpp"
 
 namespace oxr::rec {
 

@@ -75,6 +75,8 @@ std::string FieldFault::reasonText() const {
              " asks";
     case FaultCode::noCount:
       return "no count was read for it";
+    case FaultCode::noKind:
+      return "no condition (--when) holds for this value";
     default:
       return reason.detail;
   }

@@ -32,6 +32,7 @@ enum class FaultCode : std::uint8_t {
   recordLonger,  // the record has numbers[0] bytes, numbers[1] more than its layout
   badCount,      // the count is numbers[0], not within numbers[1] and numbers[2] as the array `other` asks
   noCount,       // the array's count is not known
+  noKind,        // no condition tells what the record, or the area that the field belongs to, holds
 };
 
 struct FaultReason {

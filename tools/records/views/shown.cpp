@@ -24,6 +24,8 @@ Shown shownRecord(const RecordPlan& plan) {
         break;
       case Op::choose:
       case Op::jump:
+      case Op::keepPlace:
+      case Op::restorePlace:
         break;
     }
   }

@@ -1,4 +1,4 @@
-#include "records/valueset.hpp"
+#include "records/plan/valueset.hpp"
 
 #include <algorithm>
 #include <charconv>

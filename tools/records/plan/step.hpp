@@ -12,10 +12,12 @@ enum class Op : std::uint8_t {
   field,       // read a field
   beginGroup,  // open a nested object
   endGroup,
-  beginArray,  // open an array and enter its first occurrence, or pass over all of it
-  endArray,    // go back for the next occurrence, or close the array
-  choose,      // go to the alternative that this area holds, or behind the area
-  jump,        // an alternative ends: go behind the area
+  beginArray,    // open an array and enter its first occurrence, or pass over all of it
+  endArray,      // go back for the next occurrence, or close the array
+  choose,        // go to the alternative that this area holds, or behind the area
+  jump,          // an alternative ends: go behind the area
+  keepPlace,     // an item begins that may be shorter than the bytes it shares with others
+  restorePlace,  // it ends: go on as if it had all of its bytes
 };
 
 // One step of a plan. A step without a name is done in silence: it only finds counts and moves what follows.

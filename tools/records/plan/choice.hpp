@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "records/step.hpp"
-#include "records/valueset.hpp"
+#include "records/plan/step.hpp"
+#include "records/plan/valueset.hpp"
 
 namespace oxr::rec {
 
@@ -23,6 +23,7 @@ struct Question {
     ValueSet values;
     std::uint32_t alternative;
   };
+  const Layout* layout;  // that the field is of
   Step field;
   PlaceFrom from = PlaceFrom::record;
   std::vector<Answer> answers;  // the first that holds the value decides

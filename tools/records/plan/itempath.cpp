@@ -1,0 +1,73 @@
+#include "records/plan/itempath.hpp"
+
+#include <algorithm>
+#include <numeric>
+
+namespace oxr::rec {
+
+namespace {
+
+char upper(char c) {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+// How many letters must be added, left out or changed to make one name of another.
+std::size_t distance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    std::size_t diagonal = row[0]++;
+    for (std::size_t j = 0; j < b.size(); ++j) {
+      const std::size_t changed = diagonal + (upper(a[i]) == upper(b[j]) ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({changed, row[j + 1] + 1, row[j] + 1});
+    }
+  }
+  return row.back();
+}
+
+}  // namespace
+
+bool isSameName(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return upper(x) == upper(y); });
+}
+
+ItemPath::ItemPath(std::string_view text) : text_(text) {
+  for (std::size_t begin = 0, end; begin <= text.size(); begin = end + 1) {
+    end = std::min(text.find('.', begin), text.size());
+    parts_.emplace_back(text.substr(begin, end - begin));
+  }
+}
+
+bool ItemPath::names(const Layout& layout, ItemIndex item) const {
+  if (layout.items[item].isFiller() || !isSameName(layout.items[item].name, parts_.back())) return false;
+  ItemIndex group = layout.items[item].parent;
+  for (std::size_t i = parts_.size() - 1; i-- > 0;) {
+    while (group != kNoItem && !isSameName(layout.items[group].name, parts_[i]))
+      group = layout.items[group].parent;
+    if (group == kNoItem) return false;
+    group = layout.items[group].parent;
+  }
+  return true;
+}
+
+std::vector<ItemIndex> ItemPath::in(const Layout& layout) const {
+  std::vector<ItemIndex> found;
+  for (ItemIndex i = 0; i < layout.items.size(); ++i)
+    if (names(layout, i)) found.push_back(i);
+  return found;
+}
+
+std::string ItemPath::hint(const Layout& layout) const {
+  std::string_view best;
+  std::size_t least = 1 + parts_.back().size() / 3;
+  for (const Item& item : layout.items) {
+    const std::size_t far = distance(item.name, parts_.back());
+    if (item.isFiller() || far > least) continue;
+    least = far;
+    best = item.name;
+  }
+  return best.empty() ? std::string() : "; is " + std::string(best) + " meant?";
+}
+
+}  // namespace oxr::rec
