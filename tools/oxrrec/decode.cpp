@@ -7,7 +7,9 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "oxrrec/nesting.hpp"
 #include "oxrrec/progress.hpp"
 #include "oxrrec/reading.hpp"
 
@@ -24,6 +26,22 @@ std::unique_ptr<LineHandler> makeHandler(const RecordPlan& plan, const DecodeOpt
   return std::make_unique<JsonHandler>(plan.names(), JsonHandler::Options{options.pointsAsText});
 }
 
+// The names that conditions give to records: "FIELD=VALUE:NAME".
+std::vector<std::string> namedKinds(const std::vector<std::string>& conditions) {
+  std::vector<std::string> names;
+  for (const std::string& condition : conditions)
+    names.push_back(condition.substr(condition.rfind(':') + 1));
+  return names;
+}
+
+// What cannot be put in rows.
+void refuseInRows(const DecodeOptions& options) {
+  if (options.format != LineFormat::csv) return;
+  if (!options.nest.empty()) throw ToolError("--nest is not for --to csv: a row has no records in it");
+  if (options.input.records.onUnknown == OnUnknown::isRaw)
+    throw ToolError("--on-unknown raw is not for --to csv: a row has the columns of its fields");
+}
+
 // One run of the command, once the copybook is laid out. What the constructor throws leaves the output untouched.
 class Decoding {
  public:
@@ -35,11 +53,14 @@ class Decoding {
         badFields_(options.onError, messages_, input_.name(), [this] { progress_.wipe(); }),
         worker_(makeWorker(plan, options.input, input_, badFields_, console)),
         output_(openOutput(options.output, {&options.record.copybook.path, 1}, input_.descriptor(), console)),
-        lines_(makeHandler(plan, options)) {
+        lines_(makeHandler(plan, options)),
+        isFirstRange_(!options.input.window.range ||
+                      options.input.window.range->begin <= options.input.window.skipHeader) {
     if (!options.errors.empty()) {
       badRecords_.emplace(openOutput(options.errors, {&options.record.copybook.path, 1}, input_.descriptor(), console));
       badFields_.setRecords(&*badRecords_, worker_.get());
     }
+    if (!options.nest.empty()) nesting_.emplace(options.nest, namedKinds(options.record.plan.conditions));
     worker_->setSource(&input_);
     worker_->initializeParse(-1, nullptr, -1);
     worker_->setFIHandler(lines_.get(), false);
@@ -51,13 +72,17 @@ class Decoding {
 
   // The exit code. Throws OutputError.
   int run() {
-    if (const auto* const csv = dynamic_cast<const CsvHandler*>(lines_.get())) output_.write(csv->header());
+    const auto* const csv = dynamic_cast<const CsvHandler*>(lines_.get());
+    // The rows of a later range follow those of an earlier one.
+    if (csv != nullptr && isFirstRange_) output_.write(csv->header());
     const int code = readAll();
     progress_.wipe();
+    if (nesting_) nesting_->finish(nested_);
     writeLines();
     output_.close();
     if (badRecords_) badRecords_->close();
     if (code != kDone) return code;
+    tellOrphans();
     if (!badFields_.hasAny()) return kDone;
     badFields_.tellSum(worker_->recordsRead(), worker_->hint());
     return kBadField;
@@ -121,18 +146,42 @@ class Decoding {
 
   void finishRecord() {
     const auto position = static_cast<std::uint64_t>(worker_->getNumBytesParsed());
-    dropIfSkipped(position - std::exchange(position_, position));
-    if (lines_->lines().size() >= kWriteBytes) writeLines();
+    const bool isLeftOut = dropIfSkipped(position - std::exchange(position_, position));
+    if (nesting_) nest(isLeftOut);
+    if (text().size() >= kWriteBytes) writeLines();
     progress_.update(position);
   }
 
-  // The record has `size` bytes at most.
-  void dropIfSkipped(std::uint64_t size) {
-    if (badFields_.finishRecord(size) && badFields_.isSkipping()) lines_->discard();
+  // The record has `size` bytes at most. True if it is left out.
+  bool dropIfSkipped(std::uint64_t size) {
+    const bool isLeftOut = badFields_.finishRecord(size) && badFields_.isSkipping();
+    if (isLeftOut) lines_->discard();
+    return isLeftOut;
   }
 
+  // Moves the line of the last record to those that are put into each other.
+  void nest(bool isLeftOut) {
+    const std::string_view kind = worker_->kindOfRecord();
+    if (isLeftOut)
+      nesting_->leaveOut(kind, nested_);
+    else if (!nesting_->add(kind, lines_->lines(), nested_) && orphans_++ == 0)
+      firstOrphan_ = std::to_string(worker_->recordsRead()) + ", a " + std::string(kind);
+    lines_->clear();
+  }
+
+  void tellOrphans() const {
+    if (orphans_ == 0) return;
+    messages_ << kProgram << input_.name() << ": " << orphans_
+              << (orphans_ == 1 ? " record stands on a line of its own, since it comes"
+                                : " records stand on lines of their own, since they come")
+              << " before any parent; the first is record " << firstOrphan_ << '\n';
+  }
+
+  std::string_view text() const { return nesting_ ? std::string_view(nested_) : lines_->lines(); }
+
   void writeLines() {
-    output_.write(lines_->lines());
+    output_.write(text());
+    nested_.clear();
     lines_->clear();
   }
 
@@ -144,6 +193,11 @@ class Decoding {
   RecordWorker::Owner worker_;
   FileOutput output_;
   std::unique_ptr<LineHandler> lines_;
+  const bool isFirstRange_;
+  std::optional<Nesting> nesting_;
+  std::string nested_;         // what it has done
+  std::uint64_t orphans_ = 0;  // children that came before any parent
+  std::string firstOrphan_;
   std::uint64_t position_ = 0;        // where the last record ended
   std::optional<QuietOutput> quiet_;  // a checker's last line has no place among the lines of records
   std::optional<CheckedParts> checked_;
@@ -152,6 +206,7 @@ class Decoding {
 }  // namespace
 
 int decode(const DecodeOptions& options, const Console& console) {
+  refuseInRows(options);
   const Description description(options.record, console);
   return Decoding(options, console, description.plan()).run();
 }

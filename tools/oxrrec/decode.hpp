@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "oxrrec/badfields.hpp"
 #include "oxrrec/options/options.hpp"
@@ -17,6 +18,7 @@ struct DecodeOptions {
   std::string output = kStandardStream;  // path, or kStandardStream
   LineFormat format = LineFormat::json;
   bool pointsAsText = false;
+  std::vector<std::string> nest;  // "CHILD:PARENT"; see Nesting
   OnError onError = OnError::stop;
   std::string errors;  // path for the records that have a bad field; empty for none
   bool check = false;  // each record's events are held to the order that handlers expect

@@ -12,6 +12,14 @@ void addLineOptions(CLI::App& command, DecodeOptions& options) {
                         "a JSON object a record, or a table with a column for each field, arrays as NAME(1) and on, in "
                         "comma-separated values [json]")
       ->group(kTopic);
+  command
+      .add_option(
+          "--nest", options.nest,
+          "CHILD:PARENT: records that --when calls CHILD go into an array of that name in the last PARENT's object; "
+          "can be given again")
+      ->type_name("CHILD:PARENT")
+      ->allow_extra_args(false)
+      ->group("Kinds of record");
   addChoice<bool>(command, "--decimals", options.pointsAsText, {{"number", false}, {"text", true}},
                   "write numbers with a decimal point as JSON numbers or as strings [number]")
       ->group(kTopic);

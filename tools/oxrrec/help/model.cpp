@@ -55,9 +55,9 @@ OptionText textOf(const CLI::Option& option) {
   for (const std::string& name : option.get_lnames())
     text.names.push_back("--" + name);
   if (option.get_items_expected_max() == 0) return text;
-  // What checks a value may add its own words.
   text.value = option.get_type_name();
-  text.value.resize(std::min(text.value.find(':'), text.value.size()));
+  // What checks a value may add a word of its own.
+  if (const std::size_t check = text.value.find(":POSITIVE"); check != std::string::npos) text.value.resize(check);
   if (text.value.find('|') != std::string::npos) text.words = split(text.value, '|');
   return text;
 }

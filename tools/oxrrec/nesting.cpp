@@ -1,0 +1,98 @@
+#include "oxrrec/nesting.hpp"
+
+#include <algorithm>
+
+#include "records/framing/errors.hpp"
+
+namespace oxr::rec {
+
+namespace {
+
+bool isSameName(std::string_view a, std::string_view b) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [&](char x, char y) { return lower(x) == lower(y); });
+}
+
+}  // namespace
+
+Nesting::Nesting(const std::vector<std::string>& pairs, const std::vector<std::string>& kinds) {
+  for (const std::string& pair : pairs) {
+    const std::size_t colon = pair.find(':');
+    if (colon == std::string::npos) throw ToolError("--nest " + pair + ": it is to be CHILD:PARENT");
+    const std::size_t child = named(pair.substr(0, colon), kinds);
+    const std::size_t parent = named(pair.substr(colon + 1), kinds);
+    if (kinds_[child].parent) throw ToolError("--nest " + pair + ": the child has a parent already");
+    for (std::optional<std::size_t> above = parent; above; above = kinds_[*above].parent)
+      if (*above == child) throw ToolError("--nest " + pair + ": a record cannot be below itself");
+    kinds_[child].parent = parent;
+    kinds_[parent].children.push_back(child);
+  }
+}
+
+std::size_t Nesting::named(const std::string& name, const std::vector<std::string>& kinds) {
+  if (const Kind* const known = find(name)) return static_cast<std::size_t>(known - kinds_.data());
+  const auto kind =
+      std::find_if(kinds.begin(), kinds.end(), [&](const auto& other) { return isSameName(other, name); });
+  if (kind == kinds.end()) throw ToolError("--nest: no --when tells which records are " + name);
+  kinds_.push_back({*kind});
+  return kinds_.size() - 1;
+}
+
+Nesting::Kind* Nesting::find(std::string_view name) {
+  const auto kind = std::find_if(kinds_.begin(), kinds_.end(), [&](const Kind& k) { return isSameName(k.name, name); });
+  return kind == kinds_.end() ? nullptr : &*kind;
+}
+
+bool Nesting::add(std::string_view kind, std::string_view line, std::string& lines) {
+  Kind* const known = find(kind);
+  if (known == nullptr) {
+    lines += line;
+    return true;
+  }
+  close(*known, lines);
+  const bool isOrphan = known->parent && !kinds_[*known->parent].isOpen;
+  const std::string_view object = line.substr(0, line.size() - 1);
+  if (known->children.empty()) {
+    deliver(*known, object, lines);
+  } else {
+    known->isOpen = true;
+    known->object.assign(object.substr(0, object.size() - 1));
+  }
+  return !isOrphan;
+}
+
+void Nesting::leaveOut(std::string_view kind, std::string& lines) {
+  if (Kind* const known = find(kind)) close(*known, lines);
+}
+
+void Nesting::finish(std::string& lines) {
+  for (Kind& kind : kinds_)
+    if (!kind.parent) close(kind, lines);
+}
+
+// Closes what is below first. It may be open without this: it then came before any parent.
+void Nesting::close(Kind& kind, std::string& lines) {
+  for (const std::size_t child : kind.children)
+    close(kinds_[child], lines);
+  if (!kind.isOpen) return;
+  kind.isOpen = false;
+  std::string object = std::move(kind.object);
+  for (const std::size_t child : kind.children) {
+    if (object.size() > 1) object += ',';
+    object += '"' + kinds_[child].name + "\":[" + kinds_[child].collected + ']';
+    kinds_[child].collected.clear();
+  }
+  deliver(kind, object + '}', lines);
+}
+
+void Nesting::deliver(const Kind& kind, std::string_view object, std::string& lines) {
+  if (!kind.parent || !kinds_[*kind.parent].isOpen) {
+    lines.append(object) += '\n';
+    return;
+  }
+  std::string& collected = kinds_[static_cast<std::size_t>(&kind - kinds_.data())].collected;
+  if (!collected.empty()) collected += ',';
+  collected += object;
+}
+
+}  // namespace oxr::rec
