@@ -45,7 +45,7 @@ int layout(const LayoutOptions& options, const Console& console) {
     console.messages << "oxrrec: this is " << record.recordName << "; --record chooses another: " << others << '\n';
   }
   const std::string text = viewOf(record, options);
-  FileOutput output = openOutput(options.output, {&options.copybook.path, 1}, -1, console);
+  FileOutput output = openOutput(options.output, record.fileNames, -1, console);
   output.write(text);
   output.close();
   return kDone;
