@@ -209,7 +209,8 @@ constexpr char kProgram[] =
     "       IDENTIFICATION DIVISION.\n       AUTHOR. SOMEONE'S.\n>>SET X\n       DATA DIVISION.\n       FILE SECTION.\n"
     "       FD IN-FILE RECORDING MODE F.\n       01 IN-REC.\n           05 A PIC X.\n       WORKING-STORAGE SECTION.\n"
     "       77 N PIC 9(4) COMP.\n       78 MAX VALUE 5.\n       EXEC SQL DECLARE T TABLE (X INT) END-EXEC.\n"
-    "       01 ODD.\n           05 B PIC Q.\n       SCREEN SECTION.\n       01 S. 05 LINE 2 COLUMN 3 VALUE 'x'.\n"
+    "       01 ODD.\n           05 B PIC X.\n       COPY NOWHERE.\n       SCREEN SECTION.\n       01 S. 05 LINE 2 "
+    "COLUMN 3 VALUE 'x'.\n"
     "       LINKAGE SECTION.\n       01 LK PIC X.\n       PROCEDURE DIVISION.\n           DISPLAY 'it''s.\n";
 
 TEST(Copybook, TheDataDivisionOfAProgramIsFound) {

@@ -49,6 +49,7 @@ class EntryReader {
 
   unsigned readLevel();
   bool skipHeader();
+  bool skipMissing(std::vector<Entry>& entries);
   void readNext(std::vector<Entry>& entries);
   void readEntry(Entry& entry);
   void readPeriod();
@@ -341,6 +342,19 @@ bool EntryReader::skipHeader() {
   return true;
 }
 
+// A text that was not found may hold more of the record before it, or other records: it counts as that one's fault.
+bool EntryReader::skipMissing(std::vector<Entry>& entries) {
+  if (tokens_.peek().kind != TokenKind::missing) return false;
+  try {
+    raiseExpected("an entry");
+  } catch (const CopybookError& error) {
+    if (entries.empty()) throw;
+    if (!entries.back().fault) entries.back().fault = error;
+  }
+  tokens_.take();
+  return true;
+}
+
 void EntryReader::readNext(std::vector<Entry>& entries) {
   const Place place = tokens_.peek().place;
   const unsigned level = readLevel();
@@ -368,7 +382,7 @@ void EntryReader::readNext(std::vector<Entry>& entries) {
 std::vector<Entry> EntryReader::readAll() {
   std::vector<Entry> entries;
   while (tokens_.peek().kind != TokenKind::end)
-    if (!skipHeader()) readNext(entries);
+    if (!skipMissing(entries) && !skipHeader()) readNext(entries);
   return entries;
 }
 

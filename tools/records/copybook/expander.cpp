@@ -185,8 +185,13 @@ class Expander {
   void copy(const Copy& copied, bool isFree, const Replacements& replacements) {
     const Place place = copied.name.place;
     auto found = finder_.find(source_.fileName(open_.back()), nameOf(copied.name), copied.library);
-    if (!found)
-      source_.raise(place, "found no copybook " + quoted(copied.name) + " beside this text or in the folders of -I");
+    if (!found) {
+      // A program copies more than what is wanted of it: who needs the text raises.
+      result_.push_back({TokenKind::missing,
+                         "found no copybook " + quoted(copied.name) + " beside this text or in the folders of -I",
+                         place, false});
+      return;
+    }
     const FileIndex file = fileOf(std::move(*found));
     for (const FileIndex outer : open_)
       if (source_.fileName(outer) == source_.fileName(file))

@@ -12,6 +12,7 @@ enum class TokenKind : std::uint8_t {
   word,     // anything between separators: names, keywords, numbers, pictures
   literal,  // a quoted text, with its prefix (X, N, Z, ...) if it has one; Token::text is the source text
   period,   // the end of an entry
+  missing,  // a text to copy that was not found; Token::text is what to say if anybody needs it
   end,      // the end of the copybook
 };
 

@@ -36,6 +36,7 @@ class TokenReader {
   }
 
   [[noreturn]] void raiseExpected(const std::string& what) const {
+    if (peek().kind == TokenKind::missing) source_.raise(peek().place, peek().text);
     source_.raise(peek().place, "expected " + what + ", found " + quoted(peek()));
   }
 
