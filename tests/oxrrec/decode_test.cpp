@@ -215,6 +215,8 @@ constexpr const char* kRefusals[][2] = {
     {"-o @out --copybook @good --ccsid 37 --record NONE @in", "@good: no record is named NONE*"},
     {"-o @in --copybook @good --ccsid 37 @in", "cannot write @in: it is the input\n"},
     {"-o @no/out --copybook @good --ccsid 37 @in", "cannot write @no/out: No such file or directory\n"},
+    {"-o @out --errors @out --copybook @good --ccsid 37 @in", "--errors @out: the lines go there already\n"},
+    {"-o @out --errors @good --copybook @good --ccsid 37 @in", "cannot write @good: it is an input, too\n"},
     {"-o /dev/full --copybook @good --ccsid 37 @in", "cannot write /dev/full: No space left on device\n"},
     {"--copybook @kinds --ccsid 37 --when T=1 @in", "--when T=1: this is not FIELD=VALUE:NAME\n"},
     {"--copybook @kinds --ccsid 37 --when T=1,:A @in", "--when T=1,:A: a value is missing\n"},

@@ -29,13 +29,16 @@ std::unique_ptr<LineHandler> makeHandler(const RecordPlan& plan, const DecodeOpt
 // The names that conditions give to records: "FIELD=VALUE:NAME".
 std::vector<std::string> namedKinds(const std::vector<std::string>& conditions) {
   std::vector<std::string> names;
+  names.reserve(conditions.size());
   for (const std::string& condition : conditions)
     names.push_back(condition.substr(condition.rfind(':') + 1));
   return names;
 }
 
-// What cannot be put in rows.
-void refuseInRows(const DecodeOptions& options) {
+// What does not go together.
+void refuse(const DecodeOptions& options) {
+  if (!options.errors.empty() && options.errors == options.output)
+    throw ToolError("--errors " + options.errors + ": the lines go there already");
   if (options.format != LineFormat::csv) return;
   if (!options.nest.empty()) throw ToolError("--nest is not for --to csv: a row has no records in it");
   if (options.input.records.onUnknown == OnUnknown::isRaw)
@@ -206,7 +209,7 @@ class Decoding {
 }  // namespace
 
 int decode(const DecodeOptions& options, const Console& console) {
-  refuseInRows(options);
+  refuse(options);
   const Description description(options.record, console);
   return Decoding(options, console, description.plan()).run();
 }
