@@ -24,7 +24,8 @@ TEST(BadRecords, AreCollectedWithTheirBytes) {
   }
   // Where the work ends at once, the length is not known.
   EXPECT_EQ(decodeBytes(kCounted, "2xy111zqr000", "--ccsid 819 --errors " + file).code, kBadField);
-  EXPECT_THAT(contentOf(file), MatchesRegex(R"(.*"path":"B".*"raw":"317A71723030"\})" "\n"));
+  EXPECT_THAT(contentOf(file), MatchesRegex(R"(.*"path":"B".*"raw":"317A71723030"\})"
+                                            "\n"));
   EXPECT_EQ(decodeBytes(kCounted, "011", "--ccsid 819 --errors " + file).code, kDone);
   EXPECT_EQ(contentOf(file), "");
 }

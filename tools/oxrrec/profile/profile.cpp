@@ -71,6 +71,7 @@ std::vector<std::string> suggestions(const Profiles& profiles) {
     if (const auto* const best = field.suggestion())
       fields[best->first] += (fields[best->first].empty() ? "" : ", ") + field.path;
   std::vector<std::string> lines;
+  lines.reserve(fields.size());
   for (const auto& [option, paths] : fields)
     lines.push_back(option + " makes bad values readable of: " + paths);
   return lines;
