@@ -29,9 +29,11 @@
 #include "fuzz/pwffrmtr/binarydatetime_check.hpp"
 #include "fuzz/pwffrmtr/datetime_check.hpp"
 #include "fuzz/records/copybook_check.hpp"
+#include "fuzz/records/fieldwriter_check.hpp"
 #include "fuzz/records/framing_check.hpp"
 #include "fuzz/records/jsonvalue_check.hpp"
 #include "fuzz/records/recordreader_check.hpp"
+#include "fuzz/records/roundtrip_check.hpp"
 #include "fuzz/workers/statechecker_check.hpp"
 
 namespace oxr::test {
@@ -88,7 +90,9 @@ constexpr Check kChecks[] = {
     {"JsonValue",     fuzz::checkJsonValue,     20'000},
     {"Framing",       fuzz::checkFraming,        5'000},
     {"AnyFraming",    fuzz::checkAnyFraming,     5'000},
+    {"FieldWriter",   fuzz::checkFieldWriter,    5'000},
     {"RecordReader",  fuzz::checkRecordReader,   3'000},
+    {"RoundTrip",     fuzz::checkRoundTrip,      2'000},
     {"StateChecker",  fuzz::checkStateChecker,   1'500},
 };
 // clang-format on

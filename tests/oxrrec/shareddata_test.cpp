@@ -98,5 +98,28 @@ TEST(SharedData, ReadsAsTheOtherReaderDid) {
   }
 }
 
+// Folder, copybook, records and arguments with which all bytes come back.
+constexpr const char* kVerified[] = {
+    "occurs-segments customers.cob customers.first50.rdw.bin --ccsid 37 --records rdw",
+    "occurs-segments nested.cob nested.ascii.txt --ccsid 819",
+    "occurs-segments accounts.cob accounts.bin --ccsid 37 --odo fixed --keep-filler",
+    "code-pages layout.cob records.bin --ccsid 37",
+    "code-pages layout.cob records.bin --ccsid 273",
+    "code-pages layout.cob records.bin --ccsid 500",
+    "code-pages layout.cob records.bin --ccsid 1140",
+};
+
+TEST(SharedData, ComesBackByteForByte) {
+  if (!std::filesystem::exists(OXR_SHARED_DATA_DIR)) GTEST_SKIP() << OXR_SHARED_DATA_DIR << " is not here";
+  for (const char* const set : kVerified) {
+    std::istringstream words(set);
+    std::string name, copybook, input, arguments;
+    std::getline(words >> name >> copybook >> input, arguments);
+    const std::string folder = std::string(OXR_SHARED_DATA_DIR) + '/' + name + '/';
+    const Outcome outcome = runProgram("verify --copybook " + folder + copybook + arguments + ' ' + folder + input);
+    EXPECT_EQ(outcome.code, kDone) << set << '\n' << outcome.lines << outcome.messages;
+  }
+}
+
 }  // namespace
 }  // namespace oxr::rec::test

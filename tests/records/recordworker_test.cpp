@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "growingbytebuffer.hpp"
 #include "records/records.hpp"
 
 namespace oxr::rec::test {
@@ -76,9 +77,32 @@ TEST(RecordWorker, RefusesCallsOutOfOrder) {
   EXPECT_THROW(bench.worker->parseNext(), FIParseException);
   bench.worker->setFIHandler(nullptr, false);
   EXPECT_THROW(bench.parse(kTwoOrders), FIParseException);
-  EXPECT_THROW(bench.worker->initializeWrite(nullptr, 0, 0, 0), FIWriteException);
-  EXPECT_THROW(bench.worker->setFIMessageTree(nullptr, false), FIWriteException);
-  EXPECT_THROW(bench.worker->write(nullptr, 0, 0), FIWriteException);
+  GrowingByteBuffer buffer;
+  EXPECT_THROW(bench.worker->write(&buffer, 0, 0), FIWriteException);
+  EXPECT_THROW(bench.worker->finishWriting(buffer), FIWriteException);
+  bench.worker->initializeWrite(nullptr, 0, 0, 0);
+  EXPECT_THROW(bench.worker->write(&buffer, 0, 0), FIWriteException);
+}
+
+TEST(RecordWorker, WritesTheTreesOfLines) {
+  Bench bench;
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::tmpfile(), std::fclose);
+  std::fwrite(kTwoLines, 1, sizeof kTwoLines - 2, file.get());  // the last line has no end
+  std::fflush(file.get());
+  for (const std::size_t blockBytes : {1, 7, 60, 61, 1000}) {
+    std::rewind(file.get());
+    FileInput input(FileDescriptor::borrowed(::fileno(file.get())), "lines", {}, blockBytes);
+    JsonLines lines(input);
+    JsonReader reader(bench.plan.names());
+    GrowingByteBuffer buffer;
+    bench.worker->initializeWrite(nullptr, 0, 0, 0);
+    while (const auto line = lines.next()) {
+      bench.worker->setFIMessageTree(&reader.read(*line), false);
+      bench.worker->write(&buffer, 0, 0);
+    }
+    EXPECT_EQ(buffer.bytes(), kTwoOrders) << blockBytes;
+    EXPECT_EQ(lines.position(), sizeof kTwoLines - 2);
+  }
 }
 
 TEST(RecordWorker, DeletesAHandlerThatItAdopted) {

@@ -3,9 +3,11 @@
 #include <memory>
 
 #include "oxrrec/decode.hpp"
+#include "oxrrec/encode/encode.hpp"
 #include "oxrrec/explain/explain.hpp"
 #include "oxrrec/layout.hpp"
 #include "oxrrec/profile/profile.hpp"
+#include "oxrrec/verify/verify.hpp"
 
 namespace oxr::rec {
 
@@ -25,6 +27,10 @@ constexpr Command kCommands[] = {
     {"layout", "show how a copybook lays its records out", prepare<LayoutOptions, addLayoutOptions, layout>},
     {"profile", "tell what the bytes of each field are in a whole file",
      prepare<ProfileOptions, addProfileOptions, profile>},
+    {"encode", "write the records of JSON lines, as decode made them",
+     prepare<EncodeOptions, addEncodeOptions, encode>},
+    {"verify", "decode a record file and encode it again, and compare all bytes",
+     prepare<VerifyOptions, addVerifyOptions, verify>},
 };
 
 }  // namespace

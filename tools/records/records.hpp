@@ -20,6 +20,8 @@
 #include "records/fields/fields.hpp"
 #include "records/framing/framing.hpp"
 #include "records/json/json.hpp"
+#include "records/json/lines.hpp"
+#include "records/json/reader.hpp"
 #include "records/layout.hpp"
 #include "records/linehandler.hpp"
 #include "records/recordhandler.hpp"

@@ -89,18 +89,6 @@ void RecordWorker::parseNext() {
   readRecord();
 }
 
-void RecordWorker::initializeWrite(MessageInfo*, int, int, int) {
-  throw FIWriteException();
-}
-
-void RecordWorker::setFIMessageTree(const FIMessageTree*, bool) {
-  throw FIWriteException();
-}
-
-void RecordWorker::write(WritableBitstreamBuffer*, int, int) {
-  throw FIWriteException();
-}
-
 const unsigned short* RecordWorker::getWorkerName() const {
   static constexpr unsigned short kName[] = {'R', 'E', 'C', 'O', 'R', 'D', 'S', 0};
   return kName;

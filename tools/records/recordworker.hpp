@@ -3,15 +3,18 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "bitstreamworker.hpp"
 #include "records/fields/fields.hpp"
 #include "records/framing/framing.hpp"
+#include "records/framing/recordframer.hpp"
 #include "records/plan/chooser.hpp"
 #include "records/recordhandler.hpp"
 #include "records/recordplan.hpp"
+#include "records/recordwriting.hpp"
 
 namespace oxr::rec {
 
@@ -25,11 +28,16 @@ enum class OnUnknown : std::uint8_t {
 // The parser of record files: one message a record, in the events that RecordHandler describes.
 //
 // parseFirst reads the first record, parseNext each further one; parse reads all. An input without a byte has no
-// record, and parseFirst then makes no event. Writing is not supported: the writer's side throws FIWriteException.
+// record, and parseFirst then makes no event.
 //
 // A field that cannot be read goes to the fault listener, which ends the work (a FieldError leaves the parse call, the
 // message unfinished) or has the worker go on with a null. An input that cannot be cut into records ends it with a
 // FrameError. Calls out of order throw FIParseException.
+//
+// The writer's side takes trees with the same elements, one a record, see RecordWriter. Each write() appends a record
+// and what stands around it; where records share blocks it appends the block once that is full, and finishWriting() the
+// last one. A tree that does not fit throws WriteError or FrameError and leaves the buffer as it was. Calls out of
+// order throw FIWriteException.
 //
 // Example:
 //   const auto worker = RecordWorker::make(plan, RecordWorker::Settings{}, listener);
@@ -44,6 +52,7 @@ class RecordWorker final : public BitstreamWorker {
     RecordForm form;          // isVariable and maxSize are the plan's
     bool allowExtra = false;  // a record may be longer than its layout
     OnUnknown onUnknown = OnUnknown::isError;
+    std::optional<unsigned char> filler{};  // written where no field gives a byte; see RecordTemplate if nothing
   };
   struct Release {
     void operator()(RecordWorker* worker) const { worker->release(true); }
@@ -68,6 +77,8 @@ class RecordWorker final : public BitstreamWorker {
   std::uint64_t offsetInInput() const { return reader_.offsetInInput(0); }
   // The records of no kind that were skipped.
   std::uint64_t recordsSkipped() const { return skipped_; }
+  // The layout of the last record.
+  const Layout& layoutOfRecord() const { return *kind_->layout; }
   // Records read so far, the one that a fault ended included.
   std::uint64_t recordsRead() const { return reader_.recordsRead(); }
   // See RecordReader::hint: to be told with faults.
@@ -86,8 +97,12 @@ class RecordWorker final : public BitstreamWorker {
 
   void initializeWrite(MessageInfo* info, int mode, int encoding, int flags) override;
   void setFIMessageTree(const FIMessageTree* tree, bool adopt) override;
-  const FIMessageTree* getFIMessageTree() const override { return nullptr; }
+  const FIMessageTree* getFIMessageTree() const override { return tree_; }
   void write(WritableBitstreamBuffer* buffer, int mode, int flags) override;
+  // Appends the last block, if records wait in one.
+  void finishWriting(WritableBitstreamBuffer& buffer);
+  // The next records that are written take the bytes that nobody gives from this one. Empty, as at first: from nowhere.
+  void setOriginal(std::span<const unsigned char> original) { original_ = original; }
 
   const DictionaryInfo* getWireFormatDescriptor() const override { return descriptor_; }
   void setWireFormatDescriptor(const DictionaryInfo* descriptor) override { descriptor_ = descriptor; }
@@ -108,9 +123,17 @@ class RecordWorker final : public BitstreamWorker {
     std::uint64_t at;          // of the occurrence in hand in the record
   };
 
+  struct Writing {
+    Writing(const RecordPlan& plan, const RecordForm& form, const Settings& settings);
+    RecordWriter writer;
+    RecordFramer framer;
+    std::string framed;  // the last record with what stands around it
+  };
+
   RecordWorker(const RecordPlan& plan, const Settings& settings, FaultListener& listener);
   ~RecordWorker() override = default;
 
+  void append(WritableBitstreamBuffer& buffer) const;
   void readRecord();
   void beginRecord();
   void readKnown();
@@ -151,6 +174,10 @@ class RecordWorker final : public BitstreamWorker {
   std::unique_ptr<FIHandler> adopted_;
   const DictionaryInfo* descriptor_ = nullptr;
   bool isOpen_ = false;
+  std::unique_ptr<Writing> writing_;
+  const FIMessageTree* tree_ = nullptr;
+  std::unique_ptr<const FIMessageTree> adoptedTree_;
+  std::span<const unsigned char> original_;
 
   const RecordKind* kind_;     // of the last record
   std::string_view kindName_;  // as the condition gave it

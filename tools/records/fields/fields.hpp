@@ -6,3 +6,4 @@
 #include "records/fields/faults.hpp"
 #include "records/fields/observer.hpp"
 #include "records/fields/physicalform.hpp"
+#include "records/fields/writer.hpp"

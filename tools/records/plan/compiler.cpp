@@ -201,6 +201,7 @@ Step PlanCompiler::stepFor(Op op, ItemIndex index, std::uint32_t offset) const {
   step.kind = entry.kind;
   step.sign = signOf(entry);
   step.isBlankWhenZero = entry.isBlankWhenZero;
+  step.isJustifiedRight = entry.isJustifiedRight;
   step.scale = entry.scale;
   step.offset = offset;
   step.size = entry.size;

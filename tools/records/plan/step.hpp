@@ -29,9 +29,10 @@ struct Step {
   ESign sign = eSignNone;     // external, packed: where it is; binary: eSignLeadingIncluded if signed
   bool isOccurrence = false;  // field, beginGroup: one of the innermost open array
   bool isBlankWhenZero = false;
-  bool moves = false;      // endArray: what follows stands after the last occurrence that there is
-  std::int16_t scale = 0;  // decimal places, as in Item
-  std::uint16_t form = 0;  // field: how it is stored, in RecordPlan::forms()
+  bool isJustifiedRight = false;  // text: padded with leading blanks where it is written
+  bool moves = false;             // endArray: what follows stands after the last occurrence that there is
+  std::int16_t scale = 0;         // decimal places, as in Item
+  std::uint16_t form = 0;         // field: how it is stored, in RecordPlan::forms()
   std::uint32_t name = kNoName;
   // Bytes from the start of the record to the first occurrence in every array around the step, with all earlier arrays
   // at their largest. A walk adds its shift to get the true place.

@@ -1,0 +1,195 @@
+#pragma once
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "fuzz/harness/choices.hpp"
+#include "growingbytebuffer.hpp"
+#include "records/records.hpp"
+
+// Records of random layouts with random values: written from a JSON line as decode gives it, and read again, they give
+// the same line, and the same bytes when that is written once more.
+
+namespace oxr::fuzz {
+
+namespace roundtrip {
+
+using namespace oxr::rec;
+
+// A layout and a record of it are drawn together: an item writes its entry once, and its value for each occurrence.
+class Sample {
+ public:
+  explicit Sample(Choices& choices) : choices_(choices) {
+    copybook = "01 R.\n";
+    std::vector<Item> items = drawGroup(1);
+    copybook += entries(items, 5);
+    line = object(items) + '\n';
+  }
+  std::string copybook;
+  std::string line;
+
+ private:
+  enum class Form : std::uint8_t { text, number, group, filler, counted };
+  struct Item {
+    Form form = Form::text;
+    std::string name;
+    std::string clauses;
+    int digits = 0;  // or characters
+    int places = 0;
+    bool isSigned = false;
+    int occurs = 0;  // 0: no array
+    std::vector<Item> items;
+  };
+
+  std::vector<Item> drawGroup(int depth) {
+    std::vector<Item> items;
+    for (int left = choices_.between(1, 4); left > 0; --left)
+      items.push_back(drawItem(depth));
+    return items;
+  }
+
+  Item drawItem(int depth) {
+    Item item;
+    item.form = static_cast<Form>(choices_.upTo(depth < 3 ? 4 : 1));
+    item.name = "F" + std::to_string(++names_);
+    item.digits = choices_.between(1, 9);
+    switch (item.form) {
+      case Form::number:
+        drawNumber(item);
+        break;
+      case Form::group:
+      case Form::counted:
+        item.items = drawGroup(depth + 1);
+        break;
+      default:
+        item.clauses = " PIC X(" + std::to_string(item.digits) + ")";
+    }
+    if (item.form != Form::counted && item.form != Form::filler && choices_.upTo(4) == 0)
+      item.occurs = choices_.between(1, 3);
+    return item;
+  }
+
+  void drawNumber(Item& item) {
+    constexpr const char* kUsages[] = {"", " COMP-3", " COMP", " COMP-5", " SIGN LEADING SEPARATE", " SIGN LEADING"};
+    item.places = choices_.between(0, 3);
+    const std::size_t usage = choices_.upTo(std::size(kUsages) - 1);
+    item.isSigned = usage > 3 || choices_.coin();
+    item.clauses = std::string(" PIC ") + (item.isSigned ? "S" : "") + "9(" + std::to_string(item.digits) + ")";
+    if (item.places != 0) item.clauses += "V9(" + std::to_string(item.places) + ")";
+    item.clauses += kUsages[usage];
+  }
+
+  static std::string entries(const std::vector<Item>& items, int level) {
+    std::string text;
+    for (const Item& item : items) {
+      const std::string counter = item.name + "-N";
+      if (item.form == Form::counted) text += std::to_string(level) + ' ' + counter + " PIC 9.\n";
+      text += std::to_string(level) + ' ' + (item.form == Form::filler ? "FILLER" : item.name) + item.clauses;
+      if (item.occurs != 0) text += " OCCURS " + std::to_string(item.occurs);
+      if (item.form == Form::counted) text += " OCCURS 0 TO 3 DEPENDING ON " + counter;
+      text += ".\n" + entries(item.items, level + 5);
+    }
+    return text;
+  }
+
+  std::string object(const std::vector<Item>& items) {
+    std::string text;
+    for (const Item& item : items) {
+      if (item.form == Form::filler) continue;
+      int count = item.occurs;
+      if (item.form == Form::counted) {
+        count = choices_.between(0, 3);
+        text += '"' + item.name + "-N\":" + std::to_string(count) + ',';
+      }
+      text += '"' + item.name + "\":";
+      const bool isArray = item.occurs != 0 || item.form == Form::counted;
+      if (isArray) text += '[';
+      for (int i = 0; i < (isArray ? count : 1); ++i)
+        text += (i == 0 ? "" : ",") + value(item);
+      text += isArray ? "]," : ",";
+    }
+    if (!text.empty()) text.pop_back();
+    return '{' + text + '}';
+  }
+
+  std::string value(const Item& item) {
+    if (!item.items.empty()) return object(item.items);
+    if (item.form == Form::number) return number(item);
+    std::string text;
+    for (int left = choices_.between(0, item.digits); left > 0; --left)
+      text += choices_.oneOf(std::string_view("aZ09 -*({."));
+    text.erase(text.find_last_not_of(' ') + 1);
+    return '"' + text + '"';
+  }
+
+  std::string number(const Item& item) {
+    const auto digits = [&](int count) {
+      std::string text;
+      while (count-- > 0)
+        text += choices_.oneOf(std::string_view("0123456789"));
+      return text;
+    };
+    std::string whole = digits(choices_.between(1, item.digits));
+    whole.erase(0, std::min(whole.find_first_not_of('0'), whole.size() - 1));
+    const std::string places = digits(item.places);
+    const bool isZero = (whole + places).find_first_not_of('0') == std::string::npos;
+    const std::string minus = item.isSigned && !isZero && choices_.coin() ? "-" : "";
+    return minus + whole + (places.empty() ? "" : '.' + places);
+  }
+
+  Choices& choices_;
+  int names_ = 0;
+};
+
+class Ignored : public FaultListener {
+ public:
+  bool goOnAfter(const FieldFault& fault) override { disagree("what was written cannot be read: " + fault.text()); }
+};
+
+}  // namespace roundtrip
+
+inline void checkRoundTrip(Choices& choices) {
+  using namespace roundtrip;
+  constexpr Framing kFramings[] = {Framing::fixed, Framing::rdw, Framing::bdw, Framing::spanned,
+                                   Framing::length4Little};
+  constexpr int kPages[] = {37, 819, 1208, 273};
+  RecordPlan::Options options;
+  options.arraysAtFullSize = choices.coin();
+  options.form.ccsid = choices.oneOf(kPages);
+  RecordWorker::Settings settings;
+  settings.form.framing = choices.oneOf(kFramings);
+  const Sample sample(choices);
+  const Layout layout = readCopybook(sample.copybook, "c", {.format = SourceFormat::free});
+  const RecordPlan plan(layout, options);
+  Ignored listener;
+  const auto worker = RecordWorker::make(plan, settings, listener);
+  JsonReader reader(plan.names());
+  const auto written = [&](const std::string& line) {
+    const std::string padded = line + std::string(JsonReader::kPadding, ' ');
+    GrowingByteBuffer bytes;
+    worker->initializeWrite(nullptr, 0, 0, 0);
+    worker->setFIMessageTree(&reader.read(std::string_view(padded).substr(0, line.size())), false);
+    worker->write(&bytes, 0, 0);
+    worker->finishWriting(bytes);
+    return std::string(bytes.bytes());
+  };
+  try {
+    const std::string bytes = written(sample.line);
+    JsonHandler json(plan.names(), {});
+    ReadOnlyByteBuffer buffer;
+    buffer.create(bytes.data(), static_cast<int>(bytes.size()));
+    worker->initializeParse(-1, nullptr, -1);
+    worker->setFIHandler(&json, false);
+    worker->parse(&buffer, nullptr, 0, -1);
+    const std::string read(json.lines());
+    requireEqual(read, sample.line, "a record of\n" + sample.copybook);
+    requireEqual(written(read), bytes, "the bytes of a record of\n" + sample.copybook);
+  } catch (const WriteError& error) {
+    disagree(sample.copybook + sample.line + "is refused: " + error.what());
+  }
+}
+
+}  // namespace oxr::fuzz

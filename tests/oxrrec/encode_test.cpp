@@ -1,0 +1,160 @@
+// encode and verify through the program. Records of all kinds are held against decode in
+// fuzz/records/roundtrip_check.hpp.
+
+#include <gtest/gtest.h>
+
+#include "oxrrec/runs.hpp"
+
+namespace oxr::rec::test {
+namespace {
+
+// encode of `lines` by `copybook`, free format, with further arguments, in CCSID 819 unless they name another.
+Outcome encodeLines(std::string_view copybook, std::string_view lines, const std::string& arguments = {}) {
+  const Folder folder;
+  const std::string page = arguments.find("--ccsid") == std::string::npos ? " --ccsid 819 " : " ";
+  return runProgram("encode --format free --copybook " + folder.write("c", copybook) + page + arguments + " -", lines);
+}
+
+constexpr char kFields[] =
+    "01 R. 05 T PIC X(3). 05 J PIC X(3) JUST RIGHT. 05 Z PIC S9(2)V9. 05 P PIC S9(3) COMP-3. 05 U PIC 9(3) COMP-3."
+    " 05 B PIC S9(4) COMP. 05 L PIC 99PP. 05 S PIC S9 SIGN LEADING SEPARATE. 05 K PIC 99 BLANK WHEN ZERO.";
+
+TEST(Encode, WritesEachKindOfField) {
+  const Outcome outcome = encodeLines(
+      kFields,
+      "{\"T\":\"a\",\"J\":\"b\",\"Z\":-1.5,\"P\":-7,\"U\":\"12\",\"B\":-2,\"L\":1200,\"S\":3,\"K\":0}\n"
+      "\r\n{\"K\":5, \"S\":-3, \"L\":0, \"B\":1.2e2, \"U\":999, \"P\":0, \"Z\":99.90, \"J\":\"bcd\", \"T\":\"\"}");
+  EXPECT_EQ(outcome.code, kDone) << outcome.messages;
+  EXPECT_EQ(outcome.lines, std::string("a    b01u\0\x7D\x01\x2F\xFF\xFE"
+                                       "12+3  "
+                                       "   bcd999\0\x0C\x99\x9F\0\x78"
+                                       "00-305",
+                                       42));
+}
+
+TEST(Encode, TellsWhatDoesNotFit) {
+  constexpr char kRest[] = "05 C PIC 9. 05 G OCCURS 0 TO 2 DEPENDING C. 10 X PIC X(2).";
+  struct Case {
+    const char* field;  // a declaration of A
+    const char* line;   // without the braces, and without C and G
+    const char* told;   // behind "line 1, "
+  };
+  constexpr Case kCases[] = {
+      {"PIC X(2)", R"("A":"abc")", "A: the text has 3 characters, more than the field's 2 bytes"},
+      {"PIC X(2)", R"("A":"€")", "A: code page 819 has no character \"€\""},
+      {"PIC X(2)", R"("A":12)", "A: a text is wanted, in quotes"},
+      {"PIC X(2)", R"("A":{"B":1})", "A: a value is wanted, not an object or an array"},
+      {"PIC 99V9", R"("A":100)", "A: 100 needs 4 digits, and the field has 3"},
+      {"PIC 99V9", R"("A":1.25)", "A: 1.25 has more decimal places than the field's 1"},
+      {"PIC 99P", R"("A":15)", "A: 15 is no multiple of 10"},
+      {"PIC 99", R"("A":-1)", "A: -1 is negative, and the field has no sign"},
+      {"PIC 99", R"("A":"1x")", "A: \"1x\" is no number"},
+      {"PIC 99", R"("A":true)", "A: a number is wanted"},
+      {"PIC 99", R"("A":null)", "A: null cannot be stored"},
+      {"PIC 99 COMP-3", R"("A":1000)", "A: 1000 needs 4 digits, and the field has 3"},
+      {"PIC S99 COMP", R"("A":32768)", "A: 32768 is too large for the field's 2 bytes"},
+      {"PIC 99", R"("B":1)", "A: the name is missing"},
+      {"PIC 99", R"("A":1,"B":1)", "B: the copybook has no such name here, or it is given twice"},
+      {"PIC 99", R"("A":1,"A":1)", "A: the copybook has no such name here, or it is given twice"},
+      {"PIC 9 OCCURS 2", R"("A":[1])", "A: 1 element, not the 2 that it always has"},
+      {"PIC 9 OCCURS 2", R"("A":[1,2,3])", "A(2): more than the 2 elements that it has room for"},
+      {"PIC 9 OCCURS 2", R"("A":[1,"x"])", "A(2): \"x\" is no number"},
+      {"PIC 9 OCCURS 2", R"("A":1)", "A: an array is wanted, as in [...]"},
+  };
+  for (const Case& row : kCases) {
+    const Outcome outcome = encodeLines("01 R. 05 A " + std::string(row.field) + ". " + kRest,
+                                        '{' + std::string(row.line) + R"(,"C":0,"G":[]})");
+    EXPECT_EQ(outcome.code, kBadField);
+    EXPECT_EQ(outcome.messages, "oxrrec: standard input: line 1, " + std::string(row.told) + '\n');
+    EXPECT_EQ(outcome.lines, "");
+  }
+  const auto told = [&](const char* line) { return encodeLines("01 R. " + std::string(kRest), line).messages; };
+  EXPECT_EQ(told(R"({"C":2,"G":[{"X":"a"}]})"), "oxrrec: standard input: line 1, G: 1 element, but C is 2\n");
+  EXPECT_EQ(told(R"({"C":2,"G":[{"X":"a"},{"X":"abc"}]})"),
+            "oxrrec: standard input: line 1, G(2).X: the text has 3 characters, more than the field's 2 bytes\n");
+  EXPECT_EQ(told(R"({"C":3,"G":[{"X":"a"},{"X":"b"},{"X":"c"}]})"),
+            "oxrrec: standard input: line 1, G(2): more than the 2 elements that it has room for\n");
+  EXPECT_EQ(told("{\"C\":0,\n"),
+            "oxrrec: standard input: line 1, column 1: no JSON: a quote, a comma, a colon or a "
+            "bracket is missing or too many\n");
+}
+
+TEST(Encode, LeavesOutLinesThatDoNotFit) {
+  const std::string lines = "{\"A\":\"a\"}\n{}\n{\"A\":\"b\"}\n[]\n";
+  const Outcome stopped = encodeLines("01 A PIC X.", lines);
+  EXPECT_EQ(stopped.code, kBadField);
+  EXPECT_EQ(stopped.lines, "a");
+  const Outcome skipped = encodeLines("01 A PIC X.", lines, "--on-error skip --records length2");
+  EXPECT_EQ(skipped.code, kBadField);
+  EXPECT_EQ(skipped.lines, std::string("\0\1a\0\1b", 6));
+  EXPECT_EQ(skipped.messages,
+            "oxrrec: standard input: line 2, A: the name is missing\n"
+            "oxrrec: standard input: line 4, column 1: an object is wanted, as in {\"NAME\": ...}\n"
+            "oxrrec: standard input: 2 of 4 records left out\n");
+}
+
+// Items that redefine each other agree, or one is given, or the record is refused.
+TEST(Encode, WritesWhatRedefines) {
+  constexpr char kCopybook[] =
+      "01 R. 05 A PIC X(3). 05 B REDEFINES A PIC S9(3). 05 C REDEFINES A. 10 D PIC X. 10 E PIC 9.";
+  constexpr struct {
+    const char* line;
+    const char* bytes;  // or the message
+  } kCases[] = {
+      {R"({"A":"12s","B":-123,"C":{"D":"1","E":2}})", "12s"},
+      {R"({"A":null,"B":123,"C":null})", "123"},
+      {R"({"B":-123})", "12s"},
+      {R"({"C":{"D":"x","E":2}})", "x2\x20"},
+      {R"({"A":"123","B":-123,"C":{"D":"1","E":2}})",
+       "A: its value does not agree with that of B, which has the same bytes"},
+      {R"({"A":"1 3","B":null,"C":{"D":"1","E":2}})",
+       "A: its value does not agree with that of C.E, which has the same bytes"},
+      {R"({"B":null,"C":{"D":"x","E":2}})", "B: null cannot be stored, and nothing else gives its bytes"},
+      {R"({})", "A: the name is missing, and nothing else gives its bytes"},
+  };
+  for (const auto& [line, bytes] : kCases) {
+    const Outcome outcome = encodeLines(kCopybook, line);
+    EXPECT_EQ(outcome.code == kDone ? outcome.lines : outcome.messages.substr(32, outcome.messages.size() - 33), bytes)
+        << line;
+  }
+}
+
+TEST(Encode, FillsWhatNobodyGives) {
+  constexpr char kCopybook[] =
+      "01 R. 05 A PIC X. 05 FILLER PIC X(2). 05 FILLER PIC 9(4) COMP. 05 C PIC 9."
+      " 05 G OCCURS 0 TO 2 DEPENDING C. 10 T PIC X. 10 FILLER PIC X. 05 Z PIC X.";
+  const std::string line = R"({"A":"a","C":1,"G":[{"T":"t"}],"Z":"z"})";
+  EXPECT_EQ(encodeLines(kCopybook, line).lines, std::string("a  \0\0"
+                                                            "1t z",
+                                                            9));
+  EXPECT_EQ(encodeLines(kCopybook, line, "--odo fixed --ccsid 37").lines,
+            std::string("\x81\x40\x40\0\0\xF1\xA3\x40\x40\x40\xA9", 11));
+  EXPECT_EQ(encodeLines(kCopybook, line, "--filler 2a").lines, "a****1t*z");
+  EXPECT_EQ(encodeLines(kCopybook, line, "--filler 2").code, kFailed);
+}
+
+TEST(Verify, TellsDifferencesAndWhetherTheyCarryAValue) {
+  const Folder folder;
+  const std::string copybook =
+      folder.write("c", "01 R. 05 A PIC S9(3) COMP-3. 05 FILLER PIC X. 05 B PIC 9(2). 05 C REDEFINES B PIC X(2).");
+  const auto verify = [&](std::string_view bytes, const std::string& arguments = {}) {
+    const Outcome outcome = runProgram("verify --format free --ccsid 819 --copybook " + copybook + ' ' +
+                                       folder.write("r", bytes) + arguments);
+    return replaced(outcome.lines, folder.path("r"), "r") + std::to_string(outcome.code);
+  };
+  EXPECT_EQ(verify("\x12\x3C 12\x45\x6Dx34"),
+            "r: record 2, byte 2: 78 became 20, which no field gives\n"
+            "r: 2 records, 10 bytes: 0 differences with a value, 1 without\n1");
+  EXPECT_EQ(verify("\x12\x3F ab"),
+            "r: record 1, byte 0, A: 12 3F became 12 3C, the same value\n"
+            "r: 1 records, 5 bytes: 0 differences with a value, 1 without; 1 bad fields\n1");
+  EXPECT_EQ(verify("\x12\x3Fxab", " --keep-filler"),
+            "r: 1 records, 5 bytes: all equal; 1 without a value taken from the original; 1 bad fields\n0");
+  EXPECT_EQ(verify("xx ab"),
+            "r: record 1: A: null cannot be stored\n"
+            "r: 1 records, 5 bytes: 1 differences with a value, 0 without; 2 bad fields\n1");
+  EXPECT_EQ(runProgram("verify --ccsid 37 --copybook " + copybook + " -").code, kFailed);
+}
+
+}  // namespace
+}  // namespace oxr::rec::test

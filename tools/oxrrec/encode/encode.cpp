@@ -1,0 +1,101 @@
+#include "oxrrec/encode/encode.hpp"
+
+#include "growingbytebuffer.hpp"
+#include "oxrrec/reading.hpp"
+
+namespace oxr::rec {
+
+namespace {
+
+constexpr char kProgram[] = "oxrrec: ";
+constexpr int kWriteBytes = 256 << 10;
+constexpr std::uint64_t kToldLines = 20;
+
+// No record is read.
+class NoFaults : public FaultListener {
+ public:
+  bool goOnAfter(const FieldFault&) override { return false; }
+};
+
+// One run of the command, once the copybook is laid out. What the constructor throws leaves the output untouched.
+class Encoding {
+ public:
+  Encoding(const EncodeOptions& options, const Console& console, const RecordPlan& plan)
+      : messages_(console.messages),
+        isSkipping_(options.onError == OnError::skip),
+        input_(openInput(options.input, {}, console)),
+        worker_(RecordWorker::make(plan, options.records, faults_)),
+        output_(openOutput(options.output, {&options.record.copybook.path, 1}, input_.descriptor(), console)),
+        lines_(input_),
+        reader_(plan.names()) {
+    worker_->initializeWrite(nullptr, 0, 0, 0);
+  }
+
+  // The exit code. Throws ToolError.
+  int run() {
+    while (const auto line = lines_.next()) {
+      ++records_;
+      if (!add(*line) && !isSkipping_) break;
+      if (buffer_.getLength() >= kWriteBytes) flush();
+    }
+    worker_->finishWriting(buffer_);
+    flush();
+    output_.close();
+    if (bad_ != 0 && isSkipping_)
+      messages_ << kProgram << input_.name() << ": " << bad_ << " of " << records_ << " records left out\n";
+    return bad_ == 0 ? kDone : kBadField;
+  }
+
+ private:
+  // False if the line is told as bad.
+  bool add(std::string_view line) {
+    try {
+      worker_->setFIMessageTree(&reader_.read(line), false);
+      worker_->write(&buffer_, 0, 0);
+      return true;
+    } catch (const JsonLineError& error) {
+      tell(", ", error.what());
+    } catch (const WriteError& error) {
+      tell(", ", error.what());
+    } catch (const FrameError& error) {
+      tell(": ", error.what());
+    }
+    return false;
+  }
+
+  void tell(const char* separator, const char* what) {
+    ++bad_;
+    if (bad_ <= kToldLines)
+      messages_ << kProgram << input_.name() << ": line " << lines_.lineNumber() << separator << what << '\n';
+    else if (bad_ == kToldLines + 1)
+      messages_ << kProgram << input_.name() << ": more bad lines follow; they are only counted\n";
+  }
+
+  void flush() {
+    output_.write(buffer_.bytes());
+    buffer_.setLength(0);
+  }
+
+  std::ostream& messages_;
+  const bool isSkipping_;
+  NoFaults faults_;
+  FileInput input_;
+  RecordWorker::Owner worker_;
+  FileOutput output_;
+  JsonLines lines_;
+  JsonReader reader_;
+  GrowingByteBuffer buffer_;
+  std::uint64_t records_ = 0;
+  std::uint64_t bad_ = 0;
+};
+
+}  // namespace
+
+int encode(const EncodeOptions& options, const Console& console) {
+  if (options.records.form.framing == Framing::automatic)
+    throw ToolError("--records auto tells how an input lies; how records are to be written has to be said");
+  const Description description(options.record, console);
+  return Encoding(options, console, description.plan()).run();
+}
+
+}  // namespace oxr::rec

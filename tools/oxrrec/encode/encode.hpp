@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "oxrrec/badfields.hpp"
+#include "oxrrec/options/options.hpp"
+
+namespace oxr::rec {
+
+struct EncodeOptions {
+  RecordOptions record;
+  std::string input;                     // path, or kStandardStream
+  RecordWorker::Settings records;        // framing and filler
+  std::string output = kStandardStream;  // path, or kStandardStream
+  OnError onError = OnError::stop;       // not null
+};
+
+void addFillerOption(CLI::App& command, std::optional<unsigned char>& filler);
+void addEncodeOptions(CLI::App& command, EncodeOptions& options);
+
+// Turns JSON lines into a record file: the way back of decode. Failures are told in `console.messages`; the result is
+// the exit code. All records before a failure are written. Throws, as a command does, before the output is touched.
+int encode(const EncodeOptions& options, const Console& console);
+
+}  // namespace oxr::rec

@@ -1,0 +1,242 @@
+#include "oxrrec/verify/verify.hpp"
+
+#include <algorithm>
+#include <cstring>
+
+#include "oxrrec/framing.hpp"
+#include "oxrrec/reading.hpp"
+#include "oxrrec/verify/differences.hpp"
+
+// Two readers go through the file: one is a worker whose records become lines and records again, the other has the
+// bytes that they had. A third compares the file as a whole, so that what stands around the records is looked at too.
+
+namespace oxr::rec {
+
+namespace {
+
+constexpr std::uint64_t kToldDifferences = 20;
+constexpr std::size_t kShownBytes = 16;
+
+// Bad fields are null in the line, and told as differences if nothing else gives their bytes.
+class IgnoredFaults : public FaultListener {
+ public:
+  bool goOnAfter(const FieldFault&) override {
+    ++count;
+    return true;
+  }
+  std::uint64_t count = 0;
+};
+
+std::string hex(std::span<const unsigned char> bytes) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string text;
+  for (const unsigned char byte : bytes.first(std::min(bytes.size(), kShownBytes)))
+    text += std::string(text.empty() ? "" : " ") + kDigits[byte >> 4] + kDigits[byte & 15];
+  return text + (bytes.size() > kShownBytes ? " ..." : "");
+}
+
+RecordForm formOf(const RecordPlan& plan, const RecordForm& given) {
+  RecordForm form = given;
+  form.isVariable = plan.isVariable();
+  form.maxSize = plan.maxSize();
+  setLineCharacters(form, plan.forms().front().ccsid);
+  return form;
+}
+
+// The bytes of a file, one stretch after the other.
+class Stretches {
+ public:
+  explicit Stretches(BufferSource& source) : source_(source) { show(source_.slide(0, 1)); }
+  // How many of these bytes the file goes on with.
+  std::size_t equal(std::string_view bytes) {
+    if (rest_.size() < bytes.size()) show(source_.slide(used_, static_cast<int>(bytes.size())));
+    const std::size_t count = std::min(rest_.size(), bytes.size());
+    const auto same = static_cast<std::size_t>(
+        std::mismatch(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count), rest_.begin()).first -
+        bytes.begin());
+    rest_.remove_prefix(count);
+    used_ += static_cast<int>(count);
+    return same;
+  }
+  bool isAtEnd() {
+    if (rest_.empty()) show(source_.slide(used_, 1));
+    return rest_.empty();
+  }
+
+ private:
+  void show(const BitstreamBuffer* buffer) {
+    rest_ = {buffer->getData(0), static_cast<std::size_t>(std::max(buffer->getLength(), 0))};
+    used_ = 0;
+  }
+  BufferSource& source_;
+  std::string_view rest_;
+  int used_ = 0;
+};
+
+// One run of the command, once the copybook is laid out.
+class Verifying {
+ public:
+  Verifying(const VerifyOptions& options, const Console& console, const RecordPlan& plan)
+      : keepsFiller_(options.keepsFiller),
+        input_(openInput(options.input.path, options.input.window, console)),
+        settings_(settledRecords(options.input, plan, input_, console.messages)),
+        form_(formOf(plan, settings_.form)),
+        bytesInput_(openInput(options.input.path, options.input.window, console)),
+        wholeInput_(openInput(options.input.path, options.input.window, console)),
+        output_(openOutput(kStandardStream, console)),
+        worker_(RecordWorker::make(plan, settings_, faults_)),
+        bytes_(form_),
+        whole_(wholeInput_),
+        framer_(form_),
+        writer_(plan, {settings_.filler}),
+        differences_(plan),
+        json_(plan.names(), {options.pointsAsText}),
+        reader_(plan.names()) {
+    worker_->setSource(&input_);
+    worker_->setObserver(&differences_);
+    worker_->initializeParse(-1, nullptr, -1);
+    worker_->setFIHandler(&json_, false);
+    bytes_.open(bytesInput_.first(), 0, &bytesInput_);
+  }
+
+  int run() {
+    try {
+      readRecords();
+    } catch (const FrameError& error) {
+      throw ToolError(input_.name() + ": " + error.what());
+    }
+    framer_.finish(framed_);
+    checkFrames();
+    framesDiffer_ = framesDiffer_ || !whole_.isAtEnd();
+    if (framesDiffer_) output_.write(input_.name() + ": what stands around the records differs\n");
+    tellSum();
+    output_.close();
+    return isEqual() ? kDone : kBadField;
+  }
+
+ private:
+  void readRecords() {
+    differences_.begin();
+    worker_->parseFirst(input_.first(), nullptr, true, 0, -1);
+    if (worker_->recordsRead() != 0) checkRecord();
+    while (worker_->hasNext()) {
+      differences_.begin();
+      worker_->parseNext();
+      checkRecord();
+    }
+  }
+
+  void checkRecord() {
+    const RecordBytes next = bytes_.next();
+    const auto parsed = static_cast<std::uint64_t>(worker_->getNumBytesParsed());
+    const auto size = bytes_.isFramed() ? next.size : static_cast<std::uint32_t>(parsed - bytes_.position());
+    original_.assign(next.data, next.data + size);
+    encode();
+    framer_.add(std::span(original_).first(size - next.padding), framed_);
+    checkFrames();
+    bytes_.finish(size);
+    json_.clear();
+  }
+
+  // Puts the record as it is encoded in the place of the original, and tells how they differ.
+  void encode() {
+    line_ = json_.lines();
+    line_.append(JsonReader::kPadding, ' ');
+    try {
+      const JsonTree& tree = reader_.read(std::string_view(line_).substr(0, line_.size() - JsonReader::kPadding));
+      const auto written = writer_.write(
+          tree, keepsFiller_ ? std::span<const unsigned char>(original_) : std::span<const unsigned char>());
+      record_.assign(written.begin(), written.end());
+    } catch (const WriteError& error) {
+      ++refused_;
+      if (isTold()) tell(": " + std::string(error.what()));
+      return;
+    }
+    if (record_ != original_) compare();
+  }
+
+  void compare() {
+    for (const Difference& difference : differences_.between(worker_->layoutOfRecord(), original_, record_)) {
+      const auto at = static_cast<std::ptrdiff_t>(difference.offset);
+      if (keepsFiller_ && !difference.hasValue) {
+        std::copy_n(original_.begin() + at, difference.size, record_.begin() + at);
+        ++kept_;
+        continue;
+      }
+      ++(difference.hasValue ? withValue_ : withoutValue_);
+      if (isTold())
+        tell(", byte " + std::to_string(difference.offset) + (difference.path.empty() ? "" : ", " + difference.path) +
+             ": " + hex(std::span(original_).subspan(difference.offset, difference.size)) + " became " +
+             hex(std::span(record_).subspan(difference.offset, difference.size)) +
+             (difference.hasValue       ? ""
+              : difference.path.empty() ? ", which no field gives"
+                                        : ", the same value"));
+    }
+    if (keepsFiller_ && record_.size() < original_.size()) ++kept_;
+    if (record_.size() == original_.size() || (keepsFiller_ && record_.size() < original_.size())) return;
+    ++withValue_;
+    if (isTold()) tell(": " + std::to_string(original_.size()) + " bytes became " + std::to_string(record_.size()));
+  }
+
+  // Compares the original records, as they are framed here, with the file.
+  void checkFrames() {
+    framesDiffer_ = framesDiffer_ || whole_.equal(framed_) != framed_.size();
+    framed_.clear();
+  }
+
+  bool isTold() { return ++told_ <= kToldDifferences; }
+  void tell(const std::string& text) {
+    output_.write(input_.name() + ": record " + std::to_string(worker_->recordsRead()) + text + '\n');
+  }
+
+  bool isEqual() const { return !framesDiffer_ && withValue_ + withoutValue_ + refused_ == 0; }
+
+  void tellSum() {
+    std::string text = input_.name() + ": " + std::to_string(worker_->recordsRead()) + " records, " +
+                       std::to_string(worker_->getNumBytesParsed()) + " bytes: ";
+    text += isEqual() ? "all equal"
+                      : std::to_string(withValue_ + refused_) + " differences with a value, " +
+                            std::to_string(withoutValue_) + " without";
+    if (kept_ != 0) text += "; " + std::to_string(kept_) + " without a value taken from the original";
+    if (faults_.count != 0) text += "; " + std::to_string(faults_.count) + " bad fields";
+    output_.write(text + '\n');
+  }
+
+  const bool keepsFiller_;
+  FileInput input_;
+  const RecordWorker::Settings settings_;
+  const RecordForm form_;
+  IgnoredFaults faults_;
+  FileInput bytesInput_;
+  FileInput wholeInput_;
+  FileOutput output_;
+  RecordWorker::Owner worker_;
+  RecordReader bytes_;
+  Stretches whole_;
+  RecordFramer framer_;
+  RecordWriter writer_;
+  Differences differences_;
+  JsonHandler json_;
+  JsonReader reader_;
+  std::vector<unsigned char> original_;  // the record in hand as it is in the file
+  std::vector<unsigned char> record_;    // and as it is encoded
+  std::string line_;
+  std::string framed_;
+  std::uint64_t withValue_ = 0;
+  std::uint64_t withoutValue_ = 0;
+  std::uint64_t refused_ = 0;  // records that are not encoded
+  std::uint64_t kept_ = 0;
+  std::uint64_t told_ = 0;
+  bool framesDiffer_ = false;
+};
+
+}  // namespace
+
+int verify(const VerifyOptions& options, const Console& console) {
+  if (options.input.path == kStandardStream)
+    throw ToolError("verify reads its input more than once: it takes a file, not standard input");
+  const Description description(options.record, console);
+  return Verifying(options, console, description.plan()).run();
+}
+
+}  // namespace oxr::rec

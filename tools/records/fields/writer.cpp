@@ -1,0 +1,275 @@
+#include "records/fields/writer.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+#include "kelwstringconvertor.hpp"
+#include "records/fields/converter.hpp"
+
+// Each kind of field goes to the operation of DataCnv that writes it. The operations cut what does not fit, drop the
+// sign of an unsigned field, or say too little about it; so a number is looked at before, as text.
+
+namespace oxr::rec {
+
+namespace {
+
+__extension__ typedef unsigned __int128 Wide;
+
+constexpr int kCenturyWindow = 53;
+constexpr char kPositivePackedSign = 12;
+constexpr unsigned char kUnsignedPackedSign = 15;
+constexpr std::uint32_t kWordBytes = 8;
+
+EFloatFmt floatFormat(FloatForm form) {
+  switch (form) {
+    case FloatForm::ieeeBig:
+      return eFloatIeeeBig;
+    case FloatForm::ieeeLittle:
+      return eFloatIeeeLittle;
+    default:
+      return eFloatHexadecimal;
+  }
+}
+
+bool isSeparate(ESign sign) {
+  return sign == eSignLeadingSeparate || sign == eSignTrailingSeparate;
+}
+
+std::string shown(UnitView text) {
+  constexpr std::size_t kShown = 50;
+  return toUtf8(text.substr(0, kShown)) + (text.size() > kShown ? "..." : "");
+}
+
+std::string digitsText(std::size_t count) {
+  return std::to_string(count) + (count == 1 ? " digit" : " digits");
+}
+
+// Where the largest number of a binary field ends, as a magnitude.
+Wide limitOf(std::uint32_t size, bool isSigned, bool isNegative) {
+  const unsigned bits = 8 * size - (isSigned ? 1 : 0);
+  const Wide end = bits == 128 ? 0 : static_cast<Wide>(1) << bits;
+  return isNegative && isSigned ? end : end - 1;
+}
+
+// Moves the sign of a packed field from its last half byte to its first.
+void putSignFirst(unsigned char* bytes, std::uint32_t size) {
+  const unsigned char sign = bytes[size - 1] & 0x0F;
+  for (std::uint32_t at = size; at-- > 0;)
+    bytes[at] = static_cast<unsigned char>((bytes[at] >> 4) | ((at == 0 ? sign : bytes[at - 1] & 0x0F) << 4));
+}
+
+double doubleIn(Kind kind, const std::string& text) {
+  const char* const end = text.data() + text.size();
+  double wide = 0;
+  const auto read = std::from_chars(text.data(), end, wide);
+  if (read.ec == std::errc::result_out_of_range) throw FieldRefused(text + " is too large or too small for a float");
+  if (read.ec != std::errc() || read.ptr != end) throw FieldRefused('"' + text + "\" is no number");
+  float narrow = 0;
+  const bool isNarrow = kind == Kind::shortFloat && std::from_chars(text.data(), end, narrow).ec == std::errc() &&
+                        (narrow == 0 || std::isnormal(narrow));
+  return isNarrow ? double{narrow} : wide;
+}
+
+}  // namespace
+
+FieldWriter::FieldWriter(const PhysicalForm& form)
+    : form_(form),
+      cnv_(form.ccsid, form.integerEndian, eEndianBig, floatFormat(form.floats), kCenturyWindow, nullptr, false,
+           nullptr, 0, true, form.plus != 0 ? static_cast<char>(form.plus) : kPositivePackedSign, false,
+           eMessageStandardDefault, nullptr),
+      text_(cnv_, form.ccsid, FieldTextWriter::Part::whole) {}
+
+void FieldWriter::write(const Step& step, const PWFData& value, unsigned char* bytes) {
+  switch (step.kind) {
+    case Kind::external:
+      return external(step, value, bytes);
+    case Kind::packed:
+      return packed(step, value, bytes);
+    case Kind::unsignedPacked:
+      return unsignedPacked(step, value, bytes);
+    case Kind::binary:
+    case Kind::nativeBinary:
+      return binary(step, value, bytes);
+    case Kind::shortFloat:
+    case Kind::longFloat:
+      return floating(step, value, bytes);
+    default:
+      break;
+  }
+  if (value.getDataLogicalType() != STRING) throw FieldRefused("a text is wanted, in quotes");
+  textOf(step.kind).write(value.getPWFStringValue(), step.isJustifiedRight, bytes, step.size);
+}
+
+bool FieldWriter::writeNull(const Step& step, unsigned char* bytes) {
+  const bool isText = step.kind == Kind::text || (step.kind == Kind::edited && !form_.editedAsNumber);
+  if (isText ? form_.date.empty()
+             : step.kind != Kind::external && step.kind != Kind::packed && step.kind != Kind::edited)
+    return false;
+  if (form_.blankNumbers == EmptyNumber::isNull)
+    text_.fillWithBlanks(bytes, step.size);
+  else if (form_.lowValues == EmptyNumber::isNull)
+    std::memset(bytes, 0, step.size);
+  else
+    return false;
+  return true;
+}
+
+FieldWriter::Number FieldWriter::numberOf(const PWFData& value) {
+  UnitView text;
+  switch (value.getDataLogicalType()) {
+    case DECIMAL:
+      text = {value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength())};
+      break;
+    case STRING:
+      text = value.getPWFStringValue().view();
+      break;
+    case INTEGER: {
+      char digits[20];
+      const char* const end = std::to_chars(digits, digits + sizeof digits, value.getInt64Value()).ptr;
+      scratch_.assign(static_cast<const char*>(digits), end);
+      text = scratch_;
+      break;
+    }
+    case FLOAT: {
+      KelWstring digits;
+      cnv_.doubleToUString(value.getDoubleValue(), digits, false);
+      scratch_.assign(digits.view());
+      text = scratch_;
+      break;
+    }
+    default:
+      throw FieldRefused("a number is wanted");
+  }
+  if (const auto parts = decimalIn(text)) return {text.data(), *parts};
+  const auto plain = withoutExponent(text);
+  if (!plain) throw FieldRefused('"' + shown(text) + "\" is no number");
+  scratch_ = *plain;
+  return {scratch_.data(), *decimalIn(scratch_)};
+}
+
+// The number, if it fits `digits` digits with the places of the step and the sign that it has.
+FieldWriter::Number FieldWriter::fitting(const Step& step, const PWFData& value, std::size_t digits) {
+  const Number number = numberOf(value);
+  const StoredDigits stored = storedDigits(number.parts, step.scale);
+  if (stored.losesPlaces)
+    throw FieldRefused(
+        step.scale < 0
+            ? shown(number.text) + " is no multiple of 1" + std::string(static_cast<std::size_t>(-step.scale), '0')
+            : shown(number.text) + " has more decimal places than the field's " + std::to_string(step.scale));
+  if (stored.count > digits)
+    throw FieldRefused(shown(number.text) + " needs " + digitsText(stored.count) + ", and the field has " +
+                       std::to_string(digits));
+  if (number.parts.isNegative && step.sign == eSignNone && stored.count != 0)
+    throw FieldRefused(shown(number.text) + " is negative, and the field has no sign");
+  return number;
+}
+
+void FieldWriter::external(const Step& step, const PWFData& value, unsigned char* bytes) {
+  const std::size_t digits = step.size - (isSeparate(step.sign) ? 1 : 0);
+  const Number number = fitting(step, value, digits);
+  const bool isZero = number.parts.isZero();
+  if (isZero && step.isBlankWhenZero) return text_.fillWithBlanks(bytes, step.size);
+  int size = static_cast<int>(step.size);
+  const unsigned short* const text = number.text + (step.sign == eSignNone && number.parts.isNegative ? 1 : 0);
+  cnv_.ExtDecFromDec(text, bytes, size, step.scale, step.sign, eJustifyRight, '0', true, form_.hasLetterSigns, nullptr,
+                     nullptr);
+  const bool isIncluded = step.sign == eSignLeadingIncluded || step.sign == eSignTrailingIncluded;
+  // No other zone than these two is read as a plus.
+  if ((form_.plus != 0xC && form_.plus != 0xF) || !isIncluded || number.parts.isNegative || !cnv_.IsCcsidEBCDIC())
+    return;
+  unsigned char& carrier = bytes[step.sign == eSignLeadingIncluded ? 0 : step.size - 1];
+  carrier = static_cast<unsigned char>(form_.plus << 4 | (carrier & 0x0F));
+}
+
+void FieldWriter::packed(const Step& step, const PWFData& value, unsigned char* bytes) {
+  const Number number = fitting(step, value, 2 * std::size_t{step.size} - 1);
+  cnv_.PckdDecFromDec(number.text, bytes, static_cast<int>(step.size), step.scale, step.sign);
+  if (form_.plus != 0 && step.sign == eSignNone)
+    bytes[step.size - 1] = static_cast<unsigned char>((bytes[step.size - 1] & 0xF0) | form_.plus);
+  if (form_.packedSign == SignEnd::leading) putSignFirst(bytes, step.size);
+}
+
+// Half bytes of nothing but digits are what a packed string of transaction logs is.
+void FieldWriter::unsignedPacked(const Step& step, const PWFData& value, unsigned char* bytes) {
+  const std::size_t room = 2 * std::size_t{step.size};
+  const Number number = fitting(step, value, room);
+  std::basic_string<unsigned short> digits(room, '0');
+  forEachStoredDigit(number.parts, step.scale, [&digits](unsigned digit) {
+    digits.erase(0, 1);
+    digits += static_cast<unsigned short>('0' + digit);
+  });
+  cnv_.TLOGPWFDataToPckdStr(PWFData(digits.data(), static_cast<int>(room)), bytes, static_cast<int>(step.size),
+                            eEndianBig);
+}
+
+void FieldWriter::binary(const Step& step, const PWFData& value, unsigned char* bytes) {
+  constexpr std::size_t kMostDigits = 39;  // of 16 bytes: they fit 128 bits if the last one does
+  const Number number = fitting(step, value, kMostDigits);
+  Wide magnitude = 0;
+  bool isTooLarge = false;
+  forEachStoredDigit(number.parts, step.scale, [&](unsigned digit) {
+    isTooLarge |= __builtin_mul_overflow(magnitude, static_cast<unsigned>(10), &magnitude);
+    isTooLarge |= __builtin_add_overflow(magnitude, digit, &magnitude);
+  });
+  const bool isSigned = step.sign != eSignNone;
+  const bool isNegative = number.parts.isNegative && isSigned;
+  if (isTooLarge || magnitude > limitOf(step.size, isSigned, isNegative))
+    throw FieldRefused(shown(number.text) + " is too large for the field's " + std::to_string(step.size) + " bytes");
+  const Wide bits = isNegative ? -magnitude : magnitude;
+  if (step.size > kWordBytes)
+    return wideBinary(step, static_cast<std::uint64_t>(bits >> 64), static_cast<std::uint64_t>(bits), bytes);
+  // As bits of a signed number, since an unsigned one may pass that range.
+  const unsigned spare = 64 - 8 * step.size;
+  const auto word = static_cast<std::int64_t>(static_cast<std::uint64_t>(bits) << spare) >> spare;
+  cnv_.IntFromInt64(word, bytes, static_cast<int>(step.size), eSignLeadingIncluded);
+}
+
+// A wide number is two words, of the upper of which the field has the lower bytes.
+void FieldWriter::wideBinary(const Step& step, std::uint64_t upper, std::uint64_t lower, unsigned char* bytes) {
+  const std::uint32_t kept = step.size - kWordBytes;
+  const bool isLittle = form_.integerEndian == eEndianLittle;
+  unsigned char word[kWordBytes];
+  cnv_.IntFromInt64(static_cast<std::int64_t>(upper), word, kWordBytes, eSignLeadingIncluded);
+  std::memcpy(isLittle ? bytes + kWordBytes : bytes, isLittle ? word : word + kWordBytes - kept, kept);
+  cnv_.IntFromInt64(static_cast<std::int64_t>(lower), isLittle ? bytes : bytes + kept, kWordBytes,
+                    eSignLeadingIncluded);
+}
+
+// The shortest digits of a float are those of no double: they are read as what the field holds.
+double FieldWriter::doubleOf(const Step& step, const PWFData& value) {
+  const ELogicalType type = value.getDataLogicalType();
+  if (type == FLOAT) return value.getDoubleValue();
+  if (type != STRING && type != DECIMAL) return doubleIn(step.kind, toUtf8(UnitView(numberOf(value).text)));
+  return doubleIn(step.kind, toUtf8(UnitView(static_cast<const unsigned short*>(value.getDataValue()))));
+}
+
+void FieldWriter::floating(const Step& step, const PWFData& value, unsigned char* bytes) {
+  constexpr double kNearly = 0x1p-20;  // a hexadecimal fraction of four bytes keeps more bits than that
+  const double number = doubleOf(step, value);
+  const auto size = static_cast<int>(step.size);
+  unsigned char written[sizeof(double)];
+  cnv_.FltFromDbl(number, written, size);
+  const double back = cnv_.FltToDbl(written, size);
+  if (!(std::abs(back - number) <= std::abs(number) * kNearly))
+    throw FieldRefused("the number is too large or too small for the field's float");
+  if (form_.floats == FloatForm::hexLittle) std::reverse(written, written + size);
+  std::memcpy(bytes, written, step.size);
+}
+
+FieldTextWriter& FieldWriter::textOf(Kind kind) {
+  if (kind == Kind::dbcs) {
+    if (!doubleByte_) doubleByte_.emplace(cnv_, form_.ccsid, FieldTextWriter::Part::doubleByte);
+    return *doubleByte_;
+  }
+  if (kind != Kind::national) return text_;
+  if (!national_) {
+    nationalCnv_.emplace(form_.nationalCcsid, form_.integerEndian, eEndianBig, eFloatIeeeBig, kCenturyWindow, nullptr,
+                         false, nullptr, 0, true, kPositivePackedSign, false, eMessageStandardDefault, nullptr);
+    national_.emplace(*nationalCnv_, form_.nationalCcsid, FieldTextWriter::Part::whole);
+  }
+  return *national_;
+}
+
+}  // namespace oxr::rec

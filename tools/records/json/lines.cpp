@@ -1,0 +1,65 @@
+#include "records/json/lines.hpp"
+
+#include <algorithm>
+#include <limits>
+
+#include "records/framing/errors.hpp"
+#include "records/json/reader.hpp"
+
+namespace oxr::rec {
+
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+bool isEmpty(std::string_view line) {
+  return line.find_first_not_of(" \t\r") == std::string_view::npos;
+}
+
+}  // namespace
+
+JsonLines::JsonLines(BufferSource& source) : source_(source) {
+  show(source_.slide(0, 1));
+}
+
+void JsonLines::show(const BitstreamBuffer* buffer) {
+  window_ = {buffer->getData(0), static_cast<std::size_t>(std::max(buffer->getLength(), 0))};
+  at_ = 0;
+}
+
+std::optional<std::string_view> JsonLines::next() {
+  while (std::optional<std::string_view> line = take()) {
+    ++number_;
+    if (number_ == 1 && line->starts_with(kByteOrderMark)) line->remove_prefix(kByteOrderMark.size());
+    if (!isEmpty(*line)) return withPadding(*line, window_.data() + window_.size());
+  }
+  return std::nullopt;
+}
+
+// The next line, empty or not. Where the window ends in it, a window that begins with it is asked for.
+std::optional<std::string_view> JsonLines::take() {
+  std::size_t end = window_.find('\n', at_);
+  while (end == std::string_view::npos) {
+    const std::size_t had = window_.size() - at_;
+    const std::size_t wanted = 2 * had + 1;
+    if (wanted > std::size_t{std::numeric_limits<int>::max()}) throw ToolError("a line is longer than 1 GiB");
+    show(source_.slide(static_cast<int>(at_), static_cast<int>(wanted)));
+    if (window_.size() == 0) return std::nullopt;
+    end = window_.find('\n', had);
+    if (end == std::string_view::npos && window_.size() < wanted) end = window_.size();
+  }
+  const std::string_view line = window_.substr(at_, end - at_);
+  const std::size_t after = std::min(end + 1, window_.size());
+  position_ += after - at_;
+  at_ = after;
+  return line;
+}
+
+std::string_view JsonLines::withPadding(std::string_view line, const char* end) {
+  if (static_cast<std::size_t>(end - (line.data() + line.size())) >= JsonReader::kPadding) return line;
+  padded_.assign(line);
+  padded_.append(JsonReader::kPadding, ' ');
+  return std::string_view(padded_).substr(0, line.size());
+}
+
+}  // namespace oxr::rec

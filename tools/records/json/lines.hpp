@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "records/framing/buffersource.hpp"
+
+namespace oxr::rec {
+
+// Cuts an input into the lines that a JsonReader takes. Serves one thread.
+class JsonLines {
+ public:
+  // The source is the caller's.
+  explicit JsonLines(BufferSource& source);
+
+  // The next line that is not empty, without its end and with JsonReader::kPadding readable bytes behind it, until the
+  // next call; nothing at the input's end. Throws ToolError.
+  std::optional<std::string_view> next();
+  // The number of that line, from 1, empty ones counted.
+  std::uint64_t lineNumber() const { return number_; }
+  // Bytes of the lines so far.
+  std::uint64_t position() const { return position_; }
+
+ private:
+  std::optional<std::string_view> take();
+  void show(const BitstreamBuffer* buffer);
+  std::string_view withPadding(std::string_view line, const char* end);
+
+  BufferSource& source_;
+  std::string_view window_;  // of the input, as far as it was read
+  std::size_t at_ = 0;       // where the next line begins
+  std::uint64_t number_ = 0;
+  std::uint64_t position_ = 0;
+  std::string padded_;
+};
+
+}  // namespace oxr::rec
