@@ -4,6 +4,7 @@
 #include <functional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "oxrrec/badrecords.hpp"
 
@@ -14,6 +15,16 @@ enum class OnError : std::uint8_t {
   stop,  // it ends the work
   null,  // the field is null
   skip,  // the record is left out
+};
+
+// So many are told; the others are only counted.
+inline constexpr std::uint64_t kToldFields = 20;
+
+// What somebody heard of the faults in a part of an input.
+struct HeardFaults {
+  std::uint64_t fields = 0;
+  std::uint64_t records = 0;       // that have a bad field
+  std::vector<std::string> texts;  // of the first kToldFields, unless faults end the work
 };
 
 // Decides by the option on errors, tells the first bad fields, and counts.
@@ -29,6 +40,8 @@ class BadFields : public FaultListener {
   }
 
   bool goOnAfter(const FieldFault& fault) override;
+  // Tells and counts what another listener heard of the next part of the input.
+  void add(const HeardFaults& heard);
   // To be called after each record, which has `size` bytes at most: whether it has a bad field.
   bool finishRecord(std::uint64_t size);
   // Whether a record with a bad field is left out.
@@ -39,6 +52,8 @@ class BadFields : public FaultListener {
   void tellSum(std::uint64_t allRecords, const std::string& hint) const;
 
  private:
+  void tell(const std::string& text);
+
   const OnError onError_;
   std::ostream& messages_;
   const std::string input_;

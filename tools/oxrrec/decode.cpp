@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "oxrrec/jobs/decodejobs.hpp"
 #include "oxrrec/nesting.hpp"
-#include "oxrrec/progress.hpp"
 #include "oxrrec/reading.hpp"
 
 namespace oxr::rec {
@@ -20,11 +20,6 @@ namespace {
 constexpr char kProgram[] = "oxrrec: ";
 constexpr std::size_t kWriteBytes = std::size_t{256} << 10;
 constexpr std::chrono::milliseconds kProgressDelay{1000};
-
-std::unique_ptr<LineHandler> makeHandler(const RecordPlan& plan, const DecodeOptions& options) {
-  if (options.format == LineFormat::csv) return std::make_unique<CsvHandler>(plan);
-  return std::make_unique<JsonHandler>(plan.names(), JsonHandler::Options{options.pointsAsText});
-}
 
 // The names that conditions give to records: "FIELD=VALUE:NAME".
 std::vector<std::string> namedKinds(const std::vector<std::string>& conditions) {
@@ -51,14 +46,12 @@ class Decoding {
   Decoding(const DecodeOptions& options, const Console& console, const RecordPlan& plan)
       : messages_(console.messages),
         input_(openInput(options.input.path, options.input.window, console)),
-        progress_(messages_, isProgressWanted(options, console), input_.totalSize(),
-                  options.progress ? std::chrono::milliseconds{0} : kProgressDelay),
+        progress_(makeProgress(options, console, input_)),
         badFields_(options.onError, messages_, input_.name(), [this] { progress_.wipe(); }),
         worker_(makeWorker(plan, options.input, input_, badFields_, console)),
         output_(openOutput(options.output, {&options.record.copybook.path, 1}, input_.descriptor(), console)),
         lines_(makeHandler(plan, options)),
-        isFirstRange_(!options.input.window.range ||
-                      options.input.window.range->begin <= options.input.window.skipHeader) {
+        isFirstRange_(options.input.window.isFromStart()) {
     if (!options.errors.empty()) {
       badRecords_.emplace(openOutput(options.errors, {&options.record.copybook.path, 1}, input_.descriptor(), console));
       badFields_.setRecords(&*badRecords_, worker_.get());
@@ -92,11 +85,6 @@ class Decoding {
   }
 
  private:
-  static bool isProgressWanted(const DecodeOptions& options, const Console& console) {
-    const bool isBetweenLines = options.output == kStandardStream && ::isatty(console.output) == 1;
-    return console.messagesOnTerminal && !isBetweenLines && options.progress.value_or(true);
-  }
-
   // Whatever ends the work early, the lines of the records before it are whole.
   int readAll() {
     try {
@@ -208,9 +196,21 @@ class Decoding {
 
 }  // namespace
 
+std::unique_ptr<LineHandler> makeHandler(const RecordPlan& plan, const DecodeOptions& options) {
+  if (options.format == LineFormat::csv) return std::make_unique<CsvHandler>(plan);
+  return std::make_unique<JsonHandler>(plan.names(), JsonHandler::Options{options.pointsAsText});
+}
+
+Progress makeProgress(const DecodeOptions& options, const Console& console, const FileInput& input) {
+  const bool isBetweenLines = options.output == kStandardStream && ::isatty(console.output) == 1;
+  return Progress(console.messages, console.messagesOnTerminal && !isBetweenLines && options.progress.value_or(true),
+                  input.totalSize(), options.progress ? std::chrono::milliseconds{0} : kProgressDelay);
+}
+
 int decode(const DecodeOptions& options, const Console& console) {
   refuse(options);
   const Description description(options.record, console);
+  if (options.jobs > 1) return decodeInJobs(options, console, description.plan());
   return Decoding(options, console, description.plan()).run();
 }
 

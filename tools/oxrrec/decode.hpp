@@ -1,12 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "oxrrec/badfields.hpp"
 #include "oxrrec/options/options.hpp"
+#include "oxrrec/progress.hpp"
 
 namespace oxr::rec {
 
@@ -22,9 +24,14 @@ struct DecodeOptions {
   OnError onError = OnError::stop;
   std::string errors;  // path for the records that have a bad field; empty for none
   bool check = false;  // each record's events are held to the order that handlers expect
+  unsigned jobs = 1;   // threads that make lines
   // Nothing: shown on a terminal once the work has taken a second. False: never. True: on a terminal at once.
   std::optional<bool> progress;
 };
+
+// The parts of the command that each of its ways needs.
+std::unique_ptr<LineHandler> makeHandler(const RecordPlan& plan, const DecodeOptions& options);
+Progress makeProgress(const DecodeOptions& options, const Console& console, const FileInput& input);
 
 void addDecodeOptions(CLI::App& command, DecodeOptions& options);
 

@@ -52,6 +52,10 @@ void addDecodeOptions(CLI::App& command, DecodeOptions& options) {
   addOutputOption(command, options.output);
   addLineOptions(command, options);
   addErrorOptions(command, options);
+  command.add_option("--jobs", options.jobs, "make lines on so many threads [1]")
+      ->check(CLI::Range(1U, 256U))
+      ->type_name("N")
+      ->group(kTopic);
   command
       .add_flag("--progress,!--no-progress", options.progress,
                 "show progress on a terminal at once, or never; after a second if not given")

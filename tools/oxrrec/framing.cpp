@@ -6,10 +6,7 @@ RecordWorker::Settings settledRecords(const InputOptions& options, const RecordP
                                       std::ostream& messages) {
   RecordWorker::Settings settings = options.records;
   if (settings.form.framing != Framing::automatic) return settings;
-  RecordForm layout = settings.form;
-  layout.isVariable = plan.isVariable();
-  layout.maxSize = plan.maxSize();
-  setLineCharacters(layout, plan.forms().front().ccsid);
+  const RecordForm layout = recordForm(plan, settings.form);
   int size = 0;
   const char* const bytes = input.slide(0, kDetectBytes)->getData(&size, 0);
   InputStart start{{reinterpret_cast<const unsigned char*>(bytes), static_cast<std::size_t>(size)}, input.totalSize()};

@@ -33,15 +33,14 @@ std::int64_t countIn(const PWFData& value) {
   return text.empty() ? kNotACount : count;
 }
 
-RecordForm recordForm(const RecordPlan& plan, const RecordWorker::Settings& settings) {
-  RecordForm form = settings.form;
+}  // namespace
+
+RecordForm recordForm(const RecordPlan& plan, RecordForm form) {
   form.isVariable = plan.isVariable();
   form.maxSize = plan.maxSize();
   setLineCharacters(form, plan.forms().front().ccsid);
   return form;
 }
-
-}  // namespace
 
 RecordWorker::Owner RecordWorker::make(const RecordPlan& plan, const Settings& settings, FaultListener& listener) {
   return Owner(new RecordWorker(plan, settings, listener));
@@ -51,7 +50,7 @@ RecordWorker::RecordWorker(const RecordPlan& plan, const Settings& settings, Fau
     : plan_(plan),
       settings_(settings),
       listener_(listener),
-      reader_(recordForm(plan, settings)),
+      reader_(recordForm(plan, settings.form)),
       kind_(plan.kinds().data()),
       counters_(plan.counters()) {
   for (const PhysicalForm& form : plan.forms())

@@ -25,6 +25,9 @@ enum class OnUnknown : std::uint8_t {
   isRaw,  // its bytes are shown in hexadecimal, as the field RAW: of a record nothing else is
 };
 
+// The form with what the plan adds to it: the sizes of records, and the characters of lines.
+RecordForm recordForm(const RecordPlan& plan, RecordForm form);
+
 // The parser of record files: one message a record, in the events that RecordHandler describes.
 //
 // parseFirst reads the first record, parseNext each further one; parse reads all. An input without a byte has no

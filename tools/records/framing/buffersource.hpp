@@ -7,6 +7,8 @@
 
 namespace oxr::rec {
 
+struct InputStart;
+
 // What comes before the first byte that a source gives. Messages count from the file's start.
 struct Origin {
   std::uint64_t bytes = 0;
@@ -21,6 +23,8 @@ class BufferSource {
   // that is left of the input. The last one, with all pointers into it, is gone. Throws ToolError if reading fails.
   virtual const BitstreamBuffer* slide(int consumed, int wanted) = 0;
   virtual Origin origin() const { return {}; }
+  // The start of the file, for hints, where this is a part of it; else null, and the reader keeps its own.
+  virtual const InputStart* start() const { return nullptr; }
   // Bytes of all that slide() gives; nothing for a pipe, whose end is not known.
   virtual std::optional<std::uint64_t> totalSize() const { return std::nullopt; }
 };

@@ -50,6 +50,8 @@ struct InputWindow {
   std::uint64_t skipTrailer = 0;    // bytes at its end
   std::optional<Range> range;       // within the rest; all of it if nothing
   std::uint64_t recordsBefore = 0;  // the first record is the one after so many, for messages
+
+  bool isFromStart() const { return !range || range->begin <= skipHeader; }
 };
 
 }  // namespace oxr::rec

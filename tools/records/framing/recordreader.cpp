@@ -60,7 +60,7 @@ void RecordReader::open(const BitstreamBuffer* buffer, int offset, BufferSource*
 // Of a pipe the start is not kept: nobody shall wait for it.
 void RecordReader::keepStart() {
   start_.clear();
-  if (!size_ || origin_.records != 0) return;
+  if (!size_ || (source_ != nullptr && source_->start() != nullptr)) return;
   ensure(kDetectBytes);
   start_.assign(data_, data_ + std::min(available(), kDetectBytes));
 }
@@ -195,11 +195,12 @@ void RecordReader::keepSegment(std::uint32_t size) {
 }
 
 RecordBytes RecordReader::nextLine() {
+  const std::uint32_t longest = std::max(kLongestLine, form_.maxSize);
   std::uint32_t looked = 0;
   const unsigned char* lineEnd = nullptr;
   while ((lineEnd = findLineEnd(form_, data_ + looked, end_)) == nullptr) {
     looked = available();
-    if (looked > std::max(kLongestLine, form_.maxSize)) fail("its line does not end within " + bytesText(looked));
+    if (looked > longest) fail("its line does not end within " + bytesText(longest));
     if (!ensure(looked + 1)) break;
   }
   std::uint32_t size = lineEnd == nullptr ? available() : static_cast<std::uint32_t>(lineEnd - data_);
@@ -244,7 +245,9 @@ void RecordReader::fail(const std::string& what) const {
 }
 
 std::string RecordReader::hint() const {
-  return start_.empty() ? std::string() : hintFor(form_, {start_, size_});
+  const InputStart* const given = source_ == nullptr ? nullptr : source_->start();
+  const InputStart start = given != nullptr ? *given : InputStart{start_, size_};
+  return start.bytes.empty() ? std::string() : hintFor(form_, start);
 }
 
 }  // namespace oxr::rec
