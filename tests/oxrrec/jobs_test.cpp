@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "oxrrec/runs.hpp"
 #include "records/parallel/orderedwork.hpp"
 
@@ -71,6 +73,33 @@ TEST(JobsThreads, GiveWhatOneJobGives) {
 TEST(JobsThreads, AreRefusedWhereRecordsBelongTogether) {
   for (const char* const other : {"--check", "--errors /dev/null", "--nest A:B --when K=1:A --when K=2:B"})
     EXPECT_EQ(decodeBytes(kDots, "", std::string("--jobs 2 ") + other).code, kFailed);
+}
+
+// The ranges of an index cover the file; decoded one by one they give the lines of the whole.
+TEST(Index, TellsRangesThatGiveTheWhole) {
+  for (const Input& input : inputs()) {
+    SCOPED_TRACE(input.arguments);
+    const std::string page = std::string("--ccsid 819 --records ") + input.arguments + ' ';
+    const Outcome whole = decodeBytes(input.copybook, input.bytes, page);
+    if (whole.code != kDone || whole.lines.empty()) continue;
+    const Folder folder;
+    const std::string arguments = "--format free --copybook " + folder.write("c", input.copybook) + ' ' +
+                                  replaced(page, "--to csv", "") + folder.write("in", input.bytes);
+    const std::string index = runProgram("index --every 200000 " + arguments).lines;
+    EXPECT_NE(index.find("\"records\":30000}\n"), std::string::npos) << index;
+    std::string lines;
+    std::string places;
+    const std::regex range("\"begin\":([0-9]+),\"end\":([0-9]+),\"firstRecord\":([0-9]+)");
+    for (std::sregex_iterator at(index.begin(), index.end(), range), end; at != end; ++at) {
+      const std::string bounds = (*at)[1].str() + '-' + (*at)[2].str();
+      places += bounds + ' ';
+      lines += runProgram("decode " + arguments + " --range " + bounds +
+                          (page.find("csv") == std::string::npos ? "" : " --to csv"))
+                   .lines;
+    }
+    EXPECT_TRUE(lines == whole.lines) << lines.size() << " and " << whole.lines.size() << " bytes";
+    EXPECT_TRUE(places.starts_with("0-") && places.ends_with('-' + std::to_string(input.bytes.size()) + ' ')) << places;
+  }
 }
 
 // Whatever ends the work, all threads end, and all results before it are given.

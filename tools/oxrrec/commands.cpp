@@ -5,6 +5,7 @@
 #include "oxrrec/decode.hpp"
 #include "oxrrec/encode/encode.hpp"
 #include "oxrrec/explain/explain.hpp"
+#include "oxrrec/index.hpp"
 #include "oxrrec/layout.hpp"
 #include "oxrrec/profile/profile.hpp"
 #include "oxrrec/verify/verify.hpp"
@@ -24,6 +25,7 @@ Work prepare(CLI::App& command) {
 constexpr Command kCommands[] = {
     {"decode", "write a JSON object for each record, one a line", prepare<DecodeOptions, addDecodeOptions, decode>},
     {"explain", "show one record, field by field", prepare<ExplainOptions, addExplainOptions, explain>},
+    {"index", "tell in what ranges a file can be read one by one", prepare<IndexOptions, addIndexOptions, index>},
     {"layout", "show how a copybook lays its records out", prepare<LayoutOptions, addLayoutOptions, layout>},
     {"profile", "tell what the bytes of each field are in a whole file",
      prepare<ProfileOptions, addProfileOptions, profile>},
