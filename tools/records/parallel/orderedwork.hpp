@@ -37,6 +37,7 @@ class OrderedWork {
     room_ = kAhead * workers.size();
     {
       std::vector<std::jthread> threads;
+      threads.reserve(workers.size());
       const Stopper stopper{*this};  // goes before the threads, which then end
       for (Worker& worker : workers)
         threads.emplace_back([this, &worker] { work(worker); });
