@@ -119,6 +119,21 @@ TEST(Encode, WritesWhatRedefines) {
   }
 }
 
+// The level 01 entry, or the item of an area, whose conditions the values meet. A framed record ends with it.
+TEST(Encode, WritesTheKindThatTheValuesTellOf) {
+  constexpr char kRecords[] = "01 A. 05 A-T PIC X. 05 V PIC 9. 01 B. 05 G. 10 B-T PIC X. 05 W PIC X(2).";
+  const std::string conditions = "--records length2 --when A-T=A:A --when B-T=B,C:B";
+  const Outcome outcome = encodeLines(
+      kRecords, "{\"A-T\":\"A\",\"V\":1}\n{\"W\":\"x\",\"G\":{\"B-T\":\"C\"}}\n{\"A-T\":\"C\",\"V\":1}\n", conditions);
+  EXPECT_EQ(outcome.lines, std::string("\0\2A1\0\3Cx ", 9));
+  EXPECT_EQ(outcome.messages, "oxrrec: standard input: line 3, no condition (--when) tells what record this is\n");
+  constexpr char kAreas[] = "01 R. 05 P PIC X(2). 05 Q REDEFINES P. 10 N PIC 9. 05 T PIC X.";
+  EXPECT_EQ(encodeLines(kAreas, R"({"P":"ab","T":"P"})", "--when T=P:P --when T=Q:Q").lines, "abP");
+  EXPECT_EQ(encodeLines(kAreas, R"({"Q":{"N":1},"T":"Q"})", "--when T=P:P --when T=Q:Q").lines, "1 Q");
+  constexpr char kLast[] = "01 R. 05 T PIC X. 05 P PIC X(3). 05 Q REDEFINES P PIC 9.";
+  EXPECT_EQ(encodeLines(kLast, R"({"T":"Q","Q":1})", "--records lines --when T=P:P --when T=Q:Q").lines, "Q1\n");
+}
+
 TEST(Encode, FillsWhatNobodyGives) {
   constexpr char kCopybook[] =
       "01 R. 05 A PIC X. 05 FILLER PIC X(2). 05 FILLER PIC 9(4) COMP. 05 C PIC 9."

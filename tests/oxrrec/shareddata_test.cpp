@@ -103,6 +103,10 @@ constexpr const char* kVerified[] = {
     "occurs-segments customers.cob customers.first50.rdw.bin --ccsid 37 --records rdw",
     "occurs-segments nested.cob nested.ascii.txt --ccsid 819",
     "occurs-segments accounts.cob accounts.bin --ccsid 37 --odo fixed --keep-filler",
+    "occurs-segments segments.cob segments.rdw.bin --ccsid 37 --records rdw-le --length-includes-header no "
+    "--keep-filler"
+    " --when SEGMENT-ID=1:COMPANY --when SEGMENT-ID=2:DEPT --when SEGMENT-ID=3:EMPLOYEE --when SEGMENT-ID=4:OFFICE"
+    " --when SEGMENT-ID=5:CUSTOMER --when SEGMENT-ID=6:CONTACT --when SEGMENT-ID=7:CONTRACT",
     "code-pages layout.cob records.bin --ccsid 37",
     "code-pages layout.cob records.bin --ccsid 273",
     "code-pages layout.cob records.bin --ccsid 500",

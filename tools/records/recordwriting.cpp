@@ -77,6 +77,7 @@ std::span<const unsigned char> RecordWriter::write(const FIMessageTree& tree, st
   arrays_.clear();
   loops_.clear();
   kept_.clear();
+  end_.reset();
   for (Counter& counter : counters_)
     counter.isKnown = false;
   if (hasAreas_) {
@@ -87,7 +88,7 @@ std::span<const unsigned char> RecordWriter::write(const FIMessageTree& tree, st
   }
   cursor_.begin(tree);
   walk();
-  fillTo(static_cast<std::uint64_t>(kind_->maxSize + shift_));
+  fillTo(sizeOfRecord());
   if (hasAreas_) checkAreas();
   return {record_.data(), filled_};
 }
@@ -139,7 +140,18 @@ const Step* RecordWriter::choose(const Step& step) {
       [this](const Step& field, std::span<const unsigned char> bytes) { return treeKinds_.valueOf(field, bytes); });
   if (answer == Chooser::kNone)
     fail(step, "no condition (--when) tells which of the items that share its bytes is meant");
-  return plan_.steps().data() + plan_.choices()[step.choice].alternatives[static_cast<std::size_t>(answer)].target;
+  const Choice& choice = plan_.choices()[step.choice];
+  const Choice::Alternative& alternative = choice.alternatives[static_cast<std::size_t>(answer)];
+  const Item& item = layout().items[alternative.item];
+  if (settings_.isFramed && arrays_.empty() && choice.offset + choice.size == kind_->maxSize && !item.isVariable())
+    end_ = static_cast<std::uint64_t>(choice.offset + item.totalSize() + shift_);
+  return plan_.steps().data() + alternative.target;
+}
+
+// The bytes of the record in hand, once it was walked. An original that is longer than what was chosen is kept so long.
+std::uint64_t RecordWriter::sizeOfRecord() const {
+  const auto most = static_cast<std::uint64_t>(kind_->maxSize + shift_);
+  return end_ ? std::clamp<std::uint64_t>(original_.size(), std::min(*end_, most), most) : most;
 }
 
 // The bytes of a field that tells of an area: they are written already, or come later and are asked of the tree.

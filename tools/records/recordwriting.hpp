@@ -32,6 +32,9 @@ class RecordWriter {
  public:
   struct Settings {
     std::optional<unsigned char> filler;  // every byte that nobody gives; see RecordTemplate if nothing
+    // Something around a record tells its length: one whose last bytes are an area that a condition chooses in ends
+    // with what was chosen, however long the others are.
+    bool isFramed = false;
   };
 
   // The plan must outlive the writer. Throws KelRecoverableException for an unknown code page.
@@ -72,6 +75,7 @@ class RecordWriter {
 
   void walk();
   const Step* choose(const Step& step);
+  std::uint64_t sizeOfRecord() const;
   std::span<const unsigned char> bytesFor(const Question& question);
   const Step* walkOne(const Step& step);
   const Step* field(const Step& step);
@@ -119,7 +123,8 @@ class RecordWriter {
   std::vector<Counter> counters_;
   std::vector<OpenArray> arrays_;
   std::vector<OpenLoop> loops_;
-  std::vector<Place> kept_;  // of open alternatives that may be shorter than their area
+  std::optional<std::uint64_t> end_;  // of the record, if it ends with what was chosen
+  std::vector<Place> kept_;           // of open alternatives that may be shorter than their area
 
   // And these its areas.
   std::vector<std::uint32_t> owners_;  // by byte: the step that gave it, from 1; 0 for nobody

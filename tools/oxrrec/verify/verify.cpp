@@ -88,7 +88,7 @@ class Verifying {
         bytes_(form_),
         whole_(wholeInput_),
         framer_(form_),
-        writer_(plan, {settings_.filler}),
+        writer_(plan, {settings_.filler, form_.framing != Framing::fixed}),
         differences_(plan),
         json_(plan.names(), {options.pointsAsText}),
         reader_(plan.names()) {
