@@ -59,7 +59,49 @@ constexpr char kFieldCases[] =
     "S9(4)_COMP FFFE -2; 9(4)_COMP FFFE 65534; S9(9)_COMP-5 FEFFFFFF -2 --integers_little; "
     "S9(18)_COMP 8000000000000000 -9223372036854775808; 9(18)_BINARY FFFFFFFFFFFFFFFF 18446744073709551615; "
     "S9(16)V99_COMP 8000000000000000 -92233720368547758.08; S9(2)V99_COMP FFFB -0.05; "
-    "SP(5)9(4)_COMP FFFB -0.000000005; 9(4)PP_COMP 0007 700";
+    "SP(5)9(4)_COMP FFFB -0.000000005; 9(4)PP_COMP 0007 700; "
+    "S9(20)_COMP FF38000000000000FF -14411518807585586945; 9(37)V9_COMP FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF "
+    "34028236692093846346337460743176821145.5; S9(5)_COMP FE7960 -100000 --binary-sizes_1-8; "
+    "S9(5)_COMP 6079FE -100000 --binary-sizes_1-8_--integers_little; "
+    // COMP-6, and a sign in front.
+    "9(3)V9_COMP-6 1234 123.4; 9(4)_COMP-6 1A34 !not_a_packed_number*half_byte_A_in_byte_1_of_2; "
+    "S9(3)_COMP-3 D123 -123 --field_F:packed-sign=leading; S99 D1F2 -12 --field_F:sign=leading; "
+    // National and double-byte text, line ends in it.
+    "N(2)_NATIONAL 004100DF \"A\u00DF\"; N(3)_NATIONAL 008520282029 \"\\u0085\\u2028\\u2029\"; "
+    "G(2)_DISPLAY-1 42C142C2 \"\uFF21\uFF22\" --ccsid_930; G(1)_DISPLAY-1 42C1 !code_page_37_has_no_double-byte*; "
+    // Blanks, NULs and padding for numbers.
+    "9(3) 404040 null --blank-numbers_null; S9(3)V9_COMP-3 404040 0.0 --blank-numbers_zero; 9(3) 000000 null "
+    "--low-values_null; 9(3) 000000 !*OXR5505*00_00_00 --blank-numbers_null; 9(4)_COMP 4040 16448 "
+    "--blank-numbers_null; "
+    "9(4) 40F1F200 12 --lenient-numbers; S9(3)_SIGN_LEADING_SEPARATE 6040F1F2 -12 --lenient-numbers; "
+    "S9(3) 40F1D2 -12 --field_F:lenient-numbers=yes; 9(2) 4040 !*OXR5505* --lenient-numbers; 9(3) F140F2 !*OXR5505* "
+    "--lenient-numbers; "
+    // Edited numbers.
+    "ZZ9.99- 40F1F24BF5F060 -12.50 --edited_number; $$$9.99DB "
+    "40405BF74BF5F0C4C2 -7.50 --edited_number; Z(3) 404040 0 --edited_number; Z(2)9 404040 !*no_edited_number "
+    "--edited_number; +9(2)V99 4EF1F2F3F4 12.34 --edited_number; S9(2).99 F1F24BF3D4 -12.34 --edited_number; "
+    // Dates.
+    "9(8) F2F0F2F6F1F1F2F2 \"2026-11-22\" --field_F:date=yyyyMMdd; X(8) F2F24BF1F14BF2F6 \"2026-11-22\" "
+    "--field_F:date=dd.MM.yy; 9(7)_COMP-3 0261122F \"2026-11-22\" --field_F:date=yyMMdd; 9(9)_COMP 0001E240 "
+    "\"12:34:56\" --field_F:date=HHmmss; 9(8) F2F0F2F6F1F3F2F2 !*OXR5540* --field_F:date=yyyyMMdd; X(8) "
+    "4040404040404040 null --field_F:date=yyyyMMdd_--blank-numbers_null";
+
+// Floats have a usage and no picture.
+constexpr char kFloatCases[] =
+    "1 434D2000 1234; 1 C11921FB -1.570796; 2 4110000000000000 1; 1 40490FDB 3.1415927 ieee-be; 1 7FC00000 "
+    "!not_a_number "
+    "ieee-be; 2 000000000000F07F !an_infinite_number ieee-le; 2 3FB999999999999A 0.1 ieee-be; 1 00204D43 1234 hex-le";
+
+TEST(Decode, ReadsFloats) {
+  for (const Row& c : rows(kFloatCases)) {
+    SCOPED_TRACE(shown(c));
+    const std::string form = c.size() > 3 ? "--floats " + c[3] : "";
+    const Outcome outcome = decodeBytes("01 R. 05 F COMP-" + c[0] + ".", fromHex(c[1]), form);
+    const bool isGood = c[2][0] != '!';
+    EXPECT_EQ(outcome.lines, isGood ? "{\"F\":" + c[2] + "}\n" : "");
+    EXPECT_THAT(outcome.messages, HasSubstr(isGood ? "" : c[2].substr(1)));
+  }
+}
 
 TEST(Decode, ReadsEachKindOfField) {
   for (const Row& c : rows(kFieldCases)) {
@@ -136,6 +178,15 @@ const struct {
     {kAreas, "<00060000>1a<00050000>2", "--records rdw --when T=1:A --when T=2:B --on-error null",
      "{T:1,A:a} {T:2,B:{Q:null}} | #2, byte 11, B.Q: the record ends after 1 bytes, before the field does | 1 bad *",
      1},
+    // What there is of a text that the record cuts off, and settings of a group.
+    {"05 A PIC X(4). 05 B PIC X(4). 05 C PIC 9.", "<00060000>ab<000A0000>abcdef", "--records rdw --on-error null",
+     "{A:ab,B:null,C:null} {A:abcd,B:ef,C:null} | #1, byte 8, B: the record ends after 2 bytes, before the field does "
+     "| #2, "
+     "byte 18, C: the record ends * | 2 bad *",
+     1},
+    {"05 G. 10 A PIC 9(6). 10 B PIC 9(6). 05 C PIC 9(6).", "261122261123261124", "--field G:date=yyMMdd",
+     "{G:{A:2026-11-22,B:2026-11-23},C:261124}"},
+    {"05 P POINTER. 05 A PIC X.", "ppppA", "", "{A:A}"},
     // Fields that cannot be read.
     {kPair, "A1B C3", "", "{A:A,N:1} | #2, byte 3, N: *(OXR5505); bytes 20", 1},
     {kPair, "A1B C3", "--on-error null",
@@ -204,9 +255,15 @@ TEST(Decode, CountsFaultsThatItNoLongerTells) {
 // The arguments that follow those of a good decode, and what is told. "@" begins the name of a file of the test.
 constexpr const char* kRefusals[][2] = {
     // What cannot be decoded is refused before the output is touched.
-    {"-o @out --copybook @wide --ccsid 37 @in",
-     "@wide:2: A: a binary number of 20 digits (9 bytes) is wider than the 8 bytes that can be decoded\n"
-     "@wide:3: F: a floating-point field (COMP-1, COMP-2) cannot be decoded yet\n"},
+    {"-o @out --copybook @signs --ccsid 37 @in",
+     "@signs:2: A: the picture S9.9 has an S among editing symbols*\n@signs:3: B: the picture S9,9 *"},
+    {"--copybook @kinds --ccsid 37 --field T @in", "--field T: this is not PATH:key=value\n"},
+    {"--copybook @kinds --ccsid 37 --field T:datum=y @in",
+     "--field T:datum=y: there is no setting datum; there are: date, *"},
+    {"--copybook @kinds --ccsid 37 --field T:sign=left @in", "--field T:sign=left: sign is leading or trailing\n"},
+    {"--copybook @kinds --ccsid 37 --field G.FF:sign=leading @in",
+     "--field G.FF:*: there is no item G.FF; is F meant?\n"},
+    {"--copybook @kinds --ccsid 37 --fields @none @in", "*the settings of fields in @none cannot be read*"},
     {"-o @out --copybook @bad --ccsid 37 @in", "@bad:1:16: unknown symbol in the picture\n*"},
     {"-o @out --copybook @none --ccsid 37 @in", "@none: the copybook can't be read: No such file or directory\n"},
     {"-o @out --copybook @good --ccsid 12345 @in", "CCSID 12345: Invalid codepage (or missing table)*"},
@@ -243,7 +300,7 @@ TEST(Decode, RefusesWhatItCannotDo) {
   folder.write("in", "\xC1\xF1");
   folder.write("out", "as it was");
   folder.write("good", kPair);
-  folder.write("wide", "01 R.\n05 A PIC 9(20) COMP.\n05 F COMP-1.\n05 FILLER COMP-2.\n");
+  folder.write("signs", "01 R.\n05 A PIC S9.9.\n05 B PIC S9,9.\n05 FILLER PIC S9.9.\n");
   folder.write("kinds", "01 R. 05 T PIC 9. 05 A PIC X. 05 B REDEFINES A PIC X. 05 G OCCURS 2. 10 F PIC X.");
   folder.write("bad", "01 R. 05 A PIC Q.");
   for (const auto& [arguments, messages] : kRefusals) {

@@ -46,7 +46,7 @@ TEST(JsonHandler, RefusesEventsThatDoNotFit) {
   EXPECT_THROW(json.startElement(1, kFieldElement, kNone, -1, -1, -1, -1, -1), FIHandlerException);
   json.startElement(kA, kFieldElement, kNone, -1, -1);
   EXPECT_THROW(json.startElement(kA, kFieldElement, kNone, -1, -1), FIHandlerException);
-  EXPECT_THROW(json.data(PWFData(2.5), kNone, -1, -1), FIHandlerException);
+  EXPECT_THROW(json.data(PWFData(true), kNone, -1, -1), FIHandlerException);
   EXPECT_THROW(json.endMessage(kNone), FIHandlerException);
   json.startMessage(kNone, kNone);
   json.startElement(kA, kGroupElement, kNone, -1, -1);

@@ -32,7 +32,9 @@ RecordPlan::RecordPlan(const Layout& layout, const Options& options)
   const std::vector<Condition> conditions = readConditions(options.conditions);
   for (const Condition& condition : conditions)
     requireArea(condition, {layout});
-  PlanCompiler(*this, options, conditions).add(layout);
+  PlanCompiler compiler(*this, options, conditions);
+  compiler.add(layout);
+  compiler.requireSettingsUsed();
 }
 
 RecordPlan::RecordPlan(const Copybook& copybook, std::string_view record, const Options& options)
@@ -59,6 +61,7 @@ RecordPlan::RecordPlan(const Copybook& copybook, std::string_view record, const 
   PlanCompiler compiler(*this, options, ofAreas);
   for (const Layout& layout : layouts_)
     compiler.add(layout);
+  compiler.requireSettingsUsed();
   if (!ofRecords.empty()) compiler.addRecordChoice(ofRecords, kinds);
   if (ofRecords.empty() && record.empty())
     std::copy_if(names.begin(), names.end(), std::back_inserter(recordsNotTaken_),

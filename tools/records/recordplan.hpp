@@ -51,6 +51,8 @@ class RecordPlan {
     // share their bytes with NAME only that one is walked. VALUE may be a list "C,D", a range "10-19", in quotes, or
     // "*" for all others. The first condition that holds decides.
     std::vector<std::string> conditions{};
+    // "PATH:key=value", see FieldSetting: what holds for some fields only.
+    std::vector<std::string> fieldSettings{};
   };
 
   // A plan of the level 01 entries that conditions name, else of the entry `record`, else of the first one. Throws

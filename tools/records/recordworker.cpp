@@ -187,8 +187,15 @@ PWFData RecordWorker::read(const Step& step) {
   const auto at = static_cast<std::uint64_t>(step.offset + shift_);
   if (at + step.size > record_.size) [[unlikely]]
     return cutOff(step, at);
+  return read(step, at, step.size);
+}
+
+// Reads the first `size` bytes of a field.
+PWFData RecordWorker::read(const Step& step, std::uint64_t at, std::uint32_t size) {
+  FieldConverter& converter = converters_[step.form];
+  const unsigned char* const bytes = record_.data + at;
   try {
-    PWFData value = converters_[step.form].convert(step, record_.data + at);
+    PWFData value = size == step.size ? converter.convert(step, bytes) : converter.convertStart(step, bytes, size);
     if (observer_ != nullptr) [[unlikely]]
       observe(step, at, value, nullptr);
     return value;
@@ -204,6 +211,8 @@ PWFData RecordWorker::read(const Step& step) {
 PWFData RecordWorker::cutOff(const Step& step, std::uint64_t at) {
   if (!reader_.isFramed()) reader_.refuseShort(at + step.size);
   if (isShort_) return FieldConverter::null(step);
+  if (at < record_.size && FieldConverter::canBeCut(step) && plan_.forms()[step.form].date.empty())
+    return read(step, at, static_cast<std::uint32_t>(record_.size - at));
   isShort_ = true;
   return failed(step, at, {.code = FaultCode::recordEnds, .numbers = {record_.size}});
 }

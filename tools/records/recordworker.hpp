@@ -151,6 +151,7 @@ class RecordWorker final : public BitstreamWorker {
   void walk();
   void field(const Step& step);
   PWFData read(const Step& step);
+  PWFData read(const Step& step, std::uint64_t at, std::uint32_t size);
   PWFData cutOff(const Step& step, std::uint64_t at);
   PWFData failed(const Step& step, std::uint64_t at, FaultReason reason);
   const Step* beginArray(const Step& step);

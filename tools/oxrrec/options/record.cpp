@@ -70,10 +70,72 @@ void addFieldOptions(CLI::App& command, RecordOptions& record) {
       ->group(kFieldTopic);
 }
 
+namespace {
+
+const Words<EmptyNumber> kEmptyWords = {
+    {"error", EmptyNumber::isError}, {"null", EmptyNumber::isNull}, {"zero", EmptyNumber::isZero}};
+
+// How numbers are read that are not stored as the copybook says.
+void addNumberOptions(CLI::App& command, PhysicalForm& form) {
+  addChoice<FloatForm>(command, "--floats", form.floats,
+                       {{"hex", FloatForm::hexBig},
+                        {"hex-le", FloatForm::hexLittle},
+                        {"ieee-be", FloatForm::ieeeBig},
+                        {"ieee-le", FloatForm::ieeeLittle}},
+                       "COMP-1 and COMP-2: hexadecimal or IEEE, most significant byte first or (-le) last [hex]")
+      ->group(kFieldTopic);
+  addChoice<EmptyNumber>(command, "--blank-numbers", form.blankNumbers, kEmptyWords,
+                         "a DISPLAY or packed number that is all blanks: a bad field, null or zero [error]")
+      ->group(kFieldTopic);
+  addChoice<EmptyNumber>(command, "--low-values", form.lowValues, kEmptyWords,
+                         "the same for one that is all NULs [error]")
+      ->group(kFieldTopic);
+  command
+      .add_flag("--lenient-numbers", form.lenientNumbers,
+                "read DISPLAY numbers whose digits are padded with blanks or NULs")
+      ->group(kFieldTopic);
+  addChoice<bool>(command, "--edited", form.editedAsNumber, {{"text", false}, {"number", true}},
+                  "edited pictures as the text that they show, or as numbers [text]")
+      ->group(kFieldTopic);
+}
+
+void addSettingOptions(CLI::App& command, std::vector<std::string>& settings) {
+  command
+      .add_option_function<std::vector<std::string>>(
+          "--field",
+          [&settings](const std::vector<std::string>& given) {
+            settings.insert(settings.end(), given.begin(), given.end());
+          },
+          "PATH:key=value: what holds for a field, or for all fields of a group; keys are date (a pattern such as "
+          "yyyyMMdd), sign and packed-sign (leading or trailing), plus (C, F, A or E), and the options of this topic; "
+          "may be repeated")
+      ->type_name("SETTING")
+      ->allow_extra_args(false)
+      ->group(kFieldTopic);
+  command
+      .add_option_function<std::string>(
+          "--fields",
+          [&settings](const std::string& path) {
+            try {
+              const std::vector<std::string> read = readFieldSettingsFile(path);
+              settings.insert(settings.begin(), read.begin(), read.end());
+            } catch (const PlanError& error) {
+              throw CLI::ValidationError(error.what());
+            }
+          },
+          "such settings from a file, a line each; lines that begin with # are passed over")
+      ->type_name("FILE")
+      ->group(kFieldTopic);
+}
+
+}  // namespace
+
 void addRecordOptions(CLI::App& command, RecordOptions& record) {
   addCopybookOptions(command, record.copybook);
   addKindOptions(command, record);
   addFieldOptions(command, record);
+  addNumberOptions(command, record.plan.form);
+  addSettingOptions(command, record.plan.fieldSettings);
   addLengthOptions(command, record);
 }
 

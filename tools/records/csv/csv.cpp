@@ -1,6 +1,7 @@
 #include "records/csv/csv.hpp"
 
 #include <algorithm>
+#include <cmath>
 
 #include "kelwstringconvertor.hpp"
 
@@ -99,6 +100,9 @@ void CsvHandler::number(const PWFData& value) {
       return writer_.decimal({value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength())}, false);
     case INTEGER:
       return writer_.integer(value.getInt64Value());
+    case FLOAT:
+      if (!std::isfinite(value.getDoubleValue())) throw FIHandlerException();
+      return writer_.real(value.getDoubleValue());
     default:
       throw FIHandlerException();
   }

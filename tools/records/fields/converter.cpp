@@ -1,10 +1,14 @@
 #include "records/fields/converter.hpp"
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstring>
 #include <limits>
 
 #include "kelwstringconvertor.hpp"
+#include "records/fields/datepattern.hpp"
+#include "records/fields/numbers.hpp"
 
 // Each kind of field goes to the operation of DataCnv that reads it. What is done beside that is said where it is done:
 // blanks that would be trimmed later are left out before they cost anything, and values that the library lets pass are
@@ -14,7 +18,6 @@ namespace oxr::rec {
 
 namespace {
 
-constexpr EFloatFmt kFloatFormat = eFloatHexadecimal;  // no float is read
 constexpr int kCenturyWindow = 53;
 constexpr char kPositivePackedSign = 12;
 
@@ -43,41 +46,103 @@ std::uint32_t withoutTrailing(unsigned char byte, const unsigned char* bytes, st
   return size;
 }
 
+EFloatFmt floatFormat(FloatForm form) {
+  switch (form) {
+    case FloatForm::ieeeBig:
+      return eFloatIeeeBig;
+    case FloatForm::ieeeLittle:
+      return eFloatIeeeLittle;
+    default:
+      return eFloatHexadecimal;
+  }
+}
+
+bool asksForMore(const PhysicalForm& form) {
+  return form.blankNumbers != EmptyNumber::isError || form.lowValues != EmptyNumber::isError || form.lenientNumbers ||
+         form.editedAsNumber || form.packedSign == SignEnd::leading || !form.date.empty();
+}
+
 }  // namespace
 
 FieldConverter::FieldConverter(const PhysicalForm& form)
-    : hasLetterSigns_(form.hasLetterSigns),
-      cnv_(form.ccsid, form.integerEndian, eEndianBig, kFloatFormat, kCenturyWindow, nullptr, false, nullptr, 0, true,
-           kPositivePackedSign, false, eMessageStandardDefault, nullptr) {
+    : form_(form),
+      isSpecial_(asksForMore(form)),
+      cnv_(form.ccsid, form.integerEndian, eEndianBig, floatFormat(form.floats), kCenturyWindow, nullptr, false,
+           nullptr, 0, false, kPositivePackedSign, false, eMessageStandardDefault, nullptr) {
   const CPUnicodeConverter& converter = *cnv_.getConverter();
-  if (converter.getMinBytesPerChar() != 1 || converter.getMaxBytesPerChar() != 1) return;
-  constexpr unsigned short kBlank = ' ';
-  int size = 1;
-  cnv_.fromUnicodeString(KelWstring(&kBlank, 1), &blank_, size);
+  const bool hasBytes = converter.getMinBytesPerChar() == 1;
+  if (hasBytes) {
+    constexpr unsigned short kBlank = ' ';
+    int size = 1;
+    cnv_.fromUnicodeString(KelWstring(&kBlank, 1), &fillBlank_, size);
+    if (converter.getMaxBytesPerChar() == 1) blank_ = fillBlank_;
+  }
+  if (form.date.empty()) return;
+  const DatePattern pattern = readDatePattern(form.date);
+  datePattern_ = fromUtf8(form.date);
+  isoPattern_ = fromUtf8(pattern.iso);
+  dateDigits_ = pattern.digits;
 }
 
-PWFData FieldConverter::convert(const Step& step, const unsigned char* bytes) {
+PWFData FieldConverter::plain(const Step& step, const unsigned char* bytes, std::uint32_t size) {
   switch (step.kind) {
     case Kind::external:
-      return external(step, bytes);
+      return external(step, bytes, size);
     case Kind::packed:
-      return packed(step, bytes);
+      return packed(step, bytes, size);
+    case Kind::unsignedPacked:
+      return unsignedPacked(step, bytes, size);
     case Kind::binary:
     case Kind::nativeBinary:
-      return binary(step, bytes);
+      return binary(step, bytes, size);
+    case Kind::shortFloat:
+    case Kind::longFloat:
+      return real(step, bytes, size);
+    case Kind::national:
+      return national(bytes, size);
+    case Kind::dbcs:
+      return doubleBytes(bytes, size);
     default:
-      return text(bytes, step.size);
+      return text(bytes, size);
   }
+}
+
+PWFData FieldConverter::special(const Step& step, const unsigned char* bytes) {
+  if (auto value = empty(step, bytes)) return *std::move(value);
+  if (!form_.date.empty()) return date(step, bytes);
+  if (step.kind == Kind::edited && form_.editedAsNumber) return edited(step, bytes);
+  if (step.kind == Kind::external && form_.lenientNumbers) return padded(step, bytes);
+  if (step.kind == Kind::packed && form_.packedSign == SignEnd::leading) return packedWithLeadingSign(step, bytes);
+  return plain(step, bytes, step.size);
+}
+
+// What a field means that the form says to hold no number. A date is never zero.
+std::optional<PWFData> FieldConverter::empty(const Step& step, const unsigned char* bytes) {
+  const bool isDate = !form_.date.empty();
+  const bool isNumber =
+      step.kind == Kind::external || step.kind == Kind::packed || (step.kind == Kind::edited && form_.editedAsNumber);
+  if (!isDate && !isNumber) return std::nullopt;
+  const unsigned char first = bytes[0];
+  if ((first != 0 && first != fillBlank_) || !std::all_of(bytes, bytes + step.size, [&](auto b) { return b == first; }))
+    return std::nullopt;
+  const EmptyNumber meaning = first == 0 ? form_.lowValues : form_.blankNumbers;
+  if (meaning == EmptyNumber::isError) return std::nullopt;
+  if (isDate) return PWFData(STRING);
+  return meaning == EmptyNumber::isNull ? PWFData(DECIMAL) : scaled(std::string_view("0"), false, step.scale);
 }
 
 PWFData FieldConverter::null(const Step& step) {
   switch (step.kind) {
     case Kind::external:
     case Kind::packed:
+    case Kind::unsignedPacked:
       return PWFData(DECIMAL);
     case Kind::binary:
     case Kind::nativeBinary:
       return PWFData(INTEGER);
+    case Kind::shortFloat:
+    case Kind::longFloat:
+      return PWFData(FLOAT);
     default:
       return PWFData(STRING);
   }
@@ -93,18 +158,54 @@ PWFData FieldConverter::text(const unsigned char* bytes, std::uint32_t size) {
   return cnv_.RawCharsToPWFData(reinterpret_cast<const char*>(bytes), static_cast<int>(size));
 }
 
+PWFData FieldConverter::national(const unsigned char* bytes, std::uint32_t size) {
+  if (!national_)
+    national_.emplace(form_.nationalCcsid, form_.integerEndian, eEndianBig, floatFormat(form_.floats), kCenturyWindow,
+                      nullptr, false, nullptr, 0, false, kPositivePackedSign, false, eMessageStandardDefault, nullptr);
+  return national_->RawCharsToPWFData(reinterpret_cast<const char*>(bytes), static_cast<int>(size));
+}
+
+// The double-byte characters of an EBCDIC page have meaning between shifts only; other pages tell them by themselves.
+PWFData FieldConverter::doubleBytes(const unsigned char* bytes, std::uint32_t size) {
+  constexpr unsigned char kShiftOut = 0x0E;
+  constexpr unsigned char kShiftIn = 0x0F;
+  if (cnv_.getConverter()->getMaxBytesPerChar() == 1)
+    throw FieldRefused("code page " + std::to_string(form_.ccsid) + " has no double-byte characters");
+  work_.assign(bytes, bytes + size);
+  if (cnv_.IsCcsidEBCDIC()) {
+    work_.insert(work_.begin(), kShiftOut);
+    work_.push_back(kShiftIn);
+  }
+  return cnv_.RawCharsToPWFData(reinterpret_cast<const char*>(work_.data()), static_cast<int>(work_.size()));
+}
+
 // Nothing is trimmed, so blanks are no digits; a field that may be blank for zero loses its leading blanks.
-PWFData FieldConverter::external(const Step& step, const unsigned char* bytes) {
-  PWFData value = cnv_.ExtDecToDec(bytes, static_cast<int>(step.size), step.scale, step.sign,
-                                   step.isBlankWhenZero ? eJustifyRight : eJustifyNone, ' ', true, hasLetterSigns_,
+PWFData FieldConverter::external(const Step& step, const unsigned char* bytes, std::uint32_t size) {
+  PWFData value = cnv_.ExtDecToDec(bytes, static_cast<int>(size), step.scale, step.sign,
+                                   step.isBlankWhenZero ? eJustifyRight : eJustifyNone, ' ', true, form_.hasLetterSigns,
                                    nullptr, nullptr);
   const UnitView text(value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength()));
   if (!isPlainDecimal(text)) throw FieldRefused("\"" + toUtf8(text) + "\" is no number of digits");
   return value;
 }
 
-PWFData FieldConverter::packed(const Step& step, const unsigned char* bytes) {
-  const auto size = static_cast<int>(step.size);
+// Takes blanks and NULs off both ends, and those between a separate sign in front and the digits.
+PWFData FieldConverter::padded(const Step& step, const unsigned char* bytes) {
+  const auto isPadding = [this](unsigned char byte) { return byte == 0 || byte == fillBlank_; };
+  const unsigned char* end = bytes + step.size;
+  const unsigned char* begin = std::find_if_not(bytes, end, isPadding);
+  while (begin != end && isPadding(end[-1]))
+    --end;
+  if (begin == end || (begin == bytes && end == bytes + step.size && step.sign != eSignLeadingSeparate))
+    return external(step, bytes, step.size);
+  if (step.sign != eSignLeadingSeparate) return external(step, begin, static_cast<std::uint32_t>(end - begin));
+  work_.assign(1, *begin);
+  work_.insert(work_.end(), std::find_if_not(begin + 1, end, isPadding), end);
+  return external(step, work_.data(), static_cast<std::uint32_t>(work_.size()));
+}
+
+PWFData FieldConverter::packed(const Step& step, const unsigned char* bytes, std::uint32_t length) {
+  const auto size = static_cast<int>(length);
   if (step.scale < 2 * size - 1) return cnv_.PckdDecToDec(bytes, size, step.scale, step.sign);
   // As many places as digits, or more: the conversion would put the point, or zeros, before a minus. So the point
   // is placed while the minus is away.
@@ -112,14 +213,33 @@ PWFData FieldConverter::packed(const Step& step, const unsigned char* bytes) {
   UnitView text(digits.getDecimalValue(), static_cast<std::size_t>(digits.getDecimalLength()));
   const bool isNegative = text[0] == '-';
   if (isNegative) text.remove_prefix(1);
-  KelBufferedWstring<16u> shifted(text);
-  cnv_.adjustDecimalForString(shifted, step.scale);
-  if (isNegative) shifted.insertInternal(0, DataCnv::US_MINUS.characters(), 1, 0);
-  return PWFData(shifted.characters(), DECIMAL);
+  return scaled(toUtf8(text), isNegative, step.scale);
 }
 
-PWFData FieldConverter::binary(const Step& step, const unsigned char* bytes) {
-  const auto size = static_cast<int>(step.size);
+// Moves the first half byte behind the last one.
+PWFData FieldConverter::packedWithLeadingSign(const Step& step, const unsigned char* bytes) {
+  work_.resize(step.size);
+  for (std::uint32_t i = 0; i < step.size; ++i) {
+    const unsigned next = i + 1 < step.size ? bytes[i + 1] : bytes[0];
+    work_[i] = static_cast<unsigned char>(bytes[i] << 4 | next >> 4);
+  }
+  return packed(step, work_.data(), step.size);
+}
+
+PWFData FieldConverter::unsignedPacked(const Step& step, const unsigned char* bytes, std::uint32_t size) {
+  KelWstring digits;
+  cnv_.TLOGPckdStrToStr(bytes, digits, static_cast<int>(size), eEndianBig);
+  const std::string text = toUtf8(digits.view());
+  const std::size_t bad = text.find_first_not_of("0123456789");
+  if (bad != std::string::npos)
+    throw FieldRefused(std::string("not a packed number without a sign: half byte ") + text[bad] + " in byte " +
+                       std::to_string(bad / 2 + 1) + " of " + std::to_string(size));
+  return scaled(text, false, step.scale);
+}
+
+PWFData FieldConverter::binary(const Step& step, const unsigned char* bytes, std::uint32_t length) {
+  if (length > 8 || (length & (length - 1)) != 0) return wideBinary(step, bytes, length);
+  const auto size = static_cast<int>(length);
   if (step.sign == eSignNone) {
     const PWFUInt64 value = cnv_.UIntToUInt64(bytes, size);
     if (step.scale != 0 || value > static_cast<PWFUInt64>(std::numeric_limits<PWFInt64>::max()))
@@ -132,13 +252,91 @@ PWFData FieldConverter::binary(const Step& step, const unsigned char* bytes) {
   return scaled(value < 0 ? std::uint64_t{0} - bits : bits, value < 0, step.scale);
 }
 
+// A size that the integer conversions do not have.
+PWFData FieldConverter::wideBinary(const Step& step, const unsigned char* bytes, std::uint32_t size) {
+  const WideInteger number = readWideInteger({bytes, size}, form_.integerEndian, step.sign != eSignNone);
+  const PWFData value = scaled(number.digits, number.isNegative, step.scale);
+  if (step.scale != 0 || size > 8) return value;
+  return PWFData(
+      cnv_.UStringToInt64(KelWstring(value.getDecimalValue(), static_cast<unsigned>(value.getDecimalLength()))), false);
+}
+
+PWFData FieldConverter::real(const Step& step, const unsigned char* bytes, std::uint32_t size) {
+  unsigned char turned[8];
+  if (form_.floats == FloatForm::hexLittle) {
+    DataCnv::SwapEnds(turned, bytes, static_cast<int>(size));
+    bytes = turned;
+  }
+  const double value = cnv_.FltToDbl(bytes, static_cast<int>(size));
+  if (!std::isfinite(value)) throw FieldRefused(std::isnan(value) ? "not a number (NaN)" : "an infinite number");
+  return PWFData(step.kind == Kind::shortFloat ? withDigitsOfFloat(value) : value);
+}
+
+// An S among editing symbols has no character of its own: the sign shares the byte of the last digit.
+PWFData FieldConverter::edited(const Step& step, const unsigned char* bytes) {
+  if (step.sign != eSignNone) {
+    const auto isPoint = [this](unsigned char byte) {
+      return text(&byte, 1).getPWFStringValue().view() == DataCnv::US_DECIMAL.view();
+    };
+    const unsigned char* const end = bytes + step.size;
+    const unsigned char* const point = std::find_if(bytes, end, isPoint);
+    work_.assign(bytes, point);
+    if (point != end) work_.insert(work_.end(), point + 1, end);
+    Step digits = step;
+    digits.scale = static_cast<std::int16_t>(point == end ? step.scale : end - point - 1);
+    return external(digits, work_.data(), static_cast<std::uint32_t>(work_.size()));
+  }
+  const PWFData shown = text(bytes, step.size);
+  const UnitView units = shown.getPWFStringValue().view();
+  const std::optional<EditedNumber> number = readEditedNumber(units);
+  if (number) return scaled(number->digits, number->isNegative, static_cast<int>(number->places.value_or(step.scale)));
+  if (step.isBlankWhenZero && std::all_of(units.begin(), units.end(), [](auto unit) { return unit == ' '; }))
+    return scaled(std::string_view("0"), false, step.scale);
+  throw FieldRefused("\"" + toUtf8(units) + "\" is no edited number");
+}
+
+PWFData FieldConverter::date(const Step& step, const unsigned char* bytes) {
+  const KelWstring text = dateText(step, bytes);
+  const PWFDateTime value =
+      cnv_.StrToDateTime(text.characters(), datePattern_.characters(), static_cast<int>(text.length()));
+  return cnv_.StrFromDateTime(value, isoPattern_.characters(), nullptr);
+}
+
+// The text of the field, or its digits: as many as the pattern has, where only leading zeros are missing or too many.
+KelWstring FieldConverter::dateText(const Step& step, const unsigned char* bytes) {
+  Step whole = step;
+  whole.scale = 0;
+  const PWFData value = step.kind == Kind::packed && form_.packedSign == SignEnd::leading
+                            ? packedWithLeadingSign(whole, bytes)
+                            : plain(whole, bytes, step.size);
+  if (value.getDataLogicalType() == STRING) {
+    UnitView text = value.getPWFStringValue().view();
+    while (!text.empty() && text.back() == ' ')
+      text.remove_suffix(1);
+    return KelWstring(text);
+  }
+  std::string digits;
+  if (value.getDataLogicalType() == INTEGER)
+    digits = std::to_string(value.getInt64Value());
+  else
+    digits = toUtf8(UnitView(value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength())));
+  if (digits[0] == '-') throw FieldRefused(digits + " is no date");
+  if (digits.size() < dateDigits_) digits.insert(0, dateDigits_ - digits.size(), '0');
+  digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size() - dateDigits_));
+  return fromUtf8(digits);
+}
+
 PWFData FieldConverter::scaled(std::uint64_t magnitude, bool isNegative, int scale) {
   char digits[20];
   const char* const end = std::to_chars(digits, digits + sizeof digits, magnitude).ptr;
+  return scaled(std::string_view(digits, static_cast<std::size_t>(end - digits)), isNegative, scale);
+}
+
+PWFData FieldConverter::scaled(std::string_view digits, bool isNegative, int scale) {
   KelBufferedWstring<16u> text;
-  unsigned short* units = text.resizeForOverwrite(static_cast<unsigned>(end - digits));
-  for (const char* digit = digits; digit != end; ++digit)
-    *units++ = static_cast<unsigned char>(*digit);
+  unsigned short* units = text.resizeForOverwrite(static_cast<unsigned>(digits.size()));
+  for (const char digit : digits)
+    *units++ = static_cast<unsigned char>(digit);
   cnv_.adjustDecimalForString(text, scale);
   if (isNegative) text.insertInternal(0, DataCnv::US_MINUS.characters(), 1, 0);
   return PWFData(text.characters(), DECIMAL);

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <optional>
+#include <span>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "dataconv.hpp"
 #include "records/fields/physicalform.hpp"
@@ -16,32 +20,69 @@ class FieldRefused : public std::runtime_error {
 
 // Turns the bytes of a field into a value.
 //
-//   text, edited   STRING; of a single-byte code page without the blanks at its end, which saves converting them
-//   external, packed  DECIMAL: optional "-", digits (leading zeros too), optional "." and digits
-//   binary         INTEGER; DECIMAL if it has decimal places or passes 64 bits signed
+//   text, edited,        STRING; of a single-byte code page without the blanks at its end, which saves converting them
+//   national, dbcs
+//   external, packed,    DECIMAL: optional "-", digits (leading zeros too), optional "." and digits
+//   unsignedPacked
+//   binary               INTEGER; DECIMAL if it has decimal places or passes 64 bits signed
+//   shortFloat,          FLOAT; of a shortFloat the double that has the digits of the float
+//   longFloat
 //
-// Serves one thread.
+// What a form says beside that comes first: bytes that stand for no number, digits within padding, edited numbers,
+// dates. Serves one thread.
 class FieldConverter {
  public:
   // Throws KelRecoverableException if the code page is not known.
   explicit FieldConverter(const PhysicalForm& form);
 
   // `bytes` has step.size bytes. Throws KelRecoverableException or FieldRefused for a bad field.
-  PWFData convert(const Step& step, const unsigned char* bytes);
+  PWFData convert(const Step& step, const unsigned char* bytes) {
+    if (isSpecial_) [[unlikely]]
+      return special(step, bytes);
+    return plain(step, bytes, step.size);
+  }
+  // The first `size` bytes of a text that the record's end cuts off.
+  PWFData convertStart(const Step& step, const unsigned char* bytes, std::uint32_t size) {
+    return plain(step, bytes, size);
+  }
+  // Whether the start of a field means something without the rest.
+  static bool canBeCut(const Step& step) { return step.kind == Kind::text; }
   // A null of the type that convert() gives.
   static PWFData null(const Step& step);
 
  private:
-  PWFData text(const unsigned char* bytes, std::uint32_t size);
-  PWFData external(const Step& step, const unsigned char* bytes);
-  PWFData packed(const Step& step, const unsigned char* bytes);
-  PWFData binary(const Step& step, const unsigned char* bytes);
-  PWFData scaled(std::uint64_t magnitude, bool isNegative, int scale);
+  PWFData plain(const Step& step, const unsigned char* bytes, std::uint32_t size);
+  PWFData special(const Step& step, const unsigned char* bytes);
+  std::optional<PWFData> empty(const Step& step, const unsigned char* bytes);
 
-  const bool hasLetterSigns_;
+  PWFData text(const unsigned char* bytes, std::uint32_t size);
+  PWFData national(const unsigned char* bytes, std::uint32_t size);
+  PWFData doubleBytes(const unsigned char* bytes, std::uint32_t size);
+  PWFData external(const Step& step, const unsigned char* bytes, std::uint32_t size);
+  PWFData padded(const Step& step, const unsigned char* bytes);
+  PWFData packed(const Step& step, const unsigned char* bytes, std::uint32_t size);
+  PWFData packedWithLeadingSign(const Step& step, const unsigned char* bytes);
+  PWFData unsignedPacked(const Step& step, const unsigned char* bytes, std::uint32_t size);
+  PWFData binary(const Step& step, const unsigned char* bytes, std::uint32_t size);
+  PWFData wideBinary(const Step& step, const unsigned char* bytes, std::uint32_t size);
+  PWFData real(const Step& step, const unsigned char* bytes, std::uint32_t size);
+  PWFData edited(const Step& step, const unsigned char* bytes);
+  PWFData date(const Step& step, const unsigned char* bytes);
+  KelWstring dateText(const Step& step, const unsigned char* bytes);
+  PWFData scaled(std::uint64_t magnitude, bool isNegative, int scale);
+  PWFData scaled(std::string_view digits, bool isNegative, int scale);
+
+  const PhysicalForm form_;
+  const bool isSpecial_;  // something in the form asks for more than the kind of field
   DataCnv cnv_;
+  std::optional<DataCnv> national_;  // made when the first national field comes
   // The byte of a blank where each byte is a character; 0, which no text ends in for padding, elsewhere.
   unsigned char blank_ = 0;
+  unsigned char fillBlank_ = ' ';  // the byte of a blank in any code page
+  KelWstring datePattern_;
+  KelWstring isoPattern_;
+  std::size_t dateDigits_ = 0;       // that the pattern has
+  std::vector<unsigned char> work_;  // bytes of a field brought into another form
 };
 
 }  // namespace oxr::rec

@@ -6,4 +6,5 @@
 #include "records/fields/faults.hpp"
 #include "records/fields/observer.hpp"
 #include "records/fields/physicalform.hpp"
+#include "records/fields/settings.hpp"
 #include "records/fields/writer.hpp"

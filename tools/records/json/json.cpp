@@ -1,5 +1,6 @@
 #include "records/json/json.hpp"
 
+#include <cmath>
 #include <cstdint>
 
 namespace oxr::rec {
@@ -82,6 +83,9 @@ void JsonHandler::data(const PWFData& value, const WorkerInfoPtr&, int, int) {
                            options_.pointsAsText);
     case INTEGER:
       return line_.integer(value.getInt64Value());
+    case FLOAT:
+      if (!std::isfinite(value.getDoubleValue())) throw FIHandlerException();
+      return line_.real(value.getDoubleValue());
     default:
       throw FIHandlerException();
   }

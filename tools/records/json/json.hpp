@@ -16,6 +16,7 @@ namespace oxr::rec {
 //   STRING   a string, without the blanks at its end
 //   INTEGER  a number
 //   DECIMAL  a number with all its digits
+//   FLOAT    a number with the shortest digits that read back
 //   null     null
 class JsonHandler : public LineHandler {
  public:

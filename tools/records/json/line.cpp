@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
+#include <string_view>
 
 #include "kelwstring.hpp"
 
@@ -79,6 +81,28 @@ bool narrow(UnitView text, char* to) {
   return !isAny(refused(few));
 }
 
+// Characters that JSON allows in a string, but that many readers of lines take for the end of one.
+constexpr struct {
+  unsigned short unit;
+  std::string_view bytes;
+  std::string_view escaped;
+} kLineEnds[] = {
+    {0x85, "\xC2\x85", "\\u0085"}, {0x2028, "\xE2\x80\xA8", "\\u2028"}, {0x2029, "\xE2\x80\xA9", "\\u2029"}};
+
+bool endsLines(unsigned short unit) {
+  return std::any_of(std::begin(kLineEnds), std::end(kLineEnds), [&](const auto& end) { return end.unit == unit; });
+}
+
+// Escapes them in what was written from `start` on.
+void escapeLineEnds(rapidjson::StringBuffer& out, std::size_t start) {
+  std::string text(out.GetString() + start, out.GetSize() - start);
+  out.Pop(text.size());
+  for (const auto& end : kLineEnds)
+    for (std::size_t at = 0; (at = text.find(end.bytes, at)) != std::string::npos; at += end.escaped.size())
+      text.replace(at, end.bytes.size(), end.escaped);
+  std::memcpy(out.Push(text.size()), text.data(), text.size());
+}
+
 constexpr bool isDigit(unsigned short unit) {
   return unit >= '0' && unit <= '9';
 }
@@ -134,7 +158,15 @@ void JsonLine::text(UnitView text) {
     return;
   }
   os_->Pop(text.size() + 2);
+  const std::size_t start = os_->GetSize();
   WriteString(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+  if (std::any_of(text.begin(), text.end(), endsLines)) escapeLineEnds(*os_, start);
+}
+
+void JsonLine::real(double value) {
+  constexpr std::size_t kRoom = 32;
+  char* const to = os_->Push(kRoom);
+  os_->Pop(kRoom - static_cast<std::size_t>(std::to_chars(to, to + kRoom, value).ptr - to));
 }
 
 void JsonLine::integer(std::int64_t value) {

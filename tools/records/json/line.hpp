@@ -54,12 +54,15 @@ class JsonLine : public rapidjson::Writer<rapidjson::StringBuffer, LenientUtf16>
     object.valueCount += 2;
   }
   void beginElement() { Prefix(rapidjson::kNullType); }
-  // The values. A text is followed by a unit that may be read.
+  // The values. The line ends U+0085, U+2028 and U+2029 are escaped in texts. A text is followed by a unit that may be
+  // read.
   void text(UnitView text);
   // Without superfluous leading zeros, with a digit before the point, and as a string if there is a point and
   // `pointsAsText`. Text that is no decimal becomes a string too, so that the line stays valid.
   void decimal(UnitView text, bool pointsAsText);
   void integer(std::int64_t value);
+  // With the shortest digits that read back as the same double. REQUIRES: finite.
+  void real(double value);
   void null() { WriteNull(); }
 
   // A member that is an object or an array, which StartObject or StartArray then opens.

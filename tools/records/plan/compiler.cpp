@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 
 #include "kelwstringconvertor.hpp"
 #include "records/plan/error.hpp"
@@ -29,17 +30,34 @@ ESign signOf(const Item& item) {
 }
 
 // Tells why a field cannot be read; the text is empty if it can.
-std::string refusal(const Item& item) {
-  if (item.kind == Kind::shortFloat || item.kind == Kind::longFloat)
-    return "a floating-point field (COMP-1, COMP-2) cannot be decoded yet";
-  if (item.kind == Kind::edited && item.isSigned)
-    return "the picture " + item.picture + " has an S among editing symbols, where no character shows the sign";
-  if (item.kind >= Kind::national)
-    return "a field of this usage (" + std::string(kindName(item.kind)) + ") cannot be decoded yet";
-  if (item.isWideBinary())
-    return "a binary number of " + std::to_string(item.digits) + " digits (" + std::to_string(item.size) +
-           " bytes) is wider than the 8 bytes that can be decoded";
+std::string refusal(const Item& item, const PhysicalForm& form) {
+  if (item.kind == Kind::edited && item.isSigned && !form.editedAsNumber)
+    return "the picture " + item.picture +
+           " has an S among editing symbols, where no character shows the sign; --edited number reads it";
   return {};
+}
+
+// As the picture has it, or as the form puts it.
+ESign signIn(const Item& item, const PhysicalForm& form) {
+  if (item.kind == Kind::edited) return item.isSigned ? eSignTrailingIncluded : eSignNone;
+  const ESign sign = signOf(item);
+  if (item.kind != Kind::external || form.sign == SignEnd::asDeclared || sign == eSignNone) return sign;
+  const bool isSeparate = sign == eSignLeadingSeparate || sign == eSignTrailingSeparate;
+  if (form.sign == SignEnd::leading) return isSeparate ? eSignLeadingSeparate : eSignLeadingIncluded;
+  return isSeparate ? eSignTrailingSeparate : eSignTrailingIncluded;
+}
+
+// Digits after the point that an edited picture does not show: "Z(6)V99".
+std::int16_t editedPlaces(std::string_view picture) {
+  const std::size_t point = picture.find_first_of("vV");
+  std::int16_t places = 0;
+  for (std::size_t i = point; i < picture.size(); ++i) {
+    if (std::string_view("9Zz*").find(picture[i]) == std::string_view::npos) continue;
+    ++places;
+    if (i + 1 < picture.size() && picture[i + 1] == '(')
+      places = static_cast<std::int16_t>(places + std::atoi(picture.data() + i + 2) - 1);
+  }
+  return places;
 }
 
 bool mustBeWalked(const Item& entry) {
@@ -52,10 +70,17 @@ std::string shownName(const Item& entry) {
 
 }  // namespace
 
+PlanCompiler::PlanCompiler(RecordPlan& plan, const RecordPlan::Options& options, std::span<const Condition> conditions)
+    : plan_(plan), options_(options), conditions_(conditions), isUsed_(options.fieldSettings.size()) {
+  for (const std::string& text : options.fieldSettings)
+    settings_.push_back(readFieldSetting(text));
+}
+
 void PlanCompiler::add(const Layout& layout) {
   layout_ = &layout;
   items_ = &layout.items;
   areas_ = areaConditionsOf(layout, conditions_);
+  findForms();
   RecordKind kind;
   kind.name = layout.recordName;
   kind.layout = &layout;
@@ -72,6 +97,33 @@ void PlanCompiler::add(const Layout& layout) {
   plan_.counters_ = std::max(plan_.counters_, layout.counters.size());
   plan_.maxSize_ = std::max(plan_.maxSize_, layout.maxSize());
   plan_.isVariable_ = plan_.isVariable_ || plan_.kinds_.back().isVariable;
+}
+
+// Gives each item the form that the settings make of the one for all. A setting of a group is one of all that lies in
+// it.
+void PlanCompiler::findForms() {
+  std::vector<std::uint16_t>& forms = formOf_[layout_];
+  forms.assign(items_->size(), 0);
+  for (std::size_t i = 0; i < settings_.size(); ++i) {
+    for (const ItemIndex named : ItemPath(settings_[i].path).in(*layout_)) {
+      isUsed_[i] = true;
+      for (ItemIndex item = named; item < (*items_)[named].next; ++item) {
+        PhysicalForm form = plan_.forms_[forms[item]];
+        applySetting(settings_[i], form);
+        const auto known = std::find(plan_.forms_.begin(), plan_.forms_.end(), form);
+        forms[item] = static_cast<std::uint16_t>(known - plan_.forms_.begin());
+        if (known == plan_.forms_.end()) plan_.forms_.push_back(std::move(form));
+      }
+    }
+  }
+}
+
+void PlanCompiler::requireSettingsUsed() const {
+  const Layout& layout = *plan_.kinds_.front().layout;
+  for (std::size_t i = 0; i < settings_.size(); ++i)
+    if (!isUsed_[i])
+      throw PlanError("--field " + settings_[i].text + ": there is no item " + settings_[i].path +
+                      ItemPath(settings_[i].path).hint(layout));
 }
 
 void PlanCompiler::addRecordChoice(std::span<const Condition> conditions, std::span<const std::uint32_t> kinds) {
@@ -131,7 +183,7 @@ void PlanCompiler::single(ItemIndex index, std::uint32_t offset, Scope* scope, s
   step.name = name;
   step.isOccurrence = isOccurrence;
   if (!entry.isGroup()) {
-    refuse(entry);
+    refuse(index);
     step.slot = entry.counterSlot;
     addStep(step);
   } else if (name == Step::kNoName) {
@@ -199,10 +251,13 @@ Step PlanCompiler::stepFor(Op op, ItemIndex index, std::uint32_t offset) const {
   Step step;
   step.op = op;
   step.kind = entry.kind;
-  step.sign = signOf(entry);
-  step.isBlankWhenZero = entry.isBlankWhenZero;
   step.isJustifiedRight = entry.isJustifiedRight;
-  step.scale = entry.scale;
+  step.form = formOf_.at(layout_)[index];
+  step.sign = signIn(entry, plan_.forms_[step.form]);
+  // An edited picture in which all digits may be suppressed shows a zero as blanks.
+  const bool isEdited = entry.kind == Kind::edited;
+  step.isBlankWhenZero = isEdited ? entry.picture.find('9') == std::string::npos : entry.isBlankWhenZero;
+  step.scale = isEdited ? editedPlaces(entry.picture) : entry.scale;
   step.offset = offset;
   step.size = entry.size;
   step.item = index;
@@ -234,8 +289,9 @@ std::uint32_t PlanCompiler::nameIn(Scope* scope, const Item& entry) {
   return newName(*scope, shownName(entry));
 }
 
-void PlanCompiler::refuse(const Item& entry) {
-  const std::string reason = refusal(entry);
+void PlanCompiler::refuse(ItemIndex index) {
+  const Item& entry = (*items_)[index];
+  const std::string reason = refusal(entry, plan_.forms_[formOf_.at(layout_)[index]]);
   if (reason.empty()) return;
   if (!refusals_.empty()) refusals_ += '\n';
   refusals_ += layout_->placeOf(entry) + ": " + shownName(entry) + ": " + reason;

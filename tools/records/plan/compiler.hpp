@@ -1,9 +1,10 @@
 #pragma once
 
 #include <map>
-#include <set>
 #include <string>
+#include <vector>
 
+#include "records/fields/settings.hpp"
 #include "records/plan/conditions.hpp"
 #include "records/recordplan.hpp"
 
@@ -13,13 +14,15 @@ namespace oxr::rec {
 class PlanCompiler final : private QuestionMaker {
  public:
   // The conditions are those of areas. Nothing of the arguments but the plan is used after the last call.
-  PlanCompiler(RecordPlan& plan, const RecordPlan::Options& options, std::span<const Condition> conditions)
-      : plan_(plan), options_(options), conditions_(conditions) {}
+  PlanCompiler(RecordPlan& plan, const RecordPlan::Options& options, std::span<const Condition> conditions);
 
   // Throws PlanError.
   void add(const Layout& layout);
   // Adds the choice between the kinds. `kinds[i]` is the index of the one that conditions[i] names.
   void addRecordChoice(std::span<const Condition> conditions, std::span<const std::uint32_t> kinds);
+
+  // Throws PlanError for a setting of a field that no layout has.
+  void requireSettingsUsed() const;
 
  private:
   // The names of one object and how often each was taken. A null scope is that of what is walked in silence.
@@ -34,7 +37,8 @@ class PlanCompiler final : private QuestionMaker {
   Step stepFor(Op op, ItemIndex index, std::uint32_t offset) const;
   Step fieldStep(const Layout& layout, ItemIndex field, std::uint32_t offset) override;
   std::uint32_t addStep(const Step& step);
-  void refuse(const Item& entry);
+  void refuse(ItemIndex index);
+  void findForms();
   bool hasNames(ItemIndex group) const;
   std::uint32_t nameIn(Scope* scope, const Item& entry);
   std::uint32_t newName(Scope& scope, const std::string& name);
@@ -43,6 +47,9 @@ class PlanCompiler final : private QuestionMaker {
   const RecordPlan::Options& options_;
   const std::span<const Condition> conditions_;
   std::map<std::string, std::uint32_t> nameAt_;  // where each name stands in the plan's row of names
+  std::vector<FieldSetting> settings_;
+  std::vector<bool> isUsed_;                                    // of each setting
+  std::map<const Layout*, std::vector<std::uint16_t>> formOf_;  // of each item, in plan_.forms_
   // Of the layout in hand:
   const Layout* layout_ = nullptr;
   const std::vector<Item>* items_ = nullptr;
