@@ -118,16 +118,23 @@ inline void checkFieldWriter(Choices& choices) {
   const std::vector<unsigned char> bytes = drawBytes(choices, step, isEbcdic);
   const std::optional<PWFData> value = read(converter, step, bytes.data());
   if (!value || value->isNull()) return;
+  // A minus that an unsigned field is read with has no place when it is written, even before a zero.
+  if (step.kind == Kind::external && step.sign == eSignNone && value->getDecimalValue()[0] == '-') return;
   std::vector<unsigned char> written(step.size, 0x55);
   try {
     writer.write(step, *value, written.data());
   } catch (const FieldRefused& refusal) {
     // Bytes that a code page has no character for read as one that it does not write in as many bytes. And DISPLAY
-    // numbers are read with a minus that the picture has no place for, or without the one that it has a place for.
-    const bool isOdd = step.kind == Kind::external && (step.sign == eSignNone || step.sign >= eSignLeadingSeparate);
+    // numbers are read without the separate sign that the picture has a place for.
+    const bool isOdd = step.kind == Kind::external && step.sign >= eSignLeadingSeparate;
     require(step.kind == Kind::text || step.kind == Kind::edited || isOdd,
             "the value " + textOf(*value) + " is refused: " + refusal.what());
     require(written == std::vector<unsigned char>(step.size, 0x55), "a field was refused and written");
+    return;
+  } catch (const KelRecoverableException& failure) {
+    // A picture counts bytes, and characters of two do not fill an odd number of them.
+    require(form.ccsid == 1200 && step.kind == Kind::external,
+            "the value " + textOf(*value) + " fails: " + faultText(failure) + ": " + textOf(step, form, bytes));
     return;
   }
   const std::optional<PWFData> again = read(converter, step, written.data());
@@ -137,7 +144,9 @@ inline void checkFieldWriter(Choices& choices) {
           "wrote " + textOf(*value) + ", read " + textOf(*again) + ": " + textOf(step, form, written));
   std::vector<unsigned char> twice(step.size);
   writer.write(step, *again, twice.data());
-  require(twice == written, "the bytes of " + textOf(*value) + " change when they are written again");
+  // Which zeros keep a minus is the conversions' own affair: none of them says more than the others.
+  const bool isZero = value->getDataLogicalType() == DECIMAL && textOf(*value) == "0";
+  require(twice == written || isZero, "the bytes of " + textOf(*value) + " change when they are written again");
 }
 
 }  // namespace oxr::fuzz

@@ -148,6 +148,10 @@ constexpr const char* kVerified[] = {
     "--keep-filler"
     " --when SEGMENT-ID=1:COMPANY --when SEGMENT-ID=2:DEPT --when SEGMENT-ID=3:EMPLOYEE --when SEGMENT-ID=4:OFFICE"
     " --when SEGMENT-ID=5:CUSTOMER --when SEGMENT-ID=6:CONTACT --when SEGMENT-ID=7:CONTRACT",
+    "floats layout.cob hex-be.rdw-le.bin --ccsid 37 --records rdw-le --length-includes-header no --floats hex",
+    "floats layout.cob hex-le.rdw-le.bin --ccsid 37 --records rdw-le --length-includes-header no --floats hex-le",
+    "floats layout.cob ieee-be.rdw-le.bin --ccsid 37 --records rdw-le --length-includes-header no --floats ieee-be",
+    "floats layout.cob ieee-le.rdw-le.bin --ccsid 37 --records rdw-le --length-includes-header no --floats ieee-le",
     "code-pages layout.cob records.bin --ccsid 37",
     "code-pages layout.cob records.bin --ccsid 273",
     "code-pages layout.cob records.bin --ccsid 500",

@@ -82,6 +82,9 @@ FieldWriter::FieldWriter(const PhysicalForm& form)
       text_(cnv_, form.ccsid, FieldTextWriter::Part::whole) {}
 
 void FieldWriter::write(const Step& step, const PWFData& value, unsigned char* bytes) {
+  if (!form_.date.empty()) throw FieldRefused("a date with a pattern cannot be written yet");
+  if (step.kind == Kind::edited && form_.editedAsNumber)
+    throw FieldRefused("an edited picture cannot be written as a number yet");
   switch (step.kind) {
     case Kind::external:
       return external(step, value, bytes);
@@ -171,9 +174,11 @@ void FieldWriter::external(const Step& step, const PWFData& value, unsigned char
   const Number number = fitting(step, value, digits);
   const bool isZero = number.parts.isZero();
   if (isZero && step.isBlankWhenZero) return text_.fillWithBlanks(bytes, step.size);
+  // Zero has no places to move, and would lose its sign with its digit.
+  const int scale = isZero ? 0 : step.scale;
   int size = static_cast<int>(step.size);
   const unsigned short* const text = number.text + (step.sign == eSignNone && number.parts.isNegative ? 1 : 0);
-  cnv_.ExtDecFromDec(text, bytes, size, step.scale, step.sign, eJustifyRight, '0', true, form_.hasLetterSigns, nullptr,
+  cnv_.ExtDecFromDec(text, bytes, size, scale, step.sign, eJustifyRight, '0', true, form_.hasLetterSigns, nullptr,
                      nullptr);
   const bool isIncluded = step.sign == eSignLeadingIncluded || step.sign == eSignTrailingIncluded;
   // No other zone than these two is read as a plus.
@@ -185,7 +190,8 @@ void FieldWriter::external(const Step& step, const PWFData& value, unsigned char
 
 void FieldWriter::packed(const Step& step, const PWFData& value, unsigned char* bytes) {
   const Number number = fitting(step, value, 2 * std::size_t{step.size} - 1);
-  cnv_.PckdDecFromDec(number.text, bytes, static_cast<int>(step.size), step.scale, step.sign);
+  const int scale = number.parts.isZero() ? 0 : step.scale;
+  cnv_.PckdDecFromDec(number.text, bytes, static_cast<int>(step.size), scale, step.sign);
   if (form_.plus != 0 && step.sign == eSignNone)
     bytes[step.size - 1] = static_cast<unsigned char>((bytes[step.size - 1] & 0xF0) | form_.plus);
   if (form_.packedSign == SignEnd::leading) putSignFirst(bytes, step.size);
