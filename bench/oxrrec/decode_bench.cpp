@@ -39,10 +39,10 @@ void BM_DecodeToJsonLines(benchmark::State& state) {
   std::fwrite(manyRecords().data(), 1, manyRecords().size(), input.get());
   std::fflush(input.get());
   DecodeOptions options;
-  options.copybook = sample("customers.cob");
-  options.input = std::string("-");
+  options.record.copybook.path = sample("customers.cob");
+  options.input.path = kStandardStream;
   options.output = "/dev/null";
-  options.records = kSettings;
+  options.input.records = kSettings;
   std::ostringstream messages;
   for (auto _ : state) {
     std::rewind(input.get());

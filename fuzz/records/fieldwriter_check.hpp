@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "fuzz/harness/choices.hpp"
+#include "kelwstringconvertor.hpp"
 #include "records/fields/fields.hpp"
 
 // What a field of any kind reads as is written so that it reads as the same; and the canonical bytes of a value come

@@ -19,7 +19,6 @@ __extension__ typedef unsigned __int128 Wide;
 
 constexpr int kCenturyWindow = 53;
 constexpr char kPositivePackedSign = 12;
-constexpr unsigned char kUnsignedPackedSign = 15;
 constexpr std::uint32_t kWordBytes = 8;
 
 EFloatFmt floatFormat(FloatForm form) {

@@ -44,7 +44,7 @@ std::optional<std::string_view> JsonLines::take() {
     const std::size_t wanted = 2 * had + 1;
     if (wanted > std::size_t{std::numeric_limits<int>::max()}) throw ToolError("a line is longer than 1 GiB");
     show(source_.slide(static_cast<int>(at_), static_cast<int>(wanted)));
-    if (window_.size() == 0) return std::nullopt;
+    if (window_.empty()) return std::nullopt;
     end = window_.find('\n', had);
     if (end == std::string_view::npos && window_.size() < wanted) end = window_.size();
   }
