@@ -33,6 +33,10 @@ std::int64_t countIn(const PWFData& value) {
   return text.empty() ? kNotACount : count;
 }
 
+FaultReason reasonOf(const KelException& failure) {
+  return {.code = FaultCode::library, .message = failure.oxrMessageNumber(), .detail = faultText(failure)};
+}
+
 }  // namespace
 
 RecordForm recordForm(const RecordPlan& plan, RecordForm form) {
@@ -176,32 +180,26 @@ void RecordWorker::field(const Step& step) {
   const unsigned short* const name = plan_.name(step);
   if (name != nullptr) handler_->startElement(name, kFieldElement, kNoInfo, occurrence(step), -1);
   const PWFData value = read(step);
+  if (observer_ != nullptr && hasValue_) [[unlikely]]
+    observe(step, static_cast<std::uint64_t>(step.offset + shift_), value, nullptr);
   if (step.slot != kNoSlot) keepCount(step, value);
   if (name == nullptr) return;
   handler_->data(value, kNoInfo, -1, -1);
   handler_->endElement(name, kNoInfo);
 }
 
+// What the conversions return goes out as it is: a copy would cost as much as many a conversion.
 PWFData RecordWorker::read(const Step& step) {
+  hasValue_ = false;
   if (isLost_) return FieldConverter::null(step);
   const auto at = static_cast<std::uint64_t>(step.offset + shift_);
   if (at + step.size > record_.size) [[unlikely]]
     return cutOff(step, at);
-  return read(step, at, step.size);
-}
-
-// Reads the first `size` bytes of a field.
-PWFData RecordWorker::read(const Step& step, std::uint64_t at, std::uint32_t size) {
-  FieldConverter& converter = converters_[step.form];
-  const unsigned char* const bytes = record_.data + at;
+  hasValue_ = true;
   try {
-    PWFData value = size == step.size ? converter.convert(step, bytes) : converter.convertStart(step, bytes, size);
-    if (observer_ != nullptr) [[unlikely]]
-      observe(step, at, value, nullptr);
-    return value;
+    return converters_[step.form].convert(step, record_.data + at);
   } catch (const KelRecoverableException& failure) {
-    return failed(step, at,
-                  {.code = FaultCode::library, .message = failure.oxrMessageNumber(), .detail = faultText(failure)});
+    return failed(step, at, reasonOf(failure));
   } catch (const FieldRefused& refusal) {
     return failed(step, at, {.code = FaultCode::library, .detail = refusal.what()});
   }
@@ -212,12 +210,23 @@ PWFData RecordWorker::cutOff(const Step& step, std::uint64_t at) {
   if (!reader_.isFramed()) reader_.refuseShort(at + step.size);
   if (isShort_) return FieldConverter::null(step);
   if (at < record_.size && FieldConverter::canBeCut(step) && plan_.forms()[step.form].date.empty())
-    return read(step, at, static_cast<std::uint32_t>(record_.size - at));
+    return readStart(step, at);
   isShort_ = true;
   return failed(step, at, {.code = FaultCode::recordEnds, .numbers = {record_.size}});
 }
 
+// Reads what there is of a field.
+PWFData RecordWorker::readStart(const Step& step, std::uint64_t at) {
+  hasValue_ = true;
+  try {
+    return converters_[step.form].convertStart(step, record_.data + at, static_cast<std::uint32_t>(record_.size - at));
+  } catch (const KelRecoverableException& failure) {
+    return failed(step, at, reasonOf(failure));
+  }
+}
+
 PWFData RecordWorker::failed(const Step& step, std::uint64_t at, FaultReason reason) {
+  hasValue_ = false;
   const FieldFault told = fault(step.item, at, step.size, std::move(reason));
   PWFData value = FieldConverter::null(step);
   if (observer_ != nullptr) observe(step, at, value, &told);

@@ -151,7 +151,7 @@ class RecordWorker final : public BitstreamWorker {
   void walk();
   void field(const Step& step);
   PWFData read(const Step& step);
-  PWFData read(const Step& step, std::uint64_t at, std::uint32_t size);
+  PWFData readStart(const Step& step, std::uint64_t at);
   PWFData cutOff(const Step& step, std::uint64_t at);
   PWFData failed(const Step& step, std::uint64_t at, FaultReason reason);
   const Step* beginArray(const Step& step);
@@ -194,8 +194,9 @@ class RecordWorker final : public BitstreamWorker {
   // short arrays lack, plus the occurrences that the walk has passed in the open ones.
   RecordBytes record_;
   std::int64_t shift_ = 0;
-  bool isLost_ = false;   // a count is not known: nobody can tell where anything after its array is
-  bool isShort_ = false;  // the record ended before a field
+  bool isLost_ = false;    // a count is not known: nobody can tell where anything after its array is
+  bool isShort_ = false;   // the record ended before a field
+  bool hasValue_ = false;  // the field that was read last is a good one
   std::vector<Counter> counters_;
   std::vector<OpenArray> arrays_;         // the open ones, outermost first
   std::vector<OpenLoop> loops_;           // the same ones
