@@ -97,6 +97,11 @@ TEST_F(JsonReading, RefusesWhatIsNoObject) {
   };
   for (const auto& [line, told] : kCases)
     EXPECT_EQ(read(line), told) << line;
+  const auto nested = [](std::size_t arrays) {
+    return R"({"A":)" + std::string(arrays, '[') + std::string(arrays, ']') + '}';
+  };
+  EXPECT_EQ(read(nested(100000)), "column 262: too many objects and arrays in each other");
+  EXPECT_EQ(read(nested(256)).substr(0, 5), "{A[A[");
 }
 
 }  // namespace

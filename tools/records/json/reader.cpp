@@ -189,14 +189,14 @@ class JsonTreeBuilder {
     const char* const at = token.data();
     switch (*at) {
       case '{': {
-        const std::uint32_t node = open(JsonNode::Kind::object, units, at, parent);
+        const std::uint32_t node = openContainer(JsonNode::Kind::object, units, at, parent);
         members(value.get_object(), name);
-        return close(node);
+        return closeContainer(node);
       }
       case '[': {
-        const std::uint32_t node = open(JsonNode::Kind::array, units, at, parent);
+        const std::uint32_t node = openContainer(JsonNode::Kind::array, units, at, parent);
         elements(value.get_array(), units, name);
-        return close(node);
+        return closeContainer(node);
       }
       case '"':
         return text(value, token, open(JsonNode::Kind::text, units, at, parent));
@@ -250,6 +250,16 @@ class JsonTreeBuilder {
   }
   void close(std::uint32_t node) { tree_.nodes_[node].end = last() + 1; }
 
+  // Objects and arrays in each other are walked by recursion: their number is bounded.
+  std::uint32_t openContainer(JsonNode::Kind kind, const unsigned short* name, const char* at, std::uint32_t parent) {
+    if (++depth_ > kMaxDepth) fail(at, "too many objects and arrays in each other");
+    return open(kind, name, at, parent);
+  }
+  void closeContainer(std::uint32_t node) {
+    --depth_;
+    close(node);
+  }
+
   void check(simdjson::error_code error, od::document* document) const {
     if (error == simdjson::SUCCESS) return;
     const char* at = line_.data();
@@ -282,11 +292,14 @@ class JsonTreeBuilder {
   }
 
   static constexpr std::size_t kShown = 40;
+  // Far more than a layout has: 49 levels, each of which may be an array.
+  static constexpr unsigned kMaxDepth = 256;
   JsonTree& tree_;
   JsonNames& names_;
   const std::string_view line_;
   od::parser& parser_;
   unsigned short* units_ = nullptr;  // where the next ones go
+  unsigned depth_ = 0;               // open objects and arrays, the line's own not counted
 };
 
 JsonReader::JsonReader(const std::vector<unsigned short>& names) : parser_(std::make_unique<Parser>()), names_(names) {}
