@@ -15,6 +15,7 @@ namespace {
 
 std::vector<Condition> readConditions(const std::vector<std::string>& texts) {
   std::vector<Condition> conditions;
+  conditions.reserve(texts.size());
   for (const std::string& text : texts)
     conditions.push_back(readCondition(text));
   return conditions;

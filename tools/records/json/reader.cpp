@@ -181,7 +181,7 @@ class JsonTreeBuilder {
   void elements(od::array array, const unsigned short* units, std::uint32_t name) {
     const std::uint32_t parent = last();
     for (auto element : array)
-      value(std::move(element), units, name, parent);
+      value(element.value(), units, name, parent);
   }
 
   void value(od::value value, const unsigned short* units, std::uint32_t name, std::uint32_t parent) {
