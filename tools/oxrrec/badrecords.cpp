@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "oxrrec/hextext.hpp"
+#include "records/fields/hextext.hpp"
 
 namespace oxr::rec {
 

@@ -3,8 +3,8 @@
 
 #include "oxrrec/explain/pagetext.hpp"
 #include "oxrrec/explain/record.hpp"
-#include "oxrrec/hextext.hpp"
 #include "oxrrec/jsontext.hpp"
+#include "records/fields/hextext.hpp"
 
 namespace oxr::rec {
 

@@ -1,8 +1,8 @@
 #include <algorithm>
 
 #include "oxrrec/explain/record.hpp"
-#include "oxrrec/hextext.hpp"
 #include "oxrrec/table.hpp"
+#include "records/fields/hextext.hpp"
 
 namespace oxr::rec {
 

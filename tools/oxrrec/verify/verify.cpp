@@ -6,6 +6,8 @@
 #include "oxrrec/framing.hpp"
 #include "oxrrec/reading.hpp"
 #include "oxrrec/verify/differences.hpp"
+#include "records/fields/hextext.hpp"
+#include "records/recordworker.hpp"
 
 // Two readers go through the file: one is a worker whose records become lines and records again, the other has the
 // bytes that they had. A third compares the file as a whole, so that what stands around the records is looked at too.
@@ -28,19 +30,7 @@ class IgnoredFaults : public FaultListener {
 };
 
 std::string hex(std::span<const unsigned char> bytes) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string text;
-  for (const unsigned char byte : bytes.first(std::min(bytes.size(), kShownBytes)))
-    text += std::string(text.empty() ? "" : " ") + kDigits[byte >> 4] + kDigits[byte & 15];
-  return text + (bytes.size() > kShownBytes ? " ..." : "");
-}
-
-RecordForm formOf(const RecordPlan& plan, const RecordForm& given) {
-  RecordForm form = given;
-  form.isVariable = plan.isVariable();
-  form.maxSize = plan.maxSize();
-  setLineCharacters(form, plan.forms().front().ccsid);
-  return form;
+  return hexText(bytes.first(std::min(bytes.size(), kShownBytes)), " ") + (bytes.size() > kShownBytes ? " ..." : "");
 }
 
 // The bytes of a file, one stretch after the other.
@@ -80,7 +70,7 @@ class Verifying {
       : keepsFiller_(options.keepsFiller),
         input_(openInput(options.input.path, options.input.window, console)),
         settings_(settledRecords(options.input, plan, input_, console.messages)),
-        form_(formOf(plan, settings_.form)),
+        form_(recordForm(plan, settings_.form)),
         bytesInput_(openInput(options.input.path, options.input.window, console)),
         wholeInput_(openInput(options.input.path, options.input.window, console)),
         output_(openOutput(kStandardStream, console)),

@@ -18,9 +18,6 @@ namespace oxr::rec {
 
 namespace {
 
-constexpr int kCenturyWindow = 53;
-constexpr char kPositivePackedSign = 12;
-
 // Whether a text is what a decimal ought to be. The library also lets grouping commas pass (test
 // Decode.ReadsEachKindOfField).
 bool isPlainDecimal(UnitView text) {
@@ -46,6 +43,13 @@ std::uint32_t withoutTrailing(unsigned char byte, const unsigned char* bytes, st
   return size;
 }
 
+bool asksForMore(const PhysicalForm& form) {
+  return form.blankNumbers != EmptyNumber::isError || form.lowValues != EmptyNumber::isError || form.lenientNumbers ||
+         form.editedAsNumber || form.packedSign == SignEnd::leading || !form.date.empty();
+}
+
+}  // namespace
+
 EFloatFmt floatFormat(FloatForm form) {
   switch (form) {
     case FloatForm::ieeeBig:
@@ -56,13 +60,6 @@ EFloatFmt floatFormat(FloatForm form) {
       return eFloatHexadecimal;
   }
 }
-
-bool asksForMore(const PhysicalForm& form) {
-  return form.blankNumbers != EmptyNumber::isError || form.lowValues != EmptyNumber::isError || form.lenientNumbers ||
-         form.editedAsNumber || form.packedSign == SignEnd::leading || !form.date.empty();
-}
-
-}  // namespace
 
 FieldConverter::FieldConverter(const PhysicalForm& form)
     : form_(form),

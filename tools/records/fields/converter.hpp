@@ -12,6 +12,11 @@
 
 namespace oxr::rec {
 
+// What a DataCnv is made with, for reading and writing alike.
+inline constexpr int kCenturyWindow = 53;
+inline constexpr char kPositivePackedSign = 12;
+EFloatFmt floatFormat(FloatForm form);
+
 // A field whose bytes convert, but to nothing that its picture allows.
 class FieldRefused : public std::runtime_error {
  public:

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "records/fields/hextext.hpp"
+
 namespace oxr::rec {
 
 namespace {
@@ -9,13 +11,7 @@ namespace {
 constexpr std::size_t kShownBytes = 64;
 
 std::string hex(std::span<const unsigned char> bytes) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string text;
-  for (const unsigned char byte : bytes.first(std::min(bytes.size(), kShownBytes))) {
-    text += ' ';
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 15];
-  }
+  std::string text = ' ' + hexText(bytes.first(std::min(bytes.size(), kShownBytes)), " ");
   if (bytes.size() > kShownBytes) text += " ... (" + std::to_string(bytes.size()) + " in all)";
   return text;
 }

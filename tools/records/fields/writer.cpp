@@ -17,20 +17,7 @@ namespace {
 
 __extension__ typedef unsigned __int128 Wide;
 
-constexpr int kCenturyWindow = 53;
-constexpr char kPositivePackedSign = 12;
 constexpr std::uint32_t kWordBytes = 8;
-
-EFloatFmt floatFormat(FloatForm form) {
-  switch (form) {
-    case FloatForm::ieeeBig:
-      return eFloatIeeeBig;
-    case FloatForm::ieeeLittle:
-      return eFloatIeeeLittle;
-    default:
-      return eFloatHexadecimal;
-  }
-}
 
 bool isSeparate(ESign sign) {
   return sign == eSignLeadingSeparate || sign == eSignTrailingSeparate;
