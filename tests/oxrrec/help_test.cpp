@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "oxrrec/help/model.hpp"
 #include "oxrrec/runs.hpp"
+#include "records/program/help/model.hpp"
 
 namespace oxr::rec::test {
 namespace {
@@ -13,12 +13,12 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 TEST(Help, TellsOfEachCommandAndTopic) {
-  const std::vector<CommandText> all = textOfAll();
+  const std::vector<CommandText> all = textOfAll(kOxrrec);
   const std::string overview = runProgram("help").lines;
   EXPECT_EQ(runProgram("--help").lines, overview);
-  const std::string page = manPage(all);
+  const std::string page = manPage(kOxrrec, all);
   std::string inTopics;
-  for (const Topic& topic : topics()) {
+  for (const Topic& topic : kOxrrec.topics) {
     EXPECT_THAT(overview, HasSubstr(std::string("\n  ") + topic.name + ' '));
     inTopics += runProgram(std::string("help ") + topic.name).lines;
   }

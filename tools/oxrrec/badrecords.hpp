@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "oxrrec/jsontext.hpp"
+#include "records/json/jsontext.hpp"
 #include "records/records.hpp"
 
 namespace oxr::rec {

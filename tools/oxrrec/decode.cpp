@@ -11,7 +11,7 @@
 
 #include "oxrrec/jobs/decodejobs.hpp"
 #include "oxrrec/nesting.hpp"
-#include "oxrrec/reading.hpp"
+#include "records/program/reading.hpp"
 
 namespace oxr::rec {
 

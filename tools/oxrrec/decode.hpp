@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "oxrrec/badfields.hpp"
-#include "oxrrec/options/options.hpp"
 #include "oxrrec/progress.hpp"
+#include "records/options/options.hpp"
 
 namespace oxr::rec {
 

@@ -1,5 +1,5 @@
 #include "oxrrec/decode.hpp"
-#include "oxrrec/options/choice.hpp"
+#include "records/options/choice.hpp"
 
 namespace oxr::rec {
 

@@ -2,10 +2,10 @@
 
 #include <CLI/CLI.hpp>
 
-#include "oxrrec/framing.hpp"
-#include "oxrrec/jsontext.hpp"
-#include "oxrrec/reading.hpp"
+#include "records/json/jsontext.hpp"
 #include "records/parallel/recordwalk.hpp"
+#include "records/program/reading.hpp"
+#include "records/program/settledrecords.hpp"
 
 namespace oxr::rec {
 
@@ -31,7 +31,7 @@ std::uint64_t putRanges(RecordWalk& walk, const Origin& origin, std::uint64_t ev
 }
 
 std::string indexOf(const IndexOptions& options, const RecordPlan& plan, FileInput& input, const Console& console) {
-  RecordWalk walk(plan, settledRecords(options.input, plan, input, console.messages), input);
+  RecordWalk walk(plan, settledRecords(options.input, plan, input, console), input);
   JsonText json;
   json.writer().StartObject();
   json.writer().Key("ranges");

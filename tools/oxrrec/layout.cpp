@@ -1,6 +1,6 @@
 #include "oxrrec/layout.hpp"
 
-#include "oxrrec/options/choice.hpp"
+#include "records/options/choice.hpp"
 #include "records/views/views.hpp"
 
 namespace oxr::rec {

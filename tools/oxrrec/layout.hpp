@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "oxrrec/options/options.hpp"
+#include "records/options/options.hpp"
 
 namespace oxr::rec {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <span>
-
-#include "oxrrec/console.hpp"
+#include "records/program/program.hpp"
 
 namespace oxr::rec {
+
+extern const Program kOxrrec;
 
 // The program. `arguments` without its name; the result is the exit code.
 int run(std::span<const char* const> arguments, const Console& console);

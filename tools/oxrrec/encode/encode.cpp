@@ -1,7 +1,7 @@
 #include "oxrrec/encode/encode.hpp"
 
 #include "growingbytebuffer.hpp"
-#include "oxrrec/reading.hpp"
+#include "records/program/reading.hpp"
 
 namespace oxr::rec {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "oxrrec/badfields.hpp"
-#include "oxrrec/options/options.hpp"
+#include "records/options/options.hpp"
 
 namespace oxr::rec {
 
@@ -17,7 +17,6 @@ struct EncodeOptions {
   OnError onError = OnError::stop;       // not null
 };
 
-void addFillerOption(CLI::App& command, std::optional<unsigned char>& filler);
 void addEncodeOptions(CLI::App& command, EncodeOptions& options);
 
 // Turns JSON lines into a record file: the way back of decode. Failures are told in `console.messages`; the result is

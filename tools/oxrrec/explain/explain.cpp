@@ -5,9 +5,9 @@
 #include "oxrrec/explain/advice.hpp"
 #include "oxrrec/explain/badbyte.hpp"
 #include "oxrrec/explain/record.hpp"
-#include "oxrrec/options/choice.hpp"
-#include "oxrrec/reading.hpp"
 #include "oxrrec/values.hpp"
+#include "records/options/choice.hpp"
+#include "records/program/reading.hpp"
 
 // The record is read as decode reads it, with an eye on each field; whatever stands before it is read and not looked
 // at.

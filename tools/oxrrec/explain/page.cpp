@@ -3,8 +3,8 @@
 
 #include "oxrrec/explain/pagetext.hpp"
 #include "oxrrec/explain/record.hpp"
-#include "oxrrec/jsontext.hpp"
 #include "records/fields/hextext.hpp"
+#include "records/json/jsontext.hpp"
 
 namespace oxr::rec {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "oxrrec/reading.hpp"
+#include "records/program/reading.hpp"
 
 namespace oxr::rec {
 

@@ -3,10 +3,10 @@
 #include <deque>
 #include <sstream>
 
-#include "oxrrec/framing.hpp"
 #include "oxrrec/jobs/decodedchunk.hpp"
-#include "oxrrec/reading.hpp"
 #include "records/parallel/orderedwork.hpp"
+#include "records/program/reading.hpp"
+#include "records/program/settledrecords.hpp"
 
 // The input is cut into chunks of whole records. Each thread has a worker and a handler of its own, which make lines of
 // a chunk at a time; the lines are written in the order of the chunks.
@@ -19,7 +19,7 @@ constexpr std::size_t kChunkBytes = std::size_t{256} << 10;
 
 InputOptions settled(const DecodeOptions& options, const RecordPlan& plan, FileInput& input, const Console& console) {
   InputOptions known = options.input;
-  known.records = settledRecords(options.input, plan, input, console.messages);
+  known.records = settledRecords(options.input, plan, input, console);
   return known;
 }
 

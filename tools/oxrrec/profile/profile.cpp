@@ -4,12 +4,12 @@
 #include <utility>
 #include <vector>
 
-#include "oxrrec/jsontext.hpp"
-#include "oxrrec/options/choice.hpp"
 #include "oxrrec/profile/fieldprofile.hpp"
-#include "oxrrec/reading.hpp"
 #include "oxrrec/table.hpp"
 #include "oxrrec/values.hpp"
+#include "records/json/jsontext.hpp"
+#include "records/options/choice.hpp"
+#include "records/program/reading.hpp"
 
 namespace oxr::rec {
 

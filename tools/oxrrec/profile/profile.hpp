@@ -3,7 +3,7 @@
 #include <string>
 
 #include "oxrrec/decode.hpp"
-#include "oxrrec/options/options.hpp"
+#include "records/options/options.hpp"
 
 namespace oxr::rec {
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "oxrrec/framing.hpp"
-#include "oxrrec/reading.hpp"
 #include "oxrrec/verify/differences.hpp"
 #include "records/fields/hextext.hpp"
+#include "records/program/reading.hpp"
+#include "records/program/settledrecords.hpp"
 #include "records/recordworker.hpp"
 
 // Two readers go through the file: one is a worker whose records become lines and records again, the other has the
@@ -69,7 +69,7 @@ class Verifying {
   Verifying(const VerifyOptions& options, const Console& console, const RecordPlan& plan)
       : keepsFiller_(options.keepsFiller),
         input_(openInput(options.input.path, options.input.window, console)),
-        settings_(settledRecords(options.input, plan, input_, console.messages)),
+        settings_(settledRecords(options.input, plan, input_, console)),
         form_(recordForm(plan, settings_.form)),
         bytesInput_(openInput(options.input.path, options.input.window, console)),
         wholeInput_(openInput(options.input.path, options.input.window, console)),

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "oxrrec/options/options.hpp"
+#include "records/options/options.hpp"
 
 namespace oxr::rec {
 

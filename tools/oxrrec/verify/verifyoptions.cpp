@@ -1,6 +1,6 @@
 #include "oxrrec/encode/encode.hpp"
-#include "oxrrec/options/choice.hpp"
 #include "oxrrec/verify/verify.hpp"
+#include "records/options/choice.hpp"
 
 namespace oxr::rec {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "oxrrec/options/options.hpp"
+#include "records/options/options.hpp"
 
 namespace oxr::rec {
 

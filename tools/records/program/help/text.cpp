@@ -1,6 +1,6 @@
 #include <sstream>
 
-#include "oxrrec/help/model.hpp"
+#include "records/program/help/model.hpp"
 
 namespace oxr::rec {
 
@@ -40,38 +40,38 @@ std::string entry(const OptionText& option) {
   return "  " + names + '\n' + wrapped(option.help, 6);
 }
 
-std::string sentence(std::string text) {
-  text.front() = static_cast<char>(text.front() - 'a' + 'A');
-  return text + '.';
-}
-
 std::string listed(const std::string& name, const std::string& brief) {
   return "  " + name + std::string(name.size() < 12 ? 12 - name.size() : 1, ' ') + brief + '\n';
 }
 
 }  // namespace
 
-std::string overviewHelp(const std::vector<CommandText>& commands) {
-  std::string text =
-      "Reads and writes record files that a COBOL copybook describes.\n\n"
-      "Usage: oxrrec COMMAND [options] ...\n       oxrrec help COMMAND|TOPIC\n       oxrrec --version\n\nCommands:\n";
+std::string sentence(std::string text) {
+  text.front() = static_cast<char>(text.front() - 'a' + 'A');
+  return text + '.';
+}
+
+std::string overviewHelp(const Program& program, const std::vector<CommandText>& commands) {
+  const std::string name = program.name;
+  std::string text = sentence(program.brief) + "\n\nUsage: " + name + " COMMAND [options] ...\n       " + name +
+                     " help COMMAND|TOPIC\n       " + name + " --version\n\nCommands:\n";
   for (const CommandText& command : commands)
     text += listed(command.name, command.brief);
   text += "\nTopics:\n";
-  for (const Topic& topic : topics())
+  for (const Topic& topic : program.topics)
     text += listed(topic.name, topic.brief);
   return text;
 }
 
-std::string commandHelp(const CommandText& command) {
-  std::string usage = "Usage: oxrrec " + command.name + " [options]";
+std::string commandHelp(const Program& program, const CommandText& command) {
+  std::string usage = std::string("Usage: ") + program.name + ' ' + command.name + " [options]";
   std::string arguments, general;
   for (const OptionText& option : command.options) {
     if (option.isArgument) usage += ' ' + option.names.front();
     if (option.topic.empty()) (option.isArgument ? arguments : general) += entry(option);
   }
   std::string text = usage + "\n\n" + wrapped(sentence(command.brief), 0) + '\n' + arguments;
-  for (const Topic& topic : topics()) {
+  for (const Topic& topic : program.topics) {
     const std::vector<OptionText> options = optionsOf(topic, {command});
     if (!options.empty()) text += std::string("\n") + topic.title + ":\n";
     for (const OptionText& option : options)

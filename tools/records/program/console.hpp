@@ -3,6 +3,7 @@
 #include <ostream>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "records/records.hpp"
 
@@ -14,6 +15,7 @@ struct Console {
   int output = 1;
   std::ostream& messages;           // one line each
   bool messagesOnTerminal = false;  // progress may be shown among them
+  std::string_view program{};       // its name, which begins each message; runCommand sets it
 };
 
 // Exit codes of the program.

@@ -1,8 +1,8 @@
 #include <charconv>
 #include <system_error>
 
-#include "oxrrec/options/choice.hpp"
-#include "oxrrec/options/options.hpp"
+#include "records/options/choice.hpp"
+#include "records/options/options.hpp"
 
 namespace oxr::rec {
 
@@ -22,6 +22,8 @@ std::string readRange(const std::string& text, InputWindow& window) {
   window.range = range;
   return {};
 }
+
+}  // namespace
 
 void addWindowOptions(CLI::App& command, InputWindow& window) {
   command.add_option("--skip-header", window.skipHeader, "so many bytes at the file's start are no record [0]")
@@ -48,8 +50,6 @@ void addWindowOptions(CLI::App& command, InputWindow& window) {
       ->type_name("N")
       ->group(kTopic);
 }
-
-}  // namespace
 
 void addLengthOptions(CLI::App& command, RecordOptions& record) {
   addChoice<bool>(command, "--odo", record.plan.arraysAtFullSize, {{"fixed", true}, {"variable", false}},

@@ -1,4 +1,6 @@
-#include "oxrrec/help/model.hpp"
+#include <cctype>
+
+#include "records/program/help/model.hpp"
 
 namespace oxr::rec {
 
@@ -30,11 +32,14 @@ std::string entry(const OptionText& option) {
 
 }  // namespace
 
-std::string manPage(const std::vector<CommandText>& commands) {
-  std::string page =
-      ".TH OXRREC 1\n.SH NAME\noxrrec \\- read and write record files that a COBOL copybook describes\n"
-      ".SH SYNOPSIS\n.B oxrrec\n.I COMMAND\n.RI [ options ]\n.I ...\n.br\n.B oxrrec help\n.I COMMAND\n|\n.I TOPIC\n"
-      ".SH COMMANDS\n";
+std::string manPage(const Program& program, const std::vector<CommandText>& commands) {
+  const std::string name = program.name;
+  std::string title = name;
+  for (char& c : title)
+    c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  std::string page = ".TH " + title + " 1\n.SH NAME\n" + name + " \\- " + roff(program.brief) + "\n.SH SYNOPSIS\n.B " +
+                     name + "\n.I COMMAND\n.RI [ options ]\n.I ...\n.br\n.B " + name +
+                     " help\n.I COMMAND\n|\n.I TOPIC\n.SH COMMANDS\n";
   for (const CommandText& command : commands) {
     std::string arguments;
     for (const OptionText& option : command.options)
@@ -42,14 +47,14 @@ std::string manPage(const std::vector<CommandText>& commands) {
     page += ".TP\n\\fB" + command.name + "\\fR\\fI" + roff(arguments) + "\\fR\n" + roff(command.brief) + '\n';
   }
   page += ".SH OPTIONS\nA command takes those that its\n.B \\-\\-help\nlists.\n";
-  for (const Topic& topic : topics()) {
+  for (const Topic& topic : program.topics) {
     const std::vector<OptionText> options = optionsOf(topic, commands);
     if (options.empty()) continue;
     page += std::string(".SS ") + topic.title + '\n' + roff(topic.text) + '\n';
     for (const OptionText& option : options)
       page += entry(option);
   }
-  for (const Topic& topic : topics())
+  for (const Topic& topic : program.topics)
     if (topic.title[0] == '\0') page += ".SH EXIT STATUS\n" + roff(topic.text) + '\n';
   return page;
 }

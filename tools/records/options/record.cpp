@@ -1,13 +1,13 @@
-#include "oxrrec/options/choice.hpp"
-#include "oxrrec/options/options.hpp"
 #include "records/fields/ccsid.hpp"
+#include "records/options/choice.hpp"
+#include "records/options/options.hpp"
 
 namespace oxr::rec {
 
 namespace {
 
-constexpr char kCopybookTopic[] = "Copybook";
-constexpr char kFieldTopic[] = "Fields";
+constexpr char kCopybook[] = "Copybook";
+constexpr char kFields[] = "Fields";
 
 int readCcsid(const std::string& name) {
   const std::optional<int> ccsid = ccsidOf(name);
@@ -22,32 +22,32 @@ void addCopybookOptions(CLI::App& command, CopybookSource& copybook) {
   command.add_option("--copybook", copybook.path, "the copybook that describes the records")
       ->type_name("FILE")
       ->required()
-      ->group(kCopybookTopic);
+      ->group(kCopybook);
   command.add_option("--record", copybook.options.record, "the level 01 entry to go by; the first one if not given")
       ->type_name("NAME")
-      ->group(kCopybookTopic);
+      ->group(kCopybook);
   addChoice<SourceFormat>(
       command, "--format", copybook.options.format,
       {{"detect", SourceFormat::detect}, {"fixed", SourceFormat::fixed}, {"free", SourceFormat::free}},
       "how the copybook's lines are built [detect]")
-      ->group(kCopybookTopic);
+      ->group(kCopybook);
   command
       .add_option(
           "-I,--include", copybook.options.includeFolders,
           "where COPY looks for other copybooks, after the folder of the text that it stands in; may be repeated")
       ->type_name("FOLDER")
       ->allow_extra_args(false)
-      ->group(kCopybookTopic);
+      ->group(kCopybook);
   addChoice<BinarySizes>(command, "--binary-sizes", copybook.options.binarySizes,
                          {{"2-4-8", BinarySizes::twoFourEight},
                           {"1-2-4-8", BinarySizes::oneTwoFourEight},
                           {"1-8", BinarySizes::oneToEight}},
                          "bytes of binary numbers, as the compiler's option has it [2-4-8]")
-      ->group(kCopybookTopic);
+      ->group(kCopybook);
   addChoice<Dialect>(command, "--dialect", copybook.options.dialect,
                      {{"mainframe", Dialect::mainframe}, {"gnucobol", Dialect::gnucobol}},
                      "whose boundaries of SYNCHRONIZED items and sizes of pointers [mainframe]")
-      ->group(kCopybookTopic);
+      ->group(kCopybook);
 }
 
 void addFieldOptions(CLI::App& command, RecordOptions& record) {
@@ -60,14 +60,14 @@ void addFieldOptions(CLI::App& command, RecordOptions& record) {
           "IBM-1047 or utf-8")
       ->type_name("N")
       ->required()
-      ->group(kFieldTopic);
+      ->group(kFields);
   addChoice<EEndian>(command, "--integers", record.plan.form.integerEndian,
                      {{"big", eEndianBig}, {"little", eEndianLittle}}, "byte order of binary numbers [big]")
-      ->group(kFieldTopic);
+      ->group(kFields);
   addChoice<bool>(command, "--ascii-signs", record.plan.form.hasLetterSigns, {{"letters", true}, {"plain", false}},
                   "signs within digits where the code page is not EBCDIC: the letters that EBCDIC signs turn into, or "
                   "p to y for the digits of a negative number [plain]")
-      ->group(kFieldTopic);
+      ->group(kFields);
 }
 
 namespace {
@@ -83,20 +83,20 @@ void addNumberOptions(CLI::App& command, PhysicalForm& form) {
                         {"ieee-be", FloatForm::ieeeBig},
                         {"ieee-le", FloatForm::ieeeLittle}},
                        "COMP-1 and COMP-2: hexadecimal or IEEE, most significant byte first or (-le) last [hex]")
-      ->group(kFieldTopic);
+      ->group(kFields);
   addChoice<EmptyNumber>(command, "--blank-numbers", form.blankNumbers, kEmptyWords,
                          "a DISPLAY or packed number that is all blanks: a bad field, null or zero [error]")
-      ->group(kFieldTopic);
+      ->group(kFields);
   addChoice<EmptyNumber>(command, "--low-values", form.lowValues, kEmptyWords,
                          "the same for one that is all NULs [error]")
-      ->group(kFieldTopic);
+      ->group(kFields);
   command
       .add_flag("--lenient-numbers", form.lenientNumbers,
                 "read DISPLAY numbers whose digits are padded with blanks or NULs")
-      ->group(kFieldTopic);
+      ->group(kFields);
   addChoice<bool>(command, "--edited", form.editedAsNumber, {{"text", false}, {"number", true}},
                   "edited pictures as the text that they show, or as numbers [text]")
-      ->group(kFieldTopic);
+      ->group(kFields);
 }
 
 void addSettingOptions(CLI::App& command, std::vector<std::string>& settings) {
@@ -111,7 +111,7 @@ void addSettingOptions(CLI::App& command, std::vector<std::string>& settings) {
           "may be repeated")
       ->type_name("SETTING")
       ->allow_extra_args(false)
-      ->group(kFieldTopic);
+      ->group(kFields);
   command
       .add_option_function<std::string>(
           "--fields",
@@ -125,7 +125,7 @@ void addSettingOptions(CLI::App& command, std::vector<std::string>& settings) {
           },
           "such settings from a file, a line each; lines that begin with # are passed over")
       ->type_name("FILE")
-      ->group(kFieldTopic);
+      ->group(kFields);
 }
 
 }  // namespace

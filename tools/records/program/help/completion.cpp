@@ -1,4 +1,4 @@
-#include "oxrrec/help/model.hpp"
+#include "records/program/help/model.hpp"
 
 namespace oxr::rec {
 
@@ -14,7 +14,8 @@ std::string joined(const std::vector<std::string>& words) {
 }  // namespace
 
 // The word before the one at hand tells whether a value is wanted: one of a few words, or a file.
-std::string bashCompletion(const std::vector<CommandText>& commands) {
+std::string bashCompletion(const Program& program, const std::vector<CommandText>& commands) {
+  const std::string name = program.name;
   std::string names, options, values;
   for (const CommandText& command : commands) {
     names += command.name + ' ';
@@ -28,9 +29,10 @@ std::string bashCompletion(const std::vector<CommandText>& commands) {
     options += "\" ;;\n";
   }
   std::string subjects = names;
-  for (const Topic& topic : topics())
+  for (const Topic& topic : program.topics)
     subjects += std::string(topic.name) + ' ';
-  return "# bash completion of oxrrec\n_oxrrec() {\n"
+  return "# bash completion of " + name + "\n_" + name +
+         "() {\n"
          "  local current=\"${COMP_WORDS[COMP_CWORD]}\" before=\"${COMP_WORDS[COMP_CWORD - 1]}\"\n"
          "  local command=\"${COMP_WORDS[1]}\" options= words=\n"
          "  if ((COMP_CWORD == 1)); then\n"
@@ -50,7 +52,8 @@ std::string bashCompletion(const std::vector<CommandText>& commands) {
          "    mapfile -t COMPREPLY < <(compgen -W \"$options\" -- \"$current\")\n"
          "  else\n"
          "    mapfile -t COMPREPLY < <(compgen -f -- \"$current\")\n  fi\n}\n"
-         "complete -o filenames -F _oxrrec oxrrec\n";
+         "complete -o filenames -F _" +
+         name + ' ' + name + '\n';
 }
 
 }  // namespace oxr::rec

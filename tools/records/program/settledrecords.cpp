@@ -1,9 +1,9 @@
-#include "oxrrec/framing.hpp"
+#include "records/program/settledrecords.hpp"
 
 namespace oxr::rec {
 
 RecordWorker::Settings settledRecords(const InputOptions& options, const RecordPlan& plan, FileInput& input,
-                                      std::ostream& messages) {
+                                      const Console& console) {
   RecordWorker::Settings settings = options.records;
   if (settings.form.framing != Framing::automatic) return settings;
   const RecordForm layout = recordForm(plan, settings.form);
@@ -18,7 +18,8 @@ RecordWorker::Settings settledRecords(const InputOptions& options, const RecordP
   } catch (const ToolError& error) {
     throw ToolError(input.name() + ": " + error.what());
   }
-  messages << "oxrrec: " << input.name() << ": " << reading.description() << " (" << reading.options() << ")\n";
+  console.messages << console.program << ": " << input.name() << ": " << reading.description() << " ("
+                   << reading.options() << ")\n";
   settings.form.framing = reading.framing;
   settings.form.countsHeader = reading.countsHeader;
   return settings;

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
-#include "oxrrec/console.hpp"
+#include "records/program/console.hpp"
 #include "records/records.hpp"
 
 // The options that commands share, a function a topic. A command's options are a struct of its own that holds those of
@@ -43,6 +44,9 @@ void addUnknownOption(CLI::App& command, OnUnknown& onUnknown);
 // Topic "records": how records lie in a file. Those of the first function tell how long a record is.
 void addLengthOptions(CLI::App& command, RecordOptions& record);
 void addFramingOptions(CLI::App& command, RecordForm& form);
+void addWindowOptions(CLI::App& command, InputWindow& window);
+// Topic "fields", for writing: the byte that stands where no field gives one.
+void addFillerOption(CLI::App& command, std::optional<unsigned char>& filler);
 
 // All that tells what a record holds: the topics copybook, kinds of record and fields, and the lengths.
 void addRecordOptions(CLI::App& command, RecordOptions& record);

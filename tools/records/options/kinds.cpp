@@ -1,5 +1,5 @@
-#include "oxrrec/options/choice.hpp"
-#include "oxrrec/options/options.hpp"
+#include "records/options/choice.hpp"
+#include "records/options/options.hpp"
 
 namespace oxr::rec {
 

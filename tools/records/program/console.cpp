@@ -1,4 +1,4 @@
-#include "oxrrec/console.hpp"
+#include "records/program/console.hpp"
 
 namespace oxr::rec {
 

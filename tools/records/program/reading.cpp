@@ -1,6 +1,6 @@
-#include "oxrrec/reading.hpp"
+#include "records/program/reading.hpp"
 
-#include "oxrrec/framing.hpp"
+#include "records/program/settledrecords.hpp"
 
 namespace oxr::rec {
 
@@ -12,8 +12,8 @@ void tellRecordTaken(const RecordPlan& plan, const Console& console) {
   std::string others;
   for (const std::string& name : plan.recordsNotTaken())
     others += (others.empty() ? "" : ", ") + name;
-  console.messages << "oxrrec: " << plan.layout().fileName << ": all records are read as " << plan.kinds().front().name
-                   << "; --record or --when chooses others: " << others << '\n';
+  console.messages << console.program << ": " << plan.layout().fileName << ": all records are read as "
+                   << plan.kinds().front().name << "; --record or --when chooses others: " << others << '\n';
 }
 
 }  // namespace
@@ -27,7 +27,7 @@ Description::Description(const RecordOptions& options, const Console& console)
 RecordWorker::Owner makeWorker(const RecordPlan& plan, const InputOptions& options, FileInput& input,
                                FaultListener& listener, const Console& console) {
   try {
-    return RecordWorker::make(plan, settledRecords(options, plan, input, console.messages), listener);
+    return RecordWorker::make(plan, settledRecords(options, plan, input, console), listener);
   } catch (const KelException& failure) {
     throw ToolError("CCSID " + std::to_string(plan.forms().front().ccsid) + ": " + faultText(failure));
   }

@@ -1,4 +1,4 @@
-#include "oxrrec/help/model.hpp"
+#include "records/program/help/model.hpp"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -7,30 +7,6 @@
 namespace oxr::rec {
 
 namespace {
-
-constexpr Topic kTopics[] = {
-    {"copybook", "Copybook", "where the layout comes from",
-     "The copybook is a COBOL source text: its level 01 entries, or a whole program whose data division is looked for. "
-     "`oxrrec layout` shows where each field is without a record file."},
-    {"records", "Records", "how records lie in the file",
-     "How records lie in the file. Files from a mainframe keep their headers if they were transferred in binary with "
-     "their record descriptors; without, only records of one length, or such whose counts tell their length, can be "
-     "told from each other."},
-    {"when", "Kinds of record", "several kinds of record in one file",
-     "Several kinds of record in one file: each condition names a field, its values, and the level 01 entry, or the "
-     "group that redefines others, which the record then is.\n"
-     "  --when KIND=1:HEADER --when KIND=2,3:DETAIL --when KIND=*:OTHER"},
-    {"fields", "Fields", "how fields are stored",
-     "How fields are stored, as far as the copybook does not say: the code page of text and digits, the byte order of "
-     "numbers, and what blanks and NULs in the place of a number mean."},
-    {"output", "Output", "what is written, and where to", "What is written, and where to."},
-    {"errors", "Errors", "what becomes of a field that cannot be read",
-     "What becomes of a field that cannot be read. The first 20 are told on standard error, with record, byte, path, "
-     "reason and bytes; `oxrrec explain` shows a whole record."},
-    {"exit-codes", "", "what the exit code tells",
-     "0: all is read. 1: some field or record was bad, whatever --on-error made of it. 2: nothing usable, such as "
-     "options or a copybook that are not understood, or a file that cannot be read or written."},
-};
 
 std::vector<std::string> split(const std::string& text, char separator) {
   std::vector<std::string> parts;
@@ -64,10 +40,6 @@ OptionText textOf(const CLI::Option& option) {
 
 }  // namespace
 
-std::span<const Topic> topics() {
-  return kTopics;
-}
-
 CommandText textOf(const CLI::App& command) {
   CommandText text{command.get_name(), command.get_description(), command.get_footer(), {}};
   for (const CLI::Option* const option : command.get_options())
@@ -75,9 +47,9 @@ CommandText textOf(const CLI::App& command) {
   return text;
 }
 
-std::vector<CommandText> textOfAll() {
+std::vector<CommandText> textOfAll(const Program& program) {
   std::vector<CommandText> texts;
-  for (const Command& command : commands()) {
+  for (const Command& command : program.commands) {
     CLI::App part(command.brief, command.name);
     const Work work = command.prepare(part);  // holds what the options are bound to
     texts.push_back(textOf(part));

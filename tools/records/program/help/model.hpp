@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "oxrrec/commands.hpp"
+#include "records/program/program.hpp"
 
 // What help, man page and completion tell is taken from the options themselves, as the commands add them.
 
@@ -28,26 +28,19 @@ struct CommandText {
   std::vector<OptionText> options;
 };
 
-// A theme that options have in common.
-struct Topic {
-  const char* name;   // as "oxrrec help" takes it
-  const char* title;  // as the options' groups are called
-  const char* brief;
-  const char* text;
-};
-std::span<const Topic> topics();
-
 CommandText textOf(const CLI::App& command);
-std::vector<CommandText> textOfAll();
+std::vector<CommandText> textOfAll(const Program& program);
 // The options of a topic, of all commands, each once.
 std::vector<OptionText> optionsOf(const Topic& topic, const std::vector<CommandText>& commands);
 
-// For people: what `oxrrec --help`, `oxrrec COMMAND --help` and `oxrrec help TOPIC` write.
-std::string overviewHelp(const std::vector<CommandText>& commands);
-std::string commandHelp(const CommandText& command);
+// For people: what `--help`, `COMMAND --help` and `help TOPIC` write. `commands` are the texts of all.
+std::string overviewHelp(const Program& program, const std::vector<CommandText>& commands);
+std::string commandHelp(const Program& program, const CommandText& command);
 std::string topicHelp(const Topic& topic, const std::vector<CommandText>& commands);
-// The man page oxrrec(1), and what bash is to load for completion.
-std::string manPage(const std::vector<CommandText>& commands);
-std::string bashCompletion(const std::vector<CommandText>& commands);
+// The man page, and what bash is to load for completion.
+std::string manPage(const Program& program, const std::vector<CommandText>& commands);
+std::string bashCompletion(const Program& program, const std::vector<CommandText>& commands);
+// "Text." of "text": a brief as a sentence.
+std::string sentence(std::string text);
 
 }  // namespace oxr::rec
