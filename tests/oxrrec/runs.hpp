@@ -67,6 +67,7 @@ inline int runOn(const Console& console, const std::string& arguments) {
   std::istringstream stream(arguments);
   const std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
   std::vector<const char*> pointers;
+  pointers.reserve(words.size());
   for (const std::string& word : words)
     pointers.push_back(word.c_str());
   return run(pointers, console);

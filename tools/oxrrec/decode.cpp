@@ -32,7 +32,7 @@ std::vector<std::string> namedKinds(const std::vector<std::string>& conditions) 
 
 // What does not go together.
 void refuse(const DecodeOptions& options) {
-  if (!options.errors.empty() && options.errors == options.output)
+  if (!options.errors.empty() && isSameOutput(options.errors, options.output))
     throw ToolError("--errors " + options.errors + ": the lines go there already");
   if (options.format != LineFormat::csv) return;
   if (!options.nest.empty()) throw ToolError("--nest is not for --to csv: a row has no records in it");
@@ -43,17 +43,17 @@ void refuse(const DecodeOptions& options) {
 // One run of the command, once the copybook is laid out. What the constructor throws leaves the output untouched.
 class Decoding {
  public:
-  Decoding(const DecodeOptions& options, const Console& console, const RecordPlan& plan)
+  Decoding(const DecodeOptions& options, const Console& console, const Description& description)
       : messages_(console.messages),
         input_(openInput(options.input.path, options.input.window, console)),
         progress_(makeProgress(options, console, input_)),
         badFields_(options.onError, messages_, input_.name(), [this] { progress_.wipe(); }),
-        worker_(makeWorker(plan, options.input, input_, badFields_, console)),
-        output_(openOutput(options.output, {&options.record.copybook.path, 1}, input_.descriptor(), console)),
-        lines_(makeHandler(plan, options)),
+        worker_(makeWorker(description.plan(), options.input, input_, badFields_, console)),
+        output_(description.openOutput(options.output, input_, console)),
+        lines_(makeHandler(description.plan(), options)),
         isFirstRange_(options.input.window.isFromStart()) {
     if (!options.errors.empty()) {
-      badRecords_.emplace(openOutput(options.errors, {&options.record.copybook.path, 1}, input_.descriptor(), console));
+      badRecords_.emplace(description.openOutput(options.errors, input_, console));
       badFields_.setRecords(&*badRecords_, worker_.get());
     }
     if (!options.nest.empty()) nesting_.emplace(options.nest, namedKinds(options.record.plan.conditions));
@@ -210,8 +210,8 @@ Progress makeProgress(const DecodeOptions& options, const Console& console, cons
 int decode(const DecodeOptions& options, const Console& console) {
   refuse(options);
   const Description description(options.record, console);
-  if (options.jobs > 1) return decodeInJobs(options, console, description.plan());
-  return Decoding(options, console, description.plan()).run();
+  if (options.jobs > 1) return decodeInJobs(options, console, description);
+  return Decoding(options, console, description).run();
 }
 
 }  // namespace oxr::rec

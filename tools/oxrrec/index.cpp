@@ -63,7 +63,7 @@ int index(const IndexOptions& options, const Console& console) {
   silent.plan.isSilent = true;
   const Description description(silent, console);
   FileInput input = openInput(options.input.path, options.input.window, console);
-  FileOutput output = openOutput(options.output, {&options.record.copybook.path, 1}, input.descriptor(), console);
+  FileOutput output = description.openOutput(options.output, input, console);
   try {
     output.write(indexOf(options, description.plan(), input, console));
   } catch (const FrameError& error) {

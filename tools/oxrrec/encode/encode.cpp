@@ -20,14 +20,14 @@ class NoFaults : public FaultListener {
 // One run of the command, once the copybook is laid out. What the constructor throws leaves the output untouched.
 class Encoding {
  public:
-  Encoding(const EncodeOptions& options, const Console& console, const RecordPlan& plan)
+  Encoding(const EncodeOptions& options, const Console& console, const Description& description)
       : messages_(console.messages),
         isSkipping_(options.onError == OnError::skip),
         input_(openInput(options.input, {}, console)),
-        worker_(RecordWorker::make(plan, options.records, faults_)),
-        output_(openOutput(options.output, {&options.record.copybook.path, 1}, input_.descriptor(), console)),
+        worker_(RecordWorker::make(description.plan(), options.records, faults_)),
+        output_(description.openOutput(options.output, input_, console)),
         lines_(input_),
-        reader_(plan.names()) {
+        reader_(description.plan().names()) {
     worker_->initializeWrite(nullptr, 0, 0, 0);
   }
 
@@ -95,7 +95,7 @@ int encode(const EncodeOptions& options, const Console& console) {
   if (options.records.form.framing == Framing::automatic)
     throw ToolError("--records auto tells how an input lies; how records are to be written has to be said");
   const Description description(options.record, console);
-  return Encoding(options, console, description.plan()).run();
+  return Encoding(options, console, description).run();
 }
 
 }  // namespace oxr::rec

@@ -135,8 +135,7 @@ int explain(const ExplainOptions& options, const Console& console) {
   record.kind = std::string(worker->kindOfRecord());
   if (record.kind.empty()) record.kind = plan.layout().recordName;
   const bool isPage = !options.page.empty();
-  FileOutput output = openOutput(isPage ? options.page : kStandardStream, {&options.record.copybook.path, 1},
-                                 input.descriptor(), console);
+  FileOutput output = description.openOutput(isPage ? options.page : kStandardStream, input, console);
   output.write(isPage ? explainPage(record) : explainTable(record));
   output.close();
   return isBad(record) ? kBadField : kDone;

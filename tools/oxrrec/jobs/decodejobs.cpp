@@ -39,19 +39,19 @@ class Silent {
 
 class Jobs {
  public:
-  Jobs(const DecodeOptions& options, const Console& console, const RecordPlan& plan)
+  Jobs(const DecodeOptions& options, const Console& console, const Description& description)
       : options_(options),
         console_(console),
-        plan_(plan),
+        plan_(description.plan()),
         input_(openInput(options.input.path, options.input.window, console)),
-        known_(settled(options, plan, input_, console)),
+        known_(settled(options, plan_, input_, console)),
         silent_(options.record, {console.input, console.output, unheard_, false}),
         cutter_(silent_.plan(), known_.records, input_, kChunkBytes, spares_),
         progress_(makeProgress(options, console, input_)),
         badFields_(options.onError, console.messages, input_.name(), [this] { progress_.wipe(); }) {
     for (unsigned i = 0; i < options.jobs; ++i)
-      decoders_.emplace_back(plan, options, known_, input_, *cutter_.start(), spares_, console);
-    output_.emplace(openOutput(options.output, {&options.record.copybook.path, 1}, input_.descriptor(), console));
+      decoders_.emplace_back(plan_, options, known_, input_, *cutter_.start(), spares_, console);
+    output_.emplace(description.openOutput(options.output, input_, console));
   }
 
   // The exit code. Throws OutputError.
@@ -113,12 +113,12 @@ class Jobs {
 
 }  // namespace
 
-int decodeInJobs(const DecodeOptions& options, const Console& console, const RecordPlan& plan) {
+int decodeInJobs(const DecodeOptions& options, const Console& console, const Description& description) {
   if (options.check) throw ToolError("--jobs and --check do not go together: records are checked one after the other");
   if (!options.errors.empty())
     throw ToolError("--jobs and --errors do not go together: bad records are collected one after the other");
   if (!options.nest.empty()) throw ToolError("--jobs and --nest do not go together: children wait for their parent");
-  return Jobs(options, console, plan).run();
+  return Jobs(options, console, description).run();
 }
 
 }  // namespace oxr::rec

@@ -163,7 +163,7 @@ int profile(const ProfileOptions& options, const Console& console) {
   Profiler profiler(plan);
   FileInput input = openInput(options.input.path, options.input.window, console);
   const RecordWorker::Owner worker = makeWorker(plan, options.input, input, profiler, console);
-  FileOutput output = openOutput(options.output, {&options.record.copybook.path, 1}, input.descriptor(), console);
+  FileOutput output = description.openOutput(options.output, input, console);
   NoHandler none;
   worker->setSource(&input);
   worker->initializeParse(-1, nullptr, -1);

@@ -4,11 +4,10 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <filesystem>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include "records/framing/errors.hpp"
@@ -42,20 +41,11 @@ void refuseInputs(const std::string& path, const Status& target, std::span<const
   }
 }
 
-// The file itself, where the path is a link to it.
+// Where the file will lie: links are followed. Its folders, at least, are there, or it cannot be written anyway.
 std::string withoutLinks(const std::string& path) {
-  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), std::free);
-  return real == nullptr ? path : std::string(real.get());
-}
-
-// A new file beside the target; `path` becomes its path.
-FileDescriptor openBeside(std::string& path) {
-  const std::string start = path + '.' + std::to_string(::getpid());
-  for (int i = 0;; ++i) {
-    path = start + (i == 0 ? std::string() : '-' + std::to_string(i)) + ".part";
-    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (fd >= 0 || errno != EEXIST) return FileDescriptor::owned(fd);
-  }
+  std::error_code error;
+  const std::filesystem::path real = std::filesystem::weakly_canonical(path, error);
+  return error ? path : real.string();
 }
 
 }  // namespace
@@ -69,30 +59,18 @@ FileOutput FileOutput::open(const std::string& path, std::span<const std::string
     return FileOutput(std::move(file), path);
   }
   if (status && ::access(path.c_str(), W_OK) != 0) fail(path, errno);
-  const std::string target = withoutLinks(path);
-  std::string temporary = target;
-  FileDescriptor file = openBeside(temporary);
-  if (file.get() < 0) fail(path, errno);
-  FileOutput output(std::move(file), path);
-  output.target_ = target;
+  TemporaryFile temporary(withoutLinks(path));
+  if (temporary.descriptor() < 0) fail(path, errno);
+  FileOutput output(FileDescriptor::owned(temporary.descriptor()), path);
   output.temporary_ = std::move(temporary);
   if (status && ::fchmod(output.file_.get(), status->st_mode & 07777) != 0) fail(path, errno);
   return output;
 }
 
-FileOutput::FileOutput(FileOutput&& other) noexcept
-    : file_(std::move(other.file_)),
-      name_(std::move(other.name_)),
-      target_(std::move(other.target_)),
-      temporary_(std::exchange(other.temporary_, {})) {}
-
-FileOutput::~FileOutput() {
-  discard();
-}
-
-void FileOutput::discard() {
-  if (!temporary_.empty()) ::unlink(temporary_.c_str());
-  temporary_.clear();
+bool FileOutput::isSame(const std::string& path, const std::string& other) {
+  const std::optional<Status> a = statusOf(path), b = statusOf(other);
+  if (a && b) return rec::isSame(*a, *b);
+  return !a && !b && withoutLinks(path) == withoutLinks(other);
 }
 
 void FileOutput::write(std::string_view bytes) {
@@ -107,9 +85,7 @@ void FileOutput::write(std::string_view bytes) {
 
 void FileOutput::close() {
   if (file_.close() != 0) fail(name_, errno);
-  if (temporary_.empty()) return;
-  if (::rename(temporary_.c_str(), target_.c_str()) != 0) fail(name_, errno);
-  temporary_.clear();
+  if (!temporary_.keep()) fail(name_, errno);
 }
 
 }  // namespace oxr::rec

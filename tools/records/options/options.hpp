@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "records/program/console.hpp"
 #include "records/records.hpp"
@@ -25,6 +26,7 @@ struct CopybookSource {
 struct RecordOptions {
   CopybookSource copybook;
   RecordPlan::Options plan;
+  std::vector<std::string> settingFiles{};  // those that settings of fields were read from
 };
 
 // A record file, and how its records lie.

@@ -99,7 +99,8 @@ void addNumberOptions(CLI::App& command, PhysicalForm& form) {
       ->group(kFields);
 }
 
-void addSettingOptions(CLI::App& command, std::vector<std::string>& settings) {
+void addSettingOptions(CLI::App& command, RecordOptions& record) {
+  std::vector<std::string>& settings = record.plan.fieldSettings;
   command
       .add_option_function<std::vector<std::string>>(
           "--field",
@@ -115,8 +116,9 @@ void addSettingOptions(CLI::App& command, std::vector<std::string>& settings) {
   command
       .add_option_function<std::string>(
           "--fields",
-          [&settings](const std::string& path) {
+          [&settings, &files = record.settingFiles](const std::string& path) {
             try {
+              files.push_back(path);
               const std::vector<std::string> read = readFieldSettingsFile(path);
               settings.insert(settings.begin(), read.begin(), read.end());
             } catch (const PlanError& error) {
@@ -135,7 +137,7 @@ void addRecordOptions(CLI::App& command, RecordOptions& record) {
   addKindOptions(command, record);
   addFieldOptions(command, record);
   addNumberOptions(command, record.plan.form);
-  addSettingOptions(command, record.plan.fieldSettings);
+  addSettingOptions(command, record);
   addLengthOptions(command, record);
 }
 

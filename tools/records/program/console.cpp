@@ -16,4 +16,8 @@ FileOutput openOutput(const std::string& path, const Console& console) {
   return openOutput(path, {}, -1, console);
 }
 
+bool isSameOutput(const std::string& path, const std::string& other) {
+  return path == kStandardStream || other == kStandardStream ? path == other : FileOutput::isSame(path, other);
+}
+
 }  // namespace oxr::rec

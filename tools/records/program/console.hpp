@@ -33,5 +33,7 @@ FileInput openInput(const std::string& path, const InputWindow& window, const Co
 FileOutput openOutput(const std::string& path, std::span<const std::string> inputs, int input, const Console& console);
 // The same where nothing is read.
 FileOutput openOutput(const std::string& path, const Console& console);
+// Whether both are standard output, or lead to the same file.
+bool isSameOutput(const std::string& path, const std::string& other);
 
 }  // namespace oxr::rec

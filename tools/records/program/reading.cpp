@@ -20,8 +20,14 @@ void tellRecordTaken(const RecordPlan& plan, const Console& console) {
 
 Description::Description(const RecordOptions& options, const Console& console)
     : plan_(Copybook::readFile(options.copybook.path, options.copybook.options), options.copybook.options.record,
-            options.plan) {
+            options.plan),
+      files_(plan_.layout().fileNames) {
+  files_.insert(files_.end(), options.settingFiles.begin(), options.settingFiles.end());
   tellRecordTaken(plan_, console);
+}
+
+FileOutput Description::openOutput(const std::string& path, const FileInput& input, const Console& console) const {
+  return rec::openOutput(path, files_, input.descriptor(), console);
 }
 
 RecordWorker::Owner makeWorker(const RecordPlan& plan, const InputOptions& options, FileInput& input,

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "records/options/options.hpp"
 
 namespace oxr::rec {
@@ -11,9 +14,13 @@ class Description {
   Description(const RecordOptions& options, const Console& console);
 
   const RecordPlan& plan() const { return plan_; }
+  // Where a result goes. Throws OutputError if that is a file which the command reads: the input, the copybook, a text
+  // that it copies, settings of fields.
+  FileOutput openOutput(const std::string& path, const FileInput& input, const Console& console) const;
 
  private:
   const RecordPlan plan_;
+  std::vector<std::string> files_;  // that it was made of
 };
 
 // A worker for the input, of which nothing was read yet. If the options leave it to the program how the records lie,
