@@ -14,6 +14,11 @@ RecordCutter::RecordCutter(const RecordPlan& plan, const RecordWorker::Settings&
   keepStart();
 }
 
+RecordCutter::RecordCutter(const RecordForm& form, BufferSource& input, std::size_t size, Spares& spares)
+    : input_(input), size_(size), spares_(spares), walk_(form, *this) {
+  keepStart();
+}
+
 void RecordCutter::keepStart() {
   start_.size = input_.totalSize();
   if (!start_.size) return;
@@ -44,7 +49,8 @@ void RecordCutter::keepUpTo(std::uint64_t position) {
 std::optional<Chunk> RecordCutter::next() {
   if (isAtEnd_) return std::nullopt;
   const std::uint64_t begin = walk_.position();
-  Chunk chunk{{}, {input_.origin().bytes + begin, input_.origin().records + walk_.records()}, nullptr};
+  Chunk chunk;
+  chunk.origin = {input_.origin().bytes + begin, input_.origin().records + walk_.records()};
   gather(chunk);
   return chunk.bytes.empty() && !chunk.failure ? std::nullopt : std::optional(std::move(chunk));
 }
@@ -52,14 +58,17 @@ std::optional<Chunk> RecordCutter::next() {
 // `kept_` may hold bytes of a record that is not passed yet, beyond the end of the chunk.
 void RecordCutter::gather(Chunk& chunk) {
   const std::uint64_t begin = walk_.position();
+  const std::uint64_t first = walk_.records();
   std::uint64_t end = begin;
+  const auto isFull = [&] { return walk_.position() - begin >= size_ || walk_.records() - first >= mostRecords_; };
   try {
-    while (!isAtEnd_ && (walk_.position() - begin < size_ || !walk_.isAtStart()))
+    while (!isAtEnd_ && (!isFull() || !walk_.isAtStart()))
       isAtEnd_ = !walk_.step();
     end = walk_.position();
     if (end > keptUpTo_) keepUpTo(end);
-  } catch (const FrameError&) {
+  } catch (const FrameError& error) {
     isAtEnd_ = true;
+    chunk.fault = error.what();
     end = bufferAt_ + bufferSize_;
     if (end > keptUpTo_) keepUpTo(end);
   } catch (const ToolError&) {
@@ -68,6 +77,8 @@ void RecordCutter::gather(Chunk& chunk) {
     kept_ += ahead_;
     end = begin + kept_.size();
   }
+  chunk.records = walk_.records() - first;
+  chunk.whole = walk_.position() - begin;
   chunk.bytes = std::exchange(kept_, spares_.take());
   kept_.assign(chunk.bytes, end - begin);
   chunk.bytes.resize(end - begin);

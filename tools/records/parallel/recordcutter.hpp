@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,6 +16,9 @@ struct Chunk {
   std::string bytes;
   Origin origin;
   std::exception_ptr failure;  // what reading the bytes after it gave, if that failed
+  std::uint64_t records = 0;   // that are whole
+  std::uint64_t whole = 0;     // bytes of those
+  std::string fault;           // why what comes after those is no record; empty unless this is the last chunk
 };
 
 // A chunk as an input of its own.
@@ -42,6 +46,11 @@ class RecordCutter : private BufferSource {
   RecordCutter(const RecordPlan& plan, const RecordWorker::Settings& settings, BufferSource& input, std::size_t size,
                Spares& spares);
 
+  // The same for records whose ends the form alone tells.
+  RecordCutter(const RecordForm& form, BufferSource& input, std::size_t size, Spares& spares);
+
+  // From now on chunks have no more records than this, unless one may not begin after them.
+  void setMostRecords(std::uint64_t most) { mostRecords_ = most; }
   // The next chunk, nothing at the end.
   std::optional<Chunk> next();
   // Of the input: no bytes where its size is not known at once.
@@ -58,6 +67,7 @@ class RecordCutter : private BufferSource {
 
   BufferSource& input_;
   const std::size_t size_;
+  std::uint64_t mostRecords_ = std::numeric_limits<std::uint64_t>::max();
   Spares& spares_;
   std::vector<unsigned char> startBytes_;
   InputStart start_;

@@ -24,6 +24,8 @@ RecordWalk::RecordWalk(const RecordPlan& plan, const RecordWorker::Settings& set
   worker_->setFIHandler(silence_.get(), false);
 }
 
+RecordWalk::RecordWalk(const RecordForm& form, BufferSource& source) : source_(source), reader_(form) {}
+
 RecordWalk::~RecordWalk() = default;
 
 bool RecordWalk::step() {

@@ -12,6 +12,8 @@ class RecordWalk {
   // The plan need not show anything: RecordPlan::Options::isSilent saves time. All must outlive the object. The input
   // begins with what the source gives next. Throws what RecordWorker::make throws.
   RecordWalk(const RecordPlan& plan, const RecordWorker::Settings& settings, BufferSource& source);
+  // The same for records whose ends the form alone tells.
+  RecordWalk(const RecordForm& form, BufferSource& source);
   ~RecordWalk();
 
   // Goes past the next record; false if there is none. Throws FrameError where the next record cannot be found.

@@ -1,0 +1,179 @@
+#include "oxrmq/amqp/connection.hpp"
+
+#include <new>
+
+namespace oxr::mq {
+
+namespace {
+
+constexpr amqp_channel_t kChannel = 1;
+constexpr std::chrono::seconds kLeaveTimeout{2};
+
+timeval timevalOf(std::chrono::milliseconds time) {
+  timeval value;
+  value.tv_sec = time.count() / 1000;
+  value.tv_usec = time.count() % 1000 * 1000;
+  return value;
+}
+
+}  // namespace
+
+Connection::Connection(const Address& address, const ConnectionSettings& settings)
+    : shown_(shown(address)), state_(amqp_new_connection()) {
+  if (!state_) throw std::bad_alloc();
+  open(address, settings);
+  login(address, settings);
+  const timeval timeout = timevalOf(settings.timeout);
+  check(amqp_set_rpc_timeout(state_.get(), &timeout), "setting a time limit");
+  amqp_channel_open(state_.get(), kChannel);
+  check(amqp_get_rpc_reply(state_.get()), "opening a channel");
+  amqp_confirm_select(state_.get(), kChannel);
+  check(amqp_get_rpc_reply(state_.get()), "asking for confirmations");
+}
+
+Connection::~Connection() = default;
+
+void Connection::failed(int status, const std::string& doing) const {
+  if (status == AMQP_STATUS_NO_MEMORY) throw std::bad_alloc();
+  const std::string text = shown_ + ": " + doing + ": " + amqp_error_string2(status);
+  if (status == AMQP_STATUS_SSL_HOSTNAME_VERIFY_FAILED || status == AMQP_STATUS_SSL_PEER_VERIFY_FAILED)
+    throw BrokerRefused(text);
+  throw BrokerGone(text);
+}
+
+void Connection::check(int status, const char* doing) const {
+  if (status != AMQP_STATUS_OK) failed(status, doing);
+}
+
+// The broker closes the channel or the connection. Both methods begin with a code and a text.
+void Connection::closed(const amqp_method_t& method, const std::string& doing) const {
+  std::uint16_t code = 0;
+  std::string_view why = "closed without a reason";
+  if (method.id == AMQP_CHANNEL_CLOSE_METHOD) {
+    const auto& close = *static_cast<const amqp_channel_close_t*>(method.decoded);
+    code = close.reply_code;
+    why = textOf(close.reply_text);
+  } else if (method.id == AMQP_CONNECTION_CLOSE_METHOD) {
+    const auto& close = *static_cast<const amqp_connection_close_t*>(method.decoded);
+    code = close.reply_code;
+    why = textOf(close.reply_text);
+  }
+  const std::string text = shown_ + ": " + doing + ": " + std::string(why);
+  if (isRefusal(code, why)) throw BrokerRefused(text);
+  throw BrokerGone(text);
+}
+
+void Connection::check(const amqp_rpc_reply_t& reply, const std::string& doing) const {
+  if (reply.reply_type == AMQP_RESPONSE_NORMAL) return;
+  if (reply.reply_type == AMQP_RESPONSE_SERVER_EXCEPTION) closed(reply.reply, doing);
+  failed(reply.reply_type == AMQP_RESPONSE_LIBRARY_EXCEPTION ? reply.library_error : AMQP_STATUS_CONNECTION_CLOSED,
+         doing);
+}
+
+void Connection::requireQueue(const std::string& name) {
+  amqp_queue_declare(state_.get(), kChannel, bytesOf(name), 1, 0, 0, 0, amqp_empty_table);
+  check(amqp_get_rpc_reply(state_.get()), "queue " + name);
+}
+
+void Connection::requireExchange(const std::string& name) {
+  amqp_exchange_declare(state_.get(), kChannel, bytesOf(name), bytesOf("direct"), 1, 0, 0, 0, amqp_empty_table);
+  check(amqp_get_rpc_reply(state_.get()), "exchange " + name);
+}
+
+void Connection::declareQueue(const std::string& name, const std::string& type, std::int64_t mostMessages) {
+  Properties arguments;
+  arguments.setHeader("x-queue-type", type);
+  if (mostMessages != 0) {
+    arguments.setHeader("x-max-length", mostMessages);
+    arguments.setHeader("x-overflow", std::string_view("reject-publish"));
+  }
+  amqp_queue_declare(state_.get(), kChannel, bytesOf(name), 0, 1, 0, 0, arguments.raw().headers);
+  check(amqp_get_rpc_reply(state_.get()), "declaring queue " + name);
+}
+
+void Connection::consume(const std::string& queue, std::uint16_t prefetch) {
+  amqp_basic_qos(state_.get(), kChannel, 0, prefetch, 0);
+  check(amqp_get_rpc_reply(state_.get()), "setting the prefetch");
+  // The name of the queue is what its deliveries are marked with.
+  amqp_basic_consume(state_.get(), kChannel, bytesOf(queue), bytesOf(queue), 0, 0, 0, amqp_empty_table);
+  check(amqp_get_rpc_reply(state_.get()), "queue " + queue);
+}
+
+std::optional<Event> Connection::next(std::chrono::milliseconds wait) {
+  amqp_maybe_release_buffers(state_.get());
+  const timeval timeout = timevalOf(wait);
+  amqp_frame_t frame;
+  const int status = amqp_simple_wait_frame_noblock(state_.get(), &frame, &timeout);
+  if (status == AMQP_STATUS_TIMEOUT) return std::nullopt;
+  check(status, "waiting for the broker");
+  return frame.frame_type == AMQP_FRAME_METHOD ? eventOf(frame) : std::nullopt;
+}
+
+std::optional<Event> Connection::eventOf(const amqp_frame_t& frame) {
+  const void* const decoded = frame.payload.method.decoded;
+  switch (frame.payload.method.id) {
+    case AMQP_BASIC_DELIVER_METHOD: {
+      const auto& method = *static_cast<const amqp_basic_deliver_t*>(decoded);
+      Delivery delivery{method.delivery_tag, method.redelivered != 0, std::string(textOf(method.consumer_tag)), {}};
+      delivery.message = readMessage(frame.channel);
+      return Event(std::move(delivery));
+    }
+    case AMQP_BASIC_ACK_METHOD: {
+      const auto& method = *static_cast<const amqp_basic_ack_t*>(decoded);
+      return Answer{method.delivery_tag, method.multiple != 0, true};
+    }
+    case AMQP_BASIC_NACK_METHOD: {
+      const auto& method = *static_cast<const amqp_basic_nack_t*>(decoded);
+      return Answer{method.delivery_tag, method.multiple != 0, false};
+    }
+    case AMQP_BASIC_RETURN_METHOD: {
+      const auto& method = *static_cast<const amqp_basic_return_t*>(decoded);
+      Returned returned{std::string(textOf(method.reply_text))};
+      readMessage(frame.channel);
+      return returned;
+    }
+    case AMQP_CONNECTION_BLOCKED_METHOD:
+      return Blocked{std::string(textOf(static_cast<const amqp_connection_blocked_t*>(decoded)->reason))};
+    case AMQP_CONNECTION_UNBLOCKED_METHOD:
+      return Blocked{};
+    case AMQP_BASIC_CANCEL_METHOD: {
+      const auto& method = *static_cast<const amqp_basic_cancel_t*>(decoded);
+      throw BrokerGone(shown_ + ": queue " + std::string(textOf(method.consumer_tag)) + " gives no more messages");
+    }
+    case AMQP_CHANNEL_CLOSE_METHOD:
+    case AMQP_CONNECTION_CLOSE_METHOD:
+      closed(frame.payload.method, "the broker ends the connection");
+    default:
+      return std::nullopt;
+  }
+}
+
+Message Connection::readMessage(amqp_channel_t channel) {
+  amqp_message_t message;
+  check(amqp_read_message(state_.get(), channel, &message, 0), "reading a message");
+  return Message(message);
+}
+
+void Connection::acknowledgeUpTo(std::uint64_t tag) {
+  check(amqp_basic_ack(state_.get(), kChannel, tag, 1), "acknowledging a message");
+}
+
+void Connection::giveBack(std::uint64_t tag) {
+  check(amqp_basic_nack(state_.get(), kChannel, tag, 0, 1), "giving a message back");
+}
+
+std::uint64_t Connection::publish(const Target& target, Properties& properties, std::string_view body) {
+  constexpr amqp_boolean_t kMustReachQueue = 1, kIsImmediate = 0;
+  check(amqp_basic_publish(state_.get(), kChannel, bytesOf(target.exchange), bytesOf(target.key), kMustReachQueue,
+                           kIsImmediate, &properties.raw(), bytesOf(body)),
+        "publishing a message");
+  return ++published_;
+}
+
+void Connection::close() noexcept {
+  const timeval timeout = timevalOf(kLeaveTimeout);
+  amqp_set_rpc_timeout(state_.get(), &timeout);
+  amqp_connection_close(state_.get(), AMQP_REPLY_SUCCESS);
+}
+
+}  // namespace oxr::mq

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <amqp.h>
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <variant>
+
+#include "oxrmq/amqp/address.hpp"
+#include "oxrmq/amqp/errors.hpp"
+#include "oxrmq/amqp/message.hpp"
+#include "oxrmq/amqp/properties.hpp"
+
+namespace oxr::mq {
+
+// How a connection is made, beside the address.
+struct ConnectionSettings {
+  std::string name;  // by which the broker's lists show it
+  std::chrono::seconds heartbeat{30};
+  std::chrono::seconds timeout{15};  // for the connection, and for each answer of the broker
+  // Of amqps: the certificates to trust, and this side's own with its key; paths of PEM files.
+  std::string trusted{};
+  std::string certificate{};
+  std::string key{};
+  bool isVerified = true;  // the broker's certificate and the name in it
+};
+
+// What the broker tells.
+
+// It has taken the message, or all messages up to it; or it has not, and they are to be published again.
+struct Answer {
+  std::uint64_t number = 0;  // as publish() gave it
+  bool isForAllBefore = false;
+  bool isTaken = true;
+};
+// A message went to no queue. Its answer follows.
+struct Returned {
+  std::string text;
+};
+// It takes no messages until further notice, or takes them again: then there is no reason.
+struct Blocked {
+  std::optional<std::string> reason;
+};
+using Event = std::variant<Delivery, Answer, Returned, Blocked>;
+
+// A connection to a broker with one channel on it, on which messages come in and are published with confirmation.
+//
+// Serves one thread. Each operation throws BrokerGone if the connection is lost and BrokerRefused if the broker closes
+// it because of what was asked; the object is of no more use then. What was taken and not acknowledged goes back to
+// its queue when the object goes.
+class Connection {
+ public:
+  // Connects and logs in. Throws ToolError for files of certificates that cannot be used.
+  Connection(const Address& address, const ConnectionSettings& settings);
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  ~Connection();
+
+  // Throws BrokerRefused if there is no queue, or exchange, of the name.
+  void requireQueue(const std::string& name);
+  void requireExchange(const std::string& name);
+  // Makes a durable queue, unless there is one. `type` is "classic" or "quorum"; of a full queue with `mostMessages`
+  // new messages are not taken (0: it is never full).
+  void declareQueue(const std::string& name, const std::string& type, std::int64_t mostMessages = 0);
+
+  // From now on the queue's messages come in, `prefetch` unacknowledged ones of each queue at most.
+  void consume(const std::string& queue, std::uint16_t prefetch);
+  // The next event, nothing after `wait` without one. Throws std::bad_alloc for a message that memory does not hold;
+  // the object is then of no more use either.
+  std::optional<Event> next(std::chrono::milliseconds wait);
+  // Acknowledges the delivery, and all before it.
+  void acknowledgeUpTo(std::uint64_t tag);
+  // Gives a delivery back to its queue.
+  void giveBack(std::uint64_t tag);
+
+  // Publishes a message, for which an Answer comes; the result is its number. Body and properties may go afterwards.
+  std::uint64_t publish(const Target& target, Properties& properties, std::string_view body);
+
+  // Leaves in good order, as far as that can be done in a short time.
+  void close() noexcept;
+
+ private:
+  struct Release {
+    void operator()(amqp_connection_state_t state) const { amqp_destroy_connection(state); }
+  };
+  using State = std::unique_ptr<std::remove_pointer_t<amqp_connection_state_t>, Release>;
+
+  void open(const Address& address, const ConnectionSettings& settings);
+  void login(const Address& address, const ConnectionSettings& settings);
+  void check(const amqp_rpc_reply_t& reply, const std::string& doing) const;
+  void check(int status, const char* doing) const;
+  std::optional<Event> eventOf(const amqp_frame_t& frame);
+  Message readMessage(amqp_channel_t channel);
+  [[noreturn]] void closed(const amqp_method_t& method, const std::string& doing) const;
+  [[noreturn]] void failed(int status, const std::string& doing) const;
+
+  const std::string shown_;  // the address
+  State state_;
+  std::uint64_t published_ = 0;
+};
+
+}  // namespace oxr::mq

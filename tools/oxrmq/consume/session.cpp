@@ -1,0 +1,191 @@
+#include "oxrmq/consume/session.hpp"
+
+#include <new>
+#include <utility>
+
+namespace oxr::mq {
+
+namespace {
+
+constexpr std::chrono::milliseconds kLook{200};  // so soon it is seen that an end is asked for
+constexpr std::chrono::milliseconds kNoMemoryPause{1000};
+constexpr char kBrokersOwn[] = "x-";  // what headers begin with that brokers write
+
+std::uint64_t headerOr(const amqp_basic_properties_t& properties, const char* name, std::uint64_t otherwise) {
+  const std::optional<std::int64_t> value = integerHeader(properties, name);
+  return value && *value >= 0 ? static_cast<std::uint64_t>(*value) : otherwise;
+}
+
+// What comes before the message in its file.
+rec::Origin originOf(const amqp_basic_properties_t& properties) {
+  const std::uint64_t first = headerOr(properties, kRecordHeader, 1);
+  return {headerOr(properties, kOffsetHeader, 0), first == 0 ? 0 : first - 1};
+}
+
+std::optional<Fault> faultOf(const Message& message, const Conversion& conversion) {
+  const std::string type(contentTypeOf(message.properties()));
+  const std::string encoding(contentEncodingOf(message.properties()));
+  if (!conversion.takes(type)) return Fault{"messages of the content type " + type + " are not converted"};
+  if (!encoding.empty()) return Fault{"messages of the content encoding " + encoding + " are not converted"};
+  if (message.body().empty()) return Fault{"the message is empty"};
+  return std::nullopt;
+}
+
+}  // namespace
+
+ConsumerSession::ConsumerSession(const Surroundings& around, const Route& route, Conversion& conversion,
+                                 Connection& connection, Backoff& pauses)
+    : around_(around),
+      route_(route),
+      conversion_(conversion),
+      connection_(connection),
+      pauses_(pauses),
+      notTakenPauses_(pauses) {}
+
+void ConsumerSession::run() {
+  prepare();
+  while (!isDone()) {
+    const bool isReady = mayConvert();
+    drain(isReady ? std::chrono::milliseconds(0) : kLook);
+    acknowledge();
+    if (!mayConvert()) continue;
+    Delivery delivery = std::move(waiting_.front());
+    waiting_.pop_front();
+    work(std::move(delivery));
+  }
+}
+
+void ConsumerSession::prepare() {
+  for (const std::string& queue : route_.queues)
+    prepareQueue(around_.options, connection_, queue);
+  prepareTarget(around_.options, connection_, route_.output);
+  prepareTarget(around_.options, connection_, route_.errors);
+  for (const std::string& queue : route_.queues)
+    connection_.consume(queue, route_.prefetch);
+}
+
+bool ConsumerSession::isDone() {
+  if (!around_.stop.isAsked()) return false;
+  if (!end_) end_ = Clock::now() + std::chrono::seconds(around_.options.grace);
+  return published_.size() == 0 || Clock::now() >= *end_;
+}
+
+bool ConsumerSession::mayConvert() const {
+  return !waiting_.empty() && !isBlocked_ && !around_.stop.isAsked() && Clock::now() >= notBefore_;
+}
+
+// Takes all that the broker has sent, and waits for the first of it.
+void ConsumerSession::drain(std::chrono::milliseconds wait) {
+  const Stopwatch watch(around_.counters.waitingNanoseconds);
+  while (std::optional<Event> event = connection_.next(wait)) {
+    std::visit([this](auto& given) { take(std::move(given)); }, *event);
+    wait = std::chrono::milliseconds(0);
+  }
+}
+
+void ConsumerSession::take(Delivery delivery) {
+  ++around_.counters.messagesIn;
+  around_.counters.bytesIn += delivery.message.body().size();
+  if (delivery.isRedelivered) ++around_.counters.redeliveries;
+  acknowledgements_.taken(delivery.tag);
+  waiting_.push_back(std::move(delivery));
+}
+
+void ConsumerSession::take(const Answer& answer) {
+  for (InHand& inHand : published_.settle(answer.number, answer.isForAllBefore)) {
+    if (!answer.isTaken) {
+      ++around_.counters.notTaken;
+      waiting_.push_back(std::move(inHand.delivery));
+      continue;
+    }
+    acknowledgements_.done(inHand.delivery.tag);
+    ++(inHand.isFault ? around_.counters.messagesFailed : around_.counters.messagesOut);
+    around_.counters.records += inHand.records;
+    around_.counters.bytesOut += inHand.bytes;
+  }
+  if (answer.isTaken) {
+    pauses_.reset();
+    notTakenPauses_.reset();
+  } else if (Clock::now() >= notBefore_) {
+    const Backoff::Pause pause = notTakenPauses_.next();
+    notBefore_ = Clock::now() + pause;
+    if (pause > Backoff::kFirst)
+      around_.log.tell("the broker takes no message for " + shown(route_.output) + " or " + shown(route_.errors) +
+                       " at present; trying again");
+  }
+}
+
+void ConsumerSession::take(const Returned& returned) {
+  throw BrokerRefused(shown(route_.output) + " or " + shown(route_.errors) + " leads to no queue: " + returned.text +
+                      "; the message went back to its queue");
+}
+
+void ConsumerSession::take(const Blocked& blocked) {
+  isBlocked_ = blocked.reason.has_value();
+  if (isBlocked_) ++around_.counters.blocked;
+  around_.log.tell(isBlocked_ ? "the broker asks for a pause: " + *blocked.reason : "the broker goes on");
+}
+
+void ConsumerSession::acknowledge() {
+  if (const std::optional<std::uint64_t> tag = acknowledgements_.next()) connection_.acknowledgeUpTo(*tag);
+}
+
+void ConsumerSession::work(Delivery delivery) {
+  const std::uint64_t tag = delivery.tag;
+  try {
+    const Converted made = converted(delivery);
+    around_.counters.badFields += made.badFields;
+    if (made.fault)
+      publishFault(std::move(delivery), *made.fault);
+    else if (made.output.size() > route_.longestMessage)
+      publishFault(std::move(delivery), {"the message would become one of " + std::to_string(made.output.size()) +
+                                         " bytes, more than the broker takes"});
+    else if (!made.output.empty())
+      publishOutput(std::move(delivery), made);
+    else
+      acknowledgements_.done(tag);
+  } catch (const std::bad_alloc&) {
+    around_.log.tell("out of memory; a message went back to its queue");
+    ++around_.counters.givenBack;
+    acknowledgements_.returned(tag);
+    connection_.giveBack(tag);
+    notBefore_ = Clock::now() + kNoMemoryPause;
+  }
+}
+
+Converted ConsumerSession::converted(const Delivery& delivery) {
+  const Stopwatch watch(around_.counters.convertingNanoseconds);
+  if (std::optional<Fault> fault = faultOf(delivery.message, conversion_))
+    return {.output = {}, .badFields = 0, .fault = std::move(fault)};
+  return conversion_.convert(delivery.message.body(), originOf(delivery.message.properties()));
+}
+
+void ConsumerSession::publishOutput(Delivery delivery, const Converted& made) {
+  Properties properties(delivery.message.properties());
+  properties.dropHeaders(kBrokersOwn);
+  properties.setContentType(conversion_.outputType());
+  publish(std::move(delivery), route_.output, properties, made.output, made.records, false);
+}
+
+void ConsumerSession::publishFault(Delivery delivery, const Fault& fault) {
+  Properties properties(delivery.message.properties());
+  properties.dropExpiration();
+  properties.setHeader("oxr-fault", fault.reason);
+  properties.setHeader("oxr-fault-queue", delivery.queue);
+  if (fault.number != 0) properties.setHeader("oxr-fault-number", fault.number);
+  if (!fault.path.empty()) properties.setHeader("oxr-fault-path", fault.path);
+  if (fault.record) properties.setHeader("oxr-fault-record", static_cast<std::int64_t>(*fault.record));
+  if (fault.offset) properties.setHeader("oxr-fault-byte", static_cast<std::int64_t>(*fault.offset));
+  const auto body = delivery.message.body();
+  publish(std::move(delivery), route_.errors, properties, {reinterpret_cast<const char*>(body.data()), body.size()}, 0,
+          true);
+}
+
+void ConsumerSession::publish(Delivery delivery, const Target& target, Properties& properties, std::string_view body,
+                              std::uint64_t records, bool isFault) {
+  const Stopwatch watch(around_.counters.publishingNanoseconds);
+  const std::uint64_t number = connection_.publish(target, properties, body);
+  published_.add(number, {std::move(delivery), records, body.size(), isFault});
+}
+
+}  // namespace oxr::mq

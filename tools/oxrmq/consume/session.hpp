@@ -1,0 +1,81 @@
+#pragma once
+
+#include <chrono>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "oxrmq/amqp/acknowledgements.hpp"
+#include "oxrmq/amqp/backoff.hpp"
+#include "oxrmq/amqp/confirms.hpp"
+#include "oxrmq/convert/conversion.hpp"
+#include "oxrmq/reconnecting.hpp"
+
+namespace oxr::mq {
+
+// What a consumer takes, and where it puts what it makes of it.
+struct Route {
+  std::vector<std::string> queues;
+  Target output;
+  Target errors;
+  std::uint16_t prefetch = 16;               // messages of each queue in hand at most
+  std::uint64_t longestMessage = 134217728;  // bytes that the broker takes
+};
+
+// The work of a consumer on one connection: each message is converted, its output is published under the same id, and
+// the message is acknowledged once the broker has confirmed the output. Whatever ends it before, the message comes
+// again.
+//
+// Nothing is kept of an output: if the broker does not take it, the message is converted again after a pause. Where the
+// broker asks for a pause, messages wait here, no more than the prefetch.
+class ConsumerSession {
+ public:
+  ConsumerSession(const Surroundings& around, const Route& route, Conversion& conversion, Connection& connection,
+                  Backoff& pauses);
+
+  // Returns when an end is asked for and what was in hand is done, or cannot be done in time. Throws BrokerGone and
+  // BrokerRefused.
+  void run();
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  void prepare();
+  bool isDone();
+  bool mayConvert() const;
+  void drain(std::chrono::milliseconds wait);
+  void take(Delivery delivery);
+  void take(const Answer& answer);
+  void take(const Returned& returned);
+  void take(const Blocked& blocked);
+  void acknowledge();
+  void work(Delivery delivery);
+  Converted converted(const Delivery& delivery);
+  void publishOutput(Delivery delivery, const Converted& converted);
+  void publishFault(Delivery delivery, const Fault& fault);
+  void publish(Delivery delivery, const Target& target, Properties& properties, std::string_view body,
+               std::uint64_t records, bool isFault);
+
+  // A message whose output is on its way.
+  struct InHand {
+    Delivery delivery;
+    std::uint64_t records = 0;
+    std::uint64_t bytes = 0;
+    bool isFault = false;
+  };
+
+  const Surroundings& around_;
+  const Route& route_;
+  Conversion& conversion_;
+  Connection& connection_;
+  Backoff& pauses_;
+  Backoff notTakenPauses_;
+  std::deque<Delivery> waiting_;  // not converted yet, or to be converted again
+  ConfirmWindow<InHand> published_;
+  Acknowledgements acknowledgements_;
+  bool isBlocked_ = false;
+  Clock::time_point notBefore_{};         // no conversion before that
+  std::optional<Clock::time_point> end_;  // when the work is given up
+};
+
+}  // namespace oxr::mq

@@ -1,0 +1,67 @@
+#include "oxrmq/convert/decoding.hpp"
+
+#include <utility>
+
+#include "oxrmq/convert/bodysource.hpp"
+
+namespace oxr::mq {
+
+Decoding::Decoding(const rec::RecordPlan& plan, const Settings& settings)
+    : onError_(settings.onError),
+      worker_(rec::RecordWorker::make(plan, settings.records, *this)),
+      lines_(plan.names(), settings.json) {
+  worker_->setFIHandler(&lines_, false);
+}
+
+bool Decoding::takes(std::string_view contentType) const {
+  return contentType.empty() || contentType == kRecordsType;
+}
+
+Converted Decoding::convert(std::span<const unsigned char> body, rec::Origin origin) {
+  converted_ = {};
+  lines_.clear();
+  isRecordBad_ = false;
+  BodySource source(body, origin);
+  try {
+    readAll(source);
+    converted_.output = lines_.lines();
+  } catch (const rec::FieldError&) {
+    lines_.discardUnfinished();  // the fault was kept when it was told
+  } catch (const rec::FrameError& error) {
+    lines_.discardUnfinished();
+    converted_.fault = {.reason = error.what(), .record = origin.records + worker_->recordsRead()};
+  }
+  return std::move(converted_);
+}
+
+void Decoding::readAll(rec::BufferSource& source) {
+  worker_->setSource(&source);
+  worker_->initializeParse(-1, nullptr, -1);
+  worker_->parseFirst(source.slide(0, 1), nullptr, true, 0, -1);
+  finishRecord();
+  while (worker_->hasNext()) {
+    worker_->parseNext();
+    finishRecord();
+  }
+}
+
+void Decoding::finishRecord() {
+  ++converted_.records;
+  if (!std::exchange(isRecordBad_, false) || onError_ != OnError::skip) return;
+  lines_.discard();
+  --converted_.records;
+}
+
+bool Decoding::goOnAfter(const rec::FieldFault& fault) {
+  ++converted_.badFields;
+  isRecordBad_ = true;
+  if (onError_ != OnError::fails) return true;
+  converted_.fault = {.reason = fault.reasonText(),
+                      .path = fault.path(),
+                      .number = fault.reason.message,
+                      .record = fault.record,
+                      .offset = fault.offset};
+  return false;
+}
+
+}  // namespace oxr::mq

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "growingbytebuffer.hpp"
+#include "oxrmq/convert/decoding.hpp"
+
+namespace oxr::mq {
+
+// Messages of JSON lines become messages of records: the way back of Decoding.
+class Encoding final : public Conversion, private rec::FaultListener {
+ public:
+  struct Settings {
+    rec::RecordWorker::Settings records;
+    OnError onError = OnError::fails;  // not null
+  };
+
+  // The plan must outlive the object. Throws KelRecoverableException for an unknown code page.
+  Encoding(const rec::RecordPlan& plan, const Settings& settings);
+
+  Converted convert(std::span<const unsigned char> body, rec::Origin origin) override;
+  bool takes(std::string_view contentType) const override;
+  const char* outputType() const override { return kRecordsType; }
+
+ private:
+  bool goOnAfter(const rec::FieldFault&) override { return false; }
+  bool add(std::string_view line, std::string& fault);
+
+  const OnError onError_;
+  const rec::RecordWorker::Owner worker_;
+  rec::JsonReader reader_;
+  GrowingByteBuffer buffer_;
+  bool isBegun_ = false;  // the worker is ready to write, and holds nothing of an earlier message
+};
+
+}  // namespace oxr::mq

@@ -1,0 +1,52 @@
+#include <CLI/CLI.hpp>
+
+#include "oxrmq/feed/feed.hpp"
+
+namespace oxr::mq {
+
+namespace {
+
+constexpr char kTopic[] = "Messages";
+
+void addMessageOptions(CLI::App& command, FeedOptions& options) {
+  command
+      .add_option("--message-bytes", options.bytes, "a message ends with the record that reaches so many bytes [65536]")
+      ->check(CLI::Range(1U, 1U << 30))
+      ->type_name("BYTES")
+      ->group(kTopic);
+  command.add_option("--message-records", options.mostRecords, "and has no more than so many records")
+      ->check(CLI::PositiveNumber)
+      ->type_name("N")
+      ->group(kTopic);
+  command.add_option("--source", options.source, "what the messages call the file [its name]")
+      ->type_name("NAME")
+      ->group(kTopic);
+  command.add_option("--window", options.window, "messages that wait for the broker's confirmation at most [64]")
+      ->check(CLI::Range(1U, 65535U))
+      ->type_name("N")
+      ->group(kTopic);
+  command
+      .add_option("--resume", options.state,
+                  "a file that keeps how far the work is; if it is there, the work goes on from there")
+      ->type_name("STATE")
+      ->group(kTopic);
+}
+
+}  // namespace
+
+void addFeedOptions(CLI::App& command, FeedOptions& options) {
+  rec::addInputOptions(command, options.input);
+  rec::addRecordOptions(command, options.record);
+  // They are needed only where the form of the records does not tell where they end.
+  for (const char* const name : {"--copybook", "--ccsid"})
+    command.get_option(name)->required(false);
+  for (const char* const name : {"--on-unknown", "--allow-extra"})
+    command.remove_option(command.get_option(name));
+  addTargetOption(command, "--to", options.output,
+                  "where the messages go: an exchange and a key, or /QUEUE for a queue by its name");
+  addMessageOptions(command, options);
+  addBrokerOptions(command, options.broker);
+  command.footer("Example:\n  oxrmq feed customers.bin --records rdw --to /records --resume customers.state");
+}
+
+}  // namespace oxr::mq

@@ -1,0 +1,93 @@
+#include "oxrmq/feed/feedstate.hpp"
+
+#include <charconv>
+#include <fstream>
+#include <sstream>
+
+#include "records/framing/fileoutput.hpp"
+
+#include "records/framing/errors.hpp"
+
+namespace oxr::mq {
+
+namespace {
+
+constexpr char kFirstLine[] = "oxrmq feed 1";
+constexpr char kFileKey[] = "file ";
+
+struct Member {
+  const char* key;
+  std::uint64_t FeedState::*value;
+};
+
+constexpr Member kMembers[] = {
+    {"size ", &FeedState::size}, {"start ", &FeedState::start},   {"bytes ", &FeedState::bytes},
+    {"most ", &FeedState::most}, {"offset ", &FeedState::offset}, {"records ", &FeedState::records},
+};
+
+[[noreturn]] void refuse(const std::string& file) {
+  throw rec::ToolError(file + " is no state that --resume has written");
+}
+
+// The rest of the next line, which is to begin with `key`.
+std::string rest(std::istream& lines, const std::string& key, const std::string& file) {
+  std::string line;
+  if (!std::getline(lines, line) || !line.starts_with(key)) refuse(file);
+  return line.substr(key.size());
+}
+
+}  // namespace
+
+std::string textOf(const FeedState& state) {
+  std::string text = std::string(kFirstLine) + '\n' + kFileKey + state.file + '\n';
+  for (const Member& member : kMembers)
+    text += member.key + std::to_string(state.*member.value) + '\n';
+  return text;
+}
+
+FeedState parseState(const std::string& text, const std::string& file) {
+  std::istringstream lines(text);
+  FeedState state;
+  if (!rest(lines, kFirstLine, file).empty()) refuse(file);
+  state.file = rest(lines, kFileKey, file);
+  for (const Member& member : kMembers) {
+    const std::string digits = rest(lines, member.key, file);
+    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), state.*member.value);
+    if (read.ec != std::errc() || read.ptr != digits.data() + digits.size()) refuse(file);
+  }
+  return state;
+}
+
+std::optional<FeedState> readState(const std::string& path) {
+  std::ifstream file(path);
+  if (!file.is_open()) return std::nullopt;
+  std::ostringstream text;
+  text << file.rdbuf();
+  return parseState(text.str(), path);
+}
+
+void writeState(const std::string& path, const FeedState& state) {
+  rec::FileOutput file = rec::FileOutput::open(path, {}, -1);
+  file.write(textOf(state));
+  file.close();
+}
+
+std::string whyNot(const FeedState& state, const FeedState& now) {
+  if (state.file != now.file) return "it is about " + state.file;
+  if (state.size != now.size || state.start != now.start) return "the file has changed since";
+  if (state.bytes != now.bytes || state.most != now.most)
+    return "the file was cut in another way then (--message-bytes " + std::to_string(state.bytes) +
+           (state.most == 0 ? "" : " --message-records " + std::to_string(state.most)) +
+           "), and messages would not have the same ids";
+  return {};
+}
+
+// FNV-1a.
+std::uint64_t fingerprint(std::string_view bytes) {
+  std::uint64_t number = 14695981039346656037U;
+  for (const char byte : bytes)
+    number = (number ^ static_cast<unsigned char>(byte)) * 1099511628211U;
+  return number;
+}
+
+}  // namespace oxr::mq

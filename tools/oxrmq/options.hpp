@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+
+#include "oxrmq/amqp/connection.hpp"
+
+namespace CLI {
+class App;
+}
+
+namespace oxr::mq {
+
+// Topic "broker": where it is, who logs in, and how.
+struct BrokerOptions {
+  std::string url = "amqp://localhost";
+  std::string credentials;  // path of a file; empty for none
+  ConnectionSettings connection;
+  unsigned wait = 0;    // seconds for which the first connection is tried again
+  unsigned grace = 30;  // seconds for what is in hand when an end is asked for
+  std::string declare;  // "classic" or "quorum": queues that are missing are made; empty: they have to be there
+  std::string metrics;  // path; empty for none
+};
+
+void addBrokerOptions(CLI::App& command, BrokerOptions& options);
+// EXCHANGE/KEY into `target`; the option `name` has to be given.
+void addTargetOption(CLI::App& command, const std::string& name, Target& target, const std::string& help);
+
+// The address with the credentials that hold: those of the file, else those of the environment (OXRMQ_USER and
+// OXRMQ_PASSWORD), else those of the URL, else guest. Throws ToolError.
+Address addressOf(const BrokerOptions& options);
+
+}  // namespace oxr::mq
