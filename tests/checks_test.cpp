@@ -29,6 +29,7 @@
 #include "fuzz/pwffrmtr/binarydatetime_check.hpp"
 #include "fuzz/pwffrmtr/datetime_check.hpp"
 #include "fuzz/records/copybook_check.hpp"
+#include "fuzz/records/diagnosis_check.hpp"
 #include "fuzz/records/fieldwriter_check.hpp"
 #include "fuzz/records/framing_check.hpp"
 #include "fuzz/records/jsonvalue_check.hpp"
@@ -90,6 +91,7 @@ constexpr Check kChecks[] = {
     {"JsonValue",     fuzz::checkJsonValue,     20'000},
     {"Framing",       fuzz::checkFraming,        5'000},
     {"AnyFraming",    fuzz::checkAnyFraming,     5'000},
+    {"Diagnosis",     fuzz::checkDiagnosis,      5'000},
     {"FieldWriter",   fuzz::checkFieldWriter,    5'000},
     {"RecordReader",  fuzz::checkRecordReader,   3'000},
     {"RoundTrip",     fuzz::checkRoundTrip,      2'000},

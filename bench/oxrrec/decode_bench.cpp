@@ -1,8 +1,10 @@
 // Decoding a record file: the whole program, and the worker without the JSON lines. Bytes are those of the input.
 
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <sstream>
@@ -52,6 +54,40 @@ void BM_DecodeToJsonLines(benchmark::State& state) {
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * manyRecords().size()));
 }
 BENCHMARK(BM_DecodeToJsonLines)->Unit(benchmark::kMillisecond);
+
+// Ten fields a record, half of them packed, half in a digit a byte; all good, or all bad in ways that files have. What
+// a bad one costs more than a good one is the difference of the two rows, a field; none is printed after the first 20.
+void BM_DecodeBadFields(benchmark::State& state) {
+  constexpr int kFields = 5;
+  constexpr int kRecords = 10'000;
+  const bool isBad = state.range(0) != 0;
+  const std::string packed = isBad ? std::string("\x12\x4A\x0C", 3) : std::string("\x12\x34\x0C", 3);
+  const std::string external = isBad ? "\xF1\xD6\xF3\xF4" : "\xF1\xF2\xF3\xF4";
+  std::string record;
+  for (int i = 0; i < kFields; ++i)
+    record += packed + external;
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> input(std::tmpfile(), std::fclose);
+  for (int i = 0; i < kRecords; ++i)
+    std::fwrite(record.data(), 1, record.size(), input.get());
+  std::fflush(input.get());
+  const std::string copybook =
+      (std::filesystem::temp_directory_path() / ("oxr_bench." + std::to_string(::getpid()))).string();
+  std::ofstream(copybook) << "       01 R. 05 G OCCURS 5. 10 P PIC S9(5) COMP-3. 10 D PIC 9(4).\n";
+  DecodeOptions options;
+  options.record.copybook.path = copybook;
+  options.input.path = kStandardStream;
+  options.output = "/dev/null";
+  options.onError = OnError::null;
+  for (auto _ : state) {
+    std::rewind(input.get());
+    std::ostringstream messages;
+    if (decode(options, {::fileno(input.get()), -1, messages, false}) != (isBad ? kBadField : kDone))
+      state.SkipWithError(messages.str().c_str());
+  }
+  state.SetItemsProcessed(state.iterations() * kRecords * 2 * kFields);
+  std::remove(copybook.c_str());
+}
+BENCHMARK(BM_DecodeBadFields)->Arg(0)->Arg(1)->ArgName("bad")->Unit(benchmark::kMillisecond);
 
 class IgnoringHandler : public RecordHandler {
  public:

@@ -119,15 +119,13 @@ inline void checkFieldWriter(Choices& choices) {
   const std::vector<unsigned char> bytes = drawBytes(choices, step, isEbcdic);
   const std::optional<PWFData> value = read(converter, step, bytes.data());
   if (!value || value->isNull()) return;
-  // A minus that an unsigned field is read with has no place when it is written, even before a zero.
-  if (step.kind == Kind::external && step.sign == eSignNone && value->getDecimalValue()[0] == '-') return;
   std::vector<unsigned char> written(step.size, 0x55);
   try {
     writer.write(step, *value, written.data());
   } catch (const FieldRefused& refusal) {
-    // Bytes that a code page has no character for read as one that it does not write in as many bytes. And DISPLAY
-    // numbers are read without the separate sign that the picture has a place for.
-    const bool isOdd = step.kind == Kind::external && step.sign >= eSignLeadingSeparate;
+    // Bytes that a code page has no character for read as one that it does not write in as many bytes. And where a
+    // digit is no byte, DISPLAY numbers are read without the separate sign that the picture has a place for.
+    const bool isOdd = form.ccsid == 1200 && step.kind == Kind::external && step.sign >= eSignLeadingSeparate;
     require(step.kind == Kind::text || step.kind == Kind::edited || isOdd,
             "the value " + textOf(*value) + " is refused: " + refusal.what());
     require(written == std::vector<unsigned char>(step.size, 0x55), "a field was refused and written");

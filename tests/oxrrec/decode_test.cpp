@@ -47,8 +47,8 @@ constexpr char kFieldCases[] =
     "9(4)V9 F1C5F2F0F0 !*OXR5505*; 9(4)_BLANK_WHEN_ZERO 40404040 0; 99V99_BLANK_WHEN_ZERO 40404040 0.00; "
     "9(4) 31453035 !*OXR5505*31_45 --ccsid_819; "
     // grouped, to a lenient reader; and control characters, which no message shows
-    "9(4) 312C3233 !\"1,23\"_is_no_number_of_digits --ccsid_819; "
-    "9(4) 311B7F33 !*_1__3*31_1B_7F_33 --ccsid_819; "
+    "9(4) 312C3233 !not_a_number:_byte_2_of_4_is_2C_(\",\"),_no_digit --ccsid_819; "
+    "9(4) 311B7F33 !not_a_number:_byte_2_of_4_is_1B,_no_digit_(OXR5505)*31_1B_7F_33 --ccsid_819; "
     // COMP-3.
     "9(4)_COMP-3 00012F 12; S9(3)V99_COMP-3 00005D -0.05; SVP(3)9(3)_COMP-3 123D -0.000123; "
     "S9(3)P(3)_COMP-3 123D -123000; "
@@ -64,11 +64,11 @@ constexpr char kFieldCases[] =
     "34028236692093846346337460743176821145.5; S9(5)_COMP FE7960 -100000 --binary-sizes_1-8; "
     "S9(5)_COMP 6079FE -100000 --binary-sizes_1-8_--integers_little; "
     // COMP-6, and a sign in front.
-    "9(3)V9_COMP-6 1234 123.4; 9(4)_COMP-6 1A34 !not_a_packed_number*half_byte_A_in_byte_1_of_2; "
+    "9(3)V9_COMP-6 1234 123.4; 9(4)_COMP-6 1A34 !not_a_packed_number_without_a_sign:_half_byte_A_in_byte_1_of_2; "
     "S9(3)_COMP-3 D123 -123 --field_F:packed-sign=leading; S99 D1F2 -12 --field_F:sign=leading; "
     // National and double-byte text, line ends in it.
     "N(2)_NATIONAL 004100DF \"A\u00DF\"; N(3)_NATIONAL 008520282029 \"\\u0085\\u2028\\u2029\"; "
-    "G(2)_DISPLAY-1 42C142C2 \"\uFF21\uFF22\" --ccsid_930; G(1)_DISPLAY-1 42C1 !code_page_37_has_no_double-byte*; "
+    "G(2)_DISPLAY-1 42C142C2 \"\uFF21\uFF22\" --ccsid_930; G(1)_DISPLAY-1 42C1 !*_no_double-byte_characters:_page_37; "
     // Blanks, NULs and padding for numbers.
     "9(3) 404040 null --blank-numbers_null; S9(3)V9_COMP-3 404040 0.0 --blank-numbers_zero; 9(3) 000000 null "
     "--low-values_null; 9(3) 000000 !*OXR5505*00_00_00 --blank-numbers_null; 9(4)_COMP 4040 16448 "
@@ -78,7 +78,8 @@ constexpr char kFieldCases[] =
     "--lenient-numbers; "
     // Edited numbers.
     "ZZ9.99- 40F1F24BF5F060 -12.50 --edited_number; $$$9.99DB "
-    "40405BF74BF5F0C4C2 -7.50 --edited_number; Z(3) 404040 0 --edited_number; Z(2)9 404040 !*no_edited_number "
+    "40405BF74BF5F0C4C2 -7.50 --edited_number; Z(3) 404040 0 --edited_number; Z(2)9 4040C1 "
+    "!no_edited_number:_byte_3_of_3_is_C1 "
     "--edited_number; +9(2)V99 4EF1F2F3F4 12.34 --edited_number; S9(2).99 F1F24BF3D4 -12.34 --edited_number; "
     // Dates.
     "9(8) F2F0F2F6F1F1F2F2 \"2026-11-22\" --field_F:date=yyyyMMdd; X(8) F2F24BF1F14BF2F6 \"2026-11-22\" "

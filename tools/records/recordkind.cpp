@@ -94,8 +94,10 @@ std::uint64_t RecordWorker::placeOf(const Question& question) const {
 }
 
 PWFData RecordWorker::valueOrNull(const Step& step, const unsigned char* bytes) {
+  FieldConverter& converter = converters_[step.form];
+  if (converter.diagnose(step, bytes)) return FieldConverter::null(step);
   try {
-    return converters_[step.form].convert(step, bytes);
+    return converter.convert(step, bytes);
   } catch (const KelRecoverableException&) {
     return FieldConverter::null(step);
   } catch (const FieldRefused&) {

@@ -56,6 +56,7 @@ RecordWorker::RecordWorker(const RecordPlan& plan, const Settings& settings, Fau
       listener_(listener),
       reader_(recordForm(plan, settings.form)),
       kind_(plan.kinds().data()),
+      isMistrusted_(plan.steps().size()),
       counters_(plan.counters()) {
   for (const PhysicalForm& form : plan.forms())
     converters_.emplace_back(form);
@@ -196,13 +197,23 @@ PWFData RecordWorker::read(const Step& step) {
   if (at + step.size > record_.size) [[unlikely]]
     return cutOff(step, at);
   hasValue_ = true;
+  FieldConverter& converter = converters_[step.form];
+  if (hasMistrust_ && isMistrusted_[indexOf(step)]) [[unlikely]]
+    if (FaultReason reason = converter.diagnose(step, record_.data + at)) return failed(step, at, std::move(reason));
   try {
-    return converters_[step.form].convert(step, record_.data + at);
+    return converter.convert(step, record_.data + at);
   } catch (const KelRecoverableException& failure) {
-    return failed(step, at, reasonOf(failure));
+    return refused(step, at, reasonOf(failure));
   } catch (const FieldRefused& refusal) {
-    return failed(step, at, {.code = FaultCode::library, .detail = refusal.what()});
+    return refused(step, at, {.code = FaultCode::library, .detail = refusal.what()});
   }
+}
+
+// A field that its conversion refused. What that said is told where the bytes do not show the reason.
+PWFData RecordWorker::refused(const Step& step, std::uint64_t at, FaultReason otherwise) {
+  hasMistrust_ = isMistrusted_[indexOf(step)] = true;
+  FaultReason reason = converters_[step.form].diagnose(step, record_.data + at);
+  return failed(step, at, reason ? std::move(reason) : std::move(otherwise));
 }
 
 // A field that the record ends before. The first one is bad, the others nobody expects.

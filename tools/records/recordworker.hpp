@@ -151,6 +151,7 @@ class RecordWorker final : public BitstreamWorker {
   void walk();
   void field(const Step& step);
   PWFData read(const Step& step);
+  PWFData refused(const Step& step, std::uint64_t at, FaultReason otherwise);
   PWFData readStart(const Step& step, std::uint64_t at);
   PWFData cutOff(const Step& step, std::uint64_t at);
   PWFData failed(const Step& step, std::uint64_t at, FaultReason reason);
@@ -159,6 +160,7 @@ class RecordWorker final : public BitstreamWorker {
   void keepCount(const Step& step, const PWFData& value);
   std::int64_t countFor(const Step& array);
   void checkLength();
+  std::size_t indexOf(const Step& step) const { return static_cast<std::size_t>(&step - plan_.steps().data()); }
   int occurrence(const Step& step) const;
   std::span<const unsigned char> bytesAt(std::uint64_t offset, std::uint32_t size) const;
   FieldFault fault(ItemIndex item, std::uint64_t offset, std::uint32_t size, FaultReason reason) const;
@@ -189,6 +191,10 @@ class RecordWorker final : public BitstreamWorker {
   // Of the record in hand:
   const Choice* undecided_ = nullptr;    // the choice that has no alternative for it
   std::vector<std::int32_t> decisions_;  // by Step::choice: those that were made before the walk
+
+  // The fields that have been bad are looked at before they are converted: an exception takes far longer than that.
+  bool hasMistrust_ = false;
+  std::vector<bool> isMistrusted_;  // by step
 
   // These describe the record in hand. A step's true place is its offset plus `shift_`: less the bytes that earlier
   // short arrays lack, plus the occurrences that the walk has passed in the open ones.

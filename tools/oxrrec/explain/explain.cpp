@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "oxrrec/explain/advice.hpp"
-#include "oxrrec/explain/badbyte.hpp"
 #include "oxrrec/explain/record.hpp"
 #include "oxrrec/values.hpp"
 #include "records/options/choice.hpp"
@@ -22,8 +21,6 @@ class Explainer : public FieldObserver, public FaultListener {
   explicit Explainer(const RecordPlan& plan) : plan_(plan) {
     record.ccsid = plan.forms().front().ccsid;
     record.characters = charactersOf(record.ccsid);
-    const auto zero = std::find(record.characters.begin(), record.characters.end(), "0");
-    zero_ = static_cast<unsigned char>(zero - record.characters.begin());
   }
 
   bool isOn = false;
@@ -46,7 +43,7 @@ class Explainer : public FieldObserver, public FaultListener {
       return;
     }
     told.fault = field.fault->reasonText();
-    told.badByte = badByte(field.step, field.bytes, zero_);
+    told.badByte = field.fault->reason.badByte();
     const Advice advice = adviceFor(field.step, plan_.forms()[field.step.form], field.bytes);
     told.advice = advice.option;
     if (!advice.option.empty()) told.advised = valueText(advice.value);
@@ -75,7 +72,6 @@ class Explainer : public FieldObserver, public FaultListener {
   }
 
   const RecordPlan& plan_;
-  unsigned char zero_ = 0;  // the digit, in the code page
 };
 
 // Reads on to the record; false if there are not so many.

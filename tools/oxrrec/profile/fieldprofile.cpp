@@ -23,7 +23,7 @@ void countSign(FieldProfile& profile, const FieldSeen& field) {
 
 void addBad(FieldProfile& profile, const FieldSeen& field, const PhysicalForm& form) {
   ++profile.bad;
-  ++profile.reasons[kindOfReason(*field.fault)];
+  ++profile.reasons[field.fault->reason.kind()];
   if (profile.bad > kTriedFields) return;
   const Advice advice = adviceFor(field.step, form, field.bytes);
   if (!advice.option.empty()) ++profile.helps[advice.option];
@@ -34,15 +34,6 @@ bool isAll(std::span<const unsigned char> bytes, unsigned char byte) {
 }
 
 }  // namespace
-
-std::string kindOfReason(const FieldFault& fault) {
-  std::string text = fault.reasonText();
-  text.resize(std::min(text.find_first_of(":("), text.size()));
-  // A conversion puts the bytes last.
-  text.resize(std::min(text.rfind("; "), text.size()));
-  text.resize(text.find_last_not_of(' ') + 1);
-  return text;
-}
 
 const std::pair<const std::string, std::uint64_t>* FieldProfile::suggestion() const {
   const auto most =

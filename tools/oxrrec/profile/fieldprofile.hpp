@@ -32,9 +32,6 @@ struct FieldProfile {
 // Adds a field that was read. `blank` is the byte of one, `form` how the field is stored.
 void addTo(FieldProfile& profile, const FieldSeen& field, unsigned char blank, const PhysicalForm& form);
 
-// The reason without what differs from one field to the next.
-std::string kindOfReason(const FieldFault& fault);
-
 // "C: 120, D: 3"; empty if the field has no signs.
 std::string signsText(const FieldProfile& profile);
 

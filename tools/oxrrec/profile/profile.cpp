@@ -41,7 +41,7 @@ class Profiler : public FieldObserver, public FaultListener {
     if (std::exchange(told_, nullptr) == &fault) return true;
     ++others_.bad;
     const std::string path = fault.path();
-    ++others_.reasons[(path.empty() ? "" : path + ", ") + kindOfReason(fault)];
+    ++others_.reasons[(path.empty() ? "" : path + ", ") + fault.reason.kind()];
     return true;
   }
 

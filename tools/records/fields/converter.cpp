@@ -18,21 +18,6 @@ namespace oxr::rec {
 
 namespace {
 
-// Whether a text is what a decimal ought to be. The library also lets grouping commas pass (test
-// Decode.ReadsEachKindOfField).
-bool isPlainDecimal(UnitView text) {
-  std::size_t at = !text.empty() && text[0] == '-' ? 1 : 0;
-  bool hasDigit = false;
-  bool hasPoint = false;
-  for (; at < text.size(); ++at) {
-    const bool isDigit = text[at] >= '0' && text[at] <= '9';
-    if (!isDigit && (text[at] != '.' || hasPoint)) return false;
-    hasDigit |= isDigit;
-    hasPoint |= !isDigit;
-  }
-  return hasDigit;
-}
-
 // The size without the trailing bytes that equal `byte`.
 std::uint32_t withoutTrailing(unsigned char byte, const unsigned char* bytes, std::uint32_t size) {
   const std::uint64_t eight = 0x0101010101010101U * byte;
@@ -66,14 +51,7 @@ FieldConverter::FieldConverter(const PhysicalForm& form)
       isSpecial_(asksForMore(form)),
       cnv_(form.ccsid, form.integerEndian, eEndianBig, floatFormat(form.floats), kCenturyWindow, nullptr, false,
            nullptr, 0, false, kPositivePackedSign, false, eMessageStandardDefault, nullptr) {
-  const CPUnicodeConverter& converter = *cnv_.getConverter();
-  const bool hasBytes = converter.getMinBytesPerChar() == 1;
-  if (hasBytes) {
-    constexpr unsigned short kBlank = ' ';
-    int size = 1;
-    cnv_.fromUnicodeString(KelWstring(&kBlank, 1), &fillBlank_, size);
-    if (converter.getMaxBytesPerChar() == 1) blank_ = fillBlank_;
-  }
+  lookUpBytes();
   if (form.date.empty()) return;
   const DatePattern pattern = readDatePattern(form.date);
   datePattern_ = fromUtf8(form.date);
@@ -176,29 +154,17 @@ PWFData FieldConverter::doubleBytes(const unsigned char* bytes, std::uint32_t si
   return cnv_.RawCharsToPWFData(reinterpret_cast<const char*>(work_.data()), static_cast<int>(work_.size()));
 }
 
-// Nothing is trimmed, so blanks are no digits; a field that may be blank for zero loses its leading blanks.
 PWFData FieldConverter::external(const Step& step, const unsigned char* bytes, std::uint32_t size) {
-  PWFData value = cnv_.ExtDecToDec(bytes, static_cast<int>(size), step.scale, step.sign,
-                                   step.isBlankWhenZero ? eJustifyRight : eJustifyNone, ' ', true, form_.hasLetterSigns,
-                                   nullptr, nullptr);
-  const UnitView text(value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength()));
-  if (!isPlainDecimal(text)) throw FieldRefused("\"" + toUtf8(text) + "\" is no number of digits");
-  return value;
+  if (!digits_.areGood(bytes, size, step.sign)) [[unlikely]]
+    return oddExternal(step, bytes, size);
+  return decimalOf(step, bytes, size);
 }
 
-// Takes blanks and NULs off both ends, and those between a separate sign in front and the digits.
-PWFData FieldConverter::padded(const Step& step, const unsigned char* bytes) {
-  const auto isPadding = [this](unsigned char byte) { return byte == 0 || byte == fillBlank_; };
-  const unsigned char* end = bytes + step.size;
-  const unsigned char* begin = std::find_if_not(bytes, end, isPadding);
-  while (begin != end && isPadding(end[-1]))
-    --end;
-  if (begin == end || (begin == bytes && end == bytes + step.size && step.sign != eSignLeadingSeparate))
-    return external(step, bytes, step.size);
-  if (step.sign != eSignLeadingSeparate) return external(step, begin, static_cast<std::uint32_t>(end - begin));
-  work_.assign(1, *begin);
-  work_.insert(work_.end(), std::find_if_not(begin + 1, end, isPadding), end);
-  return external(step, work_.data(), static_cast<std::uint32_t>(work_.size()));
+// Nothing is trimmed, so blanks are no digits; a field that may be blank for zero loses its leading blanks.
+PWFData FieldConverter::decimalOf(const Step& step, const unsigned char* bytes, std::uint32_t size) {
+  return cnv_.ExtDecToDec(bytes, static_cast<int>(size), step.scale, step.sign,
+                          step.isBlankWhenZero ? eJustifyRight : eJustifyNone, ' ', true, form_.hasLetterSigns, nullptr,
+                          nullptr);
 }
 
 PWFData FieldConverter::packed(const Step& step, const unsigned char* bytes, std::uint32_t length) {
@@ -227,10 +193,8 @@ PWFData FieldConverter::unsignedPacked(const Step& step, const unsigned char* by
   KelWstring digits;
   cnv_.TLOGPckdStrToStr(bytes, digits, static_cast<int>(size), eEndianBig);
   const std::string text = toUtf8(digits.view());
-  const std::size_t bad = text.find_first_not_of("0123456789");
-  if (bad != std::string::npos)
-    throw FieldRefused(std::string("not a packed number without a sign: half byte ") + text[bad] + " in byte " +
-                       std::to_string(bad / 2 + 1) + " of " + std::to_string(size));
+  if (text.find_first_not_of("0123456789") != std::string::npos)
+    throw FieldRefused("not a packed number without a sign");
   return scaled(text, false, step.scale);
 }
 
@@ -279,6 +243,7 @@ PWFData FieldConverter::edited(const Step& step, const unsigned char* bytes) {
     const unsigned char* const point = std::find_if(bytes, end, isPoint);
     work_.assign(bytes, point);
     if (point != end) work_.insert(work_.end(), point + 1, end);
+    if (work_.empty()) throw FieldRefused("an edited number without a digit");
     Step digits = step;
     digits.scale = static_cast<std::int16_t>(point == end ? step.scale : end - point - 1);
     return external(digits, work_.data(), static_cast<std::uint32_t>(work_.size()));
@@ -294,12 +259,14 @@ PWFData FieldConverter::edited(const Step& step, const unsigned char* bytes) {
 
 PWFData FieldConverter::date(const Step& step, const unsigned char* bytes) {
   const KelWstring text = dateText(step, bytes);
+  if (isNegative(step, text)) throw FieldRefused("a number below zero is no date");
   const PWFDateTime value =
       cnv_.StrToDateTime(text.characters(), datePattern_.characters(), static_cast<int>(text.length()));
   return cnv_.StrFromDateTime(value, isoPattern_.characters(), nullptr);
 }
 
-// The text of the field, or its digits: as many as the pattern has, where only leading zeros are missing or too many.
+// The text of the field, or its number, "-" before it; without that its digits: as many as the pattern has, where only
+// leading zeros are missing or too many.
 KelWstring FieldConverter::dateText(const Step& step, const unsigned char* bytes) {
   Step whole = step;
   whole.scale = 0;
@@ -317,7 +284,7 @@ KelWstring FieldConverter::dateText(const Step& step, const unsigned char* bytes
     digits = std::to_string(value.getInt64Value());
   else
     digits = toUtf8(UnitView(value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength())));
-  if (digits[0] == '-') throw FieldRefused(digits + " is no date");
+  if (digits[0] == '-') return fromUtf8(digits);
   if (digits.size() < dateDigits_) digits.insert(0, dateDigits_ - digits.size(), '0');
   digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size() - dateDigits_));
   return fromUtf8(digits);

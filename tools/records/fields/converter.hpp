@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -7,6 +8,8 @@
 #include <vector>
 
 #include "dataconv.hpp"
+#include "records/fields/diagnosis.hpp"
+#include "records/fields/externalbytes.hpp"
 #include "records/fields/physicalform.hpp"
 #include "records/plan/step.hpp"
 
@@ -46,6 +49,9 @@ class FieldConverter {
       return special(step, bytes);
     return plain(step, bytes, step.size);
   }
+  // Why convert() would refuse the field, without the cost of an exception; nothing for a field that it takes, and for
+  // one that only the conversion itself can tell of.
+  FaultReason diagnose(const Step& step, const unsigned char* bytes);
   // The first `size` bytes of a text that the record's end cuts off.
   PWFData convertStart(const Step& step, const unsigned char* bytes, std::uint32_t size) {
     return plain(step, bytes, size);
@@ -64,6 +70,8 @@ class FieldConverter {
   PWFData national(const unsigned char* bytes, std::uint32_t size);
   PWFData doubleBytes(const unsigned char* bytes, std::uint32_t size);
   PWFData external(const Step& step, const unsigned char* bytes, std::uint32_t size);
+  PWFData oddExternal(const Step& step, const unsigned char* bytes, std::uint32_t size);
+  PWFData decimalOf(const Step& step, const unsigned char* bytes, std::uint32_t size);
   PWFData padded(const Step& step, const unsigned char* bytes);
   PWFData packed(const Step& step, const unsigned char* bytes, std::uint32_t size);
   PWFData packedWithLeadingSign(const Step& step, const unsigned char* bytes);
@@ -74,6 +82,10 @@ class FieldConverter {
   PWFData edited(const Step& step, const unsigned char* bytes);
   PWFData date(const Step& step, const unsigned char* bytes);
   KelWstring dateText(const Step& step, const unsigned char* bytes);
+  static bool isNegative(const Step& step, const KelWstring& dateText);
+  FaultReason dateFaultOf(const Step& step, const unsigned char* bytes);
+  void lookUpBytes();
+  const PageBytes& page();
   PWFData scaled(std::uint64_t magnitude, bool isNegative, int scale);
   PWFData scaled(std::string_view digits, bool isNegative, int scale);
 
@@ -84,6 +96,8 @@ class FieldConverter {
   // The byte of a blank where each byte is a character; 0, which no text ends in for padding, elsewhere.
   unsigned char blank_ = 0;
   unsigned char fillBlank_ = ' ';  // the byte of a blank in any code page
+  ExternalBytes digits_;
+  std::unique_ptr<const PageBytes> page_;  // made when the first odd field comes
   KelWstring datePattern_;
   KelWstring isoPattern_;
   std::size_t dateDigits_ = 0;       // that the pattern has

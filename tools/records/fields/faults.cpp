@@ -59,23 +59,8 @@ std::string FieldFault::path() const {
 }
 
 std::string FieldFault::reasonText() const {
-  const auto number = [this](std::size_t i) { return std::to_string(reason.numbers[i]); };
-  switch (reason.code) {
-    case FaultCode::recordEnds:
-      return "the record ends after " + number(0) + " bytes, before the field does";
-    case FaultCode::recordLonger:
-      return "the record has " + number(0) + " bytes, " + number(1) + " more than its layout";
-    case FaultCode::badCount:
-      return "the count is " + (reason.numbers[0] == -1 ? std::string("no number of times") : number(0)) +
-             ", not within " + number(1) + " and " + number(2) + " as " + fieldPath(*layout, reason.other, {}) +
-             " asks";
-    case FaultCode::noCount:
-      return "no count was read for it";
-    case FaultCode::noKind:
-      return "no condition (--when) holds for this value";
-    default:
-      return reason.detail;
-  }
+  const std::string text = reason.text(bytes.size());
+  return reason.code == FaultCode::badCount ? text + " as " + fieldPath(*layout, reason.other, {}) + " asks" : text;
 }
 
 std::string FieldFault::text() const {

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <span>
 #include <stdexcept>
 #include <string>
 
 #include "kelexception.hpp"
+#include "records/fields/reasons.hpp"
 #include "records/layout.hpp"
 
 namespace oxr::rec {
@@ -23,25 +23,6 @@ std::string fieldPath(const Layout& layout, ItemIndex item, std::span<const Open
 
 // What a conversion said, on one line: its inserts, and its number behind in brackets.
 std::string faultText(const KelException& failure);
-
-// Why a field cannot be read, or a record does not fit its layout. `numbers` are what the text tells of.
-enum class FaultCode : std::uint8_t {
-  none,
-  library,       // a conversion refused the field; `detail` is what it said
-  recordEnds,    // the record ends after numbers[0] bytes, before the field does
-  recordLonger,  // the record has numbers[0] bytes, numbers[1] more than its layout
-  badCount,      // the count is numbers[0], not within numbers[1] and numbers[2] as the array `other` asks
-  noCount,       // the array's count is not known
-  noKind,        // no condition tells what the record, or the area that the field belongs to, holds
-};
-
-struct FaultReason {
-  FaultCode code = FaultCode::none;
-  int message = 0;  // number in the message catalogue, such as 5505; 0 if no conversion would tell of the fault
-  std::array<std::int64_t, 3> numbers{};
-  ItemIndex other = kNoItem;
-  std::string detail{};
-};
 
 // A field that cannot be read, or a record that does not fit its layout. Made for the time of a call only: what it
 // points at goes with the record. Text is made when it is asked for.

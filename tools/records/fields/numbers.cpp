@@ -47,9 +47,10 @@ WideInteger readWideInteger(std::span<const unsigned char> bytes, EEndian endian
   return result;
 }
 
-std::optional<EditedNumber> readEditedNumber(UnitView text) {
+std::optional<EditedNumber> readEditedNumber(UnitView text, std::size_t* badAt) {
   EditedNumber number;
   bool hasSign = false;
+  const std::size_t size = text.size();
   while (!text.empty()) {
     const unsigned short unit = text[0];
     std::size_t taken = 1;
@@ -60,7 +61,10 @@ std::optional<EditedNumber> readEditedNumber(UnitView text) {
       number.places = 0;
     } else if (!isFilling(unit)) {
       taken = minusAt(text);
-      if (taken == 0 || hasSign) return std::nullopt;
+      if (taken == 0 || hasSign) {
+        if (badAt != nullptr) *badAt = size - text.size();
+        return std::nullopt;
+      }
       hasSign = number.isNegative = true;
     }
     text.remove_prefix(taken);

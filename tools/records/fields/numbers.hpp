@@ -20,13 +20,14 @@ struct WideInteger {
 WideInteger readWideInteger(std::span<const unsigned char> bytes, EEndian endian, bool isSigned);
 
 // An edited number without what only people need: blanks, "*", currency signs, "," and "/" go, "-", "CR" and "DB"
-// before or after the digits make it negative. Nothing for other text, and for text without a digit.
+// before or after the digits make it negative. Nothing for other text, of which `badAt` gets the first unit that is the
+// reason, and for text without a digit.
 struct EditedNumber {
   bool isNegative = false;
   std::string digits;                 // with leading zeros, without the point
   std::optional<std::size_t> places;  // digits after the point, if there is one
 };
-std::optional<EditedNumber> readEditedNumber(UnitView text);
+std::optional<EditedNumber> readEditedNumber(UnitView text, std::size_t* badAt = nullptr);
 
 // The double whose shortest digits are those of the float, if the value is a float: 322.93652 for 322.9365234375.
 double withDigitsOfFloat(double value);
