@@ -4,7 +4,7 @@ find_package(GTest REQUIRED)
 include(GoogleTest)
 
 file(GLOB_RECURSE test_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/*.cpp")
-list(FILTER test_sources EXCLUDE REGEX "/tests/install/")
+list(FILTER test_sources EXCLUDE REGEX "/tests/(install|oxrmq/withbroker)/")
 if(OXR_SANITIZE)
   # It replaces the allocation functions, which belong to the sanitizers here.
   list(FILTER test_sources EXCLUDE REGEX "/tests/datacnv/allocations_test.cpp$")
@@ -14,11 +14,12 @@ oxr_settings(oxr_tests)
 # The comparisons that fuzz targets and tests share lie in fuzz/.
 target_include_directories(oxr_tests PRIVATE "${PROJECT_SOURCE_DIR}/tests" "${PROJECT_SOURCE_DIR}")
 # Only where they are used: all other objects are the same in each build folder, one entry of the compiler cache.
-set_property(SOURCE ${PROJECT_SOURCE_DIR}/tests/oxrrec/decode_test.cpp
+set_property(SOURCE ${PROJECT_SOURCE_DIR}/tests/oxrmq/parts_test.cpp
+                    ${PROJECT_SOURCE_DIR}/tests/oxrrec/decode_test.cpp
                     ${PROJECT_SOURCE_DIR}/tests/oxrrec/shareddata_test.cpp
              APPEND PROPERTY COMPILE_DEFINITIONS OXR_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/tools/oxrrec/samples"
                              OXR_SHARED_DATA_DIR="${OXR_SHARED_DATA_DIR}")
-target_link_libraries(oxr_tests PRIVATE oxrrec_parts oxrbitstreamutilities oxrcore GTest::gmock GTest::gtest_main)
+target_link_libraries(oxr_tests PRIVATE oxrrec_parts oxrmq_parts oxrbitstreamutilities oxrcore GTest::gmock GTest::gtest_main)
 add_dependencies(oxr_tests oxrrec oxrrec_pages csv_example machine_pictures)
 # The names of the tests are asked for when ctest runs: a build must not fail because a test binary cannot start.
 gtest_discover_tests(oxr_tests DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
@@ -29,6 +30,20 @@ if(NOT OXR_SANITIZE AND NOT OXR_FUZZ)
                                 "${CMAKE_CXX_COMPILER}")
   set_tests_properties(install PROPERTIES TIMEOUT 300)
 endif()
+
+# oxrmq and a message broker, which the tests start and stop themselves: one run, for the broker takes its time.
+file(GLOB broker_test_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/oxrmq/withbroker/*.cpp")
+add_executable(oxrmq_broker_tests ${broker_test_sources})
+oxr_settings(oxrmq_broker_tests)
+target_include_directories(oxrmq_broker_tests PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+target_compile_definitions(oxrmq_broker_tests PRIVATE OXRMQ_BROKER="${PROJECT_SOURCE_DIR}/tests/oxrmq/broker"
+                                                      OXRMQ_PROGRAM="$<TARGET_FILE:oxrmq>"
+                                                      OXR_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/tools/oxrrec/samples")
+target_link_libraries(oxrmq_broker_tests PRIVATE oxrrec_parts oxrmq_parts GTest::gmock)
+add_dependencies(oxrmq_broker_tests oxrmq)
+add_dependencies(oxr_tests oxrmq_broker_tests)
+add_test(NAME oxrmq_broker COMMAND oxrmq_broker_tests)
+set_tests_properties(oxrmq_broker PROPERTIES TIMEOUT 300)
 
 # The page of `oxrrec explain` in a browser; its screenshots stay in the build folder.
 add_test(NAME explain_page COMMAND "${PROJECT_SOURCE_DIR}/tests/oxrrec/explain_page" "$<TARGET_FILE:oxrrec>"

@@ -1,13 +1,13 @@
 #include <unistd.h>
 
-#include <csignal>
 #include <iostream>
 
 #include "oxrmq/program.hpp"
 #include "oxrmq/stop.hpp"
+#include "records/program/signals.hpp"
 
 int main(int count, char** arguments) {
-  std::signal(SIGPIPE, SIG_IGN);  // a broker that goes away shows as a failed write
+  oxr::rec::setSignals();
   oxr::mq::Stop::listenToSignals();
   const oxr::rec::Console console{STDIN_FILENO, STDOUT_FILENO, std::cerr, isatty(STDERR_FILENO) == 1};
   return oxr::rec::runCommand(oxr::mq::kOxrmq, {arguments + (count > 0 ? 1 : 0), arguments + count}, console);

@@ -1,0 +1,132 @@
+// Messages that cannot be converted, and a broker that refuses.
+
+#include "oxrmq/withbroker/fixture.hpp"
+
+namespace oxr::mq::test {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr std::size_t kLongest = 134217728;  // that the broker takes
+
+TEST_F(WithBroker, BadMessagesGoToTheErrorsWhole) {
+  std::string bad = customers(1);
+  bad[4 + 106] = static_cast<char>(0xA0);
+  const std::string path = folder_.write("c.bin", customers(3) + bad + customers(3));
+  ASSERT_EQ(feed(path, "--to /@in --message-records 8")->wait(), 0);
+  const std::string types = std::string("application/octet-stream");
+  publish("in", "empty", "", types);
+  publish("in", "none", "This is no record file.", types);
+  publish("in", "picture", customers(1), "image/png");
+  publish("in", "long", std::string(kLongest, '\0'), types);
+  const auto decoding = decode("--prefetch 3");
+  const auto errors = receive("bad", 5);
+  EXPECT_EQ(receive("out", 6).size(), 6U);
+  EXPECT_EQ(decoding->end(SIGTERM), 1) << decoding->messages();
+
+  struct Case {
+    const char* id;
+    std::string body;
+    const char* reason;
+  };
+  const Case cases[] = {
+      {"c.bin:4050", bad, "packed decimal"},
+      {"empty", "", "the message is empty"},
+      {"none", "This is no record file.", "record 1 at byte 0"},
+      {"picture", customers(1), "image/png"},
+      {"long", std::string(kLongest, '\0'), "record 1 at byte 0"},
+  };
+  for (const Case& expected : cases) {
+    SCOPED_TRACE(expected.id);
+    ASSERT_TRUE(errors.contains(expected.id));
+    const Received& message = errors.at(expected.id);
+    EXPECT_TRUE(message.body == expected.body);
+    EXPECT_THAT(message.headers.at("oxr-fault"), HasSubstr(expected.reason));
+    EXPECT_EQ(message.headers.at("oxr-fault-queue"), queue("in"));
+  }
+  std::map<std::string, std::string> headers = errors.at("c.bin:4050").headers;
+  EXPECT_EQ(headers["oxr-fault-record"], "25");
+  EXPECT_EQ(headers["oxr-fault-path"], "MOVEMENT(1).AMOUNT");
+  EXPECT_EQ(headers["oxr-fault-byte"], "4159");
+  EXPECT_THAT(headers["oxr-fault-number"], testing::MatchesRegex("[0-9]+"));
+}
+
+TEST_F(WithBroker, BadFieldsMayBeNullAndBadLinesLeftOut) {
+  std::string bad = customers(1);
+  bad[4 + 106] = static_cast<char>(0xA0);
+  publish("in", "f:0", bad);
+  const auto decoding = decode("--on-error null");
+  const auto lines = receive("out", 1);
+  EXPECT_THAT(lines.at("f:0").body, HasSubstr("null"));
+  EXPECT_EQ(decoding->end(SIGTERM), 1);
+  publish("lines", "f:0", linesOf(folder_.write("c", customers(1))) + "{\"x\":1}\n", "application/json");
+  const auto skipping = consume("encode", "lines", "back", "--on-error skip");
+  EXPECT_EQ(receive("back", 1).at("f:0").body, customers(1));
+  EXPECT_EQ(skipping->end(SIGTERM), 1);
+  publish("lines", "f:0", linesOf(folder_.path("c")) + "{\"x\":1}\n");
+  const auto encoding = consume("encode", "lines", "back", "");
+  EXPECT_THAT(receive("bad", 1).at("f:0").headers.at("oxr-fault"), HasSubstr("line 9, "));
+}
+
+#ifndef __SANITIZE_ADDRESS__
+TEST_F(WithBroker, AMessageThatMemoryDoesNotHoldGoesBack) {
+  publish("in", "long", std::string(kLongest / 2, '\0'));
+  const auto decoding = oxrmq(
+      "decode --from @in --to /@out --errors /@bad --declare classic --copybook SAMPLES/customers.cob --ccsid 37 "
+      "--records rdw",
+      "prlimit --as=150000000");
+  EXPECT_TRUE(decoding->tells("out of memory")) << decoding->messages();
+  EXPECT_EQ(decoding->end(SIGTERM), 0) << decoding->messages();
+  EXPECT_EQ(receive("in", 1).count("long"), 1U);
+}
+#endif
+
+TEST_F(WithBroker, ARefusalIsToldInOneMessage) {
+  const std::string plain = broker->url(), at = plain.substr(plain.find("://") + 3);
+  const std::string encrypted = broker->encryptedUrl("localhost"), byNumber = broker->encryptedUrl("127.0.0.1");
+  const std::string login = folder_.write("login", "nobody:secret\n"), good = folder_.write("good", "guest:guest\n");
+  const std::string state = folder_.write("state", "something\n");
+  Connection(address(), {}).declareQueue("refusals", "classic");
+  struct Case {
+    std::string arguments;  // after those for all
+    int code;
+    const char* message;
+  };
+  const Case cases[] = {
+      {"feed SAMPLES/customers.rdw.bin --to /refusals --url " + plain, 0, "1 messages with 8 records sent"},
+      {"feed SAMPLES/customers.rdw.bin --to /missing --url " + plain, 2, "queue missing: NOT_FOUND"},
+      {"feed SAMPLES/customers.rdw.bin --to missing/key --url " + plain, 2, "exchange missing: NOT_FOUND"},
+      {"feed SAMPLES/customers.rdw.bin --to amq.direct/key --url " + plain, 2, "amq.direct/key leads to no queue"},
+      {"feed SAMPLES/customers.rdw.bin --to key --url " + plain, 2, "/key is the queue of that name"},
+      {"feed SAMPLES/customers.rdw.bin --to /refusals --url amqp://nobody:secret@" + at, 2, "Login was refused"},
+      {"feed SAMPLES/customers.rdw.bin --to /refusals --credentials " + login + " --url " + plain, 2,
+       "Login was refused"},
+      {"feed SAMPLES/customers.rdw.bin --to /refusals --url amqp://127.0.0.1:1", 2, "nobody answers there"},
+      {"feed SAMPLES/customers.rdw.bin --to /refusals --url " + plain + "/none", 2, "vhost none not found"},
+      {"feed SAMPLES/customers.rdw.bin --to /refusals --resume " + state + " --url " + plain, 2, "is no state"},
+      {"feed SAMPLES/customers.cob --to /refusals --url " + plain, 2, "customers.cob: record 1 at byte 0"},
+      {"feed SAMPLES/customers.rdw.bin --to /refusals --url " + encrypted, 2, "--tls-ca"},
+      {"feed SAMPLES/customers.rdw.bin --to /refusals --credentials " + good + " --tls-ca " + broker->trusted() +
+           " --url " + encrypted,
+       0, "1 messages with 8 records sent"},
+      {"feed SAMPLES/customers.rdw.bin --to /refusals --tls-ca " + broker->trusted() + " --url " + byNumber, 2,
+       "hostname verification failed"},
+      {"feed SAMPLES/customers.rdw.bin --to /refusals --tls-verify no --url " + byNumber, 0, "8 records sent"},
+      {"decode --from missing --to /refusals --errors /refusals --copybook SAMPLES/customers.cob --ccsid 37 --url " +
+           plain,
+       2, "queue missing: NOT_FOUND"},
+      {"decode --from refusals --to /missing --errors /refusals --copybook SAMPLES/customers.cob --ccsid 37 --url " +
+           plain,
+       2, "queue missing: NOT_FOUND"},
+  };
+  for (const Case& each : cases) {
+    SCOPED_TRACE(each.arguments);
+    const auto program = oxrmq(each.arguments + " --records rdw");
+    EXPECT_EQ(program->wait(), each.code);
+    EXPECT_THAT(program->messages(), HasSubstr(each.message));
+    EXPECT_THAT(program->messages(), testing::Not(HasSubstr("secret")));
+  }
+}
+
+}  // namespace
+}  // namespace oxr::mq::test

@@ -1,0 +1,127 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+#include "oxrmq/amqp/connection.hpp"
+#include "oxrmq/withbroker/processes.hpp"
+
+namespace oxr::mq::test {
+
+// The broker of all tests; main() has it.
+inline Broker* broker = nullptr;
+
+// A message as a receiver has it.
+struct Received {
+  std::string body;
+  std::string type;
+  std::map<std::string, std::string> headers;  // numbers as text
+};
+
+inline Received receivedOf(const Message& message) {
+  const auto body = message.body();
+  const amqp_basic_properties_t& properties = message.properties();
+  Received received{{body.begin(), body.end()}, std::string(contentTypeOf(properties)), {}};
+  if ((properties._flags & AMQP_BASIC_HEADERS_FLAG) == 0) return received;
+  for (int i = 0; i < properties.headers.num_entries; ++i) {
+    const std::string name(textOf(properties.headers.entries[i].key));
+    if (const auto text = textHeader(properties, name)) received.headers[name] = *text;
+    if (const auto number = integerHeader(properties, name)) received.headers[name] = std::to_string(*number);
+  }
+  return received;
+}
+
+// Each test has queues of its own, which begin with its name.
+class WithBroker : public testing::Test {
+ protected:
+  std::string queue(const std::string& name) const {
+    return std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) + '.' + name;
+  }
+  // oxrmq with words in which "@NAME" stands for a queue, and SAMPLES for the folder of samples.
+  std::unique_ptr<Process> oxrmq(const std::string& command, const std::string& before = {}) const {
+    std::vector<std::string> words = wordsOf(before);
+    words.push_back(OXRMQ_PROGRAM);
+    for (std::string word : wordsOf(command)) {
+      if (const std::size_t at = word.find('@'); at != std::string::npos && word.find("://") == std::string::npos)
+        word = word.substr(0, at) + queue(word.substr(at + 1));
+      words.push_back(rec::test::replaced(word, "SAMPLES", OXR_SAMPLES_DIR));
+    }
+    if (command.find("://") == std::string::npos) words.insert(words.end(), {"--url", broker->url()});
+    return std::make_unique<Process>(words);
+  }
+  std::unique_ptr<Process> feed(const std::string& path, const std::string& more = "--to /@in") const {
+    return oxrmq("feed --records rdw --declare classic " + path + ' ' + more);
+  }
+  std::unique_ptr<Process> decode(const std::string& more = {}) const { return consume("decode", "in", "out", more); }
+  std::unique_ptr<Process> consume(const std::string& command, const std::string& from, const std::string& to,
+                                   const std::string& more) const {
+    return oxrmq(command + " --from @" + from + " --to /@" + to +
+                 " --errors /@bad --declare classic --copybook SAMPLES/customers.cob --ccsid 37 --records rdw " + more);
+  }
+
+  // So many messages of different ids, by id; those that come more often count as doubles. Fewer if no more come.
+  std::map<std::string, Received> receive(const std::string& name, std::size_t count, seconds within = seconds(60)) {
+    Connection connection(address(), {});
+    connection.declareQueue(queue(name), "classic");
+    connection.consume(queue(name), 500);
+    std::map<std::string, Received> all;
+    const auto end = std::chrono::steady_clock::now() + within;
+    while (all.size() < count && std::chrono::steady_clock::now() < end) {
+      std::optional<Event> event = connection.next(milliseconds(100));
+      if (!event) continue;
+      const auto& delivery = std::get<Delivery>(*event);
+      const bool isNew = all.emplace(messageIdOf(delivery.message.properties()), receivedOf(delivery.message)).second;
+      if (!isNew) ++doubles_;
+      connection.acknowledgeUpTo(delivery.tag);
+    }
+    connection.close();
+    return all;
+  }
+  void publish(const std::string& name, const std::string& id, std::string_view body, std::string_view type = {}) {
+    Connection connection(address(), {});
+    connection.declareQueue(queue(name), "classic");
+    Properties properties;
+    properties.setMessageId(id);
+    if (!type.empty()) properties.setContentType(type);
+    connection.publish({"", queue(name)}, properties, body);
+    while (true)
+      if (const std::optional<Event> event = connection.next(seconds(10))) break;
+    connection.close();
+  }
+  static Address address() {
+    Address address = parseAddress(broker->url());
+    address.credentials = {"guest", "guest"};
+    return address;
+  }
+
+  // The customers, so many times over.
+  std::string customers(int times) const {
+    const std::string once = rec::test::contentOf(OXR_SAMPLES_DIR "/customers.rdw.bin");
+    std::string all;
+    for (int i = 0; i < times; ++i)
+      all += once;
+    return all;
+  }
+  static std::string linesOf(const std::string& path) {
+    return rec::test::runProgram("decode --copybook " OXR_SAMPLES_DIR "/customers.cob --ccsid 37 --records rdw " + path)
+        .lines;
+  }
+  // The bodies of a file's messages, in the order of the file.
+  static std::string joined(const std::map<std::string, Received>& messages, const std::string& file) {
+    std::map<long, std::string_view> byOffset;
+    for (const auto& [id, message] : messages)
+      if (id.starts_with(file + ':')) byOffset[std::stol(id.substr(file.size() + 1))] = message.body;
+    std::string all;
+    for (const auto& [offset, body] : byOffset)
+      all += body;
+    return all;
+  }
+
+  const Folder folder_;
+  std::size_t doubles_ = 0;
+};
+
+}  // namespace oxr::mq::test

@@ -1,0 +1,144 @@
+// What goes in at one end comes out at the other, whatever happens in between.
+
+#include <algorithm>
+#include <random>
+
+#include "oxrmq/withbroker/fixture.hpp"
+#include "oxrmq/withbroker/kills.hpp"
+
+namespace oxr::mq::test {
+namespace {
+
+using testing::HasSubstr;
+
+TEST_F(WithBroker, RecordsBecomeTheLinesOfAFileAndRecordsAgain) {
+  const std::string bytes = customers(50), path = folder_.write("c.bin", bytes), metrics = folder_.path("metrics");
+  EXPECT_EQ(feed(path, "--to /@in --message-records 12")->wait(), 0);
+  EXPECT_EQ(feed(path, "--to /@in2 --message-records 3 --source other")->wait(), 0);
+  const auto decoding = decode("--from @in2 --consumers 2 --prefetch 5 --metrics " + metrics);
+  const auto lines = receive("out", 34 + 134);
+  EXPECT_EQ(joined(lines, "c.bin"), linesOf(path));
+  EXPECT_EQ(joined(lines, "other"), linesOf(path));
+  EXPECT_EQ(doubles_, 0U);
+  const auto second = std::find_if(lines.begin(), lines.end(), [](const auto& entry) {
+    return entry.first.starts_with("other:") && entry.second.headers.at("oxr-record") == "4";
+  });
+  ASSERT_NE(second, lines.end());
+  EXPECT_EQ(second->first, "other:" + second->second.headers.at("oxr-offset"));
+  EXPECT_EQ(second->second.headers.at("oxr-file"), "other");
+  EXPECT_EQ(second->second.headers.at("oxr-records"), "3");
+  EXPECT_EQ(second->second.type, "application/x-ndjson");
+  EXPECT_EQ(decoding->end(SIGTERM), 0) << decoding->messages();
+  const std::string counts = rec::test::contentOf(metrics);
+  EXPECT_THAT(counts, HasSubstr("\noxrmq_records_total 800\n"));
+  EXPECT_THAT(counts, HasSubstr("\noxrmq_messages_out_total 168\n"));
+
+  for (const auto& [id, message] : lines)
+    publish("lines", id, message.body, message.type);
+  const auto encoding = consume("encode", "lines", "back", "");
+  const auto back = receive("back", lines.size());
+  EXPECT_EQ(joined(back, "c.bin"), bytes);
+  EXPECT_EQ(joined(back, "other"), bytes);
+  EXPECT_EQ(encoding->end(SIGTERM), 0) << encoding->messages();
+}
+
+TEST_F(WithBroker, NothingIsLostWhenConsumersAreKilled) {
+  const std::string path = folder_.write("c.bin", customers(400));
+  std::mt19937 random(20261122);
+  const auto oneOf = [&](int most) { return milliseconds(std::uniform_int_distribution<>(1, most)(random)); };
+  std::map<std::string, Received> lines;
+  int killed = 0, files = 0;
+  while (killed < kills) {
+    const std::string file = "f" + std::to_string(++files);
+    ASSERT_EQ(feed(path, "--to /@in --message-records 4 --source " + file)->wait(), 0);
+    for (int i = 0; i < 5 && killed < kills; ++i, ++killed) {
+      const auto first = decode("--prefetch 20"), second = decode("--prefetch 20");
+      std::this_thread::sleep_for(milliseconds(50) + oneOf(150));
+      EXPECT_EQ(first->end(SIGKILL), -SIGKILL) << first->messages();
+      std::this_thread::sleep_for(oneOf(30));
+    }
+    const auto last = decode();
+    lines = receive("out", 800);
+    ASSERT_EQ(joined(lines, file), linesOf(path));
+    EXPECT_EQ(last->end(SIGTERM), 0);
+  }
+  RecordProperty("doubles", static_cast<int>(doubles_));
+}
+
+TEST_F(WithBroker, AFeedThatIsKilledGoesOnWhereItWas) {
+  const std::string path = folder_.write("c.bin", customers(2000)), state = folder_.path("state");
+  const std::string arguments = "--to /@in --message-records 2 --window 20 --resume " + state;
+  int code = -SIGKILL;
+  for (int i = 0; code != 0; ++i) {
+    ASSERT_LT(i, 200);
+    const auto feeding = feed(path, arguments);
+    std::this_thread::sleep_for(milliseconds(60 + 5 * i));
+    code = feeding->end(i % 2 == 0 ? SIGTERM : SIGKILL);
+    EXPECT_TRUE(code == 0 || code == (i % 2 == 0 ? 1 : -SIGKILL)) << feeding->messages();
+  }
+  const auto fed = receive("in", 8000);
+  EXPECT_EQ(joined(fed, "c.bin"), customers(2000));
+  const auto again = feed(path, arguments);
+  EXPECT_EQ(again->wait(), 0);
+  EXPECT_THAT(again->messages(), HasSubstr("0 messages"));
+}
+
+TEST_F(WithBroker, NothingIsLostWhenTheBrokerGoesAway) {
+  const std::string path = folder_.write("c.bin", customers(3000));
+  const auto decoding = decode("--consumers 2"), encoding = consume("encode", "out", "back", "");
+  const auto feeding = feed(path, "--to /@in --message-records 3");
+  std::this_thread::sleep_for(milliseconds(300));
+  broker->command("restart");
+  EXPECT_EQ(feeding->wait(), 0) << feeding->messages();
+  const auto back = receive("back", 8000);
+  EXPECT_EQ(joined(back, "c.bin"), customers(3000));
+  EXPECT_THAT(decoding->messages(), HasSubstr("trying again in 0."));
+  EXPECT_EQ(decoding->end(SIGTERM), 0) << decoding->messages();
+  EXPECT_EQ(encoding->end(SIGTERM), 0) << encoding->messages();
+}
+
+TEST_F(WithBroker, AFullQueueOnlyDelays) {
+  const std::string path = folder_.write("c.bin", customers(20));
+  Connection(address(), {}).declareQueue(queue("out"), "classic", 5);
+  const auto decoding = oxrmq(
+      "decode --from @in --to /@out --errors /@in2 --copybook SAMPLES/customers.cob --ccsid 37 --records rdw --wait "
+      "10");
+  EXPECT_EQ(decoding->wait(), 2);  // there is no queue to take from yet
+  ASSERT_EQ(feed(path, "--to /@in --message-records 1")->wait(), 0);
+  ASSERT_EQ(feed(path, "--to /@in2 --message-records 8")->wait(), 0);
+  const auto again =
+      oxrmq("decode --from @in --to /@out --errors /@in2 --copybook SAMPLES/customers.cob --ccsid 37 --records rdw");
+  EXPECT_TRUE(again->tells("takes no message")) << again->messages();
+  std::map<std::string, Received> lines;
+  while (lines.size() < 160) {
+    Connection connection(address(), {});
+    connection.consume(queue("out"), 2);
+    while (const std::optional<Event> event = connection.next(seconds(1))) {
+      const auto& delivery = std::get<Delivery>(*event);
+      lines.emplace(messageIdOf(delivery.message.properties()), receivedOf(delivery.message));
+      connection.acknowledgeUpTo(delivery.tag);
+      if (lines.size() == 160) break;
+    }
+  }
+  EXPECT_EQ(joined(lines, "c.bin"), linesOf(path));
+  EXPECT_EQ(again->end(SIGTERM), 0) << again->messages();
+}
+
+TEST_F(WithBroker, ABrokerWithoutMemoryOnlyDelays) {
+  const std::string path = folder_.write("c.bin", customers(50));
+  ASSERT_EQ(feed(path, "--to /@in --message-records 2")->wait(), 0);
+  broker->command("ctl set_vm_memory_high_watermark 0");
+  const auto decoding = decode();
+  const auto feeding = feed(path, "--to /@in --message-records 2 --source later");
+  EXPECT_TRUE(decoding->tells("asks for a pause")) << decoding->messages();
+  EXPECT_TRUE(feeding->tells("asks for a pause")) << feeding->messages();
+  broker->command("ctl set_vm_memory_high_watermark 0.6");
+  EXPECT_EQ(feeding->wait(), 0) << feeding->messages();
+  const auto lines = receive("out", 400);
+  EXPECT_EQ(joined(lines, "c.bin"), linesOf(path));
+  EXPECT_EQ(joined(lines, "later"), linesOf(path));
+  EXPECT_EQ(decoding->end(SIGTERM), 0) << decoding->messages();
+}
+
+}  // namespace
+}  // namespace oxr::mq::test
