@@ -5,6 +5,7 @@
 #include <iterator>
 #include <limits>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,8 +16,9 @@
 // RapidJSON's own headers come after records.hpp, which sets the library up.
 #include <rapidjson/reader.h>
 
-// Any bytes give valid JSON lines and faults that name a place in the input, or an error, whatever the layout; and what
-// they give does not depend on how the input is cut into buffers.
+// Any bytes give valid JSON lines and faults that name a place in the input, or an error, whatever the layout, the form
+// of its fields, the kinds of records and what stands around them; and what they give does not depend on how the input
+// is cut into buffers, or on who watches.
 
 namespace oxr::fuzz {
 
@@ -24,26 +26,50 @@ namespace recordreader {
 
 using namespace oxr::rec;
 
-inline constexpr const char* kCopybooks[] = {
-    "01 R. 05 A PIC X(5). 05 P PIC S9(5)V99 COMP-3. 05 B PIC S9(4) COMP. 05 Z PIC S9(3)V9. 05 U PIC 9(18) COMP-5.",
-    "01 R. 05 N PIC 9. 05 G OCCURS 0 TO 4 DEPENDING ON N. 10 M PIC 9. 10 H OCCURS 0 TO 3 DEPENDING ON M. 15 F PIC X."
-    " 05 T PIC X(2).",
-    "01 R. 05 K PIC X. 05 A PIC X(8). 05 B REDEFINES A. 10 P PIC SV9(3) COMP-3. 10 Q PIC SVPP9(2) COMP-3."
-    " 10 Z PIC 9(3) BLANK WHEN ZERO. 05 FILLER REDEFINES A. 10 N PIC 9(2) COMP. 05 C OCCURS 0 TO 9 DEPENDING ON N."
-    " 10 S PIC S9(2) SIGN LEADING SEPARATE. 10 T PIC S99 SIGN LEADING.",
-    "01 R. 05 FILLER OCCURS 3. 10 N PIC S9(3) COMP-3. 10 FILLER PIC X OCCURS 0 TO 3 DEPENDING ON N. 10 E PIC Z9.9-.",
-    "77 A PIC X(40).",
+// A copybook with what may be said of its fields and kinds, in words.
+struct Sample {
+  const char* copybook;
+  const char* settings = "";
+  const char* conditions = "";
+};
+inline constexpr Sample kSamples[] = {
+    {"01 R. 05 A PIC X(5). 05 P PIC S9(5)V99 COMP-3. 05 B PIC S9(4) COMP. 05 Z PIC S9(3)V9. 05 U PIC 9(18) COMP-5.",
+     "P:packed-sign=leading Z:sign=leading B:integers=little A:ccsid=1208"},
+    {"01 R. 05 N PIC 9. 05 G OCCURS 0 TO 4 DEPENDING ON N. 10 M PIC 9. 10 H OCCURS 0 TO 3 DEPENDING ON M. 15 F PIC X."
+     " 05 T PIC X(2)."},
+    {"01 R. 05 K PIC X. 05 A PIC X(8). 05 B REDEFINES A. 10 P PIC SV9(3) COMP-3. 10 Q PIC SVPP9(2) COMP-3."
+     " 10 Z PIC 9(3) BLANK WHEN ZERO. 05 FILLER REDEFINES A. 10 N PIC 9(2) COMP. 05 C OCCURS 0 TO 9 DEPENDING ON N."
+     " 10 S PIC S9(2) SIGN LEADING SEPARATE. 10 T PIC S99 SIGN LEADING.",
+     "S:blank-numbers=null T:lenient-numbers=yes"},
+    {"01 R. 05 FILLER OCCURS 3. 10 N PIC S9(3) COMP-3. 10 FILLER PIC X OCCURS 0 TO 3 DEPENDING ON N. 10 E PIC Z9.9-."},
+    {"77 A PIC X(40)."},
+    {"01 R. 05 F COMP-1. 05 D COMP-2. 05 W PIC S9(20)V9(3) COMP. 05 V PIC 9(37) COMP-5. 05 U PIC 9(5) COMP-6."
+     " 05 N PIC N(3) NATIONAL. 05 G PIC G(2) DISPLAY-1. 05 X POINTER. 05 I INDEX. 05 E PIC ZZ9.99-. 05 B PIC X(3).",
+     "D:floats=ieee-le F:floats=ieee-be E:edited=number W:integers=little N:ccsid=1200 G:ccsid=930"},
+    {"01 R. 05 D PIC 9(8). 05 T PIC X(8). 05 P PIC S9(7) COMP-3. 05 B PIC 9(9) COMP. 05 E PIC 99/99/99.",
+     "D:date=yyyyMMdd T:date=HH:mm:ss P:date=yyMMdd B:date=HHmmss E:date=dd/MM/yy P:packed-sign=leading"},
+    {"01 A. 05 K PIC 9. 05 X PIC X(3). 01 B. 05 K PIC 9. 05 N PIC 9. 05 T PIC 9(2) OCCURS 0 TO 3 DEPENDING ON N."
+     " 01 C. 05 K PIC 9. 05 P PIC S9(3) COMP-3.",
+     "K:low-values=zero", "K=1:A K=2,3:B K=4:C"},
+    {"01 R. 05 K PIC X. 05 G OCCURS 2. 10 T PIC 9. 10 A PIC X(4). 10 B REDEFINES A PIC S9(6) COMP-3. 10 C REDEFINES A."
+     " 15 N PIC 9. 15 O PIC X OCCURS 0 TO 3 DEPENDING ON N. 05 Y PIC X(3). 05 Z REDEFINES Y. 10 M PIC 9(3).",
+     "T:blank-numbers=zero", "T=1:A T=2-3:B T=*:C K=0-3:Y K=4:Z"},
 };
 
-// Lays out each copybook once.
-inline const Layout& layoutOf(std::size_t which) {
-  static const std::vector<Layout> layouts = [] {
-    std::vector<Layout> made;
-    for (const char* const copybook : kCopybooks)
-      made.push_back(readCopybook(copybook, "c", {SourceFormat::free, {}}));
+// Reads each copybook once.
+inline const Copybook& copybookOf(std::size_t which) {
+  static const std::vector<Copybook> copybooks = [] {
+    std::vector<Copybook> made;
+    for (const Sample& sample : kSamples)
+      made.push_back(Copybook::read(sample.copybook, "c", {.format = SourceFormat::free}));
     return made;
   }();
-  return layouts[which];
+  return copybooks[which];
+}
+
+inline std::vector<std::string> wordsOf(const char* text) {
+  std::istringstream words(text);
+  return {std::istream_iterator<std::string>(words), {}};
 }
 
 enum class Mode : std::uint8_t { stop, null, skip };
@@ -51,21 +77,23 @@ enum class Mode : std::uint8_t { stop, null, skip };
 // What is read, and how.
 struct Job {
   explicit Job(Choices& choices)
-      : layout(layoutOf(choices.upTo(std::size(kCopybooks) - 1))),
-        plan(layout, planOptions(choices)),
+      : which(choices.upTo(std::size(kSamples) - 1)),
+        plan(copybookOf(which), {}, planOptions(which, choices)),
         mode(static_cast<Mode>(choices.upTo(2))),
-        settings{{choices.oneOf(kFramings), choices.coin()}, choices.upTo(4) == 0},
+        settings(drawSettings(choices, plan.forms().front().ccsid == 1200)),
         pointsAsText(choices.coin()),
         more(choices.upTo(7)) {
     if (choices.coin()) {
-      const auto bytes = choices.allBytes();
+      const auto bytes = choices.bytes(choices.upTo(choices.left()));
       input.assign(bytes.begin(), bytes.end());
     }
+    RecordFramer framer(recordForm(plan, settings.form), static_cast<std::uint32_t>(choices.between(9, 200)));
     while (!choices.isEmpty())
-      addRecord(choices);
+      addRecord(choices, framer);
+    framer.finish(input);
   }
 
-  const Layout& layout;
+  const std::size_t which;
   const RecordPlan plan;
   const Mode mode;
   const RecordWorker::Settings settings;
@@ -74,44 +102,89 @@ struct Job {
   std::string input;
 
  private:
-  static RecordPlan::Options planOptions(Choices& choices) {
+  static PhysicalForm drawForm(Choices& choices) {
+    constexpr int kCcsids[] = {37, 819, 37, 819, 1208, 1200, 930};
+    PhysicalForm form;
+    form.ccsid = choices.oneOf(kCcsids);
+    form.integerEndian = choices.coin() ? eEndianLittle : eEndianBig;
+    form.hasLetterSigns = choices.coin();
+    form.floats = static_cast<FloatForm>(choices.upTo(3));
+    if (choices.coin()) return form;
+    form.blankNumbers = static_cast<EmptyNumber>(choices.upTo(2));
+    form.lowValues = static_cast<EmptyNumber>(choices.upTo(2));
+    form.lenientNumbers = choices.coin();
+    form.editedAsNumber = choices.coin();
+    form.packedSign = choices.upTo(3) == 0 ? SignEnd::leading : SignEnd::asDeclared;
+    form.sign = static_cast<SignEnd>(choices.upTo(2));
+    return form;
+  }
+
+  static RecordPlan::Options planOptions(std::size_t which, Choices& choices) {
     RecordPlan::Options options;
     options.flat = options.arraysAtFullSize = choices.coin();
-    options.form = {choices.oneOf(kCcsids), choices.coin() ? eEndianLittle : eEndianBig, choices.coin()};
+    options.showsFillers = choices.upTo(3) == 0;
+    options.form = drawForm(choices);
+    for (const std::string& setting : wordsOf(kSamples[which].settings))
+      if (choices.coin()) options.fieldSettings.push_back(setting);
+    if (choices.upTo(3) != 0) options.conditions = wordsOf(kSamples[which].conditions);
     return options;
   }
 
-  // A record with the right header, if there are any, and bytes that are often digits, so that counts are too.
-  void addRecord(Choices& choices) {
-    std::size_t size = plan.maxSize();
-    if (settings.form.framing != Framing::fixed) {
-      if (choices.coin()) size = choices.upTo(size + 2);
-      const std::size_t length = size + (settings.form.countsHeader.value_or(true) ? 4 : 0);
-      const char high = static_cast<char>(length >> 8);
-      const char low = static_cast<char>(length);
-      const bool isBig = settings.form.framing == Framing::rdw;
-      input += isBig ? std::string{high, low, 0, 0} : std::string{0, 0, low, high};
-    }
-    const char zero = choices.coin() ? '0' : '\xF0';
-    const bool isDigits = choices.upTo(3) != 0;
-    for (; size > 0; --size) {
-      const auto byte = choices.any<std::uint8_t>();
-      input += isDigits ? static_cast<char>(zero + byte % 5) : static_cast<char>(byte);
-    }
+  // Characters of several bytes make no lines.
+  static RecordWorker::Settings drawSettings(Choices& choices, bool isWide) {
+    RecordWorker::Settings settings;
+    settings.form.framing = static_cast<Framing>(choices.upTo(static_cast<std::size_t>(Framing::lines) - isWide));
+    if (choices.coin()) settings.form.countsHeader = choices.coin();
+    settings.allowExtra = choices.upTo(4) == 0;
+    settings.onUnknown = static_cast<OnUnknown>(choices.upTo(2));
+    return settings;
   }
 
-  static constexpr int kCcsids[] = {37, 819, 37, 819, 1208, 1200, 930};
-  static constexpr Framing kFramings[] = {Framing::fixed, Framing::rdw, Framing::rdwLittle};
+  // A record with what stands around it in such a file, and bytes that are often digits, so that counts are too.
+  void addRecord(Choices& choices, RecordFramer& framer) {
+    std::size_t size = plan.maxSize();
+    if (settings.form.framing != Framing::fixed && choices.coin()) size = choices.upTo(size + 2);
+    const char zero = choices.coin() ? '0' : '\xF0';
+    const bool isDigits = choices.upTo(3) != 0;
+    std::string record;
+    for (; size > 0; --size) {
+      const auto byte = choices.any<std::uint8_t>();
+      record += isDigits ? static_cast<char>(byte < 8 ? byte % 2 * (zero == '0' ? ' ' : '@') : zero + byte % 5)
+                         : static_cast<char>(byte);
+    }
+    try {
+      framer.add({reinterpret_cast<const unsigned char*>(record.data()), record.size()}, input);
+    } catch (const FrameError&) {
+      input += record;  // a block is too small for it, or there is a line end in it
+    }
+  }
+};
+
+// Sees fields, which changes nothing.
+class Watcher : public FieldObserver {
+ public:
+  explicit Watcher(const RecordPlan& plan) : plan_(plan) {}
+  void seen(const FieldSeen& field) override {
+    const auto index = static_cast<std::size_t>(&field.step - plan_.steps().data());
+    require(index < plan_.steps().size() && field.bytes.size() <= field.step.size, "a field has a wrong step");
+    require(field.fault == nullptr || field.value.isNull(), "a bad field has a value");
+  }
+
+ private:
+  const RecordPlan& plan_;
 };
 
 class Listener : public FaultListener {
  public:
   explicit Listener(const Job& job) : job_(job) {}
   bool goOnAfter(const FieldFault& fault) override {
-    // A field that the record ends before may lie beyond the input, but has no bytes then.
-    require(fault.record > 0 && (fault.bytes.empty() || fault.offset + fault.bytes.size() <= job_.input.size()),
+    // A field that the record ends before may lie beyond the input, but has no bytes then; and some blanks that fill up
+    // a line are not in it.
+    const std::size_t size = job_.settings.form.framing == Framing::lines ? 0 : fault.bytes.size();
+    require(fault.record > 0 && (fault.bytes.empty() || fault.offset + size <= job_.input.size()),
             "a fault lies outside the input");
-    require(!fault.reasonText().empty() && fault.text().find('\n') == std::string::npos, "a fault is no line");
+    require(!fault.reasonText().empty() && fault.text().find('\n') == std::string::npos,
+            "a fault is no line: " + fault.text());
     told += fault.text() + '\n';
     isBad = true;
     return job_.mode != Mode::stop;
@@ -124,7 +197,7 @@ class Listener : public FaultListener {
 };
 
 // Reads the input as a program does. Returns what it told and wrote, and how far it came.
-inline std::string readAll(const Job& job, std::size_t more) {
+inline std::string readAll(const Job& job, std::size_t more, FieldObserver* observer) {
   Listener listener(job);
   const auto worker = RecordWorker::make(job.plan, job.settings, listener);
   JsonHandler json(job.plan.names(), {job.pointsAsText});
@@ -132,6 +205,7 @@ inline std::string readAll(const Job& job, std::size_t more) {
   worker->setSource(&input);
   worker->initializeParse(-1, nullptr, -1);
   worker->setFIHandler(&json, false);
+  worker->setObserver(observer);
   const auto finishRecord = [&] {
     if (listener.isBad && job.mode == Mode::skip) json.discard();
     listener.isBad = false;
@@ -175,8 +249,9 @@ inline void requireObjects(std::string_view lines) {
 
 inline void checkRecordReader(Choices& choices) {
   const recordreader::Job job(choices);
-  const std::string inStretches = recordreader::readAll(job, job.more);
-  const std::string atOnce = recordreader::readAll(job, job.input.size());
+  const std::string inStretches = recordreader::readAll(job, job.more, nullptr);
+  recordreader::Watcher watcher(job.plan);
+  const std::string atOnce = recordreader::readAll(job, job.input.size(), &watcher);
   requireEqual(inStretches, atOnce, "an input in stretches and at once");
   recordreader::requireObjects(std::string_view(inStretches).substr(inStretches.rfind('\0') + 1));
 }

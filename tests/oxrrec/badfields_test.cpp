@@ -1,5 +1,6 @@
 // What people are told of fields that cannot be read, and that it is the same for the first of them and for all others.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "oxrrec/runs.hpp"
@@ -55,6 +56,7 @@ const struct {
     {"9(8)", "F2F0F2F3F0F2F2F9", "no date: month 2 has no day 29 (OXR5540)", "--field F:date=yyyyMMdd"},
     {"9(7)", "F2F0F2F3F3F6F7", "no date: there is no day 367 (OXR5540)", "--field F:date=yyyyDDD"},
     {"X(10)", "F0F161F1F161F2F0F2F3", "no date: character 3 is \"/\" (OXR5540)", "--field F:date=dd.MM.yyyy"},
+    {"X(2)", "F20F", "no date: character 2 is U+000F (OXR5540)", "--field F:date=HH"},
     {"X(8)", "F2F0F2F340404040", "no date: it has 4 characters, and its pattern 8 (OXR5540)",
      "--field F:date=yyyyMMdd"},
     {"S9(7) COMP-3", "0261122D", "no date: it is below zero", "--field F:date=yyMMdd"},
@@ -77,6 +79,14 @@ TEST(BadFields, AreToldToPeople) {
       messages.erase(at + 7, messages.find('\n', at) - at - 6);
     EXPECT_EQ(messages.substr(0, told.size()), told);
   }
+}
+
+// A field of the blanks that a short line is filled up with stands where the line ends.
+TEST(BadFields, StandInTheInput) {
+  const Outcome outcome = decodeBytes("05 A PIC 9. 05 B PIC 9(3). 05 C PIC 9.", "1\n22222\n",
+                                      "--ccsid 819 --records lines --on-error null");
+  EXPECT_THAT(outcome.messages, testing::HasSubstr("record 1, byte 1, B: holds blanks"));
+  EXPECT_THAT(outcome.messages, testing::HasSubstr("record 1, byte 1, C: holds blanks"));
 }
 
 // Good fields between bad ones are read as ever.

@@ -1,5 +1,6 @@
 #include "records/recordworker.hpp"
 
+#include <algorithm>
 #include <limits>
 
 // A record is read by one loop over the steps of the plan. Their offsets hold with all arrays at their largest; shift_
@@ -255,8 +256,11 @@ std::span<const unsigned char> RecordWorker::bytesAt(std::uint64_t offset, std::
   return {record_.data + offset, std::min<std::uint64_t>(size, record_.size - offset)};
 }
 
+// A field of the blanks that a line is filled up with stands where the line ends.
 FieldFault RecordWorker::fault(ItemIndex item, std::uint64_t offset, std::uint32_t size, FaultReason reason) const {
-  return {kind_->layout,         reader_.recordNumber(), reader_.offsetInInput(offset), item, arrays_,
+  const std::uint64_t place =
+      record_.padding == 0 ? offset : std::min(offset, std::uint64_t{record_.size} - record_.padding);
+  return {kind_->layout,         reader_.recordNumber(), reader_.offsetInInput(place), item, arrays_,
           bytesAt(offset, size), std::move(reason)};
 }
 

@@ -254,7 +254,7 @@ PWFData FieldConverter::edited(const Step& step, const unsigned char* bytes) {
   if (number) return scaled(number->digits, number->isNegative, static_cast<int>(number->places.value_or(step.scale)));
   if (step.isBlankWhenZero && std::all_of(units.begin(), units.end(), [](auto unit) { return unit == ' '; }))
     return scaled(std::string_view("0"), false, step.scale);
-  throw FieldRefused("\"" + toUtf8(units) + "\" is no edited number");
+  throw FieldRefused("no edited number");
 }
 
 PWFData FieldConverter::date(const Step& step, const unsigned char* bytes) {

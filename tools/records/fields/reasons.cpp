@@ -139,7 +139,8 @@ std::string detailOf(const FaultReason& reason, std::size_t size) {
     case FaultCode::dateShort:
       return ": it has " + number(0) + " characters, and its pattern " + number(1);
     case FaultCode::dateCharacter:
-      return ": character " + std::to_string(reason.numbers[0] + 1) + " is " + quoted(reason.numbers[2]);
+      return ": character " + std::to_string(reason.numbers[0] + 1) + " is " +
+             (quoted(reason.numbers[2]).empty() ? "U+" + hexOf(reason.numbers[2], 4) : quoted(reason.numbers[2]));
     case FaultCode::datePart:
       return ": there is no " + partName(reason.numbers[0]) + number(1);
     case FaultCode::dateDay:
