@@ -12,13 +12,18 @@ using testing::HasSubstr;
 
 constexpr char kCopybook[] =
     "01 A. 05 K PIC X. 05 N PIC 9. 01 B. 05 K PIC X. 05 N PIC 9. 01 C. 05 K PIC X. 05 N PIC 9.";
+constexpr char kOwn[] =
+    "01 A. 05 K PIC X. 05 G. 10 B PIC 9. 01 B. 05 K PIC X. 05 N PIC 9. 01 C. 05 K PIC X. 05 N PIC 9.";
+constexpr char kAreas[] = "05 K PIC X. 05 A. 10 N PIC 9. 05 B REDEFINES A PIC X. 05 C REDEFINES A. 10 G. 15 A PIC 9.";
 constexpr char kWhen[] = "--ccsid 819 --when K=a:A --when K=b:B --when K=c:C --when K=*:A ";
+constexpr char kWhenOnly[] = "--ccsid 819 --when K=a:A --when K=b:B --when K=c:C ";
 
 const struct {
   const char* arguments;
   const char* records;
   const char* lines;
   const char* told = "";
+  const char* copybook = kCopybook;
 } kCases[] = {
     {"--nest b:a", "a1b2b3a4", "{K:a,N:1,B:[{K:b,N:2},{K:b,N:3}]} {K:a,N:4,B:[]}"},
     // Two levels; a child of the lower one belongs to the last of the upper one.
@@ -35,6 +40,17 @@ const struct {
     // What the work ends at is not there, what came before is.
     {"--nest B:A", "a1b2bx", "{K:a,N:1,B:[{K:b,N:2}]}"},
     {"--nest B:A", "", ""},
+    // The parts of a file, where a parent may lie in the part before.
+    {"--nest B:A --range 2-6 --first-record 2", "a1b2a3b4", "{K:b,N:2} {K:a,N:3,B:[]}", "the first is record 2, a B\n"},
+    // What no condition calls anything, between a parent and its child.
+    {"--nest B:A --on-unknown raw", "a1z9b2", "{RAW:7A39} {K:a,A:{N:1},B:[{K:b,B:2}]}", "", kAreas},
+    {"--nest B:A --on-unknown skip", "a1z9b2", "{K:a,A:{N:1},B:[{K:b,B:2}]}", "", kAreas},
+    // A child with the name of a field that stands in its parent's object.
+    {"--nest B:A", "a1b2", "{K:a,G:{B:1},B:[{K:b,N:2}]}", "", kOwn},
+    {"--nest B:A --flat", "a1", "", "--nest B:A: A has a field B, and its object cannot have two of that name", kOwn},
+    {"--nest B:A --flat", "a1b2", "{K:a,N:1,B:[{K:b,B:2}]}", "", kAreas},
+    {"--nest A:C", "c1a2", "{K:c,C:{G:{A:1}},A:[{K:a,A:{N:2}}]}", "", kAreas},
+    {"--nest A:C --flat", "c1", "", "--nest A:C: C has a field A, and", kAreas},
     {"--nest B", "a1", "", "--nest B: it is to be CHILD:PARENT"},
     {"--nest D:A", "a1", "", "--nest: no --when tells which records are D"},
     {"--nest B:A --nest A:B", "a1", "", "--nest A:B: a record cannot be below itself"},
@@ -43,9 +59,10 @@ const struct {
 };
 
 TEST(Nest, PutsRecordsIntoTheirParents) {
-  for (const auto& [arguments, records, lines, told] : kCases) {
+  for (const auto& [arguments, records, lines, told, copybook] : kCases) {
     SCOPED_TRACE(std::string(arguments) + ' ' + records);
-    const Outcome outcome = decodeBytes(kCopybook, records, kWhen + std::string(arguments));
+    const Outcome outcome =
+        decodeBytes(copybook, records, (copybook == kAreas ? kWhenOnly : kWhen) + std::string(arguments));
     EXPECT_EQ(replaced(outcome.lines, "\"", ""), replaced(lines, " ", "\n") + (*lines == '\0' ? "" : "\n"));
     EXPECT_THAT(outcome.messages, HasSubstr(told));
   }

@@ -56,7 +56,8 @@ class Decoding {
       badRecords_.emplace(description.openOutput(options.errors, input_, console));
       badFields_.setRecords(&*badRecords_, worker_.get());
     }
-    if (!options.nest.empty()) nesting_.emplace(options.nest, namedKinds(options.record.plan.conditions));
+    if (!options.nest.empty())
+      nesting_.emplace(options.nest, namedKinds(options.record.plan.conditions), description.plan());
     worker_->setSource(&input_);
     worker_->initializeParse(-1, nullptr, -1);
     worker_->setFIHandler(lines_.get(), false);
@@ -95,7 +96,8 @@ class Decoding {
     } catch (const FrameError& error) {
       return ended(kFailed, input_.name() + ": " + error.what());
     } catch (const CheckError& error) {
-      return ended(kFailed, input_.name() + ": record " + std::to_string(worker_->recordsRead()) + ": " + error.what());
+      return ended(kFailed,
+                   input_.name() + ": record " + std::to_string(worker_->recordNumber()) + ": " + error.what());
     } catch (const OutputError&) {
       throw;
     } catch (const ToolError& error) {
@@ -156,7 +158,7 @@ class Decoding {
     if (isLeftOut)
       nesting_->leaveOut(kind, nested_);
     else if (!nesting_->add(kind, lines_->lines(), nested_) && orphans_++ == 0)
-      firstOrphan_ = std::to_string(worker_->recordsRead()) + ", a " + std::string(kind);
+      firstOrphan_ = std::to_string(worker_->recordNumber()) + ", a " + std::string(kind);
     lines_->clear();
   }
 

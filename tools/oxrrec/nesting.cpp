@@ -2,20 +2,13 @@
 
 #include <algorithm>
 
+#include "oxrrec/namesinobject.hpp"
 #include "records/framing/errors.hpp"
+#include "records/plan/itempath.hpp"
 
 namespace oxr::rec {
 
-namespace {
-
-bool isSameName(std::string_view a, std::string_view b) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [&](char x, char y) { return lower(x) == lower(y); });
-}
-
-}  // namespace
-
-Nesting::Nesting(const std::vector<std::string>& pairs, const std::vector<std::string>& kinds) {
+Nesting::Nesting(const std::vector<std::string>& pairs, const std::vector<std::string>& kinds, const RecordPlan& plan) {
   for (const std::string& pair : pairs) {
     const std::size_t colon = pair.find(':');
     if (colon == std::string::npos) throw ToolError("--nest " + pair + ": it is to be CHILD:PARENT");
@@ -26,6 +19,10 @@ Nesting::Nesting(const std::vector<std::string>& pairs, const std::vector<std::s
       if (*above == child) throw ToolError("--nest " + pair + ": a record cannot be below itself");
     kinds_[child].parent = parent;
     kinds_[parent].children.push_back(child);
+    for (const std::string& name : namesInObject(plan, kinds_[parent].name))
+      if (isSameName(name, kinds_[child].name))
+        throw ToolError("--nest " + pair + ": " + kinds_[parent].name + " has a field " + name +
+                        ", and its object cannot have two of that name");
   }
 }
 

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "records/recordplan.hpp"
+
 namespace oxr::rec {
 
 // Puts the objects of child records into an array of their parent's: what hierarchical files mean by the order of their
@@ -18,8 +20,9 @@ namespace oxr::rec {
 //   {"ID":1,"ORDER":[{"NO":7,"ITEM":[{"SKU":"A"},{"SKU":"B"}]}]}
 class Nesting {
  public:
-  // `pairs` as "CHILD:PARENT"; `kinds` are the names that records can have, for they are held to it. Throws ToolError.
-  Nesting(const std::vector<std::string>& pairs, const std::vector<std::string>& kinds);
+  // `pairs` as "CHILD:PARENT"; `kinds` are the names that records of the plan can have, for they are held to it. Throws
+  // ToolError, also where a child has the name of a field of its parent.
+  Nesting(const std::vector<std::string>& pairs, const std::vector<std::string>& kinds, const RecordPlan& plan);
 
   // Takes the line of a record, with its newline, and appends to `lines` what is done by that. False for a child that
   // came before any parent: it stands on a line of its own.

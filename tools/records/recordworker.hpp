@@ -84,6 +84,8 @@ class RecordWorker final : public BitstreamWorker {
   const Layout& layoutOfRecord() const { return *kind_->layout; }
   // Records read so far, the one that a fault ended included.
   std::uint64_t recordsRead() const { return reader_.recordsRead(); }
+  // The number of the last one in the file, from 1.
+  std::uint64_t recordNumber() const { return reader_.recordNumber(); }
   // See RecordReader::hint: to be told with faults.
   std::string hint() const { return reader_.hint(); }
 

@@ -176,7 +176,7 @@ class Verifying {
 
   bool isTold() { return ++told_ <= kToldDifferences; }
   void tell(const std::string& text) {
-    output_.write(input_.name() + ": record " + std::to_string(worker_->recordsRead()) + text + '\n');
+    output_.write(input_.name() + ": record " + std::to_string(worker_->recordNumber()) + text + '\n');
   }
 
   bool isEqual() const { return !framesDiffer_ && withValue_ + withoutValue_ + refused_ == 0; }
