@@ -5,15 +5,17 @@ include(CMakePackageConfigHelpers)
 install(DIRECTORY host/include/ usr/include/ DESTINATION "${header_destination}" FILES_MATCHING PATTERN "*.hpp")
 install(TARGETS kelhost oxrbitstreamutilities EXPORT oxrbitstreamutilitiesTargets
         LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
-if(TARGET oxrrec)
-  # The program finds its libraries from its own place, so that any prefix works.
-  file(RELATIVE_PATH lib_from_bin "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
-  set_target_properties(oxrrec PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
-  install(TARGETS oxrrec RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
-  install(FILES "${PROJECT_BINARY_DIR}/oxrrec.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
-  install(FILES "${PROJECT_BINARY_DIR}/oxrrec.bash" RENAME oxrrec
-          DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
-endif()
+foreach(program oxrrec oxrmq)
+  if(TARGET ${program})
+    # The program finds its libraries from its own place, so that any prefix works.
+    file(RELATIVE_PATH lib_from_bin "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+    set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
+    install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+    install(FILES "${PROJECT_BINARY_DIR}/${program}.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+    install(FILES "${PROJECT_BINARY_DIR}/${program}.bash" RENAME ${program}
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+  endif()
+endforeach()
 set_target_properties(oxrbitstreamutilities kelhost PROPERTIES INSTALL_RPATH "$ORIGIN")
 
 set(package_destination "${CMAKE_INSTALL_LIBDIR}/cmake/oxrbitstreamutilities")

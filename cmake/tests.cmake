@@ -20,7 +20,7 @@ set_property(SOURCE ${PROJECT_SOURCE_DIR}/tests/oxrmq/parts_test.cpp
              APPEND PROPERTY COMPILE_DEFINITIONS OXR_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/tools/oxrrec/samples"
                              OXR_SHARED_DATA_DIR="${OXR_SHARED_DATA_DIR}")
 target_link_libraries(oxr_tests PRIVATE oxrrec_parts oxrmq_parts oxrbitstreamutilities oxrcore GTest::gmock GTest::gtest_main)
-add_dependencies(oxr_tests oxrrec oxrrec_pages csv_example machine_pictures)
+add_dependencies(oxr_tests oxrrec oxrrec_pages oxrmq_pages csv_example machine_pictures)
 # The names of the tests are asked for when ctest runs: a build must not fail because a test binary cannot start.
 gtest_discover_tests(oxr_tests DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 
@@ -43,7 +43,9 @@ target_link_libraries(oxrmq_broker_tests PRIVATE oxrrec_parts oxrmq_parts GTest:
 add_dependencies(oxrmq_broker_tests oxrmq)
 add_dependencies(oxr_tests oxrmq_broker_tests)
 add_test(NAME oxrmq_broker COMMAND oxrmq_broker_tests)
-set_tests_properties(oxrmq_broker PROPERTIES TIMEOUT 300)
+add_test(NAME oxrmq_docs COMMAND "${PROJECT_SOURCE_DIR}/tests/oxrmq/docs_examples" "$<TARGET_FILE:oxrmq>"
+                                 "${PROJECT_SOURCE_DIR}/docs/oxrmq.md" "${PROJECT_SOURCE_DIR}/tools/oxrrec/samples")
+set_tests_properties(oxrmq_broker oxrmq_docs PROPERTIES TIMEOUT 300)
 
 # The page of `oxrrec explain` in a browser; its screenshots stay in the build folder.
 add_test(NAME explain_page COMMAND "${PROJECT_SOURCE_DIR}/tests/oxrrec/explain_page" "$<TARGET_FILE:oxrrec>"

@@ -62,6 +62,9 @@ void addBrokerOptions(CLI::App& command, BrokerOptions& options) {
       ->check(CLI::IsMember({"classic", "quorum"}))
       ->type_name("classic|quorum")
       ->group(kTopic);
+}
+
+void addMetricsOption(CLI::App& command, BrokerOptions& options) {
   command.add_option("--metrics", options.metrics, "a file to keep up to date with counts, as Prometheus text")
       ->type_name("FILE")
       ->group("Output");

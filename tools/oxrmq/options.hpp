@@ -22,6 +22,8 @@ struct BrokerOptions {
 };
 
 void addBrokerOptions(CLI::App& command, BrokerOptions& options);
+// Topic "output": what is counted.
+void addMetricsOption(CLI::App& command, BrokerOptions& options);
 // EXCHANGE/KEY into `target`; the option `name` has to be given.
 void addTargetOption(CLI::App& command, const std::string& name, Target& target, const std::string& help);
 

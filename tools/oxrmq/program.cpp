@@ -2,6 +2,7 @@
 
 #include "oxrmq/consume/commands.hpp"
 #include "oxrmq/feed/feed.hpp"
+#include "oxrmq/take/take.hpp"
 #include "records/options/topics.hpp"
 
 namespace oxr::mq {
@@ -14,6 +15,7 @@ constexpr rec::Command kCommands[] = {
      rec::prepare<DecodeOptions, addDecodeOptions, decode>},
     {"encode", "turn messages of JSON lines into messages of records",
      rec::prepare<EncodeOptions, addEncodeOptions, encode>},
+    {"take", "write the messages of a queue to a file, each once", rec::prepare<TakeOptions, addTakeOptions, take>},
 };
 
 constexpr rec::Topic kTopics[] = {

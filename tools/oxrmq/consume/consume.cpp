@@ -68,6 +68,9 @@ void addConsumeOptions(CLI::App& command, ConsumeOptions& options) {
       ->check(CLI::Range(1U, 256U))
       ->type_name("N")
       ->group(kTopic);
+  command.add_option("--idle", options.route.idle, "end when no message came for so long [wait for ever]")
+      ->type_name("SECONDS")
+      ->group(kTopic);
   command
       .add_option("--max-message", options.route.longestMessage,
                   "a result of more bytes is an error; the broker has a limit of its own [134217728]")
@@ -75,6 +78,7 @@ void addConsumeOptions(CLI::App& command, ConsumeOptions& options) {
       ->type_name("BYTES")
       ->group(kTopic);
   addBrokerOptions(command, options.broker);
+  addMetricsOption(command, options.broker);
 }
 
 int consume(const ConsumeOptions& options, const std::string& name, const ConversionMaker& make,

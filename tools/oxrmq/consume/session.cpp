@@ -65,7 +65,8 @@ void ConsumerSession::prepare() {
 }
 
 bool ConsumerSession::isDone() {
-  if (!around_.stop.isAsked()) return false;
+  if (!around_.stop.isAsked())
+    return route_.idle && acknowledgements_.size() == 0 && Clock::now() - last_ >= std::chrono::seconds(*route_.idle);
   if (!end_) end_ = Clock::now() + std::chrono::seconds(around_.options.grace);
   return published_.size() == 0 || Clock::now() >= *end_;
 }
@@ -88,6 +89,7 @@ void ConsumerSession::take(Delivery delivery) {
   around_.counters.bytesIn += delivery.message.body().size();
   if (delivery.isRedelivered) ++around_.counters.redeliveries;
   acknowledgements_.taken(delivery.tag);
+  last_ = Clock::now();
   waiting_.push_back(std::move(delivery));
 }
 

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <deque>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,7 @@ struct Route {
   Target errors;
   std::uint16_t prefetch = 16;               // messages of each queue in hand at most
   std::uint64_t longestMessage = 134217728;  // bytes that the broker takes
+  std::optional<unsigned> idle{};            // seconds without a message after which a consumer ends
 };
 
 // The work of a consumer on one connection: each message is converted, its output is published under the same id, and
@@ -33,7 +35,8 @@ class ConsumerSession {
   ConsumerSession(const Surroundings& around, const Route& route, Conversion& conversion, Connection& connection,
                   Backoff& pauses);
 
-  // Returns when an end is asked for and what was in hand is done, or cannot be done in time. Throws BrokerGone and
+  // Returns when no message came for the time that the route tells, or when an end is asked for and what was in hand is
+  // done, or cannot be done in time. Throws BrokerGone and
   // BrokerRefused.
   void run();
 
@@ -74,8 +77,9 @@ class ConsumerSession {
   ConfirmWindow<InHand> published_;
   Acknowledgements acknowledgements_;
   bool isBlocked_ = false;
-  Clock::time_point notBefore_{};         // no conversion before that
-  std::optional<Clock::time_point> end_;  // when the work is given up
+  Clock::time_point notBefore_{};          // no conversion before that
+  std::optional<Clock::time_point> end_;   // when the work is given up
+  Clock::time_point last_ = Clock::now();  // when a message came in
 };
 
 }  // namespace oxr::mq

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "oxrmq/convert/conversion.hpp"
 #include "oxrmq/feed/session.hpp"
 #include "oxrmq/metrics.hpp"
 #include "records/program/reading.hpp"
@@ -138,7 +139,8 @@ int feed(const FeedOptions& options, const rec::Console& console) {
   Outbox outbox([&] { return cutting.next(); }, {input.origin().bytes, input.origin().records});
   StateFile file(options.state, state);
   const MetricsFile metrics(options.broker.metrics, counters, log);
-  const FeedSession::Settings settings{options.output, source, options.window};
+  const FeedSession::Settings settings{options.output, source, options.type.empty() ? kRecordsType : options.type,
+                                       options.window};
   keepConnected(around, "oxrmq feed", [&](Connection& connection, Backoff& pauses) {
     FeedSession(around, settings, outbox, connection, pauses, [&] { file.save(outbox, false); }).run();
   });

@@ -14,6 +14,7 @@ struct FeedOptions {
   rec::InputOptions input;
   Target output;
   std::string source;             // what messages call the file; its name if empty
+  std::string type;               // the content type of the messages; that of records if empty
   std::size_t bytes = 65536;      // of a message, or a little more
   std::uint64_t mostRecords = 0;  // in one; 0 for any number
   std::uint32_t window = 64;      // messages on their way at most

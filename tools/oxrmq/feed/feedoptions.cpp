@@ -21,6 +21,9 @@ void addMessageOptions(CLI::App& command, FeedOptions& options) {
   command.add_option("--source", options.source, "what the messages call the file [its name]")
       ->type_name("NAME")
       ->group(kTopic);
+  command.add_option("--type", options.type, "the content type of the messages [application/octet-stream]")
+      ->type_name("TYPE")
+      ->group(kTopic);
   command.add_option("--window", options.window, "messages that wait for the broker's confirmation at most [64]")
       ->check(CLI::Range(1U, 65535U))
       ->type_name("N")
@@ -46,6 +49,7 @@ void addFeedOptions(CLI::App& command, FeedOptions& options) {
                   "where the messages go: an exchange and a key, or /QUEUE for a queue by its name");
   addMessageOptions(command, options);
   addBrokerOptions(command, options.broker);
+  addMetricsOption(command, options.broker);
   command.footer("Example:\n  oxrmq feed customers.bin --records rdw --to /records --resume customers.state");
 }
 

@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "oxrmq/convert/conversion.hpp"
-
 namespace oxr::mq {
 
 namespace {
@@ -110,7 +108,7 @@ void FeedSession::take(const Blocked& blocked) {
 void FeedSession::publish(rec::Chunk chunk) {
   const Stopwatch watch(around_.counters.publishingNanoseconds);
   Properties properties;
-  properties.setContentType(kRecordsType);
+  properties.setContentType(settings_.type);
   properties.setMessageId(settings_.source + ':' + std::to_string(chunk.origin.bytes));
   properties.setHeader(kFileHeader, settings_.source);
   properties.setHeader(kRecordHeader, static_cast<std::int64_t>(chunk.origin.records + 1));

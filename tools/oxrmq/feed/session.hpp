@@ -44,6 +44,7 @@ class FeedSession {
   struct Settings {
     const Target& output;
     std::string source;  // what messages call the file
+    std::string type;    // their content type
     std::uint32_t window;
   };
 
