@@ -123,10 +123,8 @@ inline void checkFieldWriter(Choices& choices) {
   try {
     writer.write(step, *value, written.data());
   } catch (const FieldRefused& refusal) {
-    // Bytes that a code page has no character for read as one that it does not write in as many bytes. And where a
-    // digit is no byte, DISPLAY numbers are read without the separate sign that the picture has a place for.
-    const bool isOdd = form.ccsid == 1200 && step.kind == Kind::external && step.sign >= eSignLeadingSeparate;
-    require(step.kind == Kind::text || step.kind == Kind::edited || isOdd,
+    // Bytes that a code page has no character for read as one that it does not write in as many bytes.
+    require(step.kind == Kind::text || step.kind == Kind::edited,
             "the value " + textOf(*value) + " is refused: " + refusal.what());
     require(written == std::vector<unsigned char>(step.size, 0x55), "a field was refused and written");
     return;

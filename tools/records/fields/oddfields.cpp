@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <memory>
+#include <numeric>
 
 #include "kelexception.hpp"
 #include "kelwstringconvertor.hpp"
@@ -25,6 +26,18 @@ bool isPlainDecimal(UnitView text, bool maySayMinus) {
     hasPoint |= !isDigit;
   }
   return hasDigit;
+}
+
+// The same grammar for characters of several bytes: they are looked at as bytes of their own. A sign that shares a byte
+// with a digit has no meaning among them.
+bool isOddNumber(UnitView text, const Step& step) {
+  const bool isIncluded = step.sign == eSignLeadingIncluded || step.sign == eSignTrailingIncluded;
+  const auto isAscii = [](unsigned short unit) { return unit < 0x80; };
+  if (text.empty() || isIncluded || !std::all_of(text.begin(), text.end(), isAscii)) return false;
+  PageBytes page;
+  std::iota(page.units.begin(), page.units.end(), static_cast<unsigned short>(0));
+  const std::vector<unsigned char> bytes(text.begin(), text.end());
+  return static_cast<bool>(externalFault(bytes, {step.sign, step.isBlankWhenZero, false}, page));
 }
 
 constexpr char kCharacters[] = "0123456789+- ";
@@ -88,8 +101,9 @@ PWFData FieldConverter::oddExternal(const Step& step, const unsigned char* bytes
       externalFault({bytes, size}, {step.sign, step.isBlankWhenZero, form_.hasLetterSigns}, page());
   if (reason && reason.message == 0) throw FieldRefused(kRefused);
   PWFData value = decimalOf(step, bytes, size);
-  const UnitView text(value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength()));
-  if (!isPlainDecimal(text, step.sign != eSignNone)) throw FieldRefused(kRefused);
+  const UnitView digits(value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength()));
+  const bool isOdd = digits_.zero == 0 && isOddNumber(text(bytes, size).getPWFStringValue().view(), step);
+  if (isOdd || !isPlainDecimal(digits, step.sign != eSignNone)) throw FieldRefused(kRefused);
   return value;
 }
 
