@@ -289,10 +289,11 @@ constexpr const char* kRefusals[][2] = {
     // Arguments that are not known, or missing.
     {"--ccsid 37 @in", "*--copybook is required*"},
     {"--copybook @good @in", "*--ccsid is required*"},
-    {"--copybook @good --ccsid -1 @in", "--ccsid: -1 is neither the number of a code page nor a usual name of one\n*"},
+    {"--copybook @good --ccsid -1 @in",
+     "--ccsid: -1 is neither the number of a code page nor a usual name of one (oxrrec decode --help *"},
     {"--copybook @good --ccsid cp03x @in", "--ccsid: cp03x is neither *"},
     {"--copybook @good --ccsid 99999999999999 @in", "--ccsid: 99999999999999 is neither *"},
-    {"--copybook @good --odo 1 --ccsid 37 @in", "--odo: 1 is none of fixed|variable\n*"},
+    {"--copybook @good --odo 1 --ccsid 37 @in", "--odo: 1 is none of fixed|variable (oxrrec *"},
     {"--copybook @good --ccsid 37 --records middle @in", "*middle*"},
 };
 

@@ -1,5 +1,6 @@
 // The page for a browser is used in one by tests/oxrrec/explain_page.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "oxrrec/runs.hpp"
@@ -34,7 +35,14 @@ const struct {
      "N           0       1  9             30     0\n"
      "P           1       2  S9(3) COMP-3  12 3C  123\n",
      kDone},
-    {"3", "0\x12\x3C", "oxrrec: standard input: there are 1 records\n", kFailed},
+    {"3 --range 3-6 --first-record 3", std::string_view("xxx0\x12\x3C", 6),
+     "record 3 of standard input, R: 3 bytes from byte 3\n"
+     "field  offset  length  picture       bytes  value\n"
+     "N           0       1  9             30     0\n"
+     "P           1       2  S9(3) COMP-3  12 3C  123\n",
+     kDone},
+    {"2 --first-record 3", "0\x12\x3C", "oxrrec: standard input: the first record that is read is 3\n", kFailed},
+    {"3", "0\x12\x3C", "oxrrec: standard input: there is 1 record\n", kFailed},
 };
 
 TEST(Explain, ShowsTheFieldsOfOneRecord) {
@@ -49,6 +57,15 @@ TEST(Explain, ShowsTheFieldsOfOneRecord) {
     EXPECT_EQ(isBad ? all.substr(0, fault + 2) + '*' + all.substr(number5505) : all, table);
     EXPECT_EQ(outcome.code, code);
   }
+}
+
+// Whatever becomes of them elsewhere, records of no kind have their number and are shown.
+TEST(Explain, ShowsRecordsOfNoKind) {
+  const Folder folder;
+  const std::string rest = " - --format free --ccsid 819 --when T=a:R --on-unknown skip --copybook " +
+                           folder.write("c", "01 R. 05 T PIC X. 05 N PIC 9.");
+  EXPECT_THAT(runProgram("explain 2" + rest, "a1z2a3").lines, testing::HasSubstr("! T: no condition (--when) holds"));
+  EXPECT_THAT(runProgram("explain 3" + rest, "a1z2a3").lines, testing::EndsWith("9        33     3\n"));
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ TEST(Help, TellsOfEachCommandAndTopic) {
   const std::vector<CommandText> all = textOfAll(kOxrrec);
   const std::string overview = runProgram("help").lines;
   EXPECT_EQ(runProgram("--help").lines, overview);
-  const std::string page = manPage(kOxrrec, all);
+  const std::string page = manPage(kOxrrec, all), completion = bashCompletion(kOxrrec, all);
   std::string inTopics;
   for (const Topic& topic : kOxrrec.topics) {
     EXPECT_THAT(overview, HasSubstr(std::string("\n  ") + topic.name + ' '));
@@ -29,6 +29,9 @@ TEST(Help, TellsOfEachCommandAndTopic) {
     EXPECT_EQ(runProgram("help " + command.name).lines, help);
     EXPECT_THAT(help, StartsWith("Usage: oxrrec " + command.name));
     for (const OptionText& option : command.options) {
+      if (!option.isArgument) {
+        EXPECT_THAT(completion, HasSubstr(option.names.back()));
+      }
       // An option whose group is no topic would be found nowhere.
       EXPECT_THAT(help, HasSubstr("\n  " + option.names.front()));
       if (option.topic.empty()) continue;
@@ -40,6 +43,29 @@ TEST(Help, TellsOfEachCommandAndTopic) {
   EXPECT_EQ(unknown.code, kFailed);
   EXPECT_THAT(unknown.messages, HasSubstr("nothing"));
   EXPECT_THAT(runProgram("--version").lines, StartsWith("oxrrec 1."));
+}
+
+// What is wrong with arguments is told in one line, with what helps.
+TEST(Help, IsNamedWhereArgumentsAreWrong) {
+  constexpr const char* kCases[][2] = {
+      {"", "the first argument is to be a command (oxrrec help lists them)"},
+      {"--ccsid 37 decode x", "the first argument is to be a command (oxrrec help lists them)"},
+      {"decod x", "no command is called decod; is decode meant? (oxrrec help lists them)"},
+      {"decode x", "--copybook is required (oxrrec decode --help tells more)"},
+      {"decode --copybok c x", "there is no option --copybok; is --copybook meant? (oxrrec decode --help tells more)"},
+      {"encode --jobs 2 x", "there is no option --jobs (oxrrec encode --help tells more)"},
+      {"explain x", "N: x is no whole number from 1 (oxrrec explain --help tells more)"},
+      {"decode --jobs 300 x", "--jobs: 300 is no whole number from 1 to 256 (oxrrec decode --help tells more)"},
+      {"index --every 5x x",
+       "--every: 5x is no number of bytes such as 1000 or 64MiB (oxrrec index --help tells more)"},
+      {"index --every 0 x", "--every: 0 is no number of bytes such as 1000 or 64MiB (oxrrec index --help tells more)"},
+      {"help a b", "The following argument was not expected: b (oxrrec help --help tells more)"},
+  };
+  for (const auto& [arguments, told] : kCases) {
+    const Outcome outcome = runProgram(arguments);
+    EXPECT_EQ(outcome.messages, "oxrrec: " + std::string(told) + '\n');
+    EXPECT_EQ(outcome.code, kFailed);
+  }
 }
 
 }  // namespace

@@ -43,5 +43,31 @@ TEST(Profile, TellsWhatTheBytesOfFieldsAre) {
   EXPECT_THAT(cut.lines, HasSubstr("3 records\n"));
 }
 
+TEST(Profile, ComparesValuesByWhatTheyAre) {
+  constexpr const char* kCases[][3] = {
+      // The second one is beyond what an integer holds.
+      {"9(18) COMP", "<0000000000000001FFFFFFFFFFFFFFFF0000000000000002>",
+       "\"smallest\":1,\"largest\":18446744073709551615"},
+      {"S99V9 SIGN TRAILING SEPARATE", "095-100-005+000-100+", "\"smallest\":-10.0,\"largest\":10.0"},
+      {"XX", "B1A9", "\"smallest\":\"A9\",\"largest\":\"B1\""},
+  };
+  for (const auto& [picture, records, extremes] : kCases) {
+    const Folder folder;
+    const std::string book = folder.write("c", std::string("01 R. 05 N PIC ") + picture + '.');
+    const Outcome outcome =
+        runProgram("profile --to json --format free --ccsid 819 --copybook " + book + " -", bytesOf(records));
+    EXPECT_THAT(outcome.lines, HasSubstr(extremes)) << outcome.messages;
+  }
+}
+
+TEST(Profile, TellsTheFieldsOfKindsApart) {
+  const Folder folder;
+  const std::string book = folder.write("c", "01 A. 05 K PIC X. 05 N PIC 9. 01 B. 05 K PIC X. 05 N PIC 9.");
+  const Outcome outcome =
+      runProgram("profile --format free --ccsid 819 --when K=a:A --when K=b:B --copybook " + book + " -", "a1b2b4");
+  EXPECT_THAT(outcome.lines, HasSubstr("A.N    9            1    0     0      0    0         1         1\n"));
+  EXPECT_THAT(outcome.lines, HasSubstr("B.N    9            2    0     0      0    0         2         4\n"));
+}
+
 }  // namespace
 }  // namespace oxr::rec::test

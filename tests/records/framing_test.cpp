@@ -69,7 +69,7 @@ const struct {
     {kPair, "HHA1B2T", "fixed --skip-header 2 --skip-trailer 1 --range 4-7", "{A:B,N:2}"},
     {kPair, "A1", "fixed --skip-header 3", "oxrrec: standard input has only 2 bytes, but its header asks for 3", 2},
     {kPair, "A1", "fixed --range 0-3", "oxrrec: standard input has only 2 bytes, but the range asks for 3", 2},
-    {kPair, "A1", "fixed --range 3-0", "--range: '3-0' is no range of bytes such as 1000-2000*", 2},
+    {kPair, "A1", "fixed --range 3-0", "oxrrec: --range: '3-0' is no range of bytes such as 1000-2000*", 2},
 };
 
 TEST(Framing, FindsTheRecords) {
@@ -147,8 +147,13 @@ TEST(Framing, IsNotGuessed) {
        "the records may lie in 2 ways, say which: * (--records lines); or * (--records fixed)"},
       {"01 R. 05 A PIC X(30).", std::string(31, 'x'), "--records auto",
        "how the records lie cannot be told: there are neither headers nor line ends, and 31 bytes are no multiple of "
-       "the "
-       "30 of a record"},
+       "the 30 of a record but 1 more: --skip-header or --skip-trailer leaves out what is no record"},
+      {"01 R. 05 A PIC X(30).", "a line\nanother\n", "--records auto --ccsid 37",
+       "*; it is lines of text in no EBCDIC code page: --ccsid 819, 1208 or another one"},
+      {"01 R. 05 A PIC X(30).", "\xC1\x40\x25\xC2\x25", "--records auto --ccsid 819",
+       "*; it is lines of text in an EBCDIC code page: --ccsid 37, or another one"},
+      {"01 R. 05 A PIC XX. 05 B PIC 9.", "\xC1\xC1\xF1\x25\xC1\xC1\xF1\x25\xC1\xC1\xF1\x25", "--ccsid 37",
+       "*; --records lines fits: *"},
       {"05 N PIC 9. 05 A PIC X(9) OCCURS 1 TO 5 DEPENDING ON N.",
        "1" + std::string(45, '9') + "1" + std::string(45, '9'), "",
        "*; --odo fixed fits: the input is 2 times the largest size, 46 bytes"},
@@ -157,7 +162,8 @@ TEST(Framing, IsNotGuessed) {
        "records with 4-byte headers,* (--records rdw)\n*4 more than*"},
   };
   for (const auto& [copybook, bytes, arguments, messages] : kUnclear) {
-    const Outcome outcome = decodeBytes(copybook, bytes, std::string("--ccsid 819 ") + arguments);
+    const bool hasPage = std::string_view(arguments).find("--ccsid") != std::string_view::npos;
+    const Outcome outcome = decodeBytes(copybook, bytes, (hasPage ? "" : "--ccsid 819 ") + std::string(arguments));
     EXPECT_NE(outcome.code, kDone);
     EXPECT_THAT(outcome.messages, ContainsRegex(asPattern(std::string("oxrrec: standard input: ") + messages)));
   }

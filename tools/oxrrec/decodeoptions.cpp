@@ -53,7 +53,7 @@ void addDecodeOptions(CLI::App& command, DecodeOptions& options) {
   addLineOptions(command, options);
   addErrorOptions(command, options);
   command.add_option("--jobs", options.jobs, "make lines on so many threads [1]")
-      ->check(CLI::Range(1U, 256U))
+      ->check(wholeNumber(1, 256))
       ->type_name("N")
       ->group(kTopic);
   command

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "records/json/jsontext.hpp"
+#include "records/options/choice.hpp"
 #include "records/parallel/recordwalk.hpp"
 #include "records/program/reading.hpp"
 #include "records/program/settledrecords.hpp"
@@ -44,6 +45,19 @@ std::string indexOf(const IndexOptions& options, const RecordPlan& plan, FileInp
   return std::string(json.text());
 }
 
+// "64MiB" into the number of bytes, as text.
+std::string readSize(std::string& text) {
+  const std::string given = text;
+  std::string fault;
+  try {
+    fault = CLI::AsSizeValue(false)(text);
+  } catch (const CLI::ParseError&) {
+    fault = given;
+  }
+  if (fault.empty()) fault = wholeNumber(1)(text);
+  return fault.empty() ? fault : given + " is no number of bytes such as 1000 or 64MiB";
+}
+
 }  // namespace
 
 void addIndexOptions(CLI::App& command, IndexOptions& options) {
@@ -53,7 +67,7 @@ void addIndexOptions(CLI::App& command, IndexOptions& options) {
   command
       .add_option("--every", options.every,
                   "a range ends with the first record after so many bytes, such as 64MiB [64MiB]")
-      ->transform(CLI::AsSizeValue(false).description(""))
+      ->transform(CLI::Validator(readSize, ""))
       ->type_name("BYTES")
       ->group("Output");
 }

@@ -101,7 +101,7 @@ bool isBad(const ExplainedRecord& record) {
 }  // namespace
 
 void addExplainOptions(CLI::App& command, ExplainOptions& options) {
-  command.add_option("N", options.number, "the number of the record, from 1")->required()->check(CLI::PositiveNumber);
+  command.add_option("N", options.number, "the number of the record, from 1")->required()->check(wholeNumber(1));
   addInputOptions(command, options.input);
   addRecordOptions(command, options.record);
   command
@@ -117,15 +117,23 @@ int explain(const ExplainOptions& options, const Console& console) {
   const Description description(wanted, console);
   const RecordPlan& plan = description.plan();
   Explainer explainer(plan);
-  FileInput input = openInput(options.input.path, options.input.window, console);
-  const RecordWorker::Owner worker = makeWorker(plan, options.input, input, explainer, console);
+  // A record of no kind is shown as one: to leave it out would be no answer.
+  InputOptions told = options.input;
+  told.records.onUnknown = OnUnknown::isError;
+  FileInput input = openInput(told.path, told.window, console);
+  const std::uint64_t before = input.origin().records;
+  if (options.number <= before)
+    throw ToolError(input.name() + ": the first record that is read is " + std::to_string(before + 1));
+  const RecordWorker::Owner worker = makeWorker(plan, told, input, explainer, console);
   worker->setSource(&input);
   worker->initializeParse(-1, nullptr, -1);
   worker->setObserver(&explainer);
   explainer.worker = worker.get();
   ExplainedRecord& record = explainer.record;
-  if (!readTo(options.number, input, *worker, explainer))
-    throw ToolError(input.name() + ": there are " + std::to_string(worker->recordsRead()) + " records");
+  if (!readTo(options.number - before, input, *worker, explainer)) {
+    const std::uint64_t all = worker->recordsRead();
+    throw ToolError(input.name() + ": there " + (all == 1 ? "is 1 record" : "are " + std::to_string(all) + " records"));
+  }
   record.input = input.name();
   record.number = options.number;
   record.kind = std::string(worker->kindOfRecord());

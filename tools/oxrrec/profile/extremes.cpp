@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "kelwstringconvertor.hpp"
 #include "oxrrec/values.hpp"
 
 namespace oxr::rec {
@@ -31,7 +32,10 @@ bool isSmallerDecimal(UnitView a, UnitView b) {
   return isNegative ? isSmaller(b.substr(1), a.substr(1)) : isSmaller(a, b);
 }
 
+// Values of one field may differ in type: a large integer is a decimal.
 bool isSmaller(const PWFData& a, const PWFData& b) {
+  if (a.getDataLogicalType() != b.getDataLogicalType())
+    return isSmallerDecimal(fromUtf8(valueText(a)).view(), fromUtf8(valueText(b)).view());
   switch (a.getDataLogicalType()) {
     case INTEGER:
       return a.getInt64Value() < b.getInt64Value();

@@ -29,7 +29,8 @@ class Profiler : public FieldObserver, public FaultListener {
     FieldProfile& here = profiles_[static_cast<std::size_t>(&field.step - plan_.steps().data())];
     if (here.count == 0) {
       const Layout& layout = layoutOf(plan_, field.step);
-      here.path = fieldPath(layout, field.step.item, {});
+      // Kinds of record often have fields of the same name.
+      here.path = (plan_.kinds().size() > 1 ? layout.recordName + '.' : "") + fieldPath(layout, field.step.item, {});
       here.picture = pictureText(layout.items[field.step.item]);
     }
     told_ = field.fault;

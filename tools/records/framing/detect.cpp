@@ -219,7 +219,18 @@ void addHeaders(std::vector<Reading>& readings, const RecordForm& layout, const 
   }
 }
 
+constexpr unsigned char kAsciiBlank = ' ';
+
 }  // namespace
+
+std::optional<bool> linesOfOtherPage(const InputStart& start, const RecordForm& layout) {
+  RecordForm other = layout;
+  const bool isEbcdic = layout.blank == kAsciiBlank;
+  other.blank = isEbcdic ? 0x40 : kAsciiBlank;
+  other.lineFeed = isEbcdic ? 0x25 : '\n';
+  other.nextLine = isEbcdic ? 0x15 : '\n';
+  return linesOf(other, start.bytes) ? std::optional(isEbcdic) : std::nullopt;
+}
 
 std::vector<Reading> readingsOf(const InputStart& start, const RecordForm& layout) {
   std::vector<Reading> readings;

@@ -42,6 +42,10 @@ struct Reading {
 // not looked at.
 std::vector<Reading> readingsOf(const InputStart& start, const RecordForm& layout);
 
+// Whether the start is lines of text in a page of the other family: true for an EBCDIC page where the layout's is none,
+// false for the opposite, nothing if it is not.
+std::optional<bool> linesOfOtherPage(const InputStart& start, const RecordForm& layout);
+
 // The only reading, or a ToolError that names all, or says that there is none.
 Reading onlyReading(const InputStart& start, const RecordForm& layout);
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "cpunicodeconverter.hpp"
+#include "kelexception.hpp"
 #include "kelwstring.hpp"
 #include "records/framing/errors.hpp"
 
@@ -22,16 +23,25 @@ unsigned char byteOf(const CPUnicodeConverter& page, int ccsid, unsigned short c
   return static_cast<unsigned char>(bytes[0]);
 }
 
-}  // namespace
-
-void setLineCharacters(RecordForm& form, int ccsid) {
+void setCharacters(RecordForm& form, int ccsid) {
   constexpr unsigned short kNextLine = 0x85;
-  if (form.framing != Framing::lines && form.framing != Framing::automatic) return;
   const CPUnicodeConverter page(ccsid, eEndianBig);
   form.lineFeed = byteOf(page, ccsid, '\n');
   form.carriageReturn = byteOf(page, ccsid, '\r');
   form.blank = byteOf(page, ccsid, ' ');
   form.nextLine = form.blank == kEbcdicBlank ? byteOf(page, ccsid, kNextLine) : form.lineFeed;
+}
+
+}  // namespace
+
+void setLineCharacters(RecordForm& form, int ccsid) {
+  if (form.framing == Framing::lines || form.framing == Framing::automatic) return setCharacters(form, ccsid);
+  // Only hints ask for them: a page without lines gets none, and what it cannot be used for is told elsewhere.
+  try {
+    setCharacters(form, ccsid);
+  } catch (const ToolError&) {
+  } catch (const KelException&) {
+  }
 }
 
 }  // namespace oxr::rec

@@ -4,8 +4,9 @@
 
 namespace oxr::rec {
 
-// Sets the characters of `lines` to those of a code page. Other framings need none: they stay as they are. Throws
-// ToolError for a code page without a line end of one byte, KelRecoverableException for one that is not known.
+// Sets the characters of `lines` to those of a code page. Throws ToolError for a code page without a line end of one
+// byte, KelRecoverableException for one that is not known; in other framings, where only hints look at them, they then
+// stay as they are.
 void setLineCharacters(RecordForm& form, int ccsid);
 
 }  // namespace oxr::rec

@@ -43,6 +43,16 @@ bool isSame(const Reading& reading, const RecordForm& form) {
   return reading.framing == form.framing && reading.countsHeader.value_or(usual) == form.countsHeader.value_or(usual);
 }
 
+// What may be wrong where there is no reading.
+std::string clueFor(const InputStart& start, const RecordForm& layout) {
+  if (const auto isEbcdic = linesOfOtherPage(start, layout))
+    return *isEbcdic ? "; it is lines of text in an EBCDIC code page: --ccsid 37, or another one"
+                     : "; it is lines of text in no EBCDIC code page: --ccsid 819, 1208 or another one";
+  if (!start.size || *start.size < layout.maxSize || layout.maxSize == 0) return {};
+  return " but " + std::to_string(*start.size % layout.maxSize) +
+         " more: --skip-header or --skip-trailer leaves out what is no record";
+}
+
 // Few small records are a multiple of anything.
 constexpr double kWorthTelling = 4;
 constexpr std::uint32_t kLargeEnough = 16;
@@ -68,7 +78,7 @@ Reading onlyReading(const InputStart& start, const RecordForm& layout) {
   if (readings.empty())
     throw ToolError("how the records lie cannot be told: there are neither headers nor line ends, and " +
                     std::to_string(start.size.value_or(0)) + " bytes are no multiple of the " +
-                    std::to_string(layout.maxSize) + " of a record");
+                    std::to_string(layout.maxSize) + " of a record" + clueFor(start, layout));
   if (readings.size() == 1) return readings.front();
   std::string all;
   for (const Reading& reading : readings)

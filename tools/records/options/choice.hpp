@@ -1,8 +1,12 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <charconv>
+#include <cstdint>
+#include <limits>
 #include <map>
 #include <string>
+#include <system_error>
 
 namespace oxr::rec {
 
@@ -23,6 +27,21 @@ CLI::Option* choose(CLI::Option* option, const Words<Value>& words) {
     return std::string();
   };
   return option->transform(CLI::Validator(replace, ""))->type_name(list);
+}
+
+// What holds an option to whole numbers.
+inline CLI::Validator wholeNumber(std::uint64_t least, std::uint64_t most = std::numeric_limits<std::uint64_t>::max()) {
+  return CLI::Validator(
+      [least, most](const std::string& given) {
+        std::uint64_t number = 0;
+        const char* const end = given.data() + given.size();
+        const auto read = std::from_chars(given.data(), end, number);
+        if (read.ec == std::errc() && read.ptr == end && number >= least && number <= most) return std::string();
+        const bool hasBound = most != std::numeric_limits<std::uint64_t>::max();
+        return given + " is no whole number from " + std::to_string(least) +
+               (hasBound ? " to " + std::to_string(most) : "");
+      },
+      "");
 }
 
 // An option whose value is one of a few words.

@@ -27,9 +27,11 @@ std::string readRange(const std::string& text, InputWindow& window) {
 
 void addWindowOptions(CLI::App& command, InputWindow& window) {
   command.add_option("--skip-header", window.skipHeader, "so many bytes at the file's start are no record [0]")
+      ->check(wholeNumber(0))
       ->type_name("BYTES")
       ->group(kTopic);
   command.add_option("--skip-trailer", window.skipTrailer, "so many bytes at the file's end are no record [0]")
+      ->check(wholeNumber(0))
       ->type_name("BYTES")
       ->group(kTopic);
   command
@@ -46,7 +48,7 @@ void addWindowOptions(CLI::App& command, InputWindow& window) {
       .add_option_function<std::uint64_t>(
           "--first-record", [&window](std::uint64_t number) { window.recordsBefore = number - 1; },
           "the number of the first record that is read, for messages [1]")
-      ->check(CLI::PositiveNumber)
+      ->check(wholeNumber(1))
       ->type_name("N")
       ->group(kTopic);
 }

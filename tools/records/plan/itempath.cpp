@@ -1,7 +1,8 @@
 #include "records/plan/itempath.hpp"
 
 #include <algorithm>
-#include <numeric>
+
+#include "records/plan/nearname.hpp"
 
 namespace oxr::rec {
 
@@ -9,21 +10,6 @@ namespace {
 
 char upper(char c) {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-// How many letters must be added, left out or changed to make one name of another.
-std::size_t distance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    std::size_t diagonal = row[0]++;
-    for (std::size_t j = 0; j < b.size(); ++j) {
-      const std::size_t changed = diagonal + (upper(a[i]) == upper(b[j]) ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({changed, row[j + 1] + 1, row[j] + 1});
-    }
-  }
-  return row.back();
 }
 
 }  // namespace
@@ -59,14 +45,10 @@ std::vector<ItemIndex> ItemPath::in(const Layout& layout) const {
 }
 
 std::string ItemPath::hint(const Layout& layout) const {
-  std::string_view best;
-  std::size_t least = 1 + parts_.back().size() / 3;
-  for (const Item& item : layout.items) {
-    const std::size_t far = distance(item.name, parts_.back());
-    if (item.isFiller() || far > least) continue;
-    least = far;
-    best = item.name;
-  }
+  std::vector<std::string_view> names;
+  for (const Item& item : layout.items)
+    if (!item.isFiller()) names.emplace_back(item.name);
+  const std::string_view best = nearestName(parts_.back(), names);
   return best.empty() ? std::string() : "; is " + std::string(best) + " meant?";
 }
 

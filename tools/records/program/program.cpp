@@ -1,11 +1,13 @@
 #include "records/program/program.hpp"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <new>
-#include <sstream>
 #include <stdexcept>
 #include <string_view>
+#include <vector>
 
+#include "records/plan/nearname.hpp"
 #include "records/program/help/model.hpp"
 
 namespace oxr::rec {
@@ -41,13 +43,39 @@ int write(const std::string& text, const Console& console) {
       console);
 }
 
-// What is wrong with the arguments goes to the messages.
-int tell(const CLI::App& app, const CLI::ParseError& error, const Console& console) {
-  std::ostringstream ignored;
-  std::ostringstream fault;
-  app.exit(error, ignored, fault);
-  console.messages << fault.str();
-  return kFailed;
+std::string meant(std::string_view name) {
+  return name.empty() ? std::string() : "; is " + std::string(name) + " meant?";
+}
+
+// What is wrong with the arguments of a command. An option that it does not have is told before all else: it often is
+// why something is missing.
+std::string faultOf(const CLI::App& part, const CLI::ParseError& error) {
+  constexpr std::string_view kStart = "--";
+  const std::vector<std::string> unknown = part.remaining();
+  const auto option = std::find_if(unknown.begin(), unknown.end(), [](const auto& word) { return word[0] == '-'; });
+  if (option == unknown.end()) return error.what();
+  const CommandText text = textOf(part);
+  std::vector<std::string_view> names;
+  for (const OptionText& known : text.options)
+    if (known.names.back().starts_with(kStart)) names.push_back(std::string_view(known.names.back()).substr(2));
+  const std::size_t begin = std::min(option->find_first_not_of('-'), option->size());
+  const std::string_view nearest = nearestName(std::string_view(*option).substr(begin), names);
+  return "there is no option " + *option + meant(nearest.empty() ? std::string() : std::string(kStart) += nearest);
+}
+
+int tell(const CLI::App& part, const CLI::ParseError& error, const Console& console) {
+  return failed(console, faultOf(part, error) + " (" + std::string(console.program) + ' ' + part.get_name() +
+                             " --help tells more)");
+}
+
+// The first argument is no command.
+int tellNoCommand(const Program& program, std::string_view given, const Console& console) {
+  std::vector<std::string_view> names{"help"};
+  for (const Command& command : program.commands)
+    names.emplace_back(command.name);
+  std::string text = "no command is called " + std::string(given) + meant(nearestName(given, names));
+  if (given.empty() || given[0] == '-') text = "the first argument is to be a command";
+  return failed(console, text + " (" + program.name + " help lists them)");
 }
 
 struct HelpOptions {
@@ -90,20 +118,23 @@ int runCommand(const Program& program, std::span<const char* const> arguments, c
   helping.add_option("SUBJECT", wanted.subject, "a command or a topic");
   helping.add_option("--as", wanted.form, "the man page, or a completion for bash")
       ->check(CLI::IsMember({"man", "bash"}));
-  if (name == "help") work = [&](const Console& given) { return help(program, wanted, given); };
+  if (name == "help") {
+    work = [&](const Console& given) { return help(program, wanted, given); };
+    part = &helping;
+  }
   try {
     // The parser takes the arguments in reverse order.
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::CallForHelp&) {
-    return write(part != nullptr ? commandHelp(program, textOf(*part)) : overviewHelp(program, textOfAll(program)),
+    return write(part != nullptr && part != &helping ? commandHelp(program, textOf(*part))
+                                                     : overviewHelp(program, textOfAll(program)),
                  console);
   } catch (const CLI::CallForVersion& version) {
     return write(std::string(version.what()) + '\n', console);
   } catch (const CLI::ParseError& error) {
-    return tell(app, error, console);
+    return part == nullptr ? tellNoCommand(program, name, console) : tell(*part, error, console);
   }
-  if (!work)
-    return failed(console, std::string("the first argument is to be a command; see ") + program.name + " --help");
+  if (!work) return tellNoCommand(program, name, console);
   return guarded(work, console);
 }
 
