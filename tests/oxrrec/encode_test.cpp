@@ -32,6 +32,50 @@ TEST(Encode, WritesEachKindOfField) {
                                        42));
 }
 
+// By the pattern of the field; and by pictures, of which more are in cobolrecords_test.cpp.
+TEST(Encode, WritesDatesAndEditedNumbersThatReadAsGiven) {
+  constexpr struct {
+    const char* clauses;
+    const char* setting;  // of A
+    const char* value;
+    const char* bytes;  // or the message
+  } kCases[] = {
+      {"PIC X(10)", "date=dd.MM.yyyy", "\"2026-11-22\"", "22.11.2026"},
+      {"PIC X(10)", "date=yyMMdd", "\"1999-01-02\"", "990102    "},
+      {"PIC X(6)", "date=HHmmss", "\"12:34:56\"", "123456"},
+      {"PIC X(14)", "date=yyyyMMddHHmmss", "\"2026-11-22T12:34:56\"", "20261122123456"},
+      {"PIC 9(6)", "date=ddMMyy", "\"2004-02-01\"", "010204"},
+      {"PIC S9(7) COMP-3", "date=yyyyDDD", "\"2026-01-31\"", "<2026031C>"},
+      {"PIC 9(9) COMP", "date=yyyyMMdd", "\"2026-11-22\"", "<01352902>"},
+      {"PIC X(6)", "date=yyMMdd", "\"1826-11-22\"",
+       "1826-11-22 is none of the dates that yyMMdd has: it reads as 2026-11-22"},
+      {"PIC X(6)", "date=yyMMdd", "261122", "a date is wanted, in quotes"},
+      {"PIC X(6)", "date=yyMMdd", "null", "null cannot be stored"},
+      {"PIC Z9-", "edited=number", "-123", "-123 needs 3 digits, and the field has 2"},
+      {"PIC Z9", "edited=number", "-1", "-1 is negative, and the field has no sign"},
+      {"PIC Z9.9", "edited=number", "0.25", "0.25 has more decimal places than the field's 1"},
+      {"PIC -Z9", "plus=+", "\" 12\"", " 12"},
+      {"PIC S9(2).9", "edited=number", "-12.5", "12.u"},
+      {"PIC SZ9.9", "edited=number", "1.0",
+       "a picture with an S and other symbols than 9 and a point cannot be written"},
+      {"PIC XBX", "edited=number", "\"a b\"", "a b"},
+      {"PIC Z(2001)", "edited=number", "1", "Z(2001)"},
+  };
+  for (const auto& [clauses, setting, value, bytes] : kCases) {
+    const Outcome outcome = encodeLines("01 R. 05 A " + std::string(clauses) + ".",
+                                        "{\"A\":" + std::string(value) + '}', "--field A:" + std::string(setting));
+    if (outcome.code == kDone)
+      EXPECT_EQ(outcome.lines, bytesOf(bytes)) << clauses;
+    else
+      EXPECT_NE(outcome.messages.find(bytes), std::string::npos) << outcome.messages;
+  }
+  const std::string settings = "--edited number --blank-numbers null --field A:plus=+ --field D:date=yyyyMMdd";
+  EXPECT_EQ(
+      encodeLines("01 R. 05 A PIC -Z9. 05 B PIC 9-. 05 D PIC 9(8) COMP.", R"({"A":1,"B":null,"D":null})", settings)
+          .lines,
+      "+ 1      ");
+}
+
 TEST(Encode, TellsWhatDoesNotFit) {
   constexpr char kRest[] = "05 C PIC 9. 05 G OCCURS 0 TO 2 DEPENDING C. 10 X PIC X(2).";
   struct Case {

@@ -74,7 +74,7 @@ struct Item {
   SignPlace sign = SignPlace::none;  // external only; none if not signed
 
   bool isJustifiedRight = false;  // text: padded with leading blanks, not trailing ones
-  bool isBlankWhenZero = false;   // external: an all-blank field stands for zero
+  bool isBlankWhenZero = false;   // external, edited: an all-blank field stands for zero
 
   // Bytes of ONE occurrence, counted arrays below it at their largest.
   std::uint32_t size = 0;

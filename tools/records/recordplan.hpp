@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "records/fields/editedpicture.hpp"
 #include "records/fields/physicalform.hpp"
 #include "records/layout.hpp"
 #include "records/plan/choice.hpp"
@@ -103,6 +104,7 @@ class RecordPlan {
   std::vector<Choice> choices_;
   std::vector<Step> steps_;
   std::vector<PhysicalForm> forms_;
+  std::deque<EditedPicture> pictures_;
   std::vector<unsigned short> names_;
   std::size_t counters_ = 0;
   std::uint32_t maxSize_ = 0;

@@ -110,6 +110,7 @@ class FieldShaper {
     item_.kind = kindOfText(category);
     if (entry_.sign) source_.raise(entry_.sign->place, "SIGN needs a picture of S, 9, V and P only");
     item_.isJustifiedRight = entry_.isJustified;
+    item_.isBlankWhenZero = item_.kind == Kind::edited && entry_.isBlankWhenZero;
     const bool isWide = item_.kind == Kind::national || item_.kind == Kind::dbcs;
     if (isWide && picture.characters > kMaxRecordBytes / kBytesPerWideCharacter)
       source_.raise(entry_.picture->place, "the picture is too long");

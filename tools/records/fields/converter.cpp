@@ -8,6 +8,7 @@
 
 #include "kelwstringconvertor.hpp"
 #include "records/fields/datepattern.hpp"
+#include "records/fields/editedpicture.hpp"
 #include "records/fields/numbers.hpp"
 
 // Each kind of field goes to the operation of DataCnv that reads it. What is done beside that is said where it is done:
@@ -250,10 +251,10 @@ PWFData FieldConverter::edited(const Step& step, const unsigned char* bytes) {
   }
   const PWFData shown = text(bytes, step.size);
   const UnitView units = shown.getPWFStringValue().view();
-  const std::optional<EditedNumber> number = readEditedNumber(units);
-  if (number) return scaled(number->digits, number->isNegative, static_cast<int>(number->places.value_or(step.scale)));
-  if (step.isBlankWhenZero && std::all_of(units.begin(), units.end(), [](auto unit) { return unit == ' '; }))
-    return scaled(std::string_view("0"), false, step.scale);
+  const std::optional<EditedNumber> number = step.edited->read(units);
+  if (number)
+    return scaled(number->digits, number->isNegative,
+                  number->places ? static_cast<int>(*number->places) : int{step.scale});
   throw FieldRefused("no edited number");
 }
 

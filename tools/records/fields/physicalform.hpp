@@ -42,6 +42,7 @@ struct PhysicalForm {
   // Writing only: the sign half byte of positive packed numbers and the zone of positive DISPLAY ones with a sign that
   // shares a byte: 0xA, 0xC, 0xE or 0xF; 0 for what the library writes by itself.
   std::uint8_t plus = 0;
+  bool hasEditedPlus = false;  // writing only: a "-" of an edited picture shows "+" for positive numbers
 
   bool operator==(const PhysicalForm&) const = default;
 };

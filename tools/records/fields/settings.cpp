@@ -47,6 +47,11 @@ bool setCcsid(const std::string& value, PhysicalForm& form) {
   return ccsid.has_value();
 }
 
+bool setPlus(const std::string& value, PhysicalForm& form) {
+  if (value != "+") return setWord(kPlus, value, form.plus);
+  return form.hasEditedPlus = true;
+}
+
 struct Key {
   std::string_view name;
   bool (*set)(const std::string& value, PhysicalForm& form);
@@ -65,7 +70,7 @@ constexpr Key kKeys[] = {
     {"low-values", [](const auto& v, auto& f) { return setWord(kEmpty, v, f.lowValues); }, "error, null or zero"},
     {"lenient-numbers", [](const auto& v, auto& f) { return setWord(kYesNo, v, f.lenientNumbers); }, "yes or no"},
     {"edited", [](const auto& v, auto& f) { return setWord(kEdited, v, f.editedAsNumber); }, "text or number"},
-    {"plus", [](const auto& v, auto& f) { return setWord(kPlus, v, f.plus); }, "A, C, E or F"},
+    {"plus", setPlus, "A, C, E, F or +"},
 };
 
 [[noreturn]] void refuse(std::string_view text, const std::string& what) {

@@ -14,7 +14,7 @@ namespace oxr::rec {
 //   floats=hex|hex-le|ieee-be|ieee-le                       ascii-signs=plain|letters
 //   sign=leading|trailing       packed-sign=leading|trailing
 //   blank-numbers, low-values=error|null|zero               lenient-numbers=yes|no
-//   edited=text|number          plus=A|C|E|F
+//   edited=text|number          plus=A|C|E|F|+
 struct FieldSetting {
   std::string text;
   std::string path;

@@ -7,6 +7,8 @@
 
 #include "kelwstringconvertor.hpp"
 #include "records/fields/converter.hpp"
+#include "records/fields/datepattern.hpp"
+#include "records/fields/editedpicture.hpp"
 
 // Each kind of field goes to the operation of DataCnv that writes it. The operations cut what does not fit, drop the
 // sign of an unsigned field, or say too little about it; so a number is looked at before, as text.
@@ -65,12 +67,19 @@ FieldWriter::FieldWriter(const PhysicalForm& form)
       cnv_(form.ccsid, form.integerEndian, eEndianBig, floatFormat(form.floats), kCenturyWindow, nullptr, false,
            nullptr, 0, true, form.plus != 0 ? static_cast<char>(form.plus) : kPositivePackedSign, false,
            eMessageStandardDefault, nullptr),
-      text_(cnv_, form.ccsid, FieldTextWriter::Part::whole) {}
+      text_(cnv_, form.ccsid, FieldTextWriter::Part::whole) {
+  if (form.date.empty()) return;
+  datePattern_ = fromUtf8(form.date);
+  isoPattern_ = fromUtf8(readDatePattern(form.date).iso);
+}
 
 void FieldWriter::write(const Step& step, const PWFData& value, unsigned char* bytes) {
-  if (!form_.date.empty()) throw FieldRefused("a date with a pattern cannot be written yet");
-  if (step.kind == Kind::edited && form_.editedAsNumber)
-    throw FieldRefused("an edited picture cannot be written as a number yet");
+  if (!form_.date.empty()) return date(step, value, bytes);
+  if (step.edited != nullptr) return edited(step, value, bytes);
+  plain(step, value, bytes);
+}
+
+void FieldWriter::plain(const Step& step, const PWFData& value, unsigned char* bytes) {
   switch (step.kind) {
     case Kind::external:
       return external(step, value, bytes);
@@ -92,10 +101,8 @@ void FieldWriter::write(const Step& step, const PWFData& value, unsigned char* b
 }
 
 bool FieldWriter::writeNull(const Step& step, unsigned char* bytes) {
-  const bool isText = step.kind == Kind::text || (step.kind == Kind::edited && !form_.editedAsNumber);
-  if (isText ? form_.date.empty()
-             : step.kind != Kind::external && step.kind != Kind::packed && step.kind != Kind::edited)
-    return false;
+  const bool isNumber = step.kind == Kind::external || step.kind == Kind::packed || step.edited != nullptr;
+  if (!isNumber && form_.date.empty()) return false;
   if (form_.blankNumbers == EmptyNumber::isNull)
     text_.fillWithBlanks(bytes, step.size);
   else if (form_.lowValues == EmptyNumber::isNull)
@@ -181,6 +188,57 @@ void FieldWriter::packed(const Step& step, const PWFData& value, unsigned char* 
   if (form_.plus != 0 && step.sign == eSignNone)
     bytes[step.size - 1] = static_cast<unsigned char>((bytes[step.size - 1] & 0xF0) | form_.plus);
   if (form_.packedSign == SignEnd::leading) putSignFirst(bytes, step.size);
+}
+
+// The number as its picture shows it.
+void FieldWriter::edited(const Step& step, const PWFData& value, unsigned char* bytes) {
+  if (step.sign != eSignNone) return withIncludedSign(step, value, bytes);
+  const EditedPicture& picture = *step.edited;
+  Step fit = step;
+  if (picture.isSigned()) fit.sign = eSignLeadingIncluded;
+  const Number number = fitting(fit, value, picture.digits());
+  std::string digits(picture.digits(), '0');
+  forEachStoredDigit(number.parts, step.scale, [&digits](unsigned digit) {
+    digits.erase(0, 1);
+    digits += static_cast<char>('0' + digit);
+  });
+  const std::string text = picture.edit(digits, number.parts.isNegative, form_.hasEditedPlus ? '+' : ' ');
+  text_.write(fromUtf8(text), false, bytes, step.size);
+}
+
+// A DISPLAY number with a point, or another character of the picture, between its digits.
+void FieldWriter::withIncludedSign(const Step& step, const PWFData& value, unsigned char* bytes) {
+  const std::string& symbols = step.edited->symbols();
+  if (symbols.find_first_not_of("9.") != std::string::npos || symbols.size() != step.size)
+    throw FieldRefused("a picture with an S and other symbols than 9 and a point cannot be written");
+  Step number = step;
+  number.kind = Kind::external;
+  number.size = static_cast<std::uint32_t>(step.edited->digits());
+  std::vector<unsigned char> digits(number.size);
+  external(number, value, digits.data());
+  text_.write(fromUtf8(symbols), false, bytes, step.size);
+  std::size_t next = 0;
+  for (std::size_t i = 0; i < symbols.size(); ++i)
+    if (symbols[i] == '9') bytes[i] = digits[next++];
+}
+
+// The date by the field's pattern: as text, or as the digits of a number. What the pattern has no place for is refused.
+void FieldWriter::date(const Step& step, const PWFData& value, unsigned char* bytes) {
+  if (value.getDataLogicalType() != STRING) throw FieldRefused("a date is wanted, in quotes");
+  const KelWstring given = value.getPWFStringValue();
+  const auto inForm = [this](const KelWstring& text, const KelWstring& from, const KelWstring& to) {
+    const PWFDateTime date = cnv_.StrToDateTime(text.characters(), from.characters(), static_cast<int>(text.length()));
+    return cnv_.StrFromDateTime(date, to.characters(), nullptr);
+  };
+  const PWFData text = inForm(given, isoPattern_, datePattern_);
+  const PWFData back = inForm(text.getPWFStringValue(), datePattern_, isoPattern_);
+  if (!(back.getPWFStringValue() == given))
+    throw FieldRefused(shown(given.view()) + " is none of the dates that " + form_.date + " has: it reads as " +
+                       toUtf8(back.getPWFStringValue()));
+  Step whole = step;
+  whole.scale = 0;
+  whole.isBlankWhenZero = false;
+  plain(whole, text, bytes);
 }
 
 // Half bytes of nothing but digits are what a packed string of transaction logs is.

@@ -43,6 +43,10 @@ class FieldWriter {
   void binary(const Step& step, const PWFData& value, unsigned char* bytes);
   void wideBinary(const Step& step, std::uint64_t upper, std::uint64_t lower, unsigned char* bytes);
   void floating(const Step& step, const PWFData& value, unsigned char* bytes);
+  void edited(const Step& step, const PWFData& value, unsigned char* bytes);
+  void withIncludedSign(const Step& step, const PWFData& value, unsigned char* bytes);
+  void date(const Step& step, const PWFData& value, unsigned char* bytes);
+  void plain(const Step& step, const PWFData& value, unsigned char* bytes);
   double doubleOf(const Step& step, const PWFData& value);
   FieldTextWriter& textOf(Kind kind);
 
@@ -52,6 +56,8 @@ class FieldWriter {
   std::optional<DataCnv> nationalCnv_;  // made on first use, as the two below
   std::optional<FieldTextWriter> national_;
   std::optional<FieldTextWriter> doubleByte_;
+  KelWstring datePattern_;
+  KelWstring isoPattern_;
   std::basic_string<unsigned short> scratch_;  // text of a number that came as something else
 };
 

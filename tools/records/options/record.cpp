@@ -108,7 +108,8 @@ void addSettingOptions(CLI::App& command, RecordOptions& record) {
             settings.insert(settings.end(), given.begin(), given.end());
           },
           "PATH:key=value: what holds for a field, or for all fields of a group; keys are date (a pattern such as "
-          "yyyyMMdd), sign and packed-sign (leading or trailing), plus (C, F, A or E), and the options of this topic; "
+          "yyyyMMdd), sign and packed-sign (leading or trailing), plus (C, F, A, E or +), and the options of this "
+          "topic; "
           "may be repeated")
       ->type_name("SETTING")
       ->allow_extra_args(false)

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 
 #include "kelwstringconvertor.hpp"
 #include "records/plan/error.hpp"
@@ -34,6 +33,9 @@ std::string refusal(const Item& item, const PhysicalForm& form) {
   if (item.kind == Kind::edited && item.isSigned && !form.editedAsNumber)
     return "the picture " + item.picture +
            " has an S among editing symbols, where no character shows the sign; --edited number reads it";
+  if (item.kind == Kind::edited && form.editedAsNumber && item.size > EditedPicture::kMostCharacters &&
+      EditedPicture::isNumber(item.picture))
+    return "the picture " + item.picture + " has too many characters for a number; --edited text reads it";
   return {};
 }
 
@@ -45,19 +47,6 @@ ESign signIn(const Item& item, const PhysicalForm& form) {
   const bool isSeparate = sign == eSignLeadingSeparate || sign == eSignTrailingSeparate;
   if (form.sign == SignEnd::leading) return isSeparate ? eSignLeadingSeparate : eSignLeadingIncluded;
   return isSeparate ? eSignTrailingSeparate : eSignTrailingIncluded;
-}
-
-// Digits after the point that an edited picture does not show: "Z(6)V99".
-std::int16_t editedPlaces(std::string_view picture) {
-  const std::size_t point = picture.find_first_of("vV");
-  std::int16_t places = 0;
-  for (std::size_t i = point; i < picture.size(); ++i) {
-    if (std::string_view("9Zz*").find(picture[i]) == std::string_view::npos) continue;
-    ++places;
-    if (i + 1 < picture.size() && picture[i + 1] == '(')
-      places = static_cast<std::int16_t>(places + std::atoi(picture.data() + i + 2) - 1);
-  }
-  return places;
 }
 
 bool mustBeWalked(const Item& entry) {
@@ -246,7 +235,7 @@ Choice PlanCompiler::choiceFor(ItemIndex index, std::uint32_t offset) {
   return choice;
 }
 
-Step PlanCompiler::stepFor(Op op, ItemIndex index, std::uint32_t offset) const {
+Step PlanCompiler::stepFor(Op op, ItemIndex index, std::uint32_t offset) {
   const Item& entry = (*items_)[index];
   Step step;
   step.op = op;
@@ -254,14 +243,24 @@ Step PlanCompiler::stepFor(Op op, ItemIndex index, std::uint32_t offset) const {
   step.isJustifiedRight = entry.isJustifiedRight;
   step.form = formOf_.at(layout_)[index];
   step.sign = signIn(entry, plan_.forms_[step.form]);
-  // An edited picture in which all digits may be suppressed shows a zero as blanks.
-  const bool isEdited = entry.kind == Kind::edited;
-  step.isBlankWhenZero = isEdited ? entry.picture.find('9') == std::string::npos : entry.isBlankWhenZero;
-  step.scale = isEdited ? editedPlaces(entry.picture) : entry.scale;
+  step.isBlankWhenZero = entry.isBlankWhenZero && entry.kind == Kind::external;
+  step.scale = entry.scale;
   step.offset = offset;
   step.size = entry.size;
   step.item = index;
+  if (op == Op::field && entry.kind == Kind::edited && plan_.forms_[step.form].editedAsNumber) edit(step, entry);
   return step;
+}
+
+// Makes the step that of an edited number. A picture of letters is none, whatever the form says.
+void PlanCompiler::edit(Step& step, const Item& entry) {
+  if (!EditedPicture::isNumber(entry.picture)) {
+    step.kind = Kind::text;
+    return;
+  }
+  if (entry.size > EditedPicture::kMostCharacters) return;
+  step.edited = &plan_.pictures_.emplace_back(entry.picture, entry.isBlankWhenZero);
+  step.scale = static_cast<std::int16_t>(step.edited->scale());
 }
 
 Step PlanCompiler::fieldStep(const Layout& layout, ItemIndex field, std::uint32_t offset) {

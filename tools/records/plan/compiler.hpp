@@ -34,7 +34,8 @@ class PlanCompiler final : private QuestionMaker {
   void single(ItemIndex index, std::uint32_t offset, Scope* scope, std::uint32_t name, bool isOccurrence);
   void area(ItemIndex index, std::uint32_t offset, Scope* scope);
   Choice choiceFor(ItemIndex index, std::uint32_t offset);
-  Step stepFor(Op op, ItemIndex index, std::uint32_t offset) const;
+  Step stepFor(Op op, ItemIndex index, std::uint32_t offset);
+  void edit(Step& step, const Item& entry);
   Step fieldStep(const Layout& layout, ItemIndex field, std::uint32_t offset) override;
   std::uint32_t addStep(const Step& step);
   void refuse(ItemIndex index);

@@ -7,6 +7,8 @@
 
 namespace oxr::rec {
 
+class EditedPicture;
+
 // What a walk through a record does next.
 enum class Op : std::uint8_t {
   field,       // read a field
@@ -46,6 +48,8 @@ struct Step {
   std::uint32_t target = 0;
   std::uint32_t choice = 0;  // choose: which of RecordPlan::choices()
   ItemIndex item = 0;        // for messages
+  // field: the picture of an edited number, which the plan keeps; null for all others, and for what is shown as text.
+  const EditedPicture* edited = nullptr;
 };
 
 }  // namespace oxr::rec

@@ -1,0 +1,156 @@
+#include "records/fields/editedpicture.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+
+// Characters come one after the other, as the symbols do. Until a digit is shown, or the point is passed, zeros and
+// what stands between them are suppressed: they show the fill. A floating symbol waits until then, and takes the place
+// before what is shown first.
+
+namespace oxr::rec {
+
+namespace {
+
+constexpr std::string_view kFloatable = "+-$";
+
+char upperCase(char c) {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
+}
+
+bool isZero(std::string_view digits) {
+  return digits.find_first_not_of('0') == std::string_view::npos;
+}
+
+}  // namespace
+
+bool EditedPicture::isNumber(std::string_view picture) {
+  return picture.find_first_of("XxAa") == std::string_view::npos;
+}
+
+EditedPicture::EditedPicture(std::string_view picture, bool isBlankWhenZero) : isBlankWhenZero_(isBlankWhenZero) {
+  for (std::size_t at = 0; at < picture.size();) {
+    const char symbol = upperCase(picture[at++]);
+    if (symbol == 'C' || symbol == 'D') ++at;
+    std::size_t times = 1;
+    if (at < picture.size() && picture[at] == '(') {
+      times = std::strtoul(picture.data() + at + 1, nullptr, 10);
+      at = std::min(picture.find(')', at), picture.size() - 1) + 1;
+    }
+    add(symbol, times);
+  }
+  count();
+}
+
+// V and P have no characters of their own: they say where the point is.
+void EditedPicture::add(char symbol, std::size_t count) {
+  switch (symbol) {
+    case 'S':
+      isSigned_ = true;
+      return;
+    case 'V':
+      pointAt_ = symbols_.size();
+      return;
+    case 'P':
+      scale_ += static_cast<int>(count) * (symbols_.find_first_of("9Z*") == std::string::npos ? 1 : -1);
+      if (scale_ > 0 && pointAt_ == std::string::npos) pointAt_ = symbols_.size();
+      return;
+    case 'C':
+      symbols_ += "cr";
+      return;
+    case 'D':
+      symbols_ += "db";
+      return;
+    default:
+      symbols_.append(count, symbol);
+  }
+}
+
+void EditedPicture::count() {
+  for (const char symbol : kFloatable)
+    if (std::count(symbols_.begin(), symbols_.end(), symbol) > 1) floating_ = symbol;
+  const std::size_t point = std::min(symbols_.find('.'), pointAt_);
+  bool isFloating = false;
+  for (std::size_t i = 0; i < symbols_.size(); ++i) {
+    const char symbol = symbols_[i];
+    isSigned_ |= std::string_view("+-cd").find(symbol) != std::string_view::npos;
+    hasNine_ |= symbol == '9';
+    if (symbol == '*') fill_ = '*';
+    const bool isDigit = symbol == '9' || symbol == 'Z' || symbol == '*' || (symbol == floating_ && isFloating);
+    isFloating |= symbol == floating_;
+    digits_ += isDigit ? 1 : 0;
+    scale_ += isDigit && i >= point ? 1 : 0;
+  }
+}
+
+namespace {
+
+char shownAs(char symbol, bool isNegative, char plus) {
+  switch (symbol) {
+    case '+':
+      return isNegative ? '-' : '+';
+    case '-':
+      return isNegative ? '-' : plus;
+    case 'B':
+      return ' ';
+    case 'c':
+    case 'r':
+    case 'd':
+    case 'b':
+      return isNegative ? upperCase(symbol) : ' ';
+    default:
+      return symbol;
+  }
+}
+
+}  // namespace
+
+// What a zero is shown as if all digits may be suppressed.
+std::string EditedPicture::zero() const {
+  std::string text(symbols_.size(), fill_);
+  if (const std::size_t point = symbols_.find('.'); fill_ == '*' && point != std::string::npos) text[point] = '.';
+  return text;
+}
+
+std::string EditedPicture::edit(std::string_view digits, bool isNegative, char plus) const {
+  if (isZero(digits) && isBlankWhenZero_) return std::string(symbols_.size(), ' ');
+  if (isZero(digits) && !hasNine_) return zero();
+  std::string text(symbols_.size(), fill_);
+  bool isShown = false;        // nothing is suppressed any more
+  bool isSuppressing = false;  // the first symbol that may be suppressed is passed
+  bool isFloating = false;
+  const auto show = [&](std::size_t at) {
+    if (!isShown && isFloating) text[at - 1] = shownAs(floating_, isNegative, plus);
+    isShown = true;
+  };
+  for (std::size_t i = 0; i < symbols_.size(); ++i) {
+    const char symbol = symbols_[i];
+    if (i == pointAt_ || symbol == '.') show(i);
+    if (symbol == '9' || symbol == 'Z' || symbol == '*' || (symbol == floating_ && isFloating)) {
+      const char digit = digits.front();
+      digits.remove_prefix(1);
+      if (symbol == '9' || digit != '0') show(i);
+      if (isShown) text[i] = digit;
+      isSuppressing = true;
+    } else if (symbol == floating_) {
+      isFloating = isSuppressing = true;
+    } else if (isShown || !isSuppressing) {
+      text[i] = shownAs(symbol, isNegative, plus);
+    }
+  }
+  return text;
+}
+
+std::optional<EditedNumber> EditedPicture::read(UnitView text) const {
+  std::basic_string<unsigned short> shown(text);
+  for (std::size_t i = 0; i < std::min(shown.size(), symbols_.size()); ++i)
+    if (symbols_[i] == '0') shown[i] = ' ';
+  if (auto number = readEditedNumber(shown)) return number;
+  const std::string none = hasNine_ ? std::string() : zero();
+  const bool isNone = std::all_of(text.begin(), text.end(), [](auto unit) { return unit == ' '; })
+                          ? isBlankWhenZero_ || (!hasNine_ && fill_ == ' ')
+                          : std::equal(text.begin(), text.end(), none.begin(), none.end());
+  if (!isNone) return std::nullopt;
+  return EditedNumber{false, "0", std::nullopt};
+}
+
+}  // namespace oxr::rec
