@@ -17,6 +17,8 @@ namespace diagnosis {
 
 using namespace oxr::rec;
 
+inline constexpr std::size_t kMostEdited = 20;
+
 inline PhysicalForm drawForm(Choices& choices) {
   constexpr int kPages[] = {37, 500, 1047, 819, 1252, 37, 819, 1208, 930, 1200};
   constexpr const char* kDates[] = {"yyyyMMdd", "yyMMdd",         "dd.MM.yyyy", "yyyyDDD",
@@ -33,6 +35,18 @@ inline PhysicalForm drawForm(Choices& choices) {
   if (choices.upTo(3) == 0) form.packedSign = SignEnd::leading;
   if (choices.upTo(3) == 0) form.date = choices.oneOf(kDates);
   return form;
+}
+
+// One of so many characters.
+inline const EditedPicture& pictureOf(std::size_t size, bool isBlankWhenZero) {
+  static const std::vector<EditedPicture> all = [] {
+    std::vector<EditedPicture> made;
+    for (std::size_t characters = 1; characters <= kMostEdited; ++characters)
+      for (const char* const symbol : {"9", "Z"})
+        made.emplace_back(symbol + ('(' + std::to_string(characters) + ')'), symbol[0] == '9');
+    return made;
+  }();
+  return all[2 * (size - 1) + (isBlankWhenZero ? 0 : 1)];
 }
 
 inline Step drawStep(Choices& choices) {
@@ -53,6 +67,7 @@ inline Step drawStep(Choices& choices) {
   if (step.kind == Kind::shortFloat) step.size = 4;
   if (step.kind == Kind::longFloat) step.size = 8;
   if (step.kind == Kind::binary || step.kind == Kind::nativeBinary) step.size = 1U << choices.upTo(3);
+  if (step.kind == Kind::edited) step.edited = &pictureOf(step.size, step.isBlankWhenZero);
   if (step.kind == Kind::national || step.kind == Kind::dbcs) step.size *= 2;
   return step;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <charconv>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -7,6 +8,7 @@
 
 #include "fuzz/harness/choices.hpp"
 #include "kelwstringconvertor.hpp"
+#include "records/fields/editedpicture.hpp"
 #include "records/fields/fields.hpp"
 
 // What a field of any kind reads as is written so that it reads as the same; and the canonical bytes of a value come
@@ -19,31 +21,76 @@ namespace fieldwriter {
 using namespace oxr::rec;
 
 inline PhysicalForm drawForm(Choices& choices) {
-  constexpr int kPages[] = {37, 273, 500, 819, 1208, 1200, 1047};
+  constexpr int kPages[] = {37, 273, 500, 819, 1208, 1200, 1047, 939, 943};
   constexpr std::uint8_t kPluses[] = {0, 0xC, 0xF, 0xA, 0xE};
+  constexpr FloatForm kFloats[] = {FloatForm::hexBig, FloatForm::hexLittle, FloatForm::ieeeBig, FloatForm::ieeeLittle};
   PhysicalForm form;
   form.ccsid = choices.oneOf(kPages);
   form.integerEndian = choices.coin() ? eEndianBig : eEndianLittle;
   form.hasLetterSigns = choices.coin();
   form.plus = choices.oneOf(kPluses);
+  form.floats = choices.oneOf(kFloats);
+  form.editedAsNumber = true;
+  form.hasEditedPlus = choices.coin();
+  if (choices.upTo(3) == 0) form.packedSign = SignEnd::leading;
   return form;
 }
 
+inline const std::vector<EditedPicture>& pictures() {
+  static const std::vector<EditedPicture> all = [] {
+    constexpr const char* kPictures[] = {"ZZ9.99-",    "Z,ZZZ,ZZ9.99CR", "$$,$$9.99DB", "-(5)9",      "+++,++9.9",
+                                         "$**,**9.99", "***.**",         "ZZZ.ZZ-",     "99/99/9999", "9B999B00",
+                                         "Z(6)VZZ-",   "+9(6)V99",       "ZZ9PP",       "****CR",     "+$(4)9.99"};
+    std::vector<EditedPicture> made;
+    for (const char* const picture : kPictures)
+      made.emplace_back(picture, made.size() % 2 == 1);
+    return made;
+  }();
+  return all;
+}
+
+inline bool isBinary(Kind kind) {
+  return kind == Kind::binary || kind == Kind::nativeBinary;
+}
+
 inline Step drawStep(Choices& choices) {
-  constexpr Kind kKinds[] = {Kind::text, Kind::edited, Kind::external, Kind::packed, Kind::binary, Kind::nativeBinary};
+  constexpr Kind kKinds[] = {Kind::text,           Kind::edited,       Kind::external,   Kind::packed,
+                             Kind::binary,         Kind::nativeBinary, Kind::shortFloat, Kind::longFloat,
+                             Kind::unsignedPacked, Kind::national,     Kind::dbcs};
   Step step;
   step.kind = choices.oneOf(kKinds);
-  step.scale = static_cast<std::int16_t>(choices.between(-3, 6));
   step.size = static_cast<std::uint32_t>(choices.between(1, 20));
-  if (step.kind == Kind::external) {
-    step.sign = static_cast<ESign>(choices.between(eSignNone, eSignTrailingSeparate));
-    if (step.sign >= eSignLeadingSeparate) ++step.size;
-    step.isBlankWhenZero = step.sign == eSignNone && choices.upTo(3) == 0;
-  } else if (step.kind != Kind::text && step.kind != Kind::edited) {
-    step.sign = choices.coin() ? eSignLeadingIncluded : eSignNone;
-    if (step.kind != Kind::packed) step.size = 1U << choices.upTo(3);
-  } else {
-    step.scale = 0;
+  step.scale = static_cast<std::int16_t>(choices.between(-3, 6));
+  switch (step.kind) {
+    case Kind::external:
+      step.sign = static_cast<ESign>(choices.between(eSignNone, eSignTrailingSeparate));
+      if (step.sign >= eSignLeadingSeparate) ++step.size;
+      step.isBlankWhenZero = step.sign == eSignNone && choices.upTo(3) == 0;
+      break;
+    case Kind::binary:
+    case Kind::nativeBinary:
+      step.size = static_cast<std::uint32_t>(choices.between(1, 16));
+      [[fallthrough]];
+    case Kind::packed:
+      step.sign = choices.coin() ? eSignLeadingIncluded : eSignNone;
+      break;
+    case Kind::shortFloat:
+      step.size = 4;
+      break;
+    case Kind::longFloat:
+      step.size = 8;
+      break;
+    case Kind::national:
+    case Kind::dbcs:
+      step.size += step.size % 2;
+      break;
+    case Kind::edited:
+      step.edited = &choices.oneOf(pictures());
+      step.size = static_cast<std::uint32_t>(step.edited->symbols().size());
+      step.scale = static_cast<std::int16_t>(step.edited->scale());
+      break;
+    default:
+      break;
   }
   return step;
 }
@@ -55,8 +102,10 @@ inline std::vector<unsigned char> drawBytes(Choices& choices, const Step& step, 
   for (unsigned char& byte : bytes) {
     const auto drawn = choices.any<std::uint8_t>();
     const auto zone = static_cast<unsigned char>(isEbcdic ? 0xF0 : 0x30);
-    if (isAny || step.kind == Kind::binary || step.kind == Kind::nativeBinary)
+    if (isAny || isBinary(step.kind))
       byte = drawn;
+    else if (step.kind == Kind::unsignedPacked)
+      byte = static_cast<unsigned char>((drawn >> 4) % 10 << 4 | drawn % 10);
     else if (step.kind == Kind::packed)
       byte = static_cast<unsigned char>((drawn >> 4) % 10 << 4 | drawn % 10);
     else if (step.kind == Kind::external)
@@ -107,6 +156,36 @@ inline bool areEqual(const PWFData& a, const PWFData& b) {
   return trimmed(a.getPWFStringValue().view()) == trimmed(b.getPWFStringValue().view());
 }
 
+// A float comes out of a line as its shortest digits.
+inline PWFData asInLine(const PWFData& value) {
+  if (value.getDataLogicalType() != FLOAT) return value;
+  char digits[32];
+  const char* const end = std::to_chars(digits, digits + sizeof digits, value.getDoubleValue()).ptr;
+  return PWFData(fromUtf8(std::string_view(digits, static_cast<std::size_t>(end - digits))));
+}
+
+// The number is shown as its picture says, and read from that. Its bytes cannot be drawn: hardly any show a number.
+inline void checkEdited(Choices& choices, const Step& step, const PhysicalForm& form) {
+  if (form.ccsid == 1200) return;  // a picture counts bytes
+  FieldWriter writer(form);
+  FieldConverter converter(form);
+  std::string digits(step.edited->digits(), '0');
+  for (std::size_t left = choices.upTo(digits.size()); left > 0; --left)
+    digits[digits.size() - left] = choices.oneOf(std::string_view("0123456789"));
+  const bool isNegative =
+      step.edited->isSigned() && digits.find_first_not_of('0') != std::string::npos && choices.coin();
+  if (step.scale > 0) digits.insert(digits.size() - static_cast<std::size_t>(step.scale), 1, '.');
+  if (step.scale < 0) digits.append(static_cast<std::size_t>(-step.scale), '0');
+  const PWFData value(fromUtf8((isNegative ? "-" : "") + digits).characters(), DECIMAL);
+  std::vector<unsigned char> written(step.size), twice(step.size);
+  writer.write(step, value, written.data());
+  const std::optional<PWFData> again = read(converter, step, written.data());
+  require(again && *again == value, "wrote " + textOf(value) + ", read " + (again ? textOf(*again) : "nothing") + ": " +
+                                        textOf(step, form, written) + ", " + step.edited->symbols());
+  writer.write(step, *again, twice.data());
+  require(twice == written, "the characters of " + textOf(value) + " change: " + step.edited->symbols());
+}
+
 }  // namespace fieldwriter
 
 inline void checkFieldWriter(Choices& choices) {
@@ -115,19 +194,21 @@ inline void checkFieldWriter(Choices& choices) {
   const Step step = drawStep(choices);
   // Characters of two bytes leave the last one of an odd number as it was.
   if (form.ccsid == 1200 && step.size % 2 != 0) return;
+  if (step.edited != nullptr) return checkEdited(choices, step, form);
   FieldConverter converter(form);
   FieldWriter writer(form);
-  const bool isEbcdic = form.ccsid < 800 || form.ccsid == 1047;
+  const bool isEbcdic = form.ccsid < 800 || form.ccsid == 1047 || form.ccsid == 939;
   const std::vector<unsigned char> bytes = drawBytes(choices, step, isEbcdic);
-  const std::optional<PWFData> value = read(converter, step, bytes.data());
-  if (!value || value->isNull()) return;
+  const std::optional<PWFData> found = read(converter, step, bytes.data());
+  if (!found || found->isNull()) return;
+  const std::optional<PWFData> value = asInLine(*found);
   std::vector<unsigned char> written(step.size, 0x55);
   try {
     writer.write(step, *value, written.data());
   } catch (const FieldRefused& refusal) {
     // Bytes that a code page has no character for read as one that it does not write in as many bytes.
-    require(step.kind == Kind::text || step.kind == Kind::edited,
-            "the value " + textOf(*value) + " is refused: " + refusal.what());
+    const bool isText = step.kind == Kind::text || step.kind == Kind::national || step.kind == Kind::dbcs;
+    require(isText, "the value " + textOf(*value) + " is refused: " + refusal.what());
     require(written == std::vector<unsigned char>(step.size, 0x55), "a field was refused and written");
     return;
   } catch (const KelRecoverableException& failure) {
@@ -136,7 +217,8 @@ inline void checkFieldWriter(Choices& choices) {
             "the value " + textOf(*value) + " fails: " + faultText(failure) + ": " + textOf(step, form, bytes));
     return;
   }
-  const std::optional<PWFData> again = read(converter, step, written.data());
+  std::optional<PWFData> again = read(converter, step, written.data());
+  if (again) again = asInLine(*again);
   require(again.has_value(),
           "what was written for " + textOf(*value) + " cannot be read: " + textOf(step, form, written));
   require(areEqual(*again, *value),

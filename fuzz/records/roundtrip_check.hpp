@@ -73,10 +73,12 @@ class Sample {
   }
 
   void drawNumber(Item& item) {
-    constexpr const char* kUsages[] = {"", " COMP-3", " COMP", " COMP-5", " SIGN LEADING SEPARATE", " SIGN LEADING"};
+    constexpr const char* kUsages[] = {" COMP-6",      "", " COMP-3", " COMP", " COMP-5", " SIGN LEADING SEPARATE",
+                                       " SIGN LEADING"};
     item.places = choices_.between(0, 3);
+    if (choices_.upTo(3) == 0) item.digits += 18;  // more than an integer has
     const std::size_t usage = choices_.upTo(std::size(kUsages) - 1);
-    item.isSigned = usage > 3 || choices_.coin();
+    item.isSigned = usage > 4 || (usage != 0 && choices_.coin());
     item.clauses = std::string(" PIC ") + (item.isSigned ? "S" : "") + "9(" + std::to_string(item.digits) + ")";
     if (item.places != 0) item.clauses += "V9(" + std::to_string(item.places) + ")";
     item.clauses += kUsages[usage];

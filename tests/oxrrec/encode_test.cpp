@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "oxrrec/runs.hpp"
 
 namespace oxr::rec::test {
@@ -139,7 +141,7 @@ TEST(Encode, LeavesOutLinesThatDoNotFit) {
 
 // Items that redefine each other agree, or one is given, or the record is refused.
 TEST(Encode, WritesWhatRedefines) {
-  constexpr char kCopybook[] =
+  static constexpr char kCopybook[] =
       "01 R. 05 A PIC X(3). 05 B REDEFINES A PIC S9(3). 05 C REDEFINES A. 10 D PIC X. 10 E PIC 9.";
   constexpr struct {
     const char* line;
@@ -178,8 +180,58 @@ TEST(Encode, WritesTheKindThatTheValuesTellOf) {
   EXPECT_EQ(encodeLines(kLast, R"({"T":"Q","Q":1})", "--records lines --when T=P:P --when T=Q:Q").lines, "Q1\n");
 }
 
+// What no condition holds for, and what decode put into each other: "|" stands before messages.
+TEST(Encode, TakesRecordsApartThatDecodePutTogether) {
+  static constexpr char kCopybook[] =
+      "01 A. 05 K PIC X. 05 N PIC 9. 01 B. 05 K PIC X. 05 N PIC 9. 01 C. 05 K PIC X. 05 N PIC 9.";
+  static constexpr char kAreas[] = "01 R. 05 G OCCURS 2. 10 T PIC X. 10 P PIC X(2). 10 Q REDEFINES P PIC 9(2).";
+  constexpr char kKinds[] = "--when K=a:A --when K=b:B --when K=c:C ";
+  constexpr struct {
+    const char* copybook;
+    const char* arguments;
+    const char* line;
+    const char* records;
+  } kCases[] = {
+      {kCopybook, "--nest B:A --nest C:B",
+       R"({"K":"a","N":1,"B":[{"K":"b","N":2,"C":[{"K":"c","N":3},{"K":"c","N":4}]},{"K":"b","N":5,"C":[]}]})",
+       "a1b2c3c4b5"},
+      {kCopybook, "--nest b:a --nest C:A", R"({"C":[{"K":"c","N":2}],"K":"a","B":[{"N":3,"K":"b"}],"N":1})", "a1c2b3"},
+      {kCopybook, "--nest B:A", R"({"K":"a","N":1,"B":[{"K":"b","N":2},{"K":"b","N":33}]})",
+       "a1b2| line 1, B(2): N: 33 needs 2 digits, and the field has 1"},
+      {kCopybook, "--nest B:A --nest C:B --on-error skip",
+       R"({"K":"a","N":1,"B":[{"K":"b","N":22,"C":[{"K":"c","N":3}]},{"K":"b","N":5,"C":[7]}]})",
+       "a1b5| line 1, B(1): N: 22 needs 2 digits, and the field has 1 "
+       "| line 1, B(2).C(1): no condition (--when) tells what record this is | 3 of 5 records left out"},
+      {kCopybook, "--nest B:D", "{}", "oxrrec: --nest: no --when tells which records are D"},
+      {kCopybook, "", R"({"RAW":"7A39"})", "z9"},
+      {kCopybook, "", R"({"RAW":"7A"})", "| line 1, RAW: it has 1 bytes, not the 2 of a record"},
+      {kCopybook, "", R"({"RAW":"7A3"})", "| line 1, no condition (--when) tells what record this is"},
+      {kCopybook, "--records length2", R"({"RAW":"7a"})", "<0001>z"},
+      {kAreas, "--when T=p:P --when T=q:Q", R"({"G":[{"T":"x","RAW":"2A2A"},{"T":"q","Q":7}]})", "x**q07"},
+      {kAreas, "--when T=p:P", R"({"G":[{"T":"x","RAW":"2A"},{"T":"p","P":"7"}]})",
+       "| line 1, G(1).P: RAW has 1 bytes, not the 2 of it"},
+  };
+  for (const auto& [copybook, arguments, line, records] : kCases) {
+    const Outcome outcome = encodeLines(copybook, line, (copybook == kCopybook ? kKinds : "") + std::string(arguments));
+    const std::string told = replaced(replaced(outcome.messages, kStart, "| "), "\n", " ");
+    EXPECT_EQ(outcome.lines + told, bytesOf(records) + (told.empty() ? "" : " ")) << line;
+  }
+}
+
+TEST(Encode, EndsLinesAndFillsBlocksAsSaid) {
+  const auto encoded = [](const std::string& arguments) {
+    return encodeLines("01 A PIC X(3).", "{\"A\":\"a\"}\n{\"A\":\"bcd\"}\n", arguments).lines;
+  };
+  EXPECT_EQ(encoded("--records lines --line-end crlf --trim-lines"), "a\r\nbcd\r\n");
+  EXPECT_EQ(encoded("--records lines --line-end nel --ccsid 37 --trim-lines"), bytesOf("<8115828384>") + '\x15');
+  EXPECT_EQ(encoded("--records bdw --block-size 11"), bytesOf("<000B000000070000>a  <000B000000070000>bcd"));
+  EXPECT_EQ(encoded("--records spanned --block-size 9"),
+            bytesOf("<0009000000050100>a<0009000000050300> <0009000000050200> <0009000000050100>b"
+                    "<0009000000050300>c<0009000000050200>d"));
+}
+
 TEST(Encode, FillsWhatNobodyGives) {
-  constexpr char kCopybook[] =
+  static constexpr char kCopybook[] =
       "01 R. 05 A PIC X. 05 FILLER PIC X(2). 05 FILLER PIC 9(4) COMP. 05 C PIC 9."
       " 05 G OCCURS 0 TO 2 DEPENDING C. 10 T PIC X. 10 FILLER PIC X. 05 Z PIC X.";
   const std::string line = R"({"A":"a","C":1,"G":[{"T":"t"}],"Z":"z"})";
@@ -213,6 +265,41 @@ TEST(Verify, TellsDifferencesAndWhetherTheyCarryAValue) {
             "r: record 1: A: null cannot be stored\n"
             "r: 1 records, 5 bytes: 1 differences with a value, 0 without; 2 bad fields\n1");
   EXPECT_EQ(runProgram("verify --ccsid 37 --copybook " + copybook + " -").code, kFailed);
+}
+
+// What stands around records is compared if it is known how it is to be written.
+TEST(Verify, ComparesBlocksAndLinesAsSaid) {
+  static constexpr char kBlocks[] = "<000B000000070000>a  <000B000000070000>bcd";
+  constexpr struct {
+    const char* arguments;
+    const char* bytes;
+    const char* told;
+  } kCases[] = {
+      {"bdw", kBlocks, "all records equal; what stands around them is compared with --block-size"},
+      {"bdw --block-size 11", kBlocks, "all equal"},
+      {"bdw --block-size 12", kBlocks, "all equal"},
+      {"bdw --block-size 18", kBlocks, "around the records differs"},
+      {"spanned", "<0009000000050100>a<000A000000060200>bc", "all records equal; *--block-size"},
+      {"lines", "a\r\nbcd\n", "all records equal; *--line-end"},
+      {"lines --line-end lf", "a\nbcd\n", "around the records differs"},
+      {"lines --line-end lf", "a  \nbcd\n", "all equal"},
+      {"lines --line-end lf --trim-lines", "a\nbcd\n", "all equal"},
+      {"lines --line-end crlf --trim-lines", "a\r\nbcd\r\n", "all equal"},
+      {"lines --line-end crlf", "a  \r\nbcd\n", "around the records differs"},
+      // Of no kind, in short lines too.
+      {"lines --when A=bcd:A --on-unknown raw", "a\nbcd\n", "all records equal"},
+      {"fixed --when A=bcd:A --on-unknown skip", "axxbcd", "all equal"},
+      {"fixed --when A=bcd:A", "axxbcd", "all equal; 1 bad fields"},
+  };
+  for (const auto& [arguments, bytes, told] : kCases) {
+    const Folder folder;
+    const Outcome outcome =
+        runProgram("verify --format free --ccsid 819 --copybook " + folder.write("c", "01 A. 05 A PIC X(3).") +
+                   " --records " + arguments + ' ' + folder.write("r", bytesOf(bytes)));
+    EXPECT_TRUE(std::regex_search(outcome.lines, std::regex(replaced(told, "*", "(.|\n)*"))))
+        << arguments << ": " << outcome.lines << outcome.messages;
+    EXPECT_EQ(outcome.code, outcome.lines.find("differ") == std::string::npos ? kDone : kBadField) << arguments;
+  }
 }
 
 }  // namespace

@@ -21,15 +21,6 @@ constexpr char kProgram[] = "oxrrec: ";
 constexpr std::size_t kWriteBytes = std::size_t{256} << 10;
 constexpr std::chrono::milliseconds kProgressDelay{1000};
 
-// The names that conditions give to records: "FIELD=VALUE:NAME".
-std::vector<std::string> namedKinds(const std::vector<std::string>& conditions) {
-  std::vector<std::string> names;
-  names.reserve(conditions.size());
-  for (const std::string& condition : conditions)
-    names.push_back(condition.substr(condition.rfind(':') + 1));
-  return names;
-}
-
 // What does not go together.
 void refuse(const DecodeOptions& options) {
   if (!options.errors.empty() && isSameOutput(options.errors, options.output))

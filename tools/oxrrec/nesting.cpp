@@ -8,6 +8,14 @@
 
 namespace oxr::rec {
 
+std::vector<std::string> namedKinds(const std::vector<std::string>& conditions) {
+  std::vector<std::string> names;
+  names.reserve(conditions.size());
+  for (const std::string& condition : conditions)
+    names.push_back(condition.substr(condition.rfind(':') + 1));
+  return names;
+}
+
 Nesting::Nesting(const std::vector<std::string>& pairs, const std::vector<std::string>& kinds, const RecordPlan& plan) {
   for (const std::string& pair : pairs) {
     const std::size_t colon = pair.find(':');

@@ -11,6 +11,9 @@
 
 namespace oxr::rec {
 
+// The names that conditions give to records: "FIELD=VALUE:NAME".
+std::vector<std::string> namedKinds(const std::vector<std::string>& conditions);
+
 // Puts the objects of child records into an array of their parent's: what hierarchical files mean by the order of their
 // records. A child belongs to the last record of its parent's kind. A line is done when no child can come any more, so
 // that a record of a kind that is no part of any hierarchy overtakes an open parent. Memory is one open record of each

@@ -1,3 +1,4 @@
+#include "records/rawbytes.hpp"
 #include "records/recordworker.hpp"
 
 // What a record is, and what its areas hold. All that has a fixed place is decided before the walk, so that a record of
@@ -70,10 +71,9 @@ bool RecordWorker::passUnknown() {
 }
 
 void RecordWorker::showRaw(std::span<const unsigned char> bytes) {
-  static constexpr unsigned short kRaw[] = {'R', 'A', 'W', 0};
-  handler_->startElement(kRaw, kFieldElement, kNoInfo, -1, -1);
+  handler_->startElement(kRawName, kFieldElement, kNoInfo, -1, -1);
   handler_->data(PWFData(hexText(bytes)), kNoInfo, -1, -1);
-  handler_->endElement(kRaw, kNoInfo);
+  handler_->endElement(kRawName, kNoInfo);
 }
 
 std::int32_t RecordWorker::decide(Chooser& chooser) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "records/fields/converter.hpp"
+
 namespace oxr::rec {
 
 namespace {
@@ -46,7 +48,11 @@ void RecordTemplate::fill(ItemIndex index, std::uint32_t at) {
     for (ItemIndex child = index + 1; child < item.next; child = layout_.items[child].next)
       if (layout_.items[child].redefines == kNoItem) fill(child, at + layout_.items[child].offset);
   } else if (isText(item.kind)) {
-    writer_.fillWithBlanks(item.kind, bytes_.data() + at, item.size);
+    try {
+      writer_.fillWithBlanks(item.kind, bytes_.data() + at, item.size);
+    } catch (const FieldRefused&) {
+      // The code page has no such characters: the bytes stay zero.
+    }
   }
   for (std::uint32_t i = 1; i < item.occurs.max; ++i)
     std::memcpy(bytes_.data() + at + std::size_t{i} * item.size, bytes_.data() + at, item.size);

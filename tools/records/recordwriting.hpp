@@ -27,6 +27,9 @@ class WriteError : public std::runtime_error {
 // fields do, and must agree with their arrays. Where items redefine each other, those may be missing whose bytes others
 // give, or be null; those that are given are written one over the other, and must all read as given in the end.
 //
+// Where there are conditions, a record of no kind may be its bytes in hexadecimal, as RecordWorker shows it with
+// OnUnknown::isRaw, and so may an area that holds none of its alternatives. Not so where a layout has a name RAW.
+//
 // Serves one thread.
 class RecordWriter {
  public:
@@ -75,6 +78,8 @@ class RecordWriter {
 
   void walk();
   const Step* choose(const Step& step);
+  std::span<const unsigned char> writeRaw();
+  bool putRaw(const Step& step, const Choice& choice);
   std::uint64_t sizeOfRecord() const;
   std::span<const unsigned char> bytesFor(const Question& question);
   const Step* walkOne(const Step& step);
@@ -110,6 +115,7 @@ class RecordWriter {
   std::vector<Chooser> choosers_;  // by Step::choice
   std::vector<bool> inArea_;       // by step
   bool hasAreas_ = false;
+  bool canBeRaw_ = false;
 
   // These describe the record in hand; see RecordWorker for shift_.
   const RecordKind* kind_;
@@ -131,6 +137,7 @@ class RecordWriter {
   std::vector<AreaField> given_;
   std::vector<AreaField> absent_;
   std::vector<unsigned char> field_;  // as it is to be
+  std::vector<unsigned char> raw_;    // bytes that the tree has in hexadecimal
   bool hasOverwritten_ = false;
 };
 

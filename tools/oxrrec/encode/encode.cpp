@@ -1,6 +1,10 @@
 #include "oxrrec/encode/encode.hpp"
 
+#include <optional>
+
 #include "growingbytebuffer.hpp"
+#include "oxrrec/encode/unnesting.hpp"
+#include "oxrrec/nesting.hpp"
 #include "records/program/reading.hpp"
 
 namespace oxr::rec {
@@ -28,13 +32,14 @@ class Encoding {
         output_(description.openOutput(options.output, input_, console)),
         lines_(input_),
         reader_(description.plan().names()) {
+    if (!options.nest.empty())
+      unnesting_.emplace(options.nest, namedKinds(options.record.plan.conditions), description.plan());
     worker_->initializeWrite(nullptr, 0, 0, 0);
   }
 
   // The exit code. Throws ToolError.
   int run() {
     while (const auto line = lines_.next()) {
-      ++records_;
       if (!add(*line) && !isSkipping_) break;
       if (buffer_.getLength() >= kWriteBytes) flush();
     }
@@ -47,23 +52,38 @@ class Encoding {
   }
 
  private:
-  // False if the line is told as bad.
+  // False if something in the line is told as bad.
   bool add(std::string_view line) {
+    const std::uint64_t badBefore = bad_;
     try {
-      worker_->setFIMessageTree(&reader_.read(line), false);
+      JsonTree& tree = reader_.read(line);
+      if (!unnesting_) return write(tree, {});
+      const std::uint64_t left = unnesting_->writeAll(
+          tree, isSkipping_, [this](const JsonTree& record, const std::string& path) { return write(record, path); });
+      records_ += left;
+      bad_ += left;
+    } catch (const JsonLineError& error) {
+      ++records_;
+      tell(", ", error.what());
+    }
+    return bad_ == badBefore;
+  }
+
+  bool write(const JsonTree& tree, const std::string& path) {
+    ++records_;
+    try {
+      worker_->setFIMessageTree(&tree, false);
       worker_->write(&buffer_, 0, 0);
       return true;
-    } catch (const JsonLineError& error) {
-      tell(", ", error.what());
     } catch (const WriteError& error) {
-      tell(", ", error.what());
+      tell(path.empty() ? ", " : ", " + path + ": ", error.what());
     } catch (const FrameError& error) {
       tell(": ", error.what());
     }
     return false;
   }
 
-  void tell(const char* separator, const char* what) {
+  void tell(const std::string& separator, const char* what) {
     ++bad_;
     if (bad_ <= kToldLines)
       messages_ << kProgram << input_.name() << ": line " << lines_.lineNumber() << separator << what << '\n';
@@ -84,6 +104,7 @@ class Encoding {
   FileOutput output_;
   JsonLines lines_;
   JsonReader reader_;
+  std::optional<Unnesting> unnesting_;
   GrowingByteBuffer buffer_;
   std::uint64_t records_ = 0;
   std::uint64_t bad_ = 0;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "oxrrec/badfields.hpp"
 #include "records/options/options.hpp"
@@ -15,8 +16,11 @@ struct EncodeOptions {
   RecordWorker::Settings records;        // framing and filler
   std::string output = kStandardStream;  // path, or kStandardStream
   OnError onError = OnError::stop;       // not null
+  std::vector<std::string> nest;         // "CHILD:PARENT"
 };
 
+// How lines and blocks are written.
+void addWritingOptions(CLI::App& command, RecordForm& form);
 void addEncodeOptions(CLI::App& command, EncodeOptions& options);
 
 // Turns JSON lines into a record file: the way back of decode. Failures are told in `console.messages`; the result is

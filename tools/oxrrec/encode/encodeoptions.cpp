@@ -3,11 +3,34 @@
 
 namespace oxr::rec {
 
+void addWritingOptions(CLI::App& command, RecordForm& form) {
+  command
+      .add_option_function<std::uint32_t>(
+          "--block-size", [&form](std::uint32_t size) { form.blockSize = size; },
+          "bdw, spanned: bytes of a full block, its header among them [32760]")
+      ->check(CLI::Range(RecordFramer::kSmallestBlock, RecordFramer::kLargestBlock))
+      ->type_name("BYTES")
+      ->group("Records");
+  choose<LineEnd>(command.add_option_function<LineEnd>(
+                      "--line-end", [&form](LineEnd end) { form.lineEnd = end; }, "lines: what ends one [lf]"),
+                  {{"lf", LineEnd::lineFeed}, {"crlf", LineEnd::returnAndFeed}, {"nel", LineEnd::nextLine}})
+      ->group("Records");
+  command.add_flag("--trim-lines", form.trimsLines, "lines: leave out the blanks at their end")->group("Records");
+}
+
 void addEncodeOptions(CLI::App& command, EncodeOptions& options) {
   command.add_option("INPUT", options.input, "the JSON lines, - for standard input")->required();
   addRecordOptions(command, options.record);
   addFramingOptions(command, options.records.form);
+  addWritingOptions(command, options.records.form);
   addFillerOption(command, options.records.filler);
+  command
+      .add_option("--nest", options.nest,
+                  "CHILD:PARENT: what stands in the array CHILD of a record become records of their own after it, as "
+                  "decode put them there; can be given again")
+      ->type_name("CHILD:PARENT")
+      ->allow_extra_args(false)
+      ->group("Kinds of record");
   addOutputOption(command, options.output);
   command
       .add_flag("--flat", options.record.plan.flat,

@@ -63,14 +63,29 @@ class Stretches {
   int used_ = 0;
 };
 
+// Records of no kind are compared as all others.
+RecordWorker::Settings withAllRecords(RecordWorker::Settings settings) {
+  if (settings.onUnknown == OnUnknown::isSkipped) settings.onUnknown = OnUnknown::isRaw;
+  return settings;
+}
+
+// The option without which what stands around records could lie in many ways, of which nobody knows the right one;
+// empty if there is none, or it is given.
+std::string missingOption(const RecordForm& form) {
+  if (isBlocked(form.framing) && !form.blockSize) return "--block-size";
+  if (form.framing == Framing::lines && !form.lineEnd) return "--line-end";
+  return {};
+}
+
 // One run of the command, once the copybook is laid out.
 class Verifying {
  public:
   Verifying(const VerifyOptions& options, const Console& console, const RecordPlan& plan)
       : keepsFiller_(options.keepsFiller),
         input_(openInput(options.input.path, options.input.window, console)),
-        settings_(settledRecords(options.input, plan, input_, console)),
+        settings_(withAllRecords(settledRecords(options.input, plan, input_, console))),
         form_(recordForm(plan, settings_.form)),
+        missingOption_(missingOption(form_)),
         bytesInput_(openInput(options.input.path, options.input.window, console)),
         wholeInput_(openInput(options.input.path, options.input.window, console)),
         output_(openOutput(kStandardStream, console)),
@@ -97,7 +112,7 @@ class Verifying {
     }
     framer_.finish(framed_);
     checkFrames();
-    framesDiffer_ = framesDiffer_ || !whole_.isAtEnd();
+    framesDiffer_ = framesDiffer_ || (comparesFrames() && !whole_.isAtEnd());
     if (framesDiffer_) output_.write(input_.name() + ": what stands around the records differs\n");
     tellSum();
     output_.close();
@@ -121,15 +136,15 @@ class Verifying {
     const auto parsed = static_cast<std::uint64_t>(worker_->getNumBytesParsed());
     const auto size = bytes_.isFramed() ? next.size : static_cast<std::uint32_t>(parsed - bytes_.position());
     original_.assign(next.data, next.data + size);
-    encode();
-    framer_.add(std::span(original_).first(size - next.padding), framed_);
+    encode(next.padding);
+    if (comparesFrames()) framer_.add(original_, framed_);
     checkFrames();
     bytes_.finish(size);
     json_.clear();
   }
 
-  // Puts the record as it is encoded in the place of the original, and tells how they differ.
-  void encode() {
+  // Encodes the record again, and tells how it differs from the original, of which the last bytes are padding.
+  void encode(std::uint32_t padding) {
     line_ = json_.lines();
     line_.append(JsonReader::kPadding, ' ');
     try {
@@ -142,6 +157,7 @@ class Verifying {
       if (isTold()) tell(": " + std::string(error.what()));
       return;
     }
+    if (record_.size() + padding == original_.size()) record_.insert(record_.end(), padding, form_.blank);
     if (record_ != original_) compare();
   }
 
@@ -174,6 +190,7 @@ class Verifying {
     framed_.clear();
   }
 
+  bool comparesFrames() const { return missingOption_.empty(); }
   bool isTold() { return ++told_ <= kToldDifferences; }
   void tell(const std::string& text) {
     output_.write(input_.name() + ": record " + std::to_string(worker_->recordNumber()) + text + '\n');
@@ -184,11 +201,12 @@ class Verifying {
   void tellSum() {
     std::string text = input_.name() + ": " + std::to_string(worker_->recordsRead()) + " records, " +
                        std::to_string(worker_->getNumBytesParsed()) + " bytes: ";
-    text += isEqual() ? "all equal"
+    text += isEqual() ? comparesFrames() ? "all equal" : "all records equal"
                       : std::to_string(withValue_ + refused_) + " differences with a value, " +
                             std::to_string(withoutValue_) + " without";
     if (kept_ != 0) text += "; " + std::to_string(kept_) + " without a value taken from the original";
     if (faults_.count != 0) text += "; " + std::to_string(faults_.count) + " bad fields";
+    if (!comparesFrames()) text += "; what stands around them is compared with " + missingOption_;
     output_.write(text + '\n');
   }
 
@@ -196,6 +214,7 @@ class Verifying {
   FileInput input_;
   const RecordWorker::Settings settings_;
   const RecordForm form_;
+  const std::string missingOption_;
   IgnoredFaults faults_;
   FileInput bytesInput_;
   FileInput wholeInput_;

@@ -7,6 +7,7 @@ namespace oxr::rec {
 void addVerifyOptions(CLI::App& command, VerifyOptions& options) {
   addInputOptions(command, options.input);
   addRecordOptions(command, options.record);
+  addWritingOptions(command, options.input.records.form);
   addFillerOption(command, options.input.records.filler);
   command
       .add_flag("--keep-filler", options.keepsFiller,

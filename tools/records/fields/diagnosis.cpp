@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "records/fields/editedpicture.hpp"
 #include "records/fields/numbers.hpp"
 
 namespace oxr::rec {
@@ -77,11 +78,8 @@ FaultReason editedFault(const Step& step, const PageBytes& page, std::span<const
   const UnitView text(units.data(), units.size());
   if (text.find(PageBytes::kUnknown) != UnitView::npos) return {};
   std::size_t badAt = UnitView::npos;
-  if (readEditedNumber(text, &badAt)) return {};
-  if (badAt == UnitView::npos) {
-    const bool isZero = step.isBlankWhenZero && text.find_first_not_of(u' ') == UnitView::npos;
-    return {.code = isZero ? FaultCode::none : FaultCode::editedEmpty};
-  }
+  if (step.edited->read(text, &badAt)) return {};
+  if (badAt == UnitView::npos) return {.code = FaultCode::editedEmpty};
   return {.code = FaultCode::editedCharacter,
           .numbers = {static_cast<std::int64_t>(badAt), bytes[badAt], units[badAt]}};
 }

@@ -140,11 +140,11 @@ std::string EditedPicture::edit(std::string_view digits, bool isNegative, char p
   return text;
 }
 
-std::optional<EditedNumber> EditedPicture::read(UnitView text) const {
+std::optional<EditedNumber> EditedPicture::read(UnitView text, std::size_t* badAt) const {
   std::basic_string<unsigned short> shown(text);
   for (std::size_t i = 0; i < std::min(shown.size(), symbols_.size()); ++i)
     if (symbols_[i] == '0') shown[i] = ' ';
-  if (auto number = readEditedNumber(shown)) return number;
+  if (auto number = readEditedNumber(shown, badAt)) return number;
   const std::string none = hasNine_ ? std::string() : zero();
   const bool isNone = std::all_of(text.begin(), text.end(), [](auto unit) { return unit == ' '; })
                           ? isBlankWhenZero_ || (!hasNine_ && fill_ == ' ')

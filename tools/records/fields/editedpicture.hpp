@@ -34,7 +34,8 @@ class EditedPicture {
   // The characters of a number, of which all digits() are given. `plus` is what "-" shows of one that is not negative.
   std::string edit(std::string_view digits, bool isNegative, char plus = ' ') const;
   // The number of such characters, with those at the end left out that are blanks; nothing if they show none.
-  std::optional<EditedNumber> read(UnitView text) const;
+  // `badAt`, if it is given, then is the place of the character that has no place there, npos if a digit is missing.
+  std::optional<EditedNumber> read(UnitView text, std::size_t* badAt = nullptr) const;
 
  private:
   void add(char symbol, std::size_t count);

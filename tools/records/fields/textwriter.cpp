@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 #include <string>
 
 #include "kelwstringconvertor.hpp"
@@ -10,6 +11,8 @@
 // A code page writes a substitute for a character that it lacks, or another one that looks like it. So what may have
 // been changed is converted back and compared: in a single-byte page that is text which is not ASCII, or whose bytes
 // hold the substitute; in any other page all text that is not ASCII.
+//
+// Most text is ASCII for a single-byte page. What the converter makes of these characters is asked for once.
 
 namespace oxr::rec {
 
@@ -42,26 +45,54 @@ std::string plural(std::size_t count, const char* what) {
 
 FieldTextWriter::FieldTextWriter(DataCnv& cnv, int ccsid, Part part) : cnv_(cnv), ccsid_(ccsid), part_(part) {
   const CPUnicodeConverter& page = *cnv_.getConverter();
+  hasShifts_ = part == Part::doubleByte && cnv_.IsCcsidEBCDIC();
   isSingleByte_ = part == Part::whole && page.getMinBytesPerChar() == 1 && page.getMaxBytesPerChar() == 1;
   const auto bytesOf = [&](const unsigned short* unit) {
     const std::uint32_t size = convert(KelWstring(unit, 1), kLongestCharacter);
     return std::vector<unsigned char>(converted_.data(), converted_.data() + size);
   };
   blank_ = bytesOf(part == Part::whole ? kBlank : kWideBlank);
-  if (isSingleByte_) substitute_ = bytesOf(&kPrivate).front();
+  if (!isSingleByte_) return;
+  substitute_ = bytesOf(&kPrivate).front();
+  findAscii();
+}
+
+void FieldTextWriter::findAscii() {
+  std::array<unsigned short, 128> characters;
+  std::iota(characters.begin(), characters.end(), static_cast<unsigned short>(0));
+  hasAscii_ = convert(KelWstring(characters.data(), 128), 128) == 128;
+  std::copy_n(converted_.begin(), 128, ascii_.begin());
+}
+
+// False for text that needs the converter. Its bytes come to stand in converted_, as many as it has characters.
+bool FieldTextWriter::convertAscii(UnitView text) {
+  if (!hasAscii_) return false;
+  if (converted_.size() < text.size()) converted_.resize(text.size());
+  unsigned all = 0;
+  bool isOdd = false;
+  unsigned char* to = converted_.data();
+  for (const unsigned short unit : text) {
+    all |= unit;
+    *to = ascii_[unit & 0x7F];
+    isOdd |= *to++ == substitute_;
+  }
+  return all < 0x80 && !isOdd;
 }
 
 void FieldTextWriter::write(const KelWstring& text, bool isAtRight, unsigned char* bytes, std::uint32_t size) {
   const UnitView shown = text.length() <= size ? text.view() : withoutTrailingBlanks(text.view());
   if (isSingleByte_ && shown.size() > size) refuseLong(shown, size);
   const bool isCut = shown.size() != text.length();
-  const std::uint32_t used = shown.empty() ? 0 : convert(isCut ? KelWstring(shown) : text, size);
+  const bool isAsciiText = convertAscii(shown);
+  const std::uint32_t used = shown.empty() ? 0
+                             : isAsciiText ? static_cast<std::uint32_t>(shown.size())
+                                           : convert(isCut ? KelWstring(shown) : text, size);
   if (used > size) {
     if (const UnitView shorter = withoutTrailingBlanks(shown); shorter.size() < shown.size())
       return write(KelWstring(shorter), isAtRight, bytes, size);
     refuseLong(shown, size);
   }
-  if (isSuspect(shown, used)) requireSame(isCut ? KelWstring(shown) : text, used);
+  if (!isAsciiText && isSuspect(shown, used)) requireSame(isCut ? KelWstring(shown) : text, used);
   unsigned char* const at = isAtRight ? bytes + (size - used) : bytes;
   fillWithBlanks(isAtRight ? bytes : bytes + used, size - used);
   std::memcpy(at, converted_.data(), used);
@@ -80,11 +111,13 @@ void FieldTextWriter::fillWithBlanks(unsigned char* bytes, std::uint32_t size) c
 
 // The text's bytes come to stand in converted_. Returns their number, more than `size` if they are more.
 std::uint32_t FieldTextWriter::convert(const KelWstring& text, std::uint32_t size) {
-  const std::uint32_t shifts = part_ == Part::doubleByte ? kShifts : 0;
+  const std::uint32_t shifts = hasShifts_ ? kShifts : 0;
   if (converted_.size() < size + kShifts) converted_.resize(size + kShifts);
   int used = static_cast<int>(size + shifts);
   const UErrorCode status = cnv_.fromUnicodeString(text, converted_.data(), used);
   if (U_FAILURE(status) || static_cast<std::uint32_t>(used) > size + shifts) return size + 1;
+  if (part_ == Part::doubleByte && !hasShifts_ && static_cast<std::uint32_t>(used) != 2 * text.length())
+    refuseSingleBytes();
   return shifts == 0 ? static_cast<std::uint32_t>(used) : withoutShifts(static_cast<std::uint32_t>(used));
 }
 
@@ -93,9 +126,13 @@ std::uint32_t FieldTextWriter::withoutShifts(std::uint32_t size) {
   constexpr unsigned char kShiftOut = 0x0E, kShiftIn = 0x0F;
   if (size < kShifts || converted_[0] != kShiftOut || converted_[size - 1] != kShiftIn ||
       std::count(converted_.begin(), converted_.begin() + size, kShiftOut) != 1)
-    throw FieldRefused("the text has characters that take one byte in code page " + std::to_string(ccsid_));
+    refuseSingleBytes();
   std::memmove(converted_.data(), converted_.data() + 1, size - kShifts);
   return size - kShifts;
+}
+
+void FieldTextWriter::refuseSingleBytes() const {
+  throw FieldRefused("the text has characters that take one byte in code page " + std::to_string(ccsid_));
 }
 
 bool FieldTextWriter::isSuspect(UnitView text, std::uint32_t size) const {
@@ -105,7 +142,7 @@ bool FieldTextWriter::isSuspect(UnitView text, std::uint32_t size) const {
 
 void FieldTextWriter::requireSame(const KelWstring& text, std::uint32_t size) {
   std::vector<unsigned char> bytes(converted_.begin(), converted_.begin() + size);
-  if (part_ == Part::doubleByte) {
+  if (hasShifts_) {
     bytes.insert(bytes.begin(), 0x0E);
     bytes.push_back(0x0F);
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -13,7 +14,7 @@ namespace oxr::rec {
 class FieldTextWriter {
  public:
   // What the room of a field is filled with: characters of the page as they stand there, or (dbcs) those of its
-  // double-byte part alone, without the bytes that shift there and back.
+  // double-byte part alone, without the bytes that shift there and back in an EBCDIC page.
   enum class Part : std::uint8_t { whole, doubleByte };
 
   // The converter is the caller's. Throws KelRecoverableException if its code page is not known.
@@ -26,17 +27,23 @@ class FieldTextWriter {
   void fillWithBlanks(unsigned char* bytes, std::uint32_t size) const;
 
  private:
+  void findAscii();
+  bool convertAscii(UnitView text);
   std::uint32_t convert(const KelWstring& text, std::uint32_t size);
   std::uint32_t withoutShifts(std::uint32_t size);
   bool isSuspect(UnitView text, std::uint32_t size) const;
   void requireSame(const KelWstring& text, std::uint32_t size);
+  [[noreturn]] void refuseSingleBytes() const;
   [[noreturn]] void refuseLong(UnitView text, std::uint32_t size) const;
 
   DataCnv& cnv_;
   const int ccsid_;
   const Part part_;
   bool isSingleByte_ = false;
+  bool hasShifts_ = false;                // around what the converter takes
   unsigned char substitute_ = 0;          // single byte: what stands for a character that the page lacks
+  std::array<unsigned char, 128> ascii_;  // single byte: the ASCII characters as the converter writes them
+  bool hasAscii_ = false;                 // it does so for all of them
   std::vector<unsigned char> blank_;      // a blank as it stands in a field
   std::vector<unsigned char> converted_;  // the text at hand
 };

@@ -20,6 +20,9 @@ enum class Framing : std::uint8_t {
   automatic,      // to be found out from the input, see detect.hpp; no reader takes it
 };
 
+// What ends a line that is written; read are all of them.
+enum class LineEnd : std::uint8_t { lineFeed, returnAndFeed, nextLine };
+
 // How records follow each other in an input.
 struct RecordForm {
   Framing framing = Framing::fixed;
@@ -35,6 +38,11 @@ struct RecordForm {
   unsigned char nextLine = '\n';  // ends a line too: the line end of EBCDIC systems, elsewhere the same as lineFeed
   unsigned char carriageReturn = '\r';
   unsigned char blank = ' ';
+
+  // Writing only.
+  std::optional<std::uint32_t> blockSize{};  // bytes of a full block of `bdw` and `spanned`, its header among them
+  std::optional<LineEnd> lineEnd{};          // of `lines`
+  bool trimsLines = false;                   // of `lines`: blanks at the end of a record are left out
 };
 
 // Records that are longer are not read, nor does anybody write them: what asks for one is no header.

@@ -18,7 +18,10 @@ void append(std::string& out, std::span<const unsigned char> bytes) {
 }  // namespace
 
 RecordFramer::RecordFramer(const RecordForm& form, std::uint32_t blockSize)
-    : form_(form), shape_(headerShape(form.framing)), counted_(countedHeader(form)), blockSize_(blockSize) {}
+    : form_(form),
+      shape_(headerShape(form.framing)),
+      counted_(countedHeader(form)),
+      blockSize_(form.blockSize.value_or(blockSize)) {}
 
 void RecordFramer::add(Bytes record, std::string& out) {
   ++count_;
@@ -27,10 +30,7 @@ void RecordFramer::add(Bytes record, std::string& out) {
       if (record.empty()) throw FrameError("record " + std::to_string(count_) + ": it has no bytes");
       return append(out, record);
     case Framing::lines:
-      requireLine(record);
-      append(out, record);
-      out += static_cast<char>(form_.lineFeed);
-      return;
+      return addLine(record, out);
     case Framing::bdw:
       return addToBlock(record, out);
     case Framing::spanned:
@@ -40,6 +40,16 @@ void RecordFramer::add(Bytes record, std::string& out) {
       addHeader(record.size(), Segment::whole, out);
       append(out, record);
   }
+}
+
+void RecordFramer::addLine(Bytes record, std::string& out) const {
+  while (form_.trimsLines && !record.empty() && record.back() == form_.blank)
+    record = record.first(record.size() - 1);
+  requireLine(record);
+  append(out, record);
+  const LineEnd end = form_.lineEnd.value_or(LineEnd::lineFeed);
+  if (end == LineEnd::returnAndFeed) out += static_cast<char>(form_.carriageReturn);
+  out += static_cast<char>(end == LineEnd::nextLine ? form_.nextLine : form_.lineFeed);
 }
 
 void RecordFramer::finish(std::string& out) {

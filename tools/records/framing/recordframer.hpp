@@ -21,7 +21,8 @@ class RecordFramer {
   static constexpr std::uint32_t kSmallestBlock = 9;  // both headers and a byte
   static constexpr std::uint32_t kLargestBlock = 0xFFFF;
 
-  // REQUIRES: the framing is not `automatic`; kSmallestBlock <= blockSize <= kLargestBlock.
+  // The form's block size goes before the other. REQUIRES: the framing is not `automatic`; kSmallestBlock <= blockSize
+  // <= kLargestBlock.
   explicit RecordFramer(const RecordForm& form, std::uint32_t blockSize = kBlockSize);
 
   // Appends the record to `out`; in `bdw` and `spanned` it may wait for its block to be full. Throws FrameError for one
@@ -37,6 +38,7 @@ class RecordFramer {
   using Bytes = std::span<const unsigned char>;
 
   void addHeader(std::size_t size, Segment segment, std::string& out) const;
+  void addLine(Bytes record, std::string& out) const;
   void addToBlock(Bytes record, std::string& out);
   void addSegments(Bytes record, std::string& out);
   void require(std::uint64_t size, std::uint64_t most, const char* holder) const;
