@@ -241,17 +241,14 @@ void FieldWriter::date(const Step& step, const PWFData& value, unsigned char* by
   plain(whole, text, bytes);
 }
 
-// Half bytes of nothing but digits are what a packed string of transaction logs is.
+// The digits of a packed number that is a byte longer, without its first half byte, which is zero, and its last.
 void FieldWriter::unsignedPacked(const Step& step, const PWFData& value, unsigned char* bytes) {
-  const std::size_t room = 2 * std::size_t{step.size};
-  const Number number = fitting(step, value, room);
-  std::basic_string<unsigned short> digits(room, '0');
-  forEachStoredDigit(number.parts, step.scale, [&digits](unsigned digit) {
-    digits.erase(0, 1);
-    digits += static_cast<unsigned short>('0' + digit);
-  });
-  cnv_.TLOGPWFDataToPckdStr(PWFData(digits.data(), static_cast<int>(room)), bytes, static_cast<int>(step.size),
-                            eEndianBig);
+  const Number number = fitting(step, value, 2 * std::size_t{step.size});
+  const int scale = number.parts.isZero() ? 0 : step.scale;
+  std::vector<unsigned char> packed(std::size_t{step.size} + 1);
+  cnv_.PckdDecFromDec(number.text, packed.data(), static_cast<int>(packed.size()), scale, eSignNone);
+  for (std::size_t i = 0; i < step.size; ++i)
+    bytes[i] = static_cast<unsigned char>(packed[i] << 4 | packed[i + 1] >> 4);
 }
 
 void FieldWriter::binary(const Step& step, const PWFData& value, unsigned char* bytes) {
@@ -273,7 +270,12 @@ void FieldWriter::binary(const Step& step, const PWFData& value, unsigned char* 
   // As bits of a signed number, since an unsigned one may pass that range.
   const unsigned spare = 64 - 8 * step.size;
   const auto word = static_cast<std::int64_t>(static_cast<std::uint64_t>(bits) << spare) >> spare;
-  cnv_.IntFromInt64(word, bytes, static_cast<int>(step.size), eSignLeadingIncluded);
+  if ((step.size & (step.size - 1)) == 0)
+    return cnv_.IntFromInt64(word, bytes, static_cast<int>(step.size), eSignLeadingIncluded);
+  // A size that the conversion does not have: the lower bytes of a word.
+  unsigned char whole[kWordBytes];
+  cnv_.IntFromInt64(word, whole, kWordBytes, eSignLeadingIncluded);
+  std::memcpy(bytes, form_.integerEndian == eEndianLittle ? whole : whole + kWordBytes - step.size, step.size);
 }
 
 // A wide number is two words, of the upper of which the field has the lower bytes.
