@@ -225,7 +225,7 @@ void FieldWriter::withIncludedSign(const Step& step, const PWFData& value, unsig
 // The date by the field's pattern: as text, or as the digits of a number. What the pattern has no place for is refused.
 void FieldWriter::date(const Step& step, const PWFData& value, unsigned char* bytes) {
   if (value.getDataLogicalType() != STRING) throw FieldRefused("a date is wanted, in quotes");
-  const KelWstring given = value.getPWFStringValue();
+  const KelWstring& given = value.getPWFStringValue();
   const auto inForm = [this](const KelWstring& text, const KelWstring& from, const KelWstring& to) {
     const PWFDateTime date = cnv_.StrToDateTime(text.characters(), from.characters(), static_cast<int>(text.length()));
     return cnv_.StrFromDateTime(date, to.characters(), nullptr);
