@@ -1,33 +1,32 @@
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <vector>
 
 #include "dataconv.hpp"
 #include "harness/cobol.hpp"
 #include "harness/converter.hpp"
+#include "harness/numbers.hpp"
 
 // External decimals of 5, 10 and 18 digits: the library, the plain loop that a good engineer would write for the same
 // EBCDIC bytes and the same kind of object, and a COBOL run time's move of display fields (its own code page is ASCII).
 namespace {
 
 using oxr::bench::converterFor;
+using oxr::bench::decimalTexts;
+using oxr::bench::externalFields;
+using oxr::bench::walkFields;
 
 using Field = std::array<unsigned char, 18>;
 
-Field fieldOf(std::size_t size, unsigned char zero) {
-  Field field{};
-  for (std::size_t i = 0; i < size; ++i)
-    field[i] = static_cast<unsigned char>(zero + (i + 1) % 10);
-  return field;
-}
-
 void plainLoop(benchmark::State& state) {
   const auto size = static_cast<std::size_t>(state.range(0));
-  Field field = fieldOf(size, 0xF0);
-  field[size - 1] = static_cast<unsigned char>(field[size - 1] & 0xDF);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(field);
+  const auto fields = externalFields(size, 0xF0, true);
+  bool allValid = true;
+  walkFields(state, [&](std::size_t number) {
+    const unsigned char* const field = fields[number];
     unsigned short units[24];
     unsigned short* out = units;
     bool valid = true;
@@ -38,24 +37,24 @@ void plainLoop(benchmark::State& state) {
       if (i == size - 2) *out++ = '.';
       *out++ = static_cast<unsigned short>('0' + digit);
     }
-    if (!valid) state.SkipWithError("bad field");
+    allValid &= valid;
     *out = 0;
     PWFData value(units, DECIMAL);
     benchmark::DoNotOptimize(value);
-  }
+  });
+  if (!allValid) state.SkipWithError("bad field");
 }
 BENCHMARK(plainLoop)->Name("ExtDecToDec/plain loop")->Arg(5)->Arg(10)->Arg(18);
 
 void read(benchmark::State& state, int ccsid, unsigned char zero, ESign sign, int scale, bool padIsUnicode = true) {
   const int size = static_cast<int>(state.range(0));
-  Field field = fieldOf(static_cast<std::size_t>(size), zero);
+  const auto fields = externalFields(static_cast<std::size_t>(size), zero, sign != eSignNone);
   DataCnv cnv = converterFor(ccsid);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(field);
-    PWFData value = cnv.ExtDecToDec(field.data(), size, scale, sign, eJustifyRight, padIsUnicode ? ' ' : 0x40,
+  walkFields(state, [&](std::size_t i) {
+    PWFData value = cnv.ExtDecToDec(fields[i], size, scale, sign, eJustifyRight, padIsUnicode ? ' ' : 0x40,
                                     padIsUnicode, false, nullptr, nullptr);
     benchmark::DoNotOptimize(value);
-  }
+  });
 }
 void readOverpunched(benchmark::State& state) {
   read(state, 37, 0xF0, eSignTrailingIncluded, 2);
@@ -78,23 +77,13 @@ BENCHMARK(readLatin)->Name("ExtDecToDec/Latin-1 overpunch, scale 2")->Arg(10);
 BENCHMARK(readUtf8)->Name("ExtDecToDec/UTF-8 overpunch, scale 2")->Arg(10);
 BENCHMARK(readBytePad)->Name("ExtDecToDec/EBCDIC, pad in the code page")->Arg(10);
 
-// A text of `size` digits, two of them after the point.
-std::array<unsigned short, 24> textOf(std::size_t size) {
-  std::array<unsigned short, 24> text{'-'};
-  for (std::size_t i = 0, out = 1; i < size; ++i) {
-    if (i == size - 2) text[out++] = '.';
-    text[out++] = static_cast<unsigned short>('0' + (i + 1) % 10);
-  }
-  return text;
-}
-
 void writePlainLoop(benchmark::State& state) {
   const auto size = static_cast<std::size_t>(state.range(0));
-  auto text = textOf(size);
+  const auto texts = decimalTexts(size, 2);
   Field field{};
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(text);
-    const unsigned short* in = text.data();
+  bool allValid = true;
+  walkFields(state, [&](std::size_t number) {
+    const unsigned short* in = texts[number];
     const bool negative = *in == '-';
     in += negative;
     unsigned char digits[32];
@@ -105,7 +94,7 @@ void writePlainLoop(benchmark::State& state) {
       valid &= *in >= '0' && *in <= '9';
       digits[count++] = static_cast<unsigned char>(0xF0 | (*in & 15));
     }
-    if (!valid || count > size) state.SkipWithError("bad text");
+    allValid &= valid && count <= size;
     std::size_t out = 0;
     while (out < size - count)
       field[out++] = 0xF0;
@@ -113,21 +102,21 @@ void writePlainLoop(benchmark::State& state) {
       field[out++] = digits[i];
     if (negative) field[size - 1] &= 0xDF;
     benchmark::DoNotOptimize(field);
-  }
+  });
+  if (!allValid) state.SkipWithError("bad text");
 }
 BENCHMARK(writePlainLoop)->Name("ExtDecFromDec/plain loop")->Arg(5)->Arg(10)->Arg(18);
 
 void write(benchmark::State& state, int ccsid, bool padIsUnicode = true) {
-  int size = static_cast<int>(state.range(0));
-  auto text = textOf(static_cast<std::size_t>(size));
+  const auto texts = decimalTexts(static_cast<std::size_t>(state.range(0)), 2);
   Field field{};
   DataCnv cnv = converterFor(ccsid);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(text);
-    cnv.ExtDecFromDec(text.data(), field.data(), size, 2, eSignTrailingIncluded, eJustifyRight,
-                      padIsUnicode ? '0' : 0xF0, padIsUnicode, false, nullptr, nullptr);
+  walkFields(state, [&](std::size_t i) {
+    int size = static_cast<int>(state.range(0));
+    cnv.ExtDecFromDec(texts[i], field.data(), size, 2, eSignTrailingIncluded, eJustifyRight, padIsUnicode ? '0' : 0xF0,
+                      padIsUnicode, false, nullptr, nullptr);
     benchmark::DoNotOptimize(field);
-  }
+  });
 }
 void writeOverpunched(benchmark::State& state) {
   write(state, 37);
@@ -139,50 +128,46 @@ BENCHMARK(writeOverpunched)->Name("ExtDecFromDec/EBCDIC overpunch, scale 2")->Ar
 BENCHMARK(writeBytePad)->Name("ExtDecFromDec/EBCDIC, pad in the code page")->Arg(10);
 
 void writeInteger(benchmark::State& state) {
-  int size = 10;
-  long value = -1234567890;
+  const auto values = oxr::bench::integers();
   Field field{};
   DataCnv cnv = converterFor(37);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(value);
-    cnv.ExtDecFromInt64(value, field.data(), size, eSignTrailingIncluded, eJustifyRight, '0', true, false, nullptr,
+  walkFields(state, [&](std::size_t i) {
+    int size = 18;
+    cnv.ExtDecFromInt64(values[i], field.data(), size, eSignTrailingIncluded, eJustifyRight, '0', true, false, nullptr,
                         nullptr);
     benchmark::DoNotOptimize(field);
-  }
+  });
 }
-BENCHMARK(writeInteger)->Name("ExtDecFromInt64/EBCDIC overpunch, 10 digits");
+BENCHMARK(writeInteger)->Name("ExtDecFromInt64/EBCDIC overpunch, 18 digits");
 
 void readDouble(benchmark::State& state) {
-  Field field = fieldOf(10, 0xF0);
+  const auto fields = externalFields(10, 0xF0, true);
   DataCnv cnv = converterFor(37);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(field);
+  walkFields(state, [&](std::size_t i) {
     benchmark::DoNotOptimize(
-        cnv.ExtDecToDbl(field.data(), 10, 2, eSignTrailingIncluded, eJustifyRight, ' ', true, false, nullptr, nullptr));
-  }
+        cnv.ExtDecToDbl(fields[i], 10, 2, eSignTrailingIncluded, eJustifyRight, ' ', true, false, nullptr, nullptr));
+  });
 }
 BENCHMARK(readDouble)->Name("ExtDecToDbl/EBCDIC overpunch, 10 digits, scale 2");
 
 void readInteger(benchmark::State& state) {
-  Field field = fieldOf(10, 0xF0);
+  const auto fields = externalFields(10, 0xF0, true);
   DataCnv cnv = converterFor(37);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(field);
+  walkFields(state, [&](std::size_t i) {
     benchmark::DoNotOptimize(
-        cnv.ExtDecToInt64(field.data(), 10, eSignTrailingIncluded, eJustifyRight, ' ', true, false, nullptr, nullptr));
-  }
+        cnv.ExtDecToInt64(fields[i], 10, eSignTrailingIncluded, eJustifyRight, ' ', true, false, nullptr, nullptr));
+  });
 }
 BENCHMARK(readInteger)->Name("ExtDecToInt64/EBCDIC overpunch, 10 digits");
 
 void readText(benchmark::State& state) {
-  Field field = fieldOf(10, 0xF0);
+  const auto fields = externalFields(10, 0xF0, true);
   DataCnv cnv = converterFor(37);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(field);
+  walkFields(state, [&](std::size_t i) {
     KelWstring text =
-        cnv.ExtDecToStr(field.data(), 10, eSignTrailingIncluded, eJustifyRight, ' ', true, false, nullptr, nullptr);
+        cnv.ExtDecToStr(fields[i], 10, eSignTrailingIncluded, eJustifyRight, ' ', true, false, nullptr, nullptr);
     benchmark::DoNotOptimize(text);
-  }
+  });
 }
 BENCHMARK(readText)->Name("ExtDecToStr/EBCDIC overpunch, 10 digits");
 
@@ -191,32 +176,44 @@ BENCHMARK(readText)->Name("ExtDecToStr/EBCDIC overpunch, 10 digits");
 void cobolMove(benchmark::State& state) {
   const auto size = static_cast<std::size_t>(state.range(0));
   const auto digits = static_cast<unsigned short>(size);
-  Field field = fieldOf(size, 0x30);
-  Field target{};
+  const auto fields = externalFields(size, 0x30, true);
+  Field field{}, target{};
   oxr::bench::CobolMove move({COB_TYPE_NUMERIC_DISPLAY, digits, 2, field.data(), size},
                              {COB_TYPE_NUMERIC_DISPLAY, digits, 1, target.data(), size});
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(field);
+  walkFields(state, [&](std::size_t i) {
+    std::copy_n(fields[i], size, field.data());
     move();
     benchmark::DoNotOptimize(target);
-  }
+  });
 }
 BENCHMARK(cobolMove)->Name("ExtDecToDec/COBOL move of display to display")->Arg(5)->Arg(10)->Arg(18);
 
 // To and from text like the library's: a picture of -9(8).99 has the sign and the point of "-12345678.90".
 void cobolEdit(benchmark::State& state, bool isRead) {
   constexpr cob_pic_symbol kPicture[] = {{'-', 1}, {'9', 8}, {'.', 1}, {'9', 2}, {0, 0}};
-  Field display = fieldOf(10, 0x30);
-  display[9] |= 0x40;
-  std::array<unsigned char, 12> edited{'-', '1', '2', '3', '4', '5', '6', '7', '8', '.', '9', '0'};
+  const auto fields = externalFields(10, 0x30, true);
+  Field display{};
+  std::array<unsigned char, 12> edited{};
   const oxr::bench::CobolMove::Field displayField{COB_TYPE_NUMERIC_DISPLAY, 10, 2, display.data(), 10};
   const oxr::bench::CobolMove::Field editedField{COB_TYPE_NUMERIC_EDITED, 10, 2, edited.data(), 12, kPicture};
-  oxr::bench::CobolMove move(isRead ? displayField : editedField, isRead ? editedField : displayField);
-  for (auto _ : state) {
+  oxr::bench::CobolMove read(displayField, editedField), write(editedField, displayField);
+  std::vector<std::array<unsigned char, 12>> texts;
+  for (std::size_t i = 0; i < oxr::bench::kFields; ++i) {
+    std::copy_n(fields[i], 10, display.data());
+    read();
+    texts.push_back(edited);
+  }
+  walkFields(state, [&](std::size_t i) {
+    if (isRead) {
+      std::copy_n(fields[i], 10, display.data());
+      read();
+    } else {
+      edited = texts[i];
+      write();
+    }
     benchmark::DoNotOptimize(display);
     benchmark::DoNotOptimize(edited);
-    move();
-  }
+  });
 }
 BENCHMARK_CAPTURE(cobolEdit, read, true)->Name("ExtDecToDec/COBOL move of display to text/10");
 BENCHMARK_CAPTURE(cobolEdit, write, false)->Name("ExtDecFromDec/COBOL move of text to display/10");

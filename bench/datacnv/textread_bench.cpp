@@ -5,10 +5,11 @@
 #include <unicode/decimfmt.h>
 
 #include <charconv>
-#include <string>
+#include <vector>
 
 #include "dataconv.hpp"
 #include "harness/converter.hpp"
+#include "harness/numbers.hpp"
 #include "kelwstringconvertor.hpp"
 
 namespace {
@@ -106,5 +107,39 @@ BENCHMARK_CAPTURE(integerFromChars, , "7")->Name("UStringToInt64/from_chars, 1 d
 BENCHMARK_CAPTURE(integerFromChars, , "-12345")->Name("UStringToInt64/from_chars, 5 digits");
 BENCHMARK_CAPTURE(integerFromChars, , "-123456789012")->Name("UStringToInt64/from_chars, 12 digits");
 BENCHMARK_CAPTURE(integerFromChars, , "9223372036854775807")->Name("UStringToInt64/from_chars, 19 digits");
+
+// Texts of mixed length: whole numbers of up to 18 digits, amounts of up to 12.
+template <class F>
+void mixed(benchmark::State& state, const oxr::bench::TextTable& table, F read) {
+  DataCnv cnv = converterFor();
+  cnv.getDecimalFormatter();
+  std::vector<KelWstring> texts;
+  for (std::size_t i = 0; i < oxr::bench::kFields; ++i)
+    texts.emplace_back(table[i], table.length(i));
+  oxr::bench::walkFields(state, [&](std::size_t i) {
+    auto result = read(cnv, texts[i]);
+    benchmark::DoNotOptimize(result);
+  });
+}
+void mixedIntegers(benchmark::State& state) {
+  mixed(state, oxr::bench::decimalTexts(18, 0),
+        [](DataCnv& cnv, const KelWstring& text) { return cnv.UStringToInt64(text); });
+}
+void mixedIntegersFromChars(benchmark::State& state) {
+  mixed(state, oxr::bench::decimalTexts(18, 0),
+        [](DataCnv&, const KelWstring& text) { return narrowed<std::int64_t>(text); });
+}
+void mixedDoubles(benchmark::State& state) {
+  mixed(state, oxr::bench::decimalTexts(12, 2),
+        [](DataCnv& cnv, const KelWstring& text) { return cnv.PWFStringTodouble(text); });
+}
+void mixedDoublesFromChars(benchmark::State& state) {
+  mixed(state, oxr::bench::decimalTexts(12, 2),
+        [](DataCnv&, const KelWstring& text) { return narrowed<double>(text); });
+}
+BENCHMARK(mixedIntegers)->Name("UStringToInt64/mixed lengths");
+BENCHMARK(mixedIntegersFromChars)->Name("UStringToInt64/from_chars, mixed lengths");
+BENCHMARK(mixedDoubles)->Name("StrToDbl/canonical, mixed lengths");
+BENCHMARK(mixedDoublesFromChars)->Name("StrToDbl/from_chars, mixed lengths");
 
 }  // namespace

@@ -2,14 +2,12 @@
 #include <unicode/decimfmt.h>
 
 #include <algorithm>
-#include <array>
 #include <charconv>
-#include <cstdint>
 #include <memory>
-#include <random>
 
 #include "dataconv.hpp"
 #include "harness/converter.hpp"
+#include "harness/numbers.hpp"
 
 // Numbers as text: the library, the standard library's digits widened to code units, and ICU's formatter set up for the
 // same text. Field forms stand beside the plain ones that they begin with.
@@ -17,28 +15,9 @@ namespace {
 
 using oxr::bench::converterFor;
 
-constexpr std::size_t kCount = 256;
-
-std::array<std::int64_t, kCount> integers() {
-  std::mt19937_64 random(1);
-  std::array<std::int64_t, kCount> values;
-  for (auto& value : values) {
-    value = static_cast<std::int64_t>(random());
-    value >>= random() % 63;
-  }
-  return values;
-}
-
-// Of 12 digits with two places, or of all the digits that a double has.
-std::array<double, kCount> doubles(bool isLong) {
-  std::mt19937_64 random(1);
-  std::array<double, kCount> values;
-  for (double& value : values) {
-    value = static_cast<double>(static_cast<std::int64_t>(random()) >> 23) / 100;
-    if (isLong) value /= 3;
-  }
-  return values;
-}
+using oxr::bench::doubles;
+using oxr::bench::integers;
+using oxr::bench::kFields;
 
 void integerByStandardLibrary(benchmark::State& state) {
   const auto values = integers();
@@ -46,7 +25,7 @@ void integerByStandardLibrary(benchmark::State& state) {
   std::size_t i = 0;
   for (auto _ : state) {
     char digits[24];
-    const auto end = std::to_chars(digits, digits + sizeof digits, values[i++ % kCount]).ptr;
+    const auto end = std::to_chars(digits, digits + sizeof digits, values[i++ % kFields]).ptr;
     std::copy(digits, end, text.resizeForOverwrite(static_cast<unsigned>(end - digits)));
     benchmark::DoNotOptimize(text);
   }
@@ -59,7 +38,7 @@ void integer(benchmark::State& state) {
   KelBufferedWstring<32u> text;
   std::size_t i = 0;
   for (auto _ : state) {
-    cnv.Int64ToUString(values[i++ % kCount], text);
+    cnv.Int64ToUString(values[i++ % kFields], text);
     benchmark::DoNotOptimize(text);
   }
 }
@@ -72,7 +51,7 @@ void integerField(benchmark::State& state) {
   std::size_t i = 0;
   for (auto _ : state) {
     int length = 22;
-    cnv.StrFromInt64(values[i++ % kCount], field, length, eSignLeadingSeparate, DataCnv::US_MINUS.characters(),
+    cnv.StrFromInt64(values[i++ % kFields], field, length, eSignLeadingSeparate, DataCnv::US_MINUS.characters(),
                      DataCnv::US_PLUS.characters(), true, eJustifyRight, ' ', true);
     benchmark::DoNotOptimize(field);
   }
@@ -91,7 +70,7 @@ void doubleByIcu(benchmark::State& state) {
   for (auto _ : state) {
     icu::UnicodeString text;
     icu::FieldPosition position;
-    format->format(values[i++ % kCount], text, position);
+    format->format(values[i++ % kFields], text, position);
     benchmark::DoNotOptimize(text);
   }
 }
@@ -105,7 +84,7 @@ void doubleText(benchmark::State& state) {
   KelBufferedWstring<32u> text;
   std::size_t i = 0;
   for (auto _ : state) {
-    cnv.doubleToUString(values[i++ % kCount], text, state.range(0) != 0);
+    cnv.doubleToUString(values[i++ % kFields], text, state.range(0) != 0);
     benchmark::DoNotOptimize(text);
   }
 }
@@ -118,7 +97,7 @@ void doubleField(benchmark::State& state) {
   std::size_t i = 0;
   for (auto _ : state) {
     int length = 22;
-    cnv.StrFromDbl(values[i++ % kCount], field, length, false, 2, DataCnv::US_DECIMAL.characters(),
+    cnv.StrFromDbl(values[i++ % kFields], field, length, false, 2, DataCnv::US_DECIMAL.characters(),
                    eSignLeadingSeparate, DataCnv::US_MINUS.characters(), DataCnv::US_PLUS.characters(), true,
                    eJustifyRight, ' ', true);
     benchmark::DoNotOptimize(field);
@@ -146,7 +125,7 @@ void plainInteger(benchmark::State& state) {
   DataCnv cnv = converterFor();
   std::size_t i = 0;
   for (auto _ : state) {
-    const PWFData text = cnv.StrFromInt64(values[i++ % kCount]);
+    const PWFData text = cnv.StrFromInt64(values[i++ % kFields]);
     benchmark::DoNotOptimize(text);
   }
 }
@@ -158,7 +137,7 @@ void plainDouble(benchmark::State& state) {
   cnv.getDecimalFormatter();
   std::size_t i = 0;
   for (auto _ : state) {
-    const PWFData text = cnv.StrFromDbl(values[i++ % kCount]);
+    const PWFData text = cnv.StrFromDbl(values[i++ % kFields]);
     benchmark::DoNotOptimize(text);
   }
 }
