@@ -5,7 +5,6 @@
 #include "pwftypes.hpp"
 
 namespace oxr {
-struct FailureSite;
 struct TextInPlace;
 }  // namespace oxr
 
@@ -43,10 +42,17 @@ class OXR_EXPORT PWFData {
     traceMade("PWFData::PWFData(PWFInt32,bool)");
   }
   // Makes an INTEGER of 8 bytes.
-  PWFData(PWFInt64 value, bool isNull);
+  PWFData(PWFInt64 value, bool isNull) : logicalType(INTEGER), nullFlag(isNull) {
+    valueArea.integer.width = 8;
+    valueArea.integer.value64 = isNull ? 0 : value;
+    traceInit(isNull ? nullptr : &valueArea.integer.value64, 8, INTEGER);
+  }
   // Makes an INTEGER of 4 bytes, or a BOOLEAN. Any other type raises 0xC0001592.
   PWFData(PWFInt32 value, ELogicalType type);
-  explicit PWFData(double value);
+  explicit PWFData(double value) : logicalType(FLOAT) {
+    valueArea.doubleValue = value;
+    traceInit(&valueArea.doubleValue, 0, FLOAT);
+  }
   explicit PWFData(bool value);
   explicit PWFData(const PWFDateTime& value);
   explicit PWFData(const PWFInterval& value);
@@ -142,7 +148,7 @@ class OXR_EXPORT PWFData {
   }
 
   void init(const void* data, int length, ELogicalType type, EOwnership own);
-  void store(const oxr::FailureSite& site, const void* data, int length, EOwnership own);
+  bool store(const void* data, int length, EOwnership own);
   void storeBinary(const void* data, int length, EOwnership own);
   bool ownsBinary() const;
   ValueArea copiedArea() const;

@@ -82,10 +82,6 @@ unsigned char* copyOf(const void* data, int length) {
 
 }  // namespace
 
-PWFData::PWFData(PWFInt64 value, bool isNull) {
-  init(isNull ? nullptr : &value, 8, INTEGER, COPY);
-}
-
 PWFData::PWFData(PWFInt32 value, ELogicalType type) {
   const Trace trace("PWFData::PWFData(PWFInt32, ELogicalType)");
   if (type != INTEGER && type != BOOLEAN) {
@@ -93,10 +89,6 @@ PWFData::PWFData(PWFInt32 value, ELogicalType type) {
     raiseInvalid(trace.site(), "Logical type for this contructor must be either Boolean or Integer");
   }
   init(&value, type == INTEGER ? 4 : 0, type, COPY);
-}
-
-PWFData::PWFData(double value) {
-  init(&value, 0, FLOAT, COPY);
 }
 
 PWFData::PWFData(bool value) {
@@ -135,7 +127,8 @@ void PWFData::init(const void* data, int length, ELogicalType type, EOwnership o
   } else if (type <= 0) {
     raise<KelParserException>(trace.site(), failures::kInternalError, "Invlaid logical type when passing in a value");
   } else {
-    store(trace.site(), data, length, own);
+    // The site is put together only here: as an argument of each call it was a third of the price of a value.
+    if (!store(data, length, own)) raiseInvalid(trace.site(), "Invalid length for an integer");
     if (type != BINARY && own == ADOPT) std::free(const_cast<void*>(data));
   }
   trace.exit(nullFlag);
@@ -146,16 +139,15 @@ void PWFData::writeInit(const void* data, int length, ELogicalType type) const {
 }
 
 // Stores by logicalType; a number that names no type stores nothing. Values are copied as bytes: `data` may point into
-// a message, at any address.
-void PWFData::store(const FailureSite& site, const void* data, int length, EOwnership own) {
+// a message, at any address. False for an integer of a length that none has.
+bool PWFData::store(const void* data, int length, EOwnership own) {
   switch (logicalType) {
     case STRING:
     case DECIMAL:
       assignText(stringValue, data, length);
       break;
     case INTEGER:
-      if (length != 4 && length != 8)
-        raise<KelConversionException>(site, failures::kInvalidOperation, "Invalid length for an integer");
+      if (length != 4 && length != 8) return false;
       valueArea.integer.width = length;
       if (length == 4)
         std::memcpy(&valueArea.integer.value32, data, 4);
@@ -180,6 +172,7 @@ void PWFData::store(const FailureSite& site, const void* data, int length, EOwne
     default:
       break;
   }
+  return true;
 }
 
 // A length of -1 stores nothing. An ownership that is none of the three stores the length, but no pointer.
