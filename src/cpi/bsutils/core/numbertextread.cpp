@@ -42,6 +42,24 @@ std::optional<double> readThroughChars(UnitView text) {
 
 }  // namespace
 
+IntegerReading readInteger(UnitView text) {
+  using Fault = IntegerReading::Fault;
+  constexpr std::uint64_t kMax = std::numeric_limits<std::int64_t>::max();
+  const unsigned short* unit = text.data();
+  const unsigned short* const end = unit + text.size();
+  const bool negative = unit != end && *unit == '-';
+  unit += negative || (unit != end && *unit == '+');
+  std::uint64_t value = 0;
+  // Each digit is tested before it is taken in. The least value is one further from 0 than the greatest.
+  for (; unit != end; ++unit) {
+    const std::uint32_t digit = digitValue(*unit);
+    if (digit > 9) return {0, Fault::noDigit};
+    if (value >= kMax / 10 && (value > kMax / 10 || digit > kMax % 10 + negative)) return {0, Fault::outOfBounds};
+    value = value * 10 + digit;
+  }
+  return {static_cast<std::int64_t>(negative ? 0 - value : value), Fault::none};
+}
+
 bool isWithin(UnitView digits, std::string_view limit) {
   if (digits.size() != limit.size()) return digits.size() < limit.size();
   return !std::lexicographical_compare(limit.begin(), limit.end(), digits.begin(), digits.end());

@@ -1,16 +1,20 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <optional>
 #include <string_view>
 
+#include "core/packednumber.hpp"
+#include "core/textdigits.hpp"
 #include "kelunits.hpp"
 
 // Numbers read from text, in ASCII and without a field's settings.
 //
-// Integers are read by arithmetic, and the range is tested before the step that would leave it. Doubles are read in two
+// Integers are read sixteen digits at once, long ones digit by digit, and the range is tested before the
+// step that would leave it. Doubles are read in two
 // ways that give the same, since both round correctly. Few digits make an integer that a double holds exactly, and one
 // division by an exact power of ten then rounds once. Any other text goes through std::from_chars. What ICU or strtod
 // might see otherwise is left to them.
@@ -47,29 +51,29 @@ std::optional<double> readShortDecimal(UnitView text, unsigned short point);
 // what over- or underflows, a zero with an exponent, more than 64 units.
 std::optional<double> readPlainDouble(UnitView text);
 
-[[gnu::always_inline]] inline IntegerReading readInteger(UnitView text) {
-  using Fault = IntegerReading::Fault;
+// The same for most texts: false where there is no digit or more than 19, or anything is wrong.
+[[gnu::always_inline]] inline bool readShortInteger(UnitView text, std::int64_t& value) {
+  constexpr std::size_t kMostDigits = 19;  // their number fits 64 bits
+  constexpr std::size_t kWordDigits = 16;
   constexpr std::uint64_t kMax = std::numeric_limits<std::int64_t>::max();
-  const unsigned short* unit = text.data();
-  const unsigned short* const end = unit + text.size();
-  const bool negative = unit != end && *unit == '-';
-  unit += negative || (unit != end && *unit == '+');
-  std::uint64_t value = 0;
-  // Sixteen digits always fit. In groups of four, the multiplications don't wait for each other.
-  for (int groups = 0; groups < 4 && end - unit >= 4; ++groups, unit += 4) {
-    const std::uint32_t a = digitValue(unit[0]), b = digitValue(unit[1]), c = digitValue(unit[2]),
-                        d = digitValue(unit[3]);
-    if (a > 9 || b > 9 || c > 9 || d > 9) return {0, Fault::noDigit};
-    value = value * 10000 + (a * 1000 + b * 100 + c * 10 + d);
+  const unsigned short* digits = text.data();
+  const unsigned short first = text.empty() ? '0' : *digits;
+  const bool negative = first == '-';
+  const std::size_t signs = negative | (first == '+');
+  const std::size_t count = text.size() - signs;
+  digits += signs;
+  if (count - 1 >= kMostDigits || !isWithinPage(digits, kWordDigits * sizeof *digits)) [[unlikely]]
+    return false;
+  // The digits come to the lower end, and what comes after them falls off.
+  const std::uint64_t word = halfBytesOfSixteen(digits) >> 4 * (kWordDigits - std::min(count, kWordDigits));
+  std::uint64_t magnitude = numberOfHalfBytes(word);
+  bool good = nonDigitHalfBytes(word) == 0;
+  for (std::size_t i = kWordDigits; i < count; ++i) {
+    good &= digitValue(digits[i]) <= 9;
+    magnitude = magnitude * 10 + digitValue(digits[i]);
   }
-  // From here on each digit is tested before it is taken in. The least value is one further from 0 than the greatest.
-  for (; unit != end; ++unit) {
-    const std::uint32_t digit = digitValue(*unit);
-    if (digit > 9) return {0, Fault::noDigit};
-    if (value >= kMax / 10 && (value > kMax / 10 || digit > kMax % 10 + negative)) return {0, Fault::outOfBounds};
-    value = value * 10 + digit;
-  }
-  return {static_cast<std::int64_t>(negative ? 0 - value : value), Fault::none};
+  value = static_cast<std::int64_t>(negative ? 0 - magnitude : magnitude);
+  return good && magnitude <= kMax + negative;
 }
 
 }  // namespace oxr::core

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 #include "core/digitvectors.hpp"
@@ -82,6 +83,37 @@ class PackedWord {
   std::uint32_t free_ = 0;  // bits below them
 };
 
+// A field of 9 to 16 bytes as two full words, which overlap unless it has 16.
+class PackedWords {
+ public:
+  static constexpr std::uint32_t kMaxSize = 2 * PackedWord::kMaxSize;
+  static constexpr std::uint32_t kMaxPlaces = 14;  // a point with digits of the last word on both sides
+
+  PackedWords() = default;
+  PackedWords(const unsigned char* bytes, std::uint32_t size, bool reversed)
+      : first_(bytes + (reversed ? size - PackedWord::kMaxSize : 0), PackedWord::kMaxSize, reversed),
+        last_(bytes + (reversed ? 0 : size - PackedWord::kMaxSize), PackedWord::kMaxSize, reversed),
+        lastDigits_(2 * (size - PackedWord::kMaxSize)) {}
+
+  unsigned sign() const { return last_.sign(); }
+  bool isAllDigitsButSign() const { return first_.isAllDigits() && last_.isAllDigitsButSign(); }
+
+  // Writes the half bytes as digits, and one unit more, where the sign is.
+  void write(unsigned short* out) const {
+    first_.write(out);
+    last_.write(out + lastDigits_);
+  }
+  // The same with a point before the last `places` digits, 1 to kMaxPlaces.
+  void writePointed(std::uint32_t places, unsigned short* out) const {
+    first_.write(out);
+    last_.writePointed(2 * PackedWord::kMaxSize - 1 - places, out + lastDigits_);
+  }
+
+ private:
+  PackedWord first_, last_;
+  std::uint32_t lastDigits_ = 0;  // digits before those of the last word
+};
+
 // A view of a field of `size` bytes, at least one, that shows the normal order whichever way it is stored.
 class PackedField {
  public:
@@ -122,6 +154,24 @@ inline bool packShort(std::uint64_t digits, unsigned sign, unsigned char* field,
   if (digits >> 4 * (2 * size - 1) != 0) return false;
   const std::uint64_t bytes = digits << 4 | sign;
   storeLowest(reversed ? bytes : reversedBytes(bytes, size), field, size);
+  return true;
+}
+
+// The same for fields of 9 to 16 bytes, whose two ends overlap.
+template <class LongWord>
+inline bool packLong(LongWord digits, unsigned sign, unsigned char* field, std::uint32_t size, bool reversed) {
+  static_assert(sizeof(LongWord) == 16);
+  if (digits >> 4 * (2 * size - 1) != 0) return false;
+  const LongWord bytes = digits << 4 | sign;
+  auto low = static_cast<std::uint64_t>(bytes);
+  auto high = static_cast<std::uint64_t>(bytes >> 8 * (size - sizeof low));
+  if (!reversed) {
+    low = __builtin_bswap64(low);
+    high = __builtin_bswap64(high);
+  }
+  const std::uint32_t last = size - sizeof low;
+  std::memcpy(field + (reversed ? last : 0), &high, sizeof high);
+  std::memcpy(field + (reversed ? 0 : last), &low, sizeof low);
   return true;
 }
 

@@ -53,30 +53,4 @@ inline bool integerDigits(const unsigned short* text, int places, DigitBuffer& b
   return true;
 }
 
-// The same for up to 15 digits and a point that moves `places`, 0 to 15, to the right: the digits as half bytes, the
-// last one lowest. Digits beyond those places are cut, however many they are. False for any other text.
-inline bool shortIntegerDigits(const unsigned short* text, std::uint32_t places, std::uint64_t& digits,
-                               bool& negative) {
-  constexpr std::uint32_t kMostDigits = 15;
-  negative = *text == '-';
-  if (negative || *text == '+') ++text;
-  const auto digitAt = [](const unsigned short* unit) { return unsigned{*unit} - '0'; };
-  std::uint64_t taken = 0;
-  const unsigned short* const first = text;
-  for (unsigned digit; (digit = digitAt(text)) <= 9; ++text)
-    taken = taken << 4 | digit;
-  // Digits that were shifted out of `taken` are too many for the test, too.
-  if (static_cast<std::size_t>(text - first) + places > kMostDigits) return false;
-  std::uint32_t missing = places;
-  if (*text == '.') {
-    ++text;
-    for (unsigned digit; missing != 0 && (digit = digitAt(text)) <= 9; ++text, --missing)
-      taken = taken << 4 | digit;
-    while (digitAt(text) <= 9)
-      ++text;
-  }
-  digits = taken << 4 * missing;
-  return *text == 0;
-}
-
 }  // namespace oxr::core

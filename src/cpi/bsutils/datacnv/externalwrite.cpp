@@ -12,6 +12,7 @@
 
 #include "core/externaldigits.hpp"
 #include "core/externalword.hpp"
+#include "core/textdigits.hpp"
 #include "core/wholedigits.hpp"
 #include "datacnv/externalcodes.hpp"
 #include "datacnv/externalform.hpp"
@@ -52,7 +53,7 @@ int negated(int places) {
   std::uint64_t digits;
   bool negative;
   if (field.size() > core::ExternalWord::kMaxSize || places > kShortDigits || form.justification == eJustifyLeft ||
-      !core::shortIntegerDigits(text, places, digits, negative) || (negative && form.sign == eSignNone))
+      !core::wholeDigits(text, places, digits, negative) || (negative && form.sign == eSignNone))
     return false;
   return core::writeShortExternal(digits, negative, outputOf(codes, form), field);
 }

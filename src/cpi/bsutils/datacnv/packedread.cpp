@@ -28,35 +28,62 @@ constexpr const char* kFaultTexts[] = {
     "packed decimal, non-numeric data found",
 };
 
-// A field of up to eight bytes that has nothing wrong with it, whose point falls after one of its digits, and whose
-// text lies inside the value.
+// What the fast way reads: a field that has nothing wrong with it, whose point falls among its digits.
 struct ShortPacked {
-  core::PackedWord field;
-  std::uint32_t wholeDigits = 0;  // before the point
-  std::uint32_t minus = 0;        // units of the sign: 0 or 1
-  std::uint32_t length = 0;       // units of the text
+  core::PackedWord field;  // of up to eight bytes, with a text that lies inside the value
+  std::uint32_t digits = 0;
+  std::uint32_t places = 0;
+  std::uint32_t minus = 0;   // units of the sign: 0 or 1
+  std::uint32_t length = 0;  // units of the text
 
-  PWFData value() const {
-    return TextInPlace::make(DECIMAL, length, [this](unsigned short* out) {
-      *out = '-';
-      // Up to 17 units: the text's room and its terminator. A point after the last digit is overwritten.
-      field.writePointed(wholeDigits, out + minus);
-      out[length] = 0;
-    });
+  bool read(const unsigned char* source, std::uint32_t size, bool reversed) {
+    if (size - 1 >= core::PackedWord::kMaxSize || places >= digits) return false;
+    field = core::PackedWord(source, size, reversed);
+    return true;
+  }
+  bool isFit() const { return length <= TextInPlace::kInlineUnits; }
+  // Up to 17 units: the text's room and its terminator.
+  void write(unsigned short* out) const {
+    if (places == 0)
+      field.write(out);
+    else
+      field.writePointed(digits - places, out);
   }
 };
 
+// The same for nine to sixteen bytes.
+struct LongPacked {
+  core::PackedWords field;
+  std::uint32_t digits = 0;
+  std::uint32_t places = 0;
+  std::uint32_t minus = 0;
+  std::uint32_t length = 0;
+
+  bool read(const unsigned char* source, std::uint32_t size, bool reversed) {
+    if (size > core::PackedWords::kMaxSize || places > core::PackedWords::kMaxPlaces) return false;
+    field = core::PackedWords(source, size, reversed);
+    return true;
+  }
+  static constexpr bool isFit() { return true; }
+  void write(unsigned short* out) const {
+    if (places == 0)
+      field.write(out);
+    else
+      field.writePointed(places, out);
+  }
+};
+
+template <class Packed>
 [[gnu::always_inline]] inline bool readPackedFast(const unsigned char* source, int size, int virtualDecimalPoint,
-                                                  ESign sign, bool reversed, ShortPacked& packed) {
+                                                  ESign sign, bool reversed, Packed& packed) {
   const auto bytes = static_cast<std::uint32_t>(size);
-  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than any field has
-  if (source == nullptr || bytes - 1 >= core::PackedWord::kMaxSize || places >= 2 * bytes - 1) return false;
-  packed.field = core::PackedWord(source, bytes, reversed);
-  packed.wholeDigits = 2 * bytes - 1 - places;
+  packed.places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than any field has
+  packed.digits = 2 * bytes - 1;
+  if (source == nullptr || !packed.read(source, bytes, reversed)) return false;
   packed.minus = packed.field.sign() == core::kPackedMinus;
-  packed.length = 2 * bytes - 1 + packed.minus + (places != 0);
+  packed.length = packed.digits + packed.minus + (packed.places != 0);
   return packed.field.isAllDigitsButSign() && !(core::isNegativeSign(packed.field.sign()) && sign == eSignNone) &&
-         packed.length <= TextInPlace::kInlineUnits;
+         packed.isFit();
 }
 
 // The value of a good field, wherever its point falls.
@@ -97,6 +124,26 @@ void validateField(DataCnv& cnv, const core::PackedField& field, ESign sign, con
   return shiftedValue(field, virtualDecimalPoint);
 }
 
+template <class Packed>
+[[gnu::always_inline]] inline PWFData readPacked(DataCnv& cnv, const unsigned char* source, int size,
+                                                 int virtualDecimalPoint, ESign sign) {
+  Packed packed;
+  if (wentFast([&]() __attribute__((always_inline)) {
+        return readPackedFast(source, size, virtualDecimalPoint, sign, DataCnvParts::isPackedReversed(cnv), packed);
+      })) [[likely]]
+    return TextInPlace::make(DECIMAL, packed.length, [&](unsigned short* out) {
+      *out = '-';
+      packed.write(out + packed.minus);
+      out[packed.length] = 0;
+    });
+  return readPackedGeneral(cnv, source, size, virtualDecimalPoint, sign);
+}
+
+[[gnu::noinline]] PWFData readLong(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint,
+                                   ESign sign) {
+  return readPacked<LongPacked>(cnv, source, size, virtualDecimalPoint, sign);
+}
+
 }  // namespace
 
 char DataCnv::GetPackedDecimalSign(short isSigned, int isNegative, char* sign) {
@@ -115,10 +162,7 @@ void DataCnv::ValidatePackedDecimal(const unsigned char* nibbles, int count, ESi
 }
 
 PWFData DataCnv::PckdDecToDec(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
-  ShortPacked packed;
-  if (wentFast([&]() __attribute__((always_inline)) {
-        return readPackedFast(source, size, virtualDecimalPoint, sign, packedEndian == eEndianLittle, packed);
-      })) [[likely]]
-    return packed.value();
-  return readPackedGeneral(*this, source, size, virtualDecimalPoint, sign);
+  if (size > static_cast<int>(core::PackedWord::kMaxSize))
+    return readLong(*this, source, size, virtualDecimalPoint, sign);
+  return readPacked<ShortPacked>(*this, source, size, virtualDecimalPoint, sign);
 }

@@ -9,6 +9,7 @@
 
 #include "core/packedfield.hpp"
 #include "core/scaling.hpp"
+#include "core/textdigits.hpp"
 #include "core/wholedigits.hpp"
 #include "datacnv/decimalinteger.hpp"
 #include "datacnv/parts.hpp"
@@ -25,19 +26,18 @@ std::uint64_t roomOf(int size) {
   return static_cast<std::uint64_t>(std::max(size, 0));
 }
 
-// Digits are kept in a register for fields of up to eight bytes, and in a buffer for longer ones.
-[[gnu::always_inline]] inline bool writePackedFast(DataCnv& cnv, const unsigned short* text, unsigned char* target,
-                                                   int size, int virtualDecimalPoint, ESign sign) {
+// Fields of more than eight bytes, and texts that are too long for a register: digits are kept in two registers where
+// that will do, and in a buffer otherwise.
+[[gnu::noinline]] bool writeLongFast(DataCnv& cnv, const unsigned short* text, unsigned char* target, int size,
+                                     int virtualDecimalPoint, ESign sign) {
   const auto bytes = static_cast<std::uint32_t>(size);
-  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than any field has
+  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);
   const bool reversed = DataCnvParts::isPackedReversed(cnv);
-  if (text == nullptr || target == nullptr || size <= 0) return false;
-  if (bytes <= core::PackedWord::kMaxSize && places < 2 * core::PackedWord::kMaxSize) {
-    std::uint64_t digits;
-    bool negative;
-    return core::shortIntegerDigits(text, places, digits, negative) &&
-           core::packShort(digits, DataCnvParts::packedSign(cnv, sign != eSignNone, negative), target, bytes, reversed);
-  }
+  core::LongWord digits;
+  bool negative;
+  if (bytes > core::PackedWord::kMaxSize && bytes <= 2 * core::PackedWord::kMaxSize &&
+      places < 4 * core::PackedWord::kMaxSize && core::wholeDigits(text, places, digits, negative)) [[likely]]
+    return core::packLong(digits, DataCnvParts::packedSign(cnv, sign != eSignNone, negative), target, bytes, reversed);
   core::DigitBuffer buffer;
   core::IntegerDigits number;
   // A number that is longer than its digits in the buffer has zeros that found no room there.
@@ -47,6 +47,21 @@ std::uint64_t roomOf(int size) {
   core::packDigits(number.digits, DataCnvParts::packedSign(cnv, sign != eSignNone, number.negative), {target, bytes},
                    reversed);
   return true;
+}
+
+// Digits are kept in a register for fields of up to eight bytes.
+[[gnu::always_inline]] inline bool writePackedFast(DataCnv& cnv, const unsigned short* text, unsigned char* target,
+                                                   int size, int virtualDecimalPoint, ESign sign) {
+  const auto bytes = static_cast<std::uint32_t>(size);
+  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than any field has
+  if (text == nullptr || target == nullptr || size <= 0) return false;
+  std::uint64_t digits;
+  bool negative;
+  if (bytes > core::PackedWord::kMaxSize || places >= 2 * core::PackedWord::kMaxSize ||
+      !core::wholeDigits(text, places, digits, negative))
+    return writeLongFast(cnv, text, target, size, virtualDecimalPoint, sign);
+  return core::packShort(digits, DataCnvParts::packedSign(cnv, sign != eSignNone, negative), target, bytes,
+                         DataCnvParts::isPackedReversed(cnv));
 }
 
 [[gnu::noinline]] void writePackedGeneral(DataCnv& cnv, const unsigned short* text, unsigned char* target, int size,

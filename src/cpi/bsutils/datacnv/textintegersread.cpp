@@ -51,15 +51,24 @@ constexpr IntegerKind kInt64 = {"DataCnv::StrToInt64",
                                 "9223372036854775808",
                                 "8-byte integer"};
 
+// Serves every integer that can be read.
+inline bool readDigits(UnitView text, PWFInt64& value) {
+  if (core::readShortInteger(text, value)) [[likely]]
+    return true;
+  const core::IntegerReading reading = core::readInteger(text);
+  value = reading.value;
+  return reading.fault == core::IntegerReading::Fault::none;
+}
+
 // Serves ASCII digits, fewer than the limit has, so that no value is out of range. The value is in two's complement,
 // for the caller to narrow.
 inline bool readFieldFast(const IntegerKind& kind, const TextField& field, PWFUInt64& value) {
   const auto number = bareNumber(field);
   if (!number || number->text.size() >= std::strlen(kind.positiveLimit)) return false;
   if (core::digitValue(number->text[0]) > 9) return false;  // what follows would take a sign
-  const core::IntegerReading reading = core::readInteger(number->text);
-  if (reading.fault != core::IntegerReading::Fault::none) return false;
-  const auto magnitude = static_cast<PWFUInt64>(reading.value);
+  PWFInt64 read;
+  if (!readDigits(number->text, read)) return false;
+  const auto magnitude = static_cast<PWFUInt64>(read);
   value = number->negative ? 0 - magnitude : magnitude;
   return true;
 }
@@ -96,13 +105,6 @@ bool isDigit(unsigned short unit) {
   return negative ? 0 - magnitude : magnitude;
 }
 
-inline bool readIntegerFast(const KelWstring& digits, PWFInt64& value) {
-  const core::IntegerReading reading = core::readInteger(digits.view());
-  if (reading.fault != core::IntegerReading::Fault::none) return false;
-  value = reading.value;
-  return true;
-}
-
 [[gnu::cold, gnu::noinline]] PWFInt64 readIntegerGeneral(DataCnv& cnv, const KelWstring& digits) {
   const FunctionTrace trace(&cnv, "DataCnv::UStringToInt64", kDataCnvPath);
   const core::IntegerReading reading = core::readInteger(digits.view());
@@ -136,7 +138,7 @@ PWFInt64 DataCnv::StrToInt64(const unsigned short* text, int length, ESign sign,
 
 PWFInt64 DataCnv::UStringToInt64(const KelWstring& digits) {
   PWFInt64 value;
-  if (wentFast([&] { return readIntegerFast(digits, value); })) [[likely]]
+  if (wentFast([&] { return readDigits(digits.view(), value); })) [[likely]]
     return value;
   return readIntegerGeneral(*this, digits);
 }

@@ -11,7 +11,8 @@ namespace oxr {
 // the one friend of PWFData: a value in the making is the only one that is ever written to.
 struct TextInPlace {
   // A text of up to so many units lies inside the value. There `write` may touch one unit more than these, whatever the
-  // length: digits are written as whole words, and the terminator put in after them.
+  // length, and in a longer text one more than its length: digits are written as whole words, and the terminator put in
+  // after them.
   static constexpr unsigned kInlineUnits = 16;
 
   // Makes a value of `type` (STRING or DECIMAL) of `length` units. `write(unsigned short*)` fills them and leaves a

@@ -1,0 +1,68 @@
+// Texts that end where their page does, with a page behind that can't be read: the conversions that take a text many
+// units at a time stop there.
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "harness/converter.hpp"
+
+namespace oxr::test {
+namespace {
+
+class PageEnd : public ::testing::Test {
+ protected:
+  PageEnd() : page_(static_cast<std::size_t>(::sysconf(_SC_PAGESIZE))) {
+    memory_ = ::mmap(nullptr, 2 * page_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    end_ = static_cast<char*>(memory_) + page_;
+    ::mprotect(end_, page_, PROT_NONE);
+  }
+  ~PageEnd() override { ::munmap(memory_, 2 * page_); }
+
+  // The units, of which the last is the page's last but `before`.
+  const unsigned short* place(const std::string& text, std::size_t before) const {
+    auto* const units = static_cast<unsigned short*>(end_) - before - text.size();
+    std::copy(text.begin(), text.end(), units);
+    return units;
+  }
+
+ private:
+  std::size_t page_;
+  void* memory_;
+  void* end_;
+};
+
+TEST_F(PageEnd, IsNotPassed) {
+  DataCnv cnv = converterFor(37);
+  for (const char* const number : {"7", "-123", "1234567", "-12345678901234", "1234567890123456"}) {
+    for (std::size_t before = 0; before < 40; ++before) {
+      SCOPED_TRACE(std::string(number) + ", units before the end: " + std::to_string(before));
+      std::string terminated(number);
+      terminated += '\0';
+      const unsigned short* const text = place(terminated, before);
+      const int length = static_cast<int>(terminated.size()) - 1;
+      for (int width : {9, 16}) {
+        std::array<unsigned char, 16> field;
+        cnv.PckdDecFromDec(text, field.data(), width, 0, eSignLeadingIncluded);
+        EXPECT_EQ(cnv.PckdDecToPWFInt64(field.data() + width - 9, 9, 0, eSignLeadingIncluded), std::stol(number));
+      }
+      std::array<unsigned char, 16> external;
+      int size = 16;
+      cnv.ExtDecFromDec(text, external.data(), size, 0, eSignTrailingIncluded, eJustifyRight, '0', true, false, nullptr,
+                        nullptr);
+      EXPECT_EQ(cnv.ExtDecToInt64(external.data(), 16, eSignTrailingIncluded, eJustifyRight, '0', true, false, nullptr,
+                                  nullptr),
+                std::stol(number));
+      EXPECT_EQ(cnv.StrToInt64(place(number, before), length, eSignLeadingSeparate, DataCnv::US_MINUS.characters(),
+                               DataCnv::US_PLUS.characters(), eTrimNone, eJustifyRight, ' ', true),
+                std::stol(number));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace oxr::test
