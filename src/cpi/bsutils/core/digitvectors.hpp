@@ -12,11 +12,11 @@
 namespace oxr::core {
 
 using ByteVector [[gnu::vector_size(16)]] = unsigned char;
+using WordVector [[gnu::vector_size(16)]] = std::uint64_t;
 
 // The sixteen half bytes of eight bytes, each as the character of its digit.
 inline ByteVector digitVector(std::uint64_t bytes) {
-  using Words [[gnu::vector_size(16)]] = std::uint64_t;
-  const auto packed = std::bit_cast<ByteVector>(Words{bytes, 0});
+  const auto packed = std::bit_cast<ByteVector>(WordVector{bytes, 0});
   const ByteVector high = packed >> 4;
   const ByteVector low = packed & 0x0F;
   return '0' + __builtin_shufflevector(high, low, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);

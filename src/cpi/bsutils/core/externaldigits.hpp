@@ -107,7 +107,13 @@ inline void writeExternal(UnitView digits, bool negative, const ExternalOutput& 
   unsigned char* const start = field.data() + (output.sign == SignPlace::leading);
   writeDigitBytes(digits, output.zero, start, static_cast<std::uint32_t>(room));
   if (output.pad != output.zero) std::fill_n(start, room - count, output.pad);
-  writeSign(negative, output, field);
+  if (output.sign == SignPlace::lastByte) {
+    // Always a digit, and at hand: reading it back would wait for what has just been written.
+    const auto last = static_cast<unsigned char>(output.zero + (digits & 0x0F));
+    field.back() = writeOverpunch(output.code, last, negative, output.positiveZone);
+  } else {
+    writeSign(negative, output, field);
+  }
   return true;
 }
 

@@ -44,11 +44,11 @@ constexpr SignByte readOverpunch(Overpunch code, std::uint8_t byte) {
 [[gnu::always_inline]] constexpr std::uint8_t writeOverpunch(Overpunch code, std::uint8_t byte, bool negative,
                                                              bool positiveZone) {
   switch (code) {
+    // Which numbers are negative can't be foreseen, so that no branch depends on it.
     case Overpunch::ebcdic:
-      if (negative) return byte & 0xDF;
-      return positiveZone ? byte & 0xCF : byte;
+      return static_cast<std::uint8_t>(byte & ~(negative * 0x20u | (!negative & positiveZone) * 0x30u));
     case Overpunch::ascii:
-      return negative ? byte | 0x70 : byte;
+      return static_cast<std::uint8_t>(byte | negative * 0x70u);
     case Overpunch::letters:
       break;
   }

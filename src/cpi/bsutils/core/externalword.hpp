@@ -3,6 +3,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <cstring>
 
 #include "core/digitvectors.hpp"
 #include "core/words.hpp"
@@ -30,29 +31,48 @@ class ExternalWord {
   // `zone` is the byte of the digit 0, whose lower half is zero.
   ExternalWord(const unsigned char* bytes, std::uint32_t size, unsigned char zone) {
     const std::uint64_t zones = 0x0101010101010101u * zone;
-    const std::uint32_t last = size > 8 ? size - 8 : 0;  // bytes of the second half
-    halves_[0] = loadLowest(bytes, size - last) ^ zones >> (64 - 8 * (size - last));
-    halves_[1] = last == 0 ? 0 : loadLowest(bytes + 8, last) ^ zones >> (64 - 8 * last);
+    if (size <= 8) {
+      halves_[0] = loadLowest(bytes, size) ^ zones >> (64 - 8 * size);
+    } else {
+      // Two loads that overlap unless there are sixteen.
+      halves_[0] = loadLowest(bytes, 8) ^ zones;
+      halves_[1] = (loadLowest(bytes + size - 8, 8) ^ zones) >> 8 * (kMaxSize - size);
+    }
   }
 
   // Replaces the byte at a position, which was loaded as `from`, as if it had been loaded as `to`.
   void replace(std::uint32_t position, unsigned char from, unsigned char to) {
-    halves_[position / 8] ^= std::uint64_t{static_cast<unsigned char>(from ^ to)} << 8 * (position % 8);
+    const std::uint64_t change = std::uint64_t{static_cast<unsigned char>(from ^ to)} << 8 * (position % 8);
+    // An index into the halves would send both through memory.
+    (position < 8 ? halves_[0] : halves_[1]) ^= change;
   }
   // Whether each byte of the field is a digit.
   bool isAllDigits() const { return (nonDigitBytes(halves_[0]) | nonDigitBytes(halves_[1])) == 0; }
   // The value of the digit at a position.
   unsigned digit(std::uint32_t position) const {
-    return static_cast<unsigned>(halves_[position / 8] >> 8 * (position % 8)) & 0xFF;
+    return static_cast<unsigned>((position < 8 ? halves_[0] : halves_[1]) >> 8 * (position % 8)) & 0xFF;
   }
 
-  // Writes the digits as units with a point after the first `whole` of them, 1 to 16. Sixteen units are written, what
-  // is beyond the field's end without meaning; the point is one of them, or follows the last.
-  void writePointed(std::uint32_t whole, unsigned short* out) const {
-    writePointedSixteen(std::bit_cast<ByteVector>(halves_) + '0', whole, out);
+  // How many zeros precede the other digits; kMaxSize if there is none of these.
+  std::uint32_t leadingZeros() const {
+    const auto bits = halves_[0] != 0 ? std::countr_zero(halves_[0]) : 64 + std::countr_zero(halves_[1]);
+    return static_cast<std::uint32_t>(bits) / 8;
   }
+  // Takes the first `count` digits off, 0 to 15.
+  void dropFirst(std::uint32_t count) {
+    __extension__ using Both = unsigned __int128;
+    const Both rest = (Both{halves_[1]} << 64 | halves_[0]) >> 8 * count;
+    halves_ = {static_cast<std::uint64_t>(rest), static_cast<std::uint64_t>(rest >> 64)};
+  }
+
+  // Writes the digits as units: always sixteen, what is beyond the field's end without meaning.
+  void write(unsigned short* out) const { writeSixteen(characters(), out); }
+  // The same with a point after the first `whole` digits, 1 to 15, and so 17 units.
+  void writePointed(std::uint32_t whole, unsigned short* out) const { writePointedSixteen(characters(), whole, out); }
 
  private:
+  ByteVector characters() const { return std::bit_cast<ByteVector>(WordVector{halves_[0], halves_[1]}) + '0'; }
+
   std::array<std::uint64_t, 2> halves_{};
 };
 
@@ -60,14 +80,20 @@ class ExternalWord {
 // the digit 0.
 [[gnu::always_inline]] inline void writeDigitBytes(std::uint64_t digits, unsigned char zero, unsigned char* field,
                                                    std::uint32_t size) {
-  const auto toZero = static_cast<unsigned char>(zero - '0');
-  const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(digitVector(__builtin_bswap64(digits)) + toZero);
-  if (size <= 8) {
-    storeLowest(halves[1] >> (64 - 8 * size), field, size);
+  const auto expanded = [&](std::uint64_t sixteen) __attribute__((always_inline)) {
+    const auto toZero = static_cast<unsigned char>(zero - '0');
+    return std::bit_cast<WordVector>(digitVector(__builtin_bswap64(sixteen)) + toZero);
+  };
+  if (size < 8) {
+    storeLowest(expanded(digits << 32)[0] >> (64 - 8 * size), field, size);
     return;
   }
-  storeLowest(halves[0] >> (128 - 8 * size), field, size - 8);
-  storeLowest(halves[1], field + size - 8, 8);
+  // The first eight digits and the last eight, which overlap unless the field has sixteen.
+  const std::uint32_t last = size - 8;
+  const WordVector words = expanded(digits >> 4 * last << 32 | (digits & 0xFFFFFFFFu));
+  const std::uint64_t first = words[0], second = words[1];
+  std::memcpy(field, &first, sizeof first);
+  std::memcpy(field + last, &second, sizeof second);
 }
 
 // How many digits a number of half bytes has, at least one.

@@ -6,7 +6,8 @@
 
 namespace oxr {
 
-// What an external decimal looks like, as all its members are told it.
+// What an external decimal looks like, as all its members are told it. Functions that are not inline take it by value:
+// a reference would keep the one of their caller in memory, on the fast way too.
 struct ExternalForm {
   ESign sign;
   EJustification justification;

@@ -70,14 +70,18 @@ inline core::ExternalDigits readDigitsFast(DataCnv& cnv, const unsigned char* so
 struct ShortExternal {
   core::ExternalWord word;
   std::uint32_t wholeDigits = 0;  // before the point
-  std::uint32_t minus = 0;        // units of the sign: 0 or 1
-  std::uint32_t length = 0;       // units of the text; 0 while there is no such field
+  bool hasPoint = false;
+  std::uint32_t minus = 0;   // units of the sign: 0 or 1
+  std::uint32_t length = 0;  // units of the text; 0 while there is no such field
 
   PWFData value() const {
     return TextInPlace::make(DECIMAL, length, [this](unsigned short* out) {
       *out = '-';
-      // Up to 17 units: the text's room and its terminator. A point after the last digit is overwritten.
-      word.writePointed(wholeDigits, out + minus);
+      // Up to 17 units: the text's room and its terminator.
+      if (hasPoint)
+        word.writePointed(wholeDigits, out + minus);
+      else
+        word.write(out + minus);
       out[length] = 0;
     });
   }
@@ -88,6 +92,13 @@ bool endsInPad(const core::ExternalWord& word, std::uint32_t size, const Externa
   const unsigned pad = form.padChar - unsigned{'0'};
   return (form.justification == eJustifyRight && word.digit(0) == pad) ||
          (form.justification == eJustifyLeft && word.digit(size - 1) == pad);
+}
+
+// Takes leading zeros off, which are padding: all but those that the number needs before its point and after it.
+void takeZerosOff(core::ExternalWord& word, std::uint32_t& size, std::uint32_t places) {
+  const std::uint32_t count = std::min(word.leadingZeros(), size - places - 1);
+  word.dropFirst(count);
+  size -= count;
 }
 
 // REQUIRES: a field that the fast ways take.
@@ -102,11 +113,16 @@ bool endsInPad(const core::ExternalWord& word, std::uint32_t size, const Externa
     carrier = core::readOverpunch(form.overpunch(zero), source[position]);
     number.word.replace(position, source[position], carrier.digit);
   }
-  const std::uint32_t length = size + carrier.negative + (places != 0);
-  if (!carrier.valid || !number.word.isAllDigits() || length > TextInPlace::kInlineUnits ||
-      endsInPad(number.word, size, form))
+  if (!carrier.valid || !number.word.isAllDigits()) return false;
+  const bool padIsZero = form.justification == eJustifyRight && form.padChar == '0';
+  if (padIsZero)
+    takeZerosOff(number.word, size, places);
+  else if (endsInPad(number.word, size, form))
     return false;
+  const std::uint32_t length = size + carrier.negative + (places != 0);
+  if (length > TextInPlace::kInlineUnits) return false;
   number.wholeDigits = size - places;
+  number.hasPoint = places != 0;
   number.minus = carrier.negative;
   number.length = length;
   return true;
@@ -140,6 +156,12 @@ struct LongExternal {
   }
 };
 
+[[gnu::noinline]] bool readLongFast(DataCnv& cnv, const core::SingleByteTable& table, const unsigned char* source,
+                                    int size, ExternalForm form, LongExternal& number) {
+  number.number = readDigits(table, cnv, source, size, form, number.units);
+  return !number.number.digits.empty();
+}
+
 // One of the two is read where the result is true: the short one if it has a length.
 [[gnu::always_inline]] inline bool readDecimalFast(DataCnv& cnv, const unsigned char* source, int size,
                                                    int virtualDecimalPoint, const ExternalForm& form,
@@ -147,13 +169,11 @@ struct LongExternal {
   const core::SingleByteTable* const table = tableFor(cnv, source, size, form);
   if (virtualDecimalPoint < 0 || table == nullptr) [[unlikely]]
     return false;
-  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);
-  if (readShortFast(externalCodes(cnv).zero, source, static_cast<std::uint32_t>(size), places, form, shortNumber))
-      [[likely]]
+  longNumber.places = static_cast<std::uint32_t>(virtualDecimalPoint);
+  if (readShortFast(externalCodes(cnv).zero, source, static_cast<std::uint32_t>(size), longNumber.places, form,
+                    shortNumber)) [[likely]]
     return true;
-  longNumber.places = places;
-  longNumber.number = readDigits(*table, cnv, source, size, form, longNumber.units);
-  return !longNumber.number.digits.empty();
+  return readLongFast(cnv, *table, source, size, form, longNumber);
 }
 
 inline bool readDoubleFast(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint,
@@ -240,7 +260,7 @@ void decimalText(DataCnv& cnv, const FailureSite& site, KelWstring& text, const 
 }
 
 [[gnu::noinline]] PWFData readDecimalGeneral(DataCnv& cnv, const unsigned char* source, int size,
-                                             int virtualDecimalPoint, const ExternalForm& form) {
+                                             int virtualDecimalPoint, ExternalForm form) {
   const FunctionTrace trace(&cnv, "DataCnv::ExtDecToDec", kDataCnvPath);
   requireField(trace.site(), source, size, "Invalid external decimal size: ");
   PWFData value = TextInPlace::make(DECIMAL, 0, [](unsigned short*) {});
@@ -298,7 +318,7 @@ PWFData DataCnv::ExtDecToDec(const unsigned char* source, int size, int virtualD
       formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable);
   ShortExternal shortNumber;
   LongExternal longNumber;
-  if (wentFast([&] {
+  if (wentFast([&]() __attribute__((always_inline)) {
         return readDecimalFast(*this, source, size, virtualDecimalPoint, form, shortNumber, longNumber);
       })) [[likely]]
     return shortNumber.length != 0 ? shortNumber.value() : longNumber.value();

@@ -53,14 +53,15 @@ int negated(int places) {
   std::uint64_t digits;
   bool negative;
   if (field.size() > core::ExternalWord::kMaxSize || places > kShortDigits || form.justification == eJustifyLeft ||
-      !core::wholeDigits(text, places, digits, negative) || (negative && form.sign == eSignNone))
+      !core::wholeDigits(text, places, digits, negative) || (negative & (form.sign == eSignNone)))
     return false;
   return core::writeShortExternal(digits, negative, outputOf(codes, form), field);
 }
 
-// Any other number of plain digits.
-[[gnu::noinline]] bool writeLongFast(const unsigned short* text, int places, const ExternalCodes& codes,
-                                     const ExternalForm& form, std::span<unsigned char> field) {
+// Any other number of plain digits. Compilers are kept from taking its arguments apart, which would have its caller
+// load each code of the page before it knows whether it needs them.
+[[gnu::noipa]] bool writeLongFast(const unsigned short* text, int places, const ExternalCodes& codes, ExternalForm form,
+                                  std::span<unsigned char> field) {
   const core::ExternalOutput output = outputOf(codes, form);
   static constexpr unsigned short kZero = '0';
   core::DigitBuffer buffer;
@@ -125,7 +126,7 @@ void padExternal(DataCnv& cnv, KelWstring& digits, int characters, int freeBytes
 }
 
 [[gnu::noinline]] void writeTextGeneral(DataCnv& cnv, const KelWstring& text, unsigned char* target, int size,
-                                        int places, const ExternalForm& form) {
+                                        int places, ExternalForm form) {
   const FunctionTrace trace(&cnv, "DataCnv::UStringToExtDec", kDataCnvPath);
   KelBufferedWstring<16u> digits(text);
   cnv.adjustDecimalForString(digits, places);
@@ -149,7 +150,7 @@ void padExternal(DataCnv& cnv, KelWstring& digits, int characters, int freeBytes
 }
 
 [[gnu::noinline]] void writeDecimalGeneral(DataCnv& cnv, const unsigned short* text, unsigned char* target, int& size,
-                                           int virtualDecimalPoint, const ExternalForm& form) {
+                                           int virtualDecimalPoint, ExternalForm form) {
   const FunctionTrace trace(&cnv, "DataCnv::ExtDecFromDec", kDataCnvPath);
   if (text == nullptr) raiseInternalError(trace.site(), "Null input pointer");
   requireTarget(trace.site(), target, size);
@@ -182,7 +183,9 @@ void DataCnv::ExtDecFromDec(const unsigned short* text, unsigned char* target, i
                             const unsigned short* negativeSignTable) {
   const ExternalForm form{sign,       justification,     padChar,          padCharIsUnicode,
                           customSign, positiveSignTable, negativeSignTable};
-  if (wentFast([&] { return writeExternalFast(*this, text, target, size, virtualDecimalPoint, form); })) [[likely]]
+  if (wentFast([&]() __attribute__((always_inline)) {
+        return writeExternalFast(*this, text, target, size, virtualDecimalPoint, form);
+      })) [[likely]]
     return;
   writeDecimalGeneral(*this, text, target, size, virtualDecimalPoint, form);
 }
