@@ -116,7 +116,8 @@ TEST(NumbersFromText, ReadDecimalsAndDoubles) {
     StrToDbl          100                  2      trim=pad pad=0 strict=1 virtual=1 -> 0.01
     StrToDbl          12                   0      pad=0 strict=1 way=general     -> 12
     ~                 900719925474099,2    1      way=fast                       -> 900719925474099.2
-    ~                 900719925474099,3    1      way=general                    -> 900719925474099.2
+    ~                 900719925474099,3    1      way=fast                       -> 900719925474099.2
+    ~                 9007199254740993     0      way=general                    -> 9007199254740992
     ~                 0000000000000001,50  2      way=fast                       -> 1.5
     ~                 00000000000000001,50 2      way=general                    -> 1.5
   )");

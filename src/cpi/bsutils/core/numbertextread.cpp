@@ -1,15 +1,16 @@
 #include "core/numbertextread.hpp"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <charconv>
 
 #include "core/numbertextwrite.hpp"
+#include "core/roundeddecimal.hpp"
 
 namespace oxr::core {
 
 namespace {
-
-constexpr std::size_t kShortDigits = 18;  // their number fits 64 bits, and their places the exact powers of ten
 
 constexpr bool isExponentLetter(unsigned short unit) {
   return (unit | 0x20) == 'e';
@@ -21,23 +22,22 @@ constexpr bool isNumberUnit(unsigned short unit) {
 
 // Reads a plain text through std::from_chars, which takes more than is wanted here: words such as "inf", and texts of
 // which it reads only the beginning. Both are turned away.
-std::optional<double> readThroughChars(UnitView text) {
+bool readThroughChars(UnitView text, double& value) {
   constexpr std::size_t kMostUnits = 64;
-  if (text.empty() || text.size() > kMostUnits) return {};
+  if (text.empty() || text.size() > kMostUnits) return false;
   char chars[kMostUnits];
   char* end = chars;
   bool hasExponent = false;
   for (const unsigned short unit : text) {
-    if (!isNumberUnit(unit)) return {};
+    if (!isNumberUnit(unit)) return false;
     hasExponent |= isExponentLetter(unit);
     *end++ = static_cast<char>(unit);
   }
-  double value;
   const auto [endOfNumber, error] = std::from_chars(chars, end, value);
-  if (error != std::errc() || endOfNumber != end) return {};
+  if (error != std::errc() || endOfNumber != end) return false;
   // ICU makes infinity of "0E999999999999": NumbersFromText.ReadDecimalsAndDoubles.
-  if (value == 0 && hasExponent) return {};
-  return value;
+  if (value == 0 && hasExponent) return false;
+  return true;
 }
 
 }  // namespace
@@ -72,31 +72,41 @@ std::uint64_t sumOfDigits(UnitView digits) {
   return sum;
 }
 
-std::optional<double> readShortDecimal(UnitView text, unsigned short point) {
-  constexpr std::uint64_t kExact = std::uint64_t{1} << 53;  // up to this bound each integer is a double
-  if (text.size() > kShortDigits + 1) return {};
-  std::uint64_t digits = 0;
-  std::size_t pointAt = text.size();
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const std::uint32_t digit = digitValue(text[i]);
-    if (digit <= 9) {
-      digits = digits * 10 + digit;
-    } else {
-      if (text[i] != point || pointAt != text.size()) return {};
-      pointAt = i;
-    }
+// The digits before the point and those after it are read as two words: shifts of more than a register take longer than
+// all the rest.
+bool readShortDecimal(UnitView text, unsigned short point, double& value) {
+  constexpr std::uint32_t kMostDigits = 19;  // their number fits 64 bits
+  constexpr std::uint32_t kWordDigits = 16;
+  const auto length = static_cast<std::uint32_t>(text.size());
+  if (text.empty() || text.size() > kMostDigits + 1) return false;
+  const unsigned short* units = text.data();
+  std::array<unsigned short, 2 * kWordDigits + 1> copy;
+  if (!isWithinPage(units, sizeof copy)) [[unlikely]] {
+    copy = {};
+    std::copy(text.begin(), text.end(), copy.begin());
+    units = copy.data();
   }
-  const bool hasPoint = pointAt != text.size();
-  if (text.size() == hasPoint || digits > kExact) return {};
-  // Dividend and divisor are exact, so that the one division rounds as it should.
-  const std::size_t places = hasPoint ? text.size() - pointAt - 1 : 0;
-  return static_cast<double>(digits) / kExactPowers[places];
+  // In two steps, since no shift takes away all of a word; and what has no point can't be foreseen either.
+  const auto firstDigits = [](std::uint64_t word, std::uint32_t count) {
+    return word >> 2 * (kWordDigits - count) >> 2 * (kWordDigits - count);
+  };
+  const std::uint64_t front = halfBytesOfSixteen(units);
+  const std::uint64_t others = nonDigitHalfBytes(front);
+  const std::uint32_t whole = std::min(static_cast<std::uint32_t>(std::countl_zero(others)) / 4, length);
+  const bool hasPoint = whole < length;
+  const std::uint32_t places = length - whole - hasPoint;
+  if ((hasPoint & (units[whole] != point)) | (places > kWordDigits) | (whole + places - 1 >= kMostDigits)) return false;
+  const std::uint64_t fraction = firstDigits(halfBytesOfSixteen(units + whole + 1), places);
+  const std::uint64_t number =
+      numberOfHalfBytes(firstDigits(front, whole)) * kPowersOfTen[places] + numberOfHalfBytes(fraction);
+  return nonDigitHalfBytes(fraction) == 0 && RoundedDecimal::round(number, places, value);
 }
 
-std::optional<double> readPlainDouble(UnitView text) {
+bool readPlainDouble(UnitView text, double& value) {
   const bool negative = text.starts_with(u'-');
-  if (const auto value = readShortDecimal(text.substr(negative), '.')) return negative ? -*value : *value;
-  return readThroughChars(text);
+  if (!readShortDecimal(text.substr(negative), '.', value)) return readThroughChars(text, value);
+  value = std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) ^ std::uint64_t{negative} << 63);
+  return true;
 }
 
 }  // namespace oxr::core

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <optional>
 #include <string_view>
 
 #include "core/packednumber.hpp"
@@ -14,10 +13,12 @@
 // Numbers read from text, in ASCII and without a field's settings.
 //
 // Integers are read sixteen digits at once, long ones digit by digit, and the range is tested before the
-// step that would leave it. Doubles are read in two
-// ways that give the same, since both round correctly. Few digits make an integer that a double holds exactly, and one
-// division by an exact power of ten then rounds once. Any other text goes through std::from_chars. What ICU or strtod
-// might see otherwise is left to them.
+// step that would leave it. Doubles are read in two ways that give the same, since both round correctly. Few digits
+// make an integer that is multiplied once. Any other text goes through std::from_chars. What ICU or strtod might see
+// otherwise is left to them.
+//
+// The results of doubles come by reference: in an optional, its flag would be stored as a byte and loaded as a word,
+// and each such load waits for the store to be done.
 namespace oxr::core {
 
 // The value of a digit "0" to "9". It is above 9 for every other unit.
@@ -42,14 +43,14 @@ bool isWithin(UnitView digits, std::string_view limit);
 // digit of another script counts with a value that is no digit.
 std::uint64_t sumOfDigits(UnitView digits);
 
-// The double of ASCII digits with an optional `point` among them, correctly rounded. There is no result for any other
-// text, nor for one that a single division does not serve: more than 18 digits, or beyond 2^53 without their point.
-std::optional<double> readShortDecimal(UnitView text, unsigned short point);
+// Reads ASCII digits with an optional `point` among them as a double, correctly rounded. False for any other text, and
+// where a multiplication does not serve: more than 19 digits, and, seldom, what lies in the middle of two doubles.
+bool readShortDecimal(UnitView text, unsigned short point, double& value);
 
-// The double of a plain text, correctly rounded: an optional "-", digits with an optional ".", an optional exponent,
-// all in ASCII. There is no result for any other text, nor for those that other readers of numbers may see otherwise:
-// what over- or underflows, a zero with an exponent, more than 64 units.
-std::optional<double> readPlainDouble(UnitView text);
+// Reads a plain text as a double, correctly rounded: an optional "-", digits with an optional ".", an optional
+// exponent, all in ASCII. False for any other text, and for those that other readers of numbers may see otherwise: what
+// over- or underflows, a zero with an exponent, more than 64 units.
+bool readPlainDouble(UnitView text, double& value);
 
 // The same for most texts: false where there is no digit or more than 19, or anything is wrong.
 [[gnu::always_inline]] inline bool readShortInteger(UnitView text, std::int64_t& value) {

@@ -88,12 +88,12 @@ inline bool readDoubleFast(const NumberField& field, bool isStrict, double& valu
   if (!isPlainPoint || (isStrict && u_isdigit(field.padChar))) return false;
   const auto number = bareNumber(field);
   if (!number) return false;
-  const auto magnitude = core::readShortDecimal(number->text, point);
-  if (!magnitude) return false;
+  double magnitude;
+  if (!core::readShortDecimal(number->text, point, magnitude)) return false;
   if (isStrict && core::strictFault(number->text, number->text.find(point), {false, field.precision, true}) !=
                       core::StrictFault::none)
     return false;
-  value = number->negative ? -*magnitude : *magnitude;
+  value = number->negative ? -magnitude : magnitude;
   return true;
 }
 

@@ -54,10 +54,7 @@ void encode(const FailureSite& site, CPUnicodeConverter& converter, char*& targe
 // Serves plain numbers while ICU's symbols are ASCII. ICU is asked as long as there is no formatter, whose symbols
 // could be looked at: the first number of the process makes it.
 inline bool readCanonicalFast(const KelWstring& text, double& value) {
-  if (!DataCnvParts::hasAsciiSymbols()) return false;
-  const auto reading = core::readPlainDouble(text.view());
-  if (reading) value = *reading;
-  return reading.has_value();
+  return DataCnvParts::hasAsciiSymbols() && core::readPlainDouble(text.view(), value);
 }
 
 // Reads whatever ICU takes, as far as it goes.
@@ -77,10 +74,7 @@ inline bool readCanonicalFast(const KelWstring& text, double& value) {
 }
 
 inline bool readTextFast(const unsigned short* text, int length, double& value) {
-  if (text == nullptr || length < 0) return false;
-  const auto reading = core::readPlainDouble({text, static_cast<unsigned>(length)});
-  if (reading) value = *reading;
-  return reading.has_value();
+  return text != nullptr && length >= 0 && core::readPlainDouble({text, static_cast<unsigned>(length)}, value);
 }
 
 // Reads whatever strtod takes, and refuses a text of which it takes only the beginning.
