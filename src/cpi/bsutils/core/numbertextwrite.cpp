@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "core/digitvectors.hpp"
+
 namespace oxr::core {
 
 namespace {
@@ -42,6 +44,17 @@ std::uint64_t withoutTrailingZeros(std::uint64_t number) {
   return number;
 }
 
+// The eight digits of a number below 10^8, a byte each, the first one lowest: two numbers of four digits, four of two,
+// eight of one. 10486 / 2^20 and 103 / 2^10 divide by 100 and by 10 as far as is needed here.
+constexpr std::uint64_t bytesOfEight(std::uint64_t number) {
+  const std::uint64_t fours = number / 10'000 | number % 10'000 << 32;
+  const std::uint64_t hundreds = fours * 10'486 >> 20 & 0x0000007F0000007Fu;
+  const std::uint64_t pairs = hundreds | (fours - 100 * hundreds) << 16;
+  const std::uint64_t tens = pairs * 103 >> 10 & 0x000F000F000F000Fu;
+  return tens | (pairs - 10 * tens) << 8;
+}
+static_assert(bytesOfEight(12'345'678) == 0x0807060504030201u && bytesOfEight(99'999'999) == 0x0909090909090909u);
+
 // A double's exponent has at most three digits.
 std::uint32_t exponentDigits(std::uint32_t exponent) {
   return exponent < 10 ? 1 : exponent < 100 ? 2 : 3;
@@ -63,6 +76,15 @@ void IntegerText::write(unsigned short* out) const {
     std::memcpy(end - 2, &kPairs[rest], sizeof(UnitPair));
   else
     end[-1] = static_cast<unsigned short>('0' + rest);
+}
+
+// Zeros after the number bring its first digit to the front of the sixteen.
+void IntegerText::writeShort(unsigned short* out) const {
+  constexpr std::uint64_t kEight = 100'000'000;
+  const std::uint64_t sixteen = magnitude_ * kPowersOfTen[kShortUnits + negative_ - length_];
+  *out = '-';
+  const WordVector digits{bytesOfEight(sixteen / kEight), bytesOfEight(sixteen % kEight)};
+  writeSixteen(std::bit_cast<ByteVector>(digits) + '0', out + negative_);
 }
 
 DoubleText::DoubleText(double value) : negative_(std::signbit(value)) {
@@ -91,7 +113,7 @@ bool DoubleText::takeShort(double magnitude) {
   exponent_ = static_cast<std::int32_t>(IntegerText::digitCount(static_cast<std::uint64_t>(number))) - 1 - places;
   const IntegerText digits(static_cast<std::int64_t>(withoutTrailingZeros(static_cast<std::uint64_t>(number))));
   count_ = digits.length();
-  digits.write(digits_);
+  digits.write(digits_);  // by pairs: what is copied from here next would wait for a vector
   return true;
 }
 

@@ -25,6 +25,12 @@ class IntegerText {
   std::uint32_t length() const { return length_; }
   void write(unsigned short* out) const;
 
+  // Texts of up to kShortUnits are written at once, without a branch on a digit or on how many there are. REQUIRES:
+  // such a text, and room for one unit more than kShortUnits, whatever the length.
+  static constexpr std::uint32_t kShortUnits = 16;
+  bool isShort() const { return length_ <= kShortUnits; }
+  void writeShort(unsigned short* out) const;
+
   static constexpr std::uint32_t digitCount(std::uint64_t value);
 
  private:

@@ -202,10 +202,19 @@ PWFData emptyString() {
   return TextInPlace::make(STRING, 0, [](unsigned short*) {});
 }
 
+// A short text gets the room for all that is written, and then its length.
+void writeDigits(const core::IntegerText& number, KelWstring& out) {
+  if (number.isShort()) [[likely]] {
+    number.writeShort(out.resizeForOverwrite(core::IntegerText::kShortUnits));
+    out.cutTo(number.length());
+  } else {
+    number.write(out.resizeForOverwrite(number.length()));
+  }
+}
+
 // Serves every integer.
 bool writePlainFast(long value, KelWstring& out) {
-  const core::IntegerText number(value);
-  number.write(out.resizeForOverwrite(number.length()));
+  writeDigits(core::IntegerText(value), out);
   return true;
 }
 
@@ -251,8 +260,7 @@ bool writePlainFast(const unsigned short* value, KelWstring& out) {
 
 void DataCnv::Int64ToUString(long value, KelWstring& out) {
   const FunctionTrace trace(this, "DataCnv::Int64ToUString", kDataCnvPath);
-  const core::IntegerText number(value);
-  number.write(out.resizeForOverwrite(number.length()));
+  writeDigits(core::IntegerText(value), out);
 }
 
 void DataCnv::doubleToUString(double value, KelWstring& out, bool exponential) {
