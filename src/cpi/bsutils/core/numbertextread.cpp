@@ -77,6 +77,7 @@ std::uint64_t sumOfDigits(UnitView digits) {
 bool readShortDecimal(UnitView text, unsigned short point, double& value) {
   constexpr std::uint32_t kMostDigits = 19;  // their number fits 64 bits
   constexpr std::uint32_t kWordDigits = 16;
+  constexpr std::uint64_t kExact = std::uint64_t{1} << 53;  // up to this bound each integer is a double
   const auto length = static_cast<std::uint32_t>(text.size());
   if (text.empty() || text.size() > kMostDigits + 1) return false;
   const unsigned short* units = text.data();
@@ -96,6 +97,16 @@ bool readShortDecimal(UnitView text, unsigned short point, double& value) {
   const bool hasPoint = whole < length;
   const std::uint32_t places = length - whole - hasPoint;
   if ((hasPoint & (units[whole] != point)) | (places > kWordDigits) | (whole + places - 1 >= kMostDigits)) return false;
+  if (length <= kWordDigits) {
+    // All in one word, and as a rule exact: then dividend and divisor are, and the division rounds once.
+    const std::uint64_t digits =
+        firstDigits(front, whole) << 4 * places | firstDigits(front << 4 * (whole & 15) << 4, places);
+    const std::uint64_t number = numberOfHalfBytes(digits);
+    if (nonDigitHalfBytes(digits) != 0) return false;
+    if (number > kExact) return RoundedDecimal::round(number, places, value);
+    value = static_cast<double>(static_cast<std::int64_t>(number)) / kExactPowers[places];
+    return true;
+  }
   const std::uint64_t fraction = firstDigits(halfBytesOfSixteen(units + whole + 1), places);
   const std::uint64_t number =
       numberOfHalfBytes(firstDigits(front, whole)) * kPowersOfTen[places] + numberOfHalfBytes(fraction);
