@@ -42,7 +42,7 @@ class PageLockstep {
 
   // Whole strings, which leave nothing behind when they fail.
   void decodeString(std::string_view bytes) {
-    KelWstring text;
+    KelBufferedWstring<64u> text;  // a text that it has a place for goes a way of its own
     UErrorCode status = U_ZERO_ERROR;
     converter_.toUnicodeString(text, bytes.data(), static_cast<int>(bytes.size()), status);
     if (bytes.empty()) return requireEqual(status, U_ILLEGAL_ARGUMENT_ERROR, name_ + " of nothing");

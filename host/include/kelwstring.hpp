@@ -82,9 +82,14 @@ class KELHOST_EXPORT KelWstring {
   // Makes the string `length` units long with unspecified contents and returns them for writing. This builds text in
   // place, without a scratch copy.
   unsigned short* resizeForOverwrite(unsigned length) {
-    if (isShared_ || length > inlineCapacity_) return resizeBlock(length);
+    unsigned short* const units = resizeInPlace(length);
+    return units != nullptr ? units : resizeBlock(length);
+  }
+  // Does the same where the text stays in the place that the string has; else leaves the string and returns null.
+  [[gnu::always_inline]] unsigned short* resizeInPlace(unsigned length) {
+    if (!canHold(length) || (isShared_ && length <= inlineCapacity_)) return nullptr;
     length_ = length;
-    if (inlineCapacity_ != 0) text_[length] = 0;
+    if (isShared_ || inlineCapacity_ != 0) text_[length] = 0;
     return text_;
   }
 
@@ -152,7 +157,10 @@ class KELHOST_EXPORT KelWstring {
   unsigned short* inlineBuffer() { return reinterpret_cast<unsigned short*>(this + 1); }
   Block* block() const { return reinterpret_cast<Block*>(text_) - 1; }
   // Tells whether a text of `length` units can be written in place: never while another string shares the block.
-  bool canHold(unsigned length) const;
+  bool canHold(unsigned length) const {
+    if (!isShared_) return length <= inlineCapacity_;
+    return block()->references.load(std::memory_order_acquire) == 1 && length <= block()->capacity;
+  }
   // Copies `count` units, at least one Word, by its two ends, which may overlap. Both are read before one is written,
   // so source and target may overlap too.
   template <class Word>

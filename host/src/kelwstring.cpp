@@ -43,11 +43,6 @@ unsigned KelWstring::grownCapacity(unsigned length) {
   return static_cast<unsigned>(std::min(capacity, kMaxLength));
 }
 
-bool KelWstring::canHold(unsigned length) const {
-  if (!isShared_) return length <= inlineCapacity_;
-  return block()->references.load(std::memory_order_acquire) == 1 && length <= block()->capacity;
-}
-
 void KelWstring::setEmpty() noexcept {
   text_ = inlineCapacity_ != 0 ? inlineBuffer() : const_cast<unsigned short*>(&kTerminator);
   if (inlineCapacity_ != 0) *text_ = 0;

@@ -158,8 +158,8 @@ Decoded TextBufferReader::decodeCharacter(unsigned short& target, int start, boo
   const CodePage::KeptState kept(*converter, stateHeld && !moveOffset);
   beginAt(start);
   if (stateHeld) dropHeldUnits(*converter);
-  target = 0;
   const Decoded character = decodeOnward(*pointer, *converter, start, {&target, 1}, maxBytes);
+  if (character.units == 0) target = 0;  // a conversion may write to room that it does not need
   if (character.status != U_ZERO_ERROR && U16_IS_SURROGATE(target)) dropHeldUnits(*converter);
   if (moveOffset) stateHeld = hasStates && continues && isComplete(character.status);
   return character;

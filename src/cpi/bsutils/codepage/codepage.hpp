@@ -57,6 +57,36 @@ struct CodePage {
                   __attribute__((always_inline)) { return form.decodeCounted(tablesOf(page), asBytes(bytes), units); });
   }
 
+  // Reads a whole text. Where it is not served `target` may have changed.
+  [[gnu::always_inline]] static bool readTextFast(const CPUnicodeConverter& page, KelWstring& target,
+                                                  std::span<const char> bytes) {
+    return readPlainFast(page, target, bytes) || readAnyFast(page, target, bytes);
+  }
+  // Reads a plain text for which the string has a place. It calls nothing, so that what calls it saves no registers.
+  [[gnu::always_inline]] static bool readPlainFast(const CPUnicodeConverter& page, KelWstring& target,
+                                                   std::span<const char> bytes) {
+    if (page.holdsUnitsBack) return false;
+    return inForm<bool>(
+        page, [&](auto form) __attribute__((always_inline)) {
+          const std::size_t count = form.plainCount(asBytes(bytes));
+          unsigned short* const units = count != 0 ? target.resizeInPlace(static_cast<unsigned>(count)) : nullptr;
+          return units != nullptr && form.decodePlain(tablesOf(page), asBytes(bytes), units);
+        });
+  }
+  // Reads any text that has a form.
+  static bool readAnyFast(const CPUnicodeConverter& page, KelWstring& target, std::span<const char> bytes);
+
+  // Writes a whole text into `size` bytes of room, which becomes the number of bytes written. The empty text is left to
+  // ICU, which may hold bytes back that come out with it. Where it is not served the room may be overwritten.
+  [[gnu::always_inline]] static bool writeTextFast(const CPUnicodeConverter& page, char* target, int& size,
+                                                   UnitView text) {
+    if (target == nullptr || text.empty()) return false;
+    const core::Advance done = convertFast(page, std::span(text), std::span(target, static_cast<std::size_t>(size)));
+    if (done.read != text.size()) return false;
+    size = static_cast<int>(done.written);
+    return true;
+  }
+
   // Reads a byte that is a character by itself; false for any other.
   [[gnu::always_inline]] static bool convertByteFast(const CPUnicodeConverter& page, char byte, unsigned short& unit) {
     if (page.holdsUnitsBack) return false;

@@ -88,37 +88,6 @@ template <class From, class To>
   return true;
 }
 
-// Reads a whole text whose number of units only its conversion tells.
-[[gnu::noinline]] bool readUncountedFast(const CPUnicodeConverter& page, KelWstring& target,
-                                         std::span<const char> bytes) {
-  if (!CodePage::isAtStart(page)) return false;
-  Scratch<unsigned short, 256> work(bytes.size());
-  const core::Advance done = CodePage::convertFast(page, bytes, std::span(work.data(), work.size()));
-  if (done.read != bytes.size()) return false;
-  std::copy_n(work.data(), done.written, target.resizeForOverwrite(static_cast<unsigned>(done.written)));
-  return true;
-}
-
-// Reads a whole text. Where it is not served `target` may have changed.
-[[gnu::always_inline]] inline bool readTextFast(const CPUnicodeConverter& page, KelWstring& target,
-                                                std::span<const char> bytes) {
-  if (const std::size_t count = CodePage::unitCount(page, bytes)) [[likely]]
-    return CodePage::convertCountedFast(page, bytes, target.resizeForOverwrite(static_cast<unsigned>(count)));
-  return readUncountedFast(page, target, bytes);
-}
-
-// Writes a whole text; the empty one is left to ICU, which may hold bytes back that come out with it.
-[[gnu::always_inline]] inline bool writeTextFast(const CPUnicodeConverter& page, char* target, int& targetLength,
-                                                 const KelWstring& source, UErrorCode status) {
-  if (U_FAILURE(status) || target == nullptr || source.length() == 0) return false;
-  const std::span units(source.characters(), source.length());
-  const core::Advance done =
-      CodePage::convertFast(page, units, std::span(target, static_cast<std::size_t>(targetLength)));
-  if (done.read != units.size()) return false;
-  targetLength = static_cast<int>(done.written);
-  return true;
-}
-
 }  // namespace
 
 CPBaseUnicodeConverter::CPBaseUnicodeConverter(int ccsid, EEndian endian) : name(messageName(ccsid, endian)) {}
@@ -147,6 +116,17 @@ CPUnicodeConverter::CPUnicodeConverter(int ccsid, EEndian endian) : CPBaseUnicod
   form = CodePage::formOf(*shared, ucnv_getName(converter.getAlias(), &ignored));
   minBytesPerChar = ucnv_getMinCharSize(converter.getAlias());
   maxBytesPerChar = ucnv_getMaxCharSize(converter.getAlias());
+}
+
+bool CodePage::readAnyFast(const CPUnicodeConverter& page, KelWstring& target, std::span<const char> bytes) {
+  if (const std::size_t count = unitCount(page, bytes))
+    return convertCountedFast(page, bytes, target.resizeForOverwrite(static_cast<unsigned>(count)));
+  if (!isAtStart(page)) return false;
+  Scratch<unsigned short, 256> work(bytes.size());
+  const core::Advance done = convertFast(page, bytes, std::span(work.data(), work.size()));
+  if (done.read != bytes.size()) return false;
+  std::copy_n(work.data(), done.written, target.resizeForOverwrite(static_cast<unsigned>(done.written)));
+  return true;
 }
 
 CPUnicodeConverter::~CPUnicodeConverter() {
@@ -321,7 +301,7 @@ void CPUnicodeConverter::toUnicodeString(KelWstring& target, const char* source,
     return;
   }
   const std::span bytes(source, static_cast<std::size_t>(length));
-  if (wentFast([&] { return readTextFast(*this, target, bytes); })) [[likely]]
+  if (wentFast([&] { return CodePage::readTextFast(*this, target, bytes); })) [[likely]]
     conversionStatus = U_ZERO_ERROR;
   else
     CodePage::General::readInPasses(*this, target, source, length, conversionStatus);
@@ -331,7 +311,8 @@ void CPUnicodeConverter::fromUnicodeString(char* target, int& targetLength, cons
                                            UErrorCode& conversionStatus) const {
   if (targetLength <= 0)
     conversionStatus = U_ILLEGAL_ARGUMENT_ERROR;
-  else if (!wentFast([&] { return writeTextFast(*this, target, targetLength, source, conversionStatus); }))
+  else if (U_FAILURE(conversionStatus) ||
+           !wentFast([&] { return CodePage::writeTextFast(*this, target, targetLength, source.view()); }))
     targetLength = CodePage::General::convertWhole(*this, target, targetLength, source.characters(),
                                                    static_cast<int>(source.length()), conversionStatus);
 }

@@ -22,6 +22,10 @@
 //     The number of units of a text where that is known before it is converted, else 0.
 //   bool decodeCounted(PageTables tables, InputBytes bytes, unsigned short* units)
 //     Converts such a text into that many units; false when it is not well formed.
+//   std::size_t plainCount(InputBytes bytes)
+//   bool decodePlain(PageTables tables, InputBytes bytes, unsigned short* units)
+//     The same for a text that is a plain one, such as ASCII, which the second finds out. Neither calls anything that
+//     is not inline. False, and the units may be overwritten, for any other text.
 //   bool decodeByte(PageTables tables, unsigned char byte, unsigned short& unit)
 //     One character, where the byte is one by itself; else false, and `unit` may be overwritten.
 namespace oxr {

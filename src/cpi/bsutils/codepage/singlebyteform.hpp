@@ -27,6 +27,10 @@ struct SingleByteForm {
     core::decodeSingleBytes(bytes, *tables.units, units);
     return true;
   }
+  static std::size_t plainCount(InputBytes bytes) { return bytes.size(); }
+  [[gnu::always_inline]] static bool decodePlain(PageTables tables, InputBytes bytes, unsigned short* units) {
+    return decodeCounted(tables, bytes, units);
+  }
 
   static bool decodeByte(PageTables tables, unsigned char byte, unsigned short& unit) {
     unit = (*tables.units)[byte];

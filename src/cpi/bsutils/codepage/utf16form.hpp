@@ -16,15 +16,19 @@ struct Utf16Form {
   }
 
   [[gnu::always_inline]] static core::Advance decode(PageTables, InputBytes bytes, OutputUnits units) {
-    return core::decodeUtf16(bytes, units, kSwap);
+    return core::decodeUtf16<kSwap>(bytes, units);
   }
   [[gnu::always_inline]] static core::Advance encode(PageTables, InputUnits units, OutputBytes bytes) {
-    return core::encodeUtf16(units, bytes, kSwap);
+    return core::encodeUtf16<kSwap>(units, bytes);
   }
 
   static std::size_t unitCount(InputBytes bytes) { return bytes.size() % 2 == 0 ? bytes.size() / 2 : 0; }
-  static bool decodeCounted(PageTables tables, InputBytes bytes, unsigned short* units) {
+  [[gnu::always_inline]] static bool decodeCounted(PageTables tables, InputBytes bytes, unsigned short* units) {
     return decode(tables, bytes, {units, bytes.size() / 2}).read == bytes.size();
+  }
+  static std::size_t plainCount(InputBytes bytes) { return unitCount(bytes); }
+  [[gnu::always_inline]] static bool decodePlain(PageTables, InputBytes bytes, unsigned short* units) {
+    return core::decodePlainUtf16<kSwap>(bytes, units);
   }
 
   static bool decodeByte(PageTables, unsigned char, unsigned short&) { return false; }

@@ -163,14 +163,6 @@ Advance convert(std::span<const From> input, std::span<To> output, ConvertLong c
 
 }  // namespace
 
-void widenAscii(std::span<const unsigned char> bytes, unsigned short* units) {
-  const unsigned char* in = bytes.data();
-  const unsigned char* const end = in + bytes.size();
-  for (; end - in >= kBlock; in += kBlock, units += kBlock)
-    copy<kBlock>(in, units);
-  std::copy(in, end, units);
-}
-
 Advance decodeUtf8(std::span<const unsigned char> bytes, std::span<unsigned short> units) {
   return convert(bytes, units, [](auto& in, auto end, auto& out, auto outEnd) {
     do
