@@ -1,10 +1,13 @@
 #include "core/base64vectors.hpp"
 
+#include <algorithm>
 #include <cstdint>
 
-// Vectors of 16 bytes, of 32 with AVX2. Wider ones, and those of unknown width, are not worth a way of their own.
+// Vectors of 16 bytes, of 32 with AVX2, of 64 where the processor permutes the bytes of all of these. Those of 64
+// without that, and those of unknown width, are not worth a way of their own.
+#define HWY_WANT_AVX3_DL
 #undef HWY_DISABLED_TARGETS
-#define HWY_DISABLED_TARGETS (HWY_AVX3 | HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128)
+#define HWY_DISABLED_TARGETS (HWY_AVX3 | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128)
 // This file is compiled once for each kind of vector that the architecture has.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "core/base64vectors.cpp"
@@ -23,6 +26,110 @@ std::size_t encodeBlocks(const unsigned char*, std::size_t, unsigned short*) {
 }
 std::size_t decodeBlocks(const unsigned short*, std::size_t, unsigned char*, std::size_t) {
   return 0;
+}
+
+#elif HWY_TARGET == HWY_AVX3_DL
+
+// A vector holds one character a byte, and its table look-ups and shuffles reach all 64. What is shorter than a vector
+// is loaded and stored under a mask, so that nothing is left but a last group that is not whole or has padding.
+constexpr std::size_t kWidth = 64;      // characters in a vector
+constexpr std::size_t kDataWidth = 48;  // bytes of data that they stand for
+
+struct alignas(64) Table {
+  std::uint8_t entries[64];
+};
+template <class Entry>
+constexpr Table tableOf(Entry entry) {
+  Table table{};
+  for (std::size_t i = 0; i < kWidth; ++i)
+    table.entries[i] = static_cast<std::uint8_t>(entry(i));
+  return table;
+}
+__m512i load(const Table& table) {
+  return _mm512_load_si512(table.entries);
+}
+constexpr std::uint64_t firstOf(std::size_t count) {
+  return count == 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
+}
+
+constexpr char kLetters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr Table kToCharacter = tableOf([](std::size_t value) { return kLetters[value]; });
+// Three bytes a, b, c as b a c b; then 8 bits from each of four places on begin with a 6-bit value.
+constexpr Table kSpread = tableOf([](std::size_t i) { return i / 4 * 3 + (i % 4 == 1 ? 0 : i % 4 == 2 ? 2 : 1); });
+constexpr Table kPlaces = tableOf([](std::size_t i) {
+  constexpr int kInHalf[] = {10, 4, 22, 16};
+  return kInHalf[i % 4] + (i % 8 < 4 ? 0 : 32);
+});
+
+// Encodes up to 48 bytes, whole groups of 3.
+void encodeBlock(const unsigned char* data, std::size_t size, unsigned short* out) {
+  const __m512i spread = _mm512_permutexvar_epi8(load(kSpread), _mm512_maskz_loadu_epi8(firstOf(size), data));
+  const __m512i values = _mm512_multishift_epi64_epi8(load(kPlaces), spread);  // in the lower 6 bits
+  const __m512i characters = _mm512_permutexvar_epi8(values, load(kToCharacter));
+  const std::uint64_t stored = firstOf(size / 3 * 4);
+  const __m512i low = _mm512_cvtepu8_epi16(_mm512_castsi512_si256(characters));
+  const __m512i high = _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(characters, 1));
+  _mm512_mask_storeu_epi16(out, static_cast<__mmask32>(stored), low);
+  _mm512_mask_storeu_epi16(out + 32, static_cast<__mmask32>(stored >> 32), high);
+}
+
+std::size_t encodeBlocks(const unsigned char* data, std::size_t size, unsigned short* out) {
+  std::size_t taken = 0;
+  for (; size - taken >= kDataWidth; taken += kDataWidth, out += kWidth)
+    encodeBlock(data + taken, kDataWidth, out);
+  const std::size_t rest = (size - taken) / 3 * 3;
+  if (rest != 0) encodeBlock(data + taken, rest, out);
+  return taken + rest;
+}
+
+constexpr Table toValue(std::size_t first) {
+  return tableOf([first](std::size_t unit) {
+    for (std::size_t value = 0; value < 64; ++value)
+      if (static_cast<std::size_t>(kLetters[value]) == first + unit) return value;
+    return std::size_t{0x80};  // foreign
+  });
+}
+constexpr Table kToValue = toValue(0), kToValueFrom64 = toValue(64);
+constexpr Table kLowerBytes = tableOf([](std::size_t i) { return 2 * i; });
+// The three bytes of each double word, the top one first; and the first bytes again, which are not stored.
+constexpr Table kGather = tableOf([](std::size_t i) { return i < kDataWidth ? i / 3 * 4 + 2 - i % 3 : 0; });
+
+struct Block {
+  __m512i data;           // 48 bytes
+  std::uint64_t foreign;  // a bit for each unit
+};
+Block decodeBlock(__m512i low, __m512i high) {
+  const __m512i units = _mm512_permutex2var_epi8(low, load(kLowerBytes), high);
+  const __m512i values = _mm512_permutex2var_epi8(load(kToValue), units, load(kToValueFrom64));
+  const __m512i others = _mm512_set1_epi16(static_cast<short>(0xFF80));
+  const std::uint64_t foreign = _mm512_movepi8_mask(values) |
+                                std::uint64_t{_mm512_test_epi16_mask(high, others)} << 32 |
+                                std::uint64_t{_mm512_test_epi16_mask(low, others)};
+  const __m512i pairs = _mm512_maddubs_epi16(values, _mm512_set1_epi32(0x0140'0140));
+  const __m512i groups = _mm512_madd_epi16(pairs, _mm512_set1_epi32(0x0001'1000));
+  return {_mm512_permutexvar_epi8(load(kGather), groups), foreign};
+}
+
+std::size_t decodeBlocks(const unsigned short* text, std::size_t length, unsigned char* out, std::size_t room) {
+  std::size_t taken = 0;
+  // Whole vectors where there is room for them: a store under a mask takes several times as long.
+  for (; length - taken >= kWidth && room >= kWidth; taken += kWidth, out += kDataWidth, room -= kDataWidth) {
+    const Block block = decodeBlock(_mm512_loadu_si512(text + taken), _mm512_loadu_si512(text + taken + 32));
+    if (block.foreign != 0) break;
+    _mm512_storeu_si512(out, block.data);
+  }
+  // A block that is shorter, or as much of the next one as comes before a group with a foreign unit.
+  const std::size_t size = std::min({kWidth, (length - taken) / 4 * 4, room / 3 * 4});
+  if (size == 0) return taken;
+  const __m512i letterA = _mm512_set1_epi16('A');
+  const std::uint64_t loaded = firstOf(size);
+  const Block block =
+      decodeBlock(_mm512_mask_loadu_epi16(letterA, static_cast<__mmask32>(loaded), text + taken),
+                  _mm512_mask_loadu_epi16(letterA, static_cast<__mmask32>(loaded >> 32), text + taken + 32));
+  const std::size_t clean =
+      block.foreign == 0 ? size : static_cast<std::size_t>(__builtin_ctzll(block.foreign)) / 4 * 4;
+  _mm512_mask_storeu_epi8(out, firstOf(clean / 4 * 3), block.data);
+  return taken + clean;
 }
 
 #else
@@ -236,6 +343,14 @@ namespace {
 Base64Vectors widestFirst() {
   Base64Vectors all;
 #if HWY_ARCH_X86
+#if HWY_TARGETS & HWY_AVX3_DL
+  if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
+      __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
+      __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("avx512bitalg") &&
+      __builtin_cpu_supports("avx512vpopcntdq") && __builtin_cpu_supports("vpclmulqdq") &&
+      __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("fma"))
+    all.add({N_AVX3_DL::encodeBlocks, N_AVX3_DL::decodeBlocks});
+#endif
 #if HWY_TARGETS & HWY_AVX2
   if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("fma"))
     all.add({N_AVX2::encodeBlocks, N_AVX2::decodeBlocks});

@@ -18,7 +18,7 @@ struct Base64Loops {
 
 // Those that the processor can run, the widest vectors first, and the ones in use.
 struct Base64Vectors {
-  std::array<Base64Loops, 4> kinds{};
+  std::array<Base64Loops, 5> kinds{};
   std::size_t count = 0;
   std::size_t used = 0;
 
