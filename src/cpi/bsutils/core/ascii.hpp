@@ -60,21 +60,24 @@ inline UnitBlock narrow(const unsigned short* in, unsigned char* out) {
   return (all & ascii::kOtherBytes) == 0;
 }
 
-// Writes the units of bytes, one for each. The result has all bits of the bytes.
-[[gnu::always_inline]] inline ByteBlock widenBytes(std::span<const unsigned char> bytes, unsigned short* units) {
+// Writes the units of bytes, one for each, by blocks of a kind if there are as many. The result has all bits of the
+// bytes.
+template <class Block>
+[[gnu::always_inline]] inline ByteBlock widenBlocks(std::span<const unsigned char> bytes, unsigned short* units) {
   ByteBlock all = {};
-  const auto widened = [&]<class Block>(Block) __attribute__((always_inline)) {
-    if (bytes.size() < sizeof(Block)) return false;
-    inBlocks<sizeof(Block)>(bytes.size(),
-                            [&](std::size_t at) { all |= ascii::widen<Block>(bytes.data() + at, units + at); });
-    return true;
-  };
-  if (!widened(ByteBlock{}) && !widened(std::uint64_t{}) && !widened(std::uint32_t{}))
-    for (std::size_t at = 0; at < bytes.size(); ++at) {
-      units[at] = bytes[at];
-      all[0] |= bytes[at];
-    }
+  inBlocks<sizeof(Block)>(
+      bytes.size(), [&](std::size_t at)
+                        __attribute__((always_inline)) { all |= ascii::widen<Block>(bytes.data() + at, units + at); });
   return all;
+}
+[[gnu::always_inline]] inline ByteBlock widenBytes(std::span<const unsigned char> bytes, unsigned short* units) {
+  if (bytes.size() >= sizeof(ByteBlock)) return widenBlocks<ByteBlock>(bytes, units);
+  if (bytes.size() >= sizeof(std::uint64_t)) return widenBlocks<std::uint64_t>(bytes, units);
+  if (bytes.size() >= sizeof(std::uint32_t)) return widenBlocks<std::uint32_t>(bytes, units);
+  unsigned char all = 0;
+  for (std::size_t at = 0; at < bytes.size(); ++at)
+    all |= static_cast<unsigned char>(units[at] = bytes[at]);
+  return ByteBlock{all};
 }
 
 // Writes the units of bytes if all of them are ASCII; else they are unspecified. What is not mostly begins early.

@@ -1,7 +1,6 @@
 #include "core/numbertextread.hpp"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <charconv>
 
@@ -81,22 +80,17 @@ bool readShortDecimal(UnitView text, unsigned short point, double& value) {
   const auto length = static_cast<std::uint32_t>(text.size());
   if (text.empty() || text.size() > kMostDigits + 1) return false;
   const unsigned short* units = text.data();
-  std::array<unsigned short, 2 * kWordDigits + 1> copy;
-  if (!isWithinPage(units, sizeof copy)) [[unlikely]] {
-    copy = {};
-    std::copy(text.begin(), text.end(), copy.begin());
-    units = copy.data();
-  }
   // In two steps, since no shift takes away all of a word; and what has no point can't be foreseen either.
   const auto firstDigits = [](std::uint64_t word, std::uint32_t count) {
     return word >> 2 * (kWordDigits - count) >> 2 * (kWordDigits - count);
   };
-  const std::uint64_t front = halfBytesOfSixteen(units);
+  const std::uint64_t front = halfBytesOf(text);
   const std::uint64_t others = nonDigitHalfBytes(front);
   const std::uint32_t whole = std::min(static_cast<std::uint32_t>(std::countl_zero(others)) / 4, length);
   const bool hasPoint = whole < length;
   const std::uint32_t places = length - whole - hasPoint;
-  if ((hasPoint & (units[whole] != point)) | (places > kWordDigits) | (whole + places - 1 >= kMostDigits)) return false;
+  if ((hasPoint & (units[whole - !hasPoint] != point)) | (places > kWordDigits) | (whole + places - 1 >= kMostDigits))
+    return false;
   if (length <= kWordDigits) {
     // All in one word, and as a rule exact: then dividend and divisor are, and the division rounds once.
     const std::uint64_t digits =
@@ -107,7 +101,7 @@ bool readShortDecimal(UnitView text, unsigned short point, double& value) {
     value = static_cast<double>(static_cast<std::int64_t>(number)) / kExactPowers[places];
     return true;
   }
-  const std::uint64_t fraction = firstDigits(halfBytesOfSixteen(units + whole + 1), places);
+  const std::uint64_t fraction = firstDigits(halfBytesOf(text.substr(whole + hasPoint)), places);
   const std::uint64_t number =
       numberOfHalfBytes(firstDigits(front, whole)) * kPowersOfTen[places] + numberOfHalfBytes(fraction);
   return nonDigitHalfBytes(fraction) == 0 && RoundedDecimal::round(number, places, value);

@@ -63,10 +63,10 @@ bool readPlainDouble(UnitView text, double& value);
   const std::size_t signs = negative | (first == '+');
   const std::size_t count = text.size() - signs;
   digits += signs;
-  if (count - 1 >= kMostDigits || !isWithinPage(digits, kWordDigits * sizeof *digits)) [[unlikely]]
+  if (count - 1 >= kMostDigits) [[unlikely]]
     return false;
   // The digits come to the lower end, and what comes after them falls off.
-  const std::uint64_t word = halfBytesOfSixteen(digits) >> 4 * (kWordDigits - std::min(count, kWordDigits));
+  const std::uint64_t word = halfBytesOf(UnitView(digits, count)) >> 4 * (kWordDigits - std::min(count, kWordDigits));
   std::uint64_t magnitude = numberOfHalfBytes(word);
   bool good = nonDigitHalfBytes(word) == 0;
   for (std::size_t i = kWordDigits; i < count; ++i) {

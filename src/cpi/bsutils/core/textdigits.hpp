@@ -7,6 +7,7 @@
 
 #include "core/digitvectors.hpp"
 #include "core/packedfield.hpp"
+#include "core/textstart.hpp"
 
 // Digits of text in a register, sixteen or thirty-two units at once and without a branch on any of them: what a
 // processor can't foresee in real files, the length of a number and its digits, costs it nothing here.
@@ -16,39 +17,18 @@
 //
 // A half byte above 9 is a unit that is no digit, and counting leading zero bits finds the first one. Shifts then cut
 // and join what lies before and after the point.
-//
-// The text is read beyond its end, where that can't be seen: never into another page. Bytes that come after the end
-// have no influence on a result.
 namespace oxr::core {
 
 __extension__ using LongWord = unsigned __int128;  // 32 half bytes
 
-// Whether so many bytes can be read at an address wherever the text there ends: a page is the least that a machine
-// protects.
-inline bool isWithinPage(const void* address, std::size_t bytes) {
-  constexpr std::uintptr_t kPage = 4096;
-  return std::bit_cast<std::uintptr_t>(address) % kPage <= kPage - bytes;
-}
-
-using UnitVector [[gnu::vector_size(16)]] = unsigned short;
-
-// Sanitizers would see a read beyond the end of the text.
-[[gnu::no_sanitize_address, gnu::no_sanitize_thread]] inline UnitVector loadUnits(const unsigned short* text) {
-  using LooseUnits [[gnu::vector_size(16), gnu::aligned(2), gnu::may_alias]] = unsigned short;
-  return *reinterpret_cast<const LooseUnits*>(text);
-}
-[[gnu::no_sanitize_address, gnu::no_sanitize_thread]] inline unsigned short loadUnit(const unsigned short* unit) {
-  return *unit;
-}
-
 // Eight units, each with its digit in the lower byte; 15 there for a unit that is none. Machines compare vectors with a
 // sign: so "0" comes to lie at the least number, and every unit that is no digit above its "9".
-inline UnitVector digitsOfEight(const unsigned short* text) {
+inline UnitVector digitsOfEight(UnitVector units) {
   using SignedVector [[gnu::vector_size(16)]] = short;
   constexpr short kLeast = std::numeric_limits<short>::min();
   constexpr auto kOffset = static_cast<unsigned short>(kLeast - '0');
   constexpr short kNoDigit = kLeast + 15;
-  const auto shifted = std::bit_cast<SignedVector>(loadUnits(text) + kOffset);
+  const auto shifted = std::bit_cast<SignedVector>(units + kOffset);
   return std::bit_cast<UnitVector>(shifted < kNoDigit ? shifted : SignedVector{} + kNoDigit);
 }
 
@@ -59,8 +39,8 @@ inline ByteVector lowerBytes(UnitVector first, UnitVector last) {
 }
 
 // Sixteen units as half bytes, the first uppermost; 10 to 15 for a unit that is no digit.
-inline std::uint64_t halfBytesOfSixteen(const unsigned short* text) {
-  const auto pairs = std::bit_cast<UnitVector>(lowerBytes(digitsOfEight(text), digitsOfEight(text + 8)));
+inline std::uint64_t halfBytesOfSixteen(UnitVector first, UnitVector last) {
+  const auto pairs = std::bit_cast<UnitVector>(lowerBytes(digitsOfEight(first), digitsOfEight(last)));
   const UnitVector joined = pairs << 4 | pairs >> 8;
   const ByteVector bytes = lowerBytes(joined, joined);
   std::uint64_t halfBytes;
@@ -74,15 +54,15 @@ struct HalfBytes;
 
 template <>
 struct HalfBytes<std::uint64_t> {
-  static std::uint64_t of(const unsigned short* text) { return halfBytesOfSixteen(text); }
+  static std::uint64_t of(const TextStart<2>& text) { return halfBytesOfSixteen(text[0], text[1]); }
   static std::uint64_t others(std::uint64_t word) { return nonDigitHalfBytes(word); }
   static std::uint32_t leadingZeros(std::uint64_t word) { return static_cast<std::uint32_t>(std::countl_zero(word)); }
 };
 template <>
 struct HalfBytes<LongWord> {
   static LongWord join(std::uint64_t high, std::uint64_t low) { return LongWord{high} << 64 | low; }
-  static LongWord of(const unsigned short* text) {
-    return join(halfBytesOfSixteen(text), halfBytesOfSixteen(text + 16));
+  static LongWord of(const TextStart<4>& text) {
+    return join(halfBytesOfSixteen(text[0], text[1]), halfBytesOfSixteen(text[2], text[3]));
   }
   static LongWord others(LongWord word) {
     return join(nonDigitHalfBytes(static_cast<std::uint64_t>(word >> 64)),
@@ -95,6 +75,10 @@ struct HalfBytes<LongWord> {
   }
 };
 
+inline std::uint64_t halfBytesOf(UnitView text) {
+  return HalfBytes<std::uint64_t>::of(textStart<2>(text));
+}
+
 // The digits of the whole number that remains of a canonical decimal when its point moves so many `places`, from 0 on,
 // to the right and the rest is cut: as half bytes, the last one lowest. `text` is zero-terminated. False for any other
 // text, for one that does not end within a Word full of units, and for more digits than a Word less one holds.
@@ -105,9 +89,7 @@ template <class Word>
   using Halves = HalfBytes<Word>;
   negative = *text == '-';
   text += negative | (*text == '+');
-  if (!isWithinPage(text, kBits / 4 * sizeof *text)) [[unlikely]]
-    return false;
-  const Word word = Halves::of(text);
+  const Word word = Halves::of(textStart<kBits / 32>(text));
   const Word others = Halves::others(word);
   // Positions are counted in bits from the top, four a unit.
   const std::uint32_t whole = Halves::leadingZeros(others);
