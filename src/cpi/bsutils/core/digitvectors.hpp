@@ -40,14 +40,20 @@ inline constexpr std::array<unsigned char, 32> kSelect = [] {
   return select;
 }();
 
-// Writes the characters as units with a point after the first `whole` of them, 1 to 16: always 17 units. A point after
-// the last digit is there for the caller to write over.
+// The first `count` bytes of a vector, 0 to 16.
+inline ByteVector selectFirst(std::uint32_t count) {
+  ByteVector selected;
+  std::memcpy(&selected, kSelect.data() + 16 - count, sizeof selected);
+  return selected;
+}
+
+// Writes the characters as units with a point after the first `whole` of them, 1 to 16: always 17 units. The last
+// character is left out, unless the point follows it; such a point is there for the caller to write over.
 inline void writePointedSixteen(ByteVector characters, std::uint32_t whole, unsigned short* out) {
   const ByteVector none = {};
   const ByteVector later =
       __builtin_shufflevector(none, characters, 0, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30);
-  ByteVector isWhole;
-  std::memcpy(&isWhole, kSelect.data() + 16 - whole, sizeof isWhole);
+  const ByteVector isWhole = selectFirst(whole);
   writeSixteen((characters & isWhole) | (later & ~isWhole), out);
   out[whole] = '.';
 }

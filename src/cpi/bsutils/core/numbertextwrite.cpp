@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <bit>
-#include <charconv>
 #include <cmath>
 #include <cstring>
 
 #include "core/digitvectors.hpp"
+#include "core/shortestdecimal.hpp"
 
 namespace oxr::core {
 
@@ -22,27 +22,6 @@ constexpr std::array<UnitPair, 100> kPairs = [] {
     pairs[i] = {static_cast<unsigned short>('0' + i / 10), static_cast<unsigned short>('0' + i % 10)};
   return pairs;
 }();
-
-// The exponent of the power of two that a normal number is at least.
-std::int32_t binaryExponent(double magnitude) {
-  return static_cast<std::int32_t>(std::bit_cast<std::uint64_t>(magnitude) >> 52) - 1023;
-}
-
-// Divides a number by a power of ten if nothing is left over.
-template <std::uint32_t kZeros>
-void dropZeros(std::uint64_t& number) {
-  constexpr std::uint64_t kPower = kPowersOfTen[kZeros];  // a constant: division by it is a multiplication
-  if (number % kPower == 0) number /= kPower;
-}
-
-// Takes the trailing zeros off a number of 1 to 16 digits: eight of them, then four, two and one are at most fifteen.
-std::uint64_t withoutTrailingZeros(std::uint64_t number) {
-  dropZeros<8>(number);
-  dropZeros<4>(number);
-  dropZeros<2>(number);
-  dropZeros<1>(number);
-  return number;
-}
 
 // The eight digits of a number below 10^8, a byte each, the first one lowest: two numbers of four digits, four of two,
 // eight of one. 10486 / 2^20 and 103 / 2^10 divide by 100 and by 10 as far as is needed here.
@@ -87,76 +66,74 @@ void IntegerText::writeShort(unsigned short* out) const {
   writeSixteen(std::bit_cast<ByteVector>(digits) + '0', out + negative_);
 }
 
-DoubleText::DoubleText(double value) : negative_(std::signbit(value)) {
+DoubleText::DoubleText(double value) : first_(ByteVector{} + '0'), negative_(std::signbit(value)) {
+  constexpr std::uint64_t kEight = 100'000'000;
   const double magnitude = std::abs(value);
-  if (!takeShort(magnitude)) takeAny(magnitude);
+  if (magnitude == 0) return;
+  const auto [digits, exponent] = shortestDecimal(magnitude);
+  const std::uint32_t given = IntegerText::digitCount(digits);
+  exponent_ = exponent + static_cast<std::int32_t>(given) - 1;
+  // Seventeen digits as one, eight and eight.
+  const std::uint64_t all = digits * kPowersOfTen[kMaxDigits - given];
+  const std::uint64_t nine = all / kEight;
+  const std::uint64_t middle = bytesOfEight(nine % kEight), lower = bytesOfEight(all % kEight);
+  first_ += std::bit_cast<ByteVector>(WordVector{middle << 8 | nine / kEight, lower << 8 | middle >> 56});
+  last_ = static_cast<unsigned short>('0' + (lower >> 56));
+  // Of the last digit that is no zero. Which word it lies in can't be foreseen: a mask instead of a branch.
+  const std::uint64_t isLowerZero = lower == 0;
+  const std::uint64_t word = lower | (middle & (0 - isLowerZero));
+  const auto zeros = static_cast<std::uint32_t>(std::countl_zero(word | 1) / 8 + (word == 0) + 8 * isLowerZero);
+  count_ = kMaxDigits - zeros;
 }
 
-// Serves numbers of up to 15 digits and of usual size. No two of them are the same double, so that the one that reads
-// back as the double is its shortest text. Scaled to 15 digits before the point, such a number is off by less than a
-// quarter after the multiplication, and the division, of two exact numbers, is what reading does.
-bool DoubleText::takeShort(double magnitude) {
-  constexpr double kLimit = 1e15;
-  constexpr double kHalf = 0.5;
-  if (magnitude == 0) {
-    digits_[count_++] = kZero;
-    return true;
-  }
-  if (magnitude < 1e-7 || magnitude >= kLimit) return false;
-  // The guess is the number of places that fit or one more, and 22 at most.
-  std::int32_t places = 14 - (binaryExponent(magnitude) * 1233 >> 12);
-  double scaled = magnitude * kExactPowers[static_cast<std::size_t>(places)];
-  if (scaled >= kLimit) scaled = magnitude * kExactPowers[static_cast<std::size_t>(--places)];
-  // Where this is not the nearest integer, the division tells.
-  const auto number = static_cast<std::int64_t>(scaled + kHalf);
-  if (static_cast<double>(number) / kExactPowers[static_cast<std::size_t>(places)] != magnitude) return false;
-  exponent_ = static_cast<std::int32_t>(IntegerText::digitCount(static_cast<std::uint64_t>(number))) - 1 - places;
-  const IntegerText digits(static_cast<std::int64_t>(withoutTrailingZeros(static_cast<std::uint64_t>(number))));
-  count_ = digits.length();
-  digits.write(digits_);  // by pairs: what is copied from here next would wait for a vector
-  return true;
-}
-
-// Serves every number: the standard library finds the shortest digits, and its text is taken apart.
-void DoubleText::takeAny(double magnitude) {
-  char text[32];  // "d.ddddddddddddddddE-ddd", and room to spare
-  const char* const end = std::to_chars(text, text + sizeof text, magnitude, std::chars_format::scientific).ptr;
-  digits_[count_++] = static_cast<unsigned char>(text[0]);
-  const char* in = text + 1;
-  if (*in == '.')
-    while (*++in != 'e')
-      digits_[count_++] = static_cast<unsigned char>(*in);
-  const bool isSmall = *++in == '-';  // there is always a sign
-  while (++in != end)
-    exponent_ = exponent_ * 10 + (*in - '0');
-  if (isSmall) exponent_ = -exponent_;
+unsigned short* DoubleText::writeDigits(std::uint32_t first, std::uint32_t end, unsigned short* out) const {
+  for (std::uint32_t i = first; i < end; ++i)
+    *out++ = i < kMaxDigits - 1 ? first_[i] : last_;
+  return out;
 }
 
 bool DoubleText::startsWithNines() const {
   constexpr std::uint32_t kNines = 15;
-  return count_ >= kNines && std::all_of(digits_, digits_ + kNines, [](unsigned short digit) { return digit == '9'; });
+  const auto nines = std::bit_cast<WordVector>((first_ ^ '9') & selectFirst(kNines));
+  return (nines[0] | nines[1]) == 0;
 }
 
-std::uint32_t DoubleText::plainLength() const {
+std::uint32_t DoubleText::length() const {
   const auto distance = static_cast<std::uint32_t>(std::abs(exponent_));
   const std::uint32_t units = exponent_ < 0 ? distance + count_ : std::max(distance + 1, count_);
   return negative_ + units + 1;
 }
 
+void DoubleText::writeUsual(unsigned short* out) const {
+  *out = '-';  // a digit overwrites it where the number is not negative
+  out += negative_;
+  if (exponent_ < 0) {
+    std::fill_n(out, 8, kZero);  // one before the point and up to four after it
+    out[1] = '.';
+    out += 1 - exponent_;
+    writeSixteen(first_, out);
+    out[kMaxDigits - 1] = last_;
+    return;
+  }
+  writePointedSixteen(first_, static_cast<std::uint32_t>(exponent_) + 1, out);
+  out[kMaxDigits - 1] = first_[kMaxDigits - 2];  // the point took its place
+  out[kMaxDigits] = last_;
+}
+
 // Below 1 the zeros after the point come from the exponent; from 1 on, zeros stand for digits that are not there.
-void DoubleText::writePlain(unsigned short* out) const {
+void DoubleText::write(unsigned short* out) const {
   if (negative_) *out++ = '-';
   if (exponent_ < 0) {
     *out++ = kZero;
     *out++ = '.';
-    std::copy_n(digits_, count_, std::fill_n(out, -exponent_ - 1, kZero));
+    writeDigits(0, count_, std::fill_n(out, -exponent_ - 1, kZero));
     return;
   }
   const auto whole = static_cast<std::uint32_t>(exponent_) + 1;
   const std::uint32_t wholeDigits = std::min(whole, count_);
-  out = std::fill_n(std::copy_n(digits_, wholeDigits, out), whole - wholeDigits, kZero);
+  out = std::fill_n(writeDigits(0, wholeDigits, out), whole - wholeDigits, kZero);
   *out++ = '.';
-  std::copy_n(digits_ + wholeDigits, count_ - wholeDigits, out);
+  writeDigits(wholeDigits, count_, out);
 }
 
 std::uint32_t DoubleText::exponentialLength() const {
@@ -165,9 +142,9 @@ std::uint32_t DoubleText::exponentialLength() const {
 
 void DoubleText::writeExponential(unsigned short* out) const {
   if (negative_) *out++ = '-';
-  *out++ = digits_[0];
+  writeDigits(0, 1, out++);
   *out++ = '.';
-  out = std::copy_n(digits_ + 1, count_ - 1, out);
+  out = writeDigits(1, count_, out);
   *out++ = 'E';
   *out++ = exponent_ < 0 ? u'-' : u'+';
   auto rest = static_cast<std::uint32_t>(std::abs(exponent_));

@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdint>
 
+#include "core/digitvectors.hpp"
+
 // Integers and doubles as text, written in place.
 //
 // Each number is first reduced to what its text is made of: a magnitude, or digits and an exponent. The length follows
@@ -75,8 +77,15 @@ class DoubleText {
   // REQUIRES: the value is finite.
   explicit DoubleText(double value);
 
-  std::uint32_t plainLength() const;
-  void writePlain(unsigned short* out) const;
+  // Of the plain text.
+  std::uint32_t length() const;
+  void write(unsigned short* out) const;
+  // The plain text of 0, and of a number from 10^-5 to below 10^15, is written at once, without a branch on how many
+  // digits there are. REQUIRES: such a number, and room for kUsualUnits, whatever the length.
+  static constexpr std::uint32_t kUsualUnits = 24;
+  bool isUsual() const { return exponent_ >= -5 && exponent_ < 15; }
+  void writeUsual(unsigned short* out) const;
+
   std::uint32_t exponentialLength() const;
   void writeExponential(unsigned short* out) const;
 
@@ -86,11 +95,11 @@ class DoubleText {
  private:
   static constexpr std::uint32_t kMaxDigits = 17;
 
-  bool takeShort(double magnitude);
-  void takeAny(double magnitude);
+  unsigned short* writeDigits(std::uint32_t first, std::uint32_t end, unsigned short* out) const;
 
-  unsigned short digits_[kMaxDigits];
-  std::uint32_t count_ = 0;    // of digits, at least 1; the last one is no zero unless it is the only one
+  ByteVector first_;           // sixteen digits, as characters; zeros follow those that count
+  unsigned short last_ = '0';  // and the seventeenth
+  std::uint32_t count_ = 1;    // of digits; the last one is no zero unless it is the only one
   std::int32_t exponent_ = 0;  // of the first digit
   bool negative_;
 };

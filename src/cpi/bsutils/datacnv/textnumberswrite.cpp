@@ -6,6 +6,7 @@
 #include <unicode/decimfmt.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <new>
@@ -97,6 +98,29 @@ void writeBuffer(const FailureSite& site, unsigned short* out, const int& length
   std::copy_n(text.characters(), static_cast<unsigned>(length), out);
 }
 
+// Texts that are written at once get the room for all that is written, and then their length.
+void writeNumber(const core::IntegerText& number, KelWstring& out) {
+  if (number.isShort()) [[likely]] {
+    number.writeShort(out.resizeForOverwrite(core::IntegerText::kShortUnits));
+    out.cutTo(number.length());
+  } else {
+    number.write(out.resizeForOverwrite(number.length()));
+  }
+}
+void writeNumber(const core::DoubleText& number, KelWstring& out) {
+  using core::DoubleText;
+  if (!number.isUsual()) {
+    number.write(out.resizeForOverwrite(number.length()));
+  } else if (unsigned short* const room = out.resizeInPlace(DoubleText::kUsualUnits)) {
+    number.writeUsual(room);
+    out.cutTo(number.length());
+  } else {
+    std::array<unsigned short, DoubleText::kUsualUnits> scratch;
+    number.writeUsual(scratch.data());
+    std::copy_n(scratch.data(), number.length(), out.resizeForOverwrite(number.length()));
+  }
+}
+
 // Serves finite doubles while the formatter's symbols are ASCII.
 inline bool writeDoubleFast(double value, KelWstring& out, bool exponential) {
   // The first double of the process goes the general way and makes the formatter, whose symbols are not known before.
@@ -104,7 +128,7 @@ inline bool writeDoubleFast(double value, KelWstring& out, bool exponential) {
     return false;
   const core::DoubleText number(value);
   if (!exponential) {
-    number.writePlain(out.resizeForOverwrite(number.plainLength()));
+    writeNumber(number, out);
     return true;
   }
   // ICU writes some of these as "0.09999999999999999E+1". Which ones is its own affair.
@@ -202,19 +226,9 @@ PWFData emptyString() {
   return TextInPlace::make(STRING, 0, [](unsigned short*) {});
 }
 
-// A short text gets the room for all that is written, and then its length.
-void writeDigits(const core::IntegerText& number, KelWstring& out) {
-  if (number.isShort()) [[likely]] {
-    number.writeShort(out.resizeForOverwrite(core::IntegerText::kShortUnits));
-    out.cutTo(number.length());
-  } else {
-    number.write(out.resizeForOverwrite(number.length()));
-  }
-}
-
 // Serves every integer.
 bool writePlainFast(long value, KelWstring& out) {
-  writeDigits(core::IntegerText(value), out);
+  writeNumber(core::IntegerText(value), out);
   return true;
 }
 
@@ -260,7 +274,7 @@ bool writePlainFast(const unsigned short* value, KelWstring& out) {
 
 void DataCnv::Int64ToUString(long value, KelWstring& out) {
   const FunctionTrace trace(this, "DataCnv::Int64ToUString", kDataCnvPath);
-  writeDigits(core::IntegerText(value), out);
+  writeNumber(core::IntegerText(value), out);
 }
 
 void DataCnv::doubleToUString(double value, KelWstring& out, bool exponential) {
