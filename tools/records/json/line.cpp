@@ -73,11 +73,13 @@ bool narrow(UnitView text, char* to) {
     std::memcpy(to + size - kLanes / 2, &halves[1], sizeof halves[1]);
     return !isAny(refused(units));
   }
-  Units few{};
-  for (std::size_t i = 0; i < kLanes; ++i)
-    few[i] = i < size ? static_cast<short>(from[i]) : ' ';
-  for (std::size_t i = 0; i < size; ++i)
-    to[i] = static_cast<char>(from[i]);
+  if (size == 0) return true;
+  // The first, the middle and the last of one to three units.
+  const Units few{static_cast<short>(from[0]), static_cast<short>(from[size / 2]), static_cast<short>(from[size - 1]),
+                  ' ', ' ', ' ', ' ', ' '};
+  to[0] = static_cast<char>(few[0]);
+  to[size / 2] = static_cast<char>(few[1]);
+  to[size - 1] = static_cast<char>(few[2]);
   return !isAny(refused(few));
 }
 
