@@ -60,7 +60,7 @@ class CsvHandler : public LineHandler {
   CsvColumns columns_;
   std::vector<Open> open_;
   std::vector<Cell> cells_;  // of the record in hand
-  rapidjson::StringBuffer values_;
+  JsonBuffer values_;
   JsonLine writer_{values_};
   std::string lines_;
   std::size_t lineStart_ = 0;  // of the last record

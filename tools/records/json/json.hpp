@@ -64,7 +64,7 @@ class JsonHandler : public LineHandler {
   std::deque<JsonKey> keys_;
   JsonKey foreignKey_{UnitView()};  // of the last name that is not among them
   const Options options_;
-  rapidjson::StringBuffer out_;
+  JsonBuffer out_;
   JsonLine line_{out_};
   std::size_t lineStart_ = 0;  // of the last record
   bool isInRecord_ = false;

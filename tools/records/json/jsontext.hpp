@@ -11,7 +11,7 @@ namespace oxr::rec {
 // A JSON text that is written member by member.
 class JsonText {
  public:
-  rapidjson::Writer<rapidjson::StringBuffer>& writer() { return writer_; }
+  JsonWriter<rapidjson::UTF8<>>& writer() { return writer_; }
   void put(const char* key, const std::string& text) {
     writer_.Key(key);
     writer_.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
@@ -29,8 +29,8 @@ class JsonText {
   void clear() { out_.Clear(); }
 
  private:
-  rapidjson::StringBuffer out_;
-  rapidjson::Writer<rapidjson::StringBuffer> writer_{out_};
+  JsonBuffer out_;
+  JsonWriter<rapidjson::UTF8<>> writer_{out_};
 };
 
 }  // namespace oxr::rec

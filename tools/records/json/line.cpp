@@ -75,8 +75,10 @@ bool narrow(UnitView text, char* to) {
   }
   if (size == 0) return true;
   // The first, the middle and the last of one to three units.
-  const Units few{static_cast<short>(from[0]), static_cast<short>(from[size / 2]), static_cast<short>(from[size - 1]),
-                  ' ', ' ', ' ', ' ', ' '};
+  Units few = Units{} + short{' '};
+  few[0] = static_cast<short>(from[0]);
+  few[1] = static_cast<short>(from[size / 2]);
+  few[2] = static_cast<short>(from[size - 1]);
   to[0] = static_cast<char>(few[0]);
   to[size / 2] = static_cast<char>(few[1]);
   to[size - 1] = static_cast<char>(few[2]);
@@ -96,7 +98,7 @@ bool endsLines(unsigned short unit) {
 }
 
 // Escapes them in what was written from `start` on.
-void escapeLineEnds(rapidjson::StringBuffer& out, std::size_t start) {
+void escapeLineEnds(JsonBuffer& out, std::size_t start) {
   std::string text(out.GetString() + start, out.GetSize() - start);
   out.Pop(text.size());
   for (const auto& end : kLineEnds)
@@ -145,7 +147,7 @@ char* writeDigits(UnitView digits, char* to, char** point) {
 JsonKey::JsonKey(UnitView name) {
   // A copy with a terminator: the writer looks one unit past the end.
   const KelWstring copy(name);
-  rapidjson::StringBuffer out;
+  JsonBuffer out;
   JsonLine(out).text(copy.view());
   text_ = ',' + std::string(out.GetString(), out.GetSize()) + ':';
   size_ = text_.size();

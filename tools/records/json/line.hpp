@@ -43,9 +43,9 @@ class JsonKey {
 //   line.beginMember(name);
 //   line.text(units);
 //   line.EndObject();
-class JsonLine : public rapidjson::Writer<rapidjson::StringBuffer, LenientUtf16> {
+class JsonLine : public JsonWriter<LenientUtf16> {
  public:
-  explicit JsonLine(rapidjson::StringBuffer& out) : Writer(out) {}
+  explicit JsonLine(JsonBuffer& out) : Writer(out) {}
 
   // The writer counts keys and values to know where it stands: a member with a plain value is two of them.
   void beginMember(const JsonKey& key) {
