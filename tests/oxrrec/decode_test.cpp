@@ -279,6 +279,8 @@ constexpr const char* kRefusals[][2] = {
     {"--copybook @kinds --ccsid 37 --when T=1 @in", "--when T=1: this is not FIELD=VALUE:NAME\n"},
     {"--copybook @kinds --ccsid 37 --when T=1,:A @in", "--when T=1,:A: a value is missing\n"},
     {"--copybook @kinds --ccsid 37 --when T='1:A @in", "--when T='1:A: a quoted value has no end\n"},
+    {"--copybook @kinds --ccsid 37 --when T=9-1:A @in", "--when T=9-1:A: the range 9-1 ends before it begins\n"},
+    {"--copybook @kinds --ccsid 37 --when T=1,X:A @in", "--when T=1,X:A: X is no number, as the field's values are\n"},
     {"--copybook @kinds --ccsid 37 --when TT=1:A @in", "--when TT=1:A: there is no item TT; is T meant?\n"},
     {"--copybook @kinds --ccsid 37 --when T=1:C @in", "--when T=1:C: there is no record and no item C*"},
     {"--copybook @kinds --ccsid 37 --when T=1:T @in",

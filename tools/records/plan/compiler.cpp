@@ -269,6 +269,13 @@ Step PlanCompiler::fieldStep(const Layout& layout, ItemIndex field, std::uint32_
   return stepFor(Op::field, field, offset);
 }
 
+bool PlanCompiler::givesNumber(const Step& field) const {
+  constexpr Kind kNumbers[] = {Kind::external, Kind::packed, Kind::unsignedPacked, Kind::binary, Kind::nativeBinary};
+  const bool isDate = !plan_.forms_[field.form].date.empty();
+  return !isDate && (field.edited != nullptr ||
+                     std::find(std::begin(kNumbers), std::end(kNumbers), field.kind) != std::end(kNumbers));
+}
+
 // Returns its index.
 std::uint32_t PlanCompiler::addStep(const Step& step) {
   plan_.steps_.push_back(step);

@@ -37,6 +37,7 @@ class PlanCompiler final : private QuestionMaker {
   Step stepFor(Op op, ItemIndex index, std::uint32_t offset);
   void edit(Step& step, const Item& entry);
   Step fieldStep(const Layout& layout, ItemIndex field, std::uint32_t offset) override;
+  bool givesNumber(const Step& field) const override;
   std::uint32_t addStep(const Step& step);
   void refuse(ItemIndex index);
   void findForms();

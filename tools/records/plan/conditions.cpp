@@ -88,6 +88,8 @@ void addCondition(Choice& choice, const Condition& condition, std::uint32_t alte
   }
   const Found found = find(condition, layout, area, arraysAtFullSize);
   Question question{&layout, maker.fieldStep(layout, found.item, found.place.offset), found.place.from, {}};
+  if (const std::string fault = condition.values->fault(maker.givesNumber(question.field)); !fault.empty())
+    refuse(condition, fault);
   if (choice.questions.empty() || !asksTheSame(choice.questions.back(), question))
     choice.questions.push_back(std::move(question));
   choice.questions.back().answers.push_back({*condition.values, alternative});

@@ -25,15 +25,17 @@ AreaConditions areaConditionsOf(const Layout& layout, std::span<const Condition>
 // Throws PlanError if the condition names no such item of any layout.
 void requireArea(const Condition& condition, const std::deque<Layout>& layouts);
 
-// What turns a field into a step that reads it in silence.
+// What turns a field into a step that reads it in silence, and knows what kind of value that gives.
 class QuestionMaker {
  public:
   virtual ~QuestionMaker() = default;
   virtual Step fieldStep(const Layout& layout, ItemIndex field, std::uint32_t offset) = 0;
+  virtual bool givesNumber(const Step& field) const = 0;
 };
 
 // Adds the condition to the choice: to a question that there is, or a new one. `area` is the item before which the walk
-// asks, or kNoItem before the record. Throws PlanError for a field that is not there, or has no place to look at.
+// asks, or kNoItem before the record. Throws PlanError for a field that is not there, or has no place to look at, and
+// for values that it never has.
 void addCondition(Choice& choice, const Condition& condition, std::uint32_t alternative, const Layout& layout,
                   ItemIndex area, bool arraysAtFullSize, QuestionMaker& maker);
 

@@ -104,6 +104,18 @@ ValueSet::ValueSet(std::string_view text) {
   } while (!text.empty());
 }
 
+std::string ValueSet::fault(bool areNumbers) const {
+  for (const auto& [first, last] : ranges_) {
+    if (areNumbers)
+      for (const KelWstring* value : {&first, &last})
+        if (!numberIn(value->view())) return toUtf8(value->view()) + " is no number, as the field's values are";
+    const bool isReversed = areNumbers ? compareNumbers(*numberIn(first.view()), *numberIn(last.view())) > 0
+                                       : withoutTrailingBlanks(first.view()) > withoutTrailingBlanks(last.view());
+    if (isReversed) return "the range " + toUtf8(first.view()) + '-' + toUtf8(last.view()) + " ends before it begins";
+  }
+  return {};
+}
+
 bool ValueSet::holds(const PWFData& value) const {
   if (value.isNull() || value.isNothing()) return false;
   if (value.getDataLogicalType() == STRING) return holdsText(withoutTrailingBlanks(value.getPWFStringValue().view()));

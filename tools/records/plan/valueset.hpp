@@ -16,6 +16,8 @@ class ValueSet {
  public:
   // Throws std::invalid_argument, whose what() says what is wrong with the text.
   explicit ValueSet(std::string_view text);
+  // Why a field of numbers, or of text, would never hold one of them; empty if it may.
+  std::string fault(bool areNumbers) const;
   // Whether a value is one of them. A null is none.
   bool holds(const PWFData& value) const;
 
