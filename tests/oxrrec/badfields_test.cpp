@@ -49,12 +49,16 @@ const struct {
     {"S9(3) SIGN LEADING SEPARATE", "00310032", "no number of digits", "--ccsid 1200"},
     // Edited numbers, floats and text.
     {"ZZ9.99", "40C1F14BF2F2", "no edited number: byte 2 of 6 is C1 (\"A\")", "--edited number"},
+    {"ZZ9.99", "F1F2F3F4F5F6", "no edited number: byte 4 of 6 is F4 (\"4\")", "--edited number"},
+    {"ZZ9", "40F140", "no edited number: byte 3 of 3 is 40 (\" \")", "--edited number"},
+    {"9(3)CR", "F0F1F2C4C2", "no edited number: byte 4 of 5 is C4 (\"D\")", "--edited number"},
     {"ZZ9.99", "4040404B4040", "no edited number: it has no digit", "--edited number"},
     {"S99.99", "F1F24BC1F4", "not a number: byte 4 of 5 is C1 (\"A\"), no digit (OXR5505)", "--edited number"},
     {"G(1) DISPLAY-1", "42C1", "its code page has no double-byte characters: page 37"},
     // Dates.
     {"9(8)", "F0F0F0F0F0F0F0F0", "no date: there is no month 0 (OXR5540)", "--field F:date=yyyyMMdd"},
     {"9(8)", "F2F0F2F3F0F2F2F9", "no date: month 2 has no day 29 (OXR5540)", "--field F:date=yyyyMMdd"},
+    {"9(8)", "F2F0F2F4F1F1F2F2", "no date: it has 8 characters, and its pattern 6 (OXR5540)", "--field F:date=yyMMdd"},
     {"9(7)", "F2F0F2F3F3F6F7", "no date: there is no day 367 (OXR5540)", "--field F:date=yyyyDDD"},
     {"X(10)", "F0F161F1F161F2F0F2F3", "no date: character 3 is \"/\" (OXR5540)", "--field F:date=dd.MM.yyyy"},
     {"X(2)", "F20F", "no date: character 2 is U+000F (OXR5540)", "--field F:date=HH"},

@@ -11,10 +11,10 @@ namespace {
 // To try out options takes far longer than to read a field: of each field the first bad ones tell enough.
 constexpr std::uint64_t kTriedFields = 1000;
 
-void countSign(FieldProfile& profile, const FieldSeen& field) {
+void countSign(FieldProfile& profile, const FieldSeen& field, const PhysicalForm& form) {
   const ESign sign = field.step.sign;
   if (field.step.kind == Kind::packed)
-    ++profile.signs[field.bytes.back() & 15];
+    ++profile.signs[form.packedSign == SignEnd::leading ? field.bytes.front() >> 4 : field.bytes.back() & 15];
   else if (field.step.kind == Kind::external && sign == eSignTrailingIncluded)
     ++profile.signs[field.bytes.back() >> 4];
   else if (field.step.kind == Kind::external && sign == eSignLeadingIncluded)
@@ -46,7 +46,7 @@ void addTo(FieldProfile& profile, const FieldSeen& field, unsigned char blank, c
   if (!field.bytes.empty()) {
     if (isAll(field.bytes, blank)) ++profile.blanks;
     if (isAll(field.bytes, 0)) ++profile.nuls;
-    countSign(profile, field);
+    countSign(profile, field, form);
   }
   if (field.fault != nullptr)
     addBad(profile, field, form);

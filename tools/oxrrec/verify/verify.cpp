@@ -33,6 +33,15 @@ std::string hex(std::span<const unsigned char> bytes) {
   return hexText(bytes.first(std::min(bytes.size(), kShownBytes)), " ") + (bytes.size() > kShownBytes ? " ..." : "");
 }
 
+// Of long ones from the first byte on that differs.
+std::string hexOfBoth(std::span<const unsigned char> was, std::span<const unsigned char> is) {
+  const auto equal =
+      static_cast<std::size_t>(std::mismatch(was.begin(), was.end(), is.begin(), is.end()).first - was.begin());
+  const std::size_t from = was.size() > kShownBytes ? equal : 0;
+  const char* const before = from != 0 ? "... " : "";
+  return before + hex(was.subspan(from)) + " became " + before + hex(is.subspan(from));
+}
+
 // The bytes of a file, one stretch after the other.
 class Stretches {
  public:
@@ -172,8 +181,9 @@ class Verifying {
       ++(difference.hasValue ? withValue_ : withoutValue_);
       if (isTold())
         tell(", byte " + std::to_string(difference.offset) + (difference.path.empty() ? "" : ", " + difference.path) +
-             ": " + hex(std::span(original_).subspan(difference.offset, difference.size)) + " became " +
-             hex(std::span(record_).subspan(difference.offset, difference.size)) +
+             ": " +
+             hexOfBoth(std::span(original_).subspan(difference.offset, difference.size),
+                       std::span(record_).subspan(difference.offset, difference.size)) +
              (difference.hasValue       ? ""
               : difference.path.empty() ? ", which no field gives"
                                         : ", the same value"));

@@ -92,7 +92,8 @@ PWFData FieldConverter::special(const Step& step, const unsigned char* bytes) {
   return plain(step, bytes, step.size);
 }
 
-// What a field means that the form says to hold no number. A date is never zero.
+// What a field means that the form says to hold no number. A date is never zero, and blanks that show a zero by
+// themselves are one whatever the form says.
 std::optional<PWFData> FieldConverter::empty(const Step& step, const unsigned char* bytes) {
   const bool isDate = !form_.date.empty();
   const bool isNumber =
@@ -101,6 +102,10 @@ std::optional<PWFData> FieldConverter::empty(const Step& step, const unsigned ch
   const unsigned char first = bytes[0];
   if ((first != 0 && first != fillBlank_) || !std::all_of(bytes, bytes + step.size, [&](auto b) { return b == first; }))
     return std::nullopt;
+  const bool isZero =
+      step.sign == eSignNone &&
+      (step.kind == Kind::external ? step.isBlankWhenZero : step.edited != nullptr && step.edited->showsZeroAsBlanks());
+  if (first != 0 && isZero && !isDate) return std::nullopt;
   const EmptyNumber meaning = first == 0 ? form_.lowValues : form_.blankNumbers;
   if (meaning == EmptyNumber::isError) return std::nullopt;
   if (isDate) return PWFData(STRING);

@@ -4,8 +4,7 @@
 #include "records/fields/diagnosis.hpp"
 
 // A pattern of fixed width is walked along with a text of that width: digits where it has letters, its own characters
-// elsewhere. A field of the date-time formatter may be wider than its letters, but never narrower, so that in a text of
-// exactly that width each has its own place. Nothing is told where the calendar's answer depends on today.
+// elsewhere. A text of another width the formatter refuses. Nothing is told where the calendar's answer depends on today.
 
 namespace oxr::rec {
 
@@ -140,9 +139,9 @@ int numberIn(UnitView digits) {
 
 FaultReason dateFault(std::string_view pattern, UnitView text) {
   const std::optional<std::size_t> width = widthOf(pattern);
-  if (!width || text.size() > *width) return {};
-  if (text.size() < *width)
-    return unreadable(FaultCode::dateShort, static_cast<std::int64_t>(text.size()), static_cast<std::int64_t>(*width));
+  if (!width) return {};
+  if (text.size() != *width)
+    return unreadable(FaultCode::dateLength, static_cast<std::int64_t>(text.size()), static_cast<std::int64_t>(*width));
   if (const auto bad = badCharacter(pattern, text))
     return unreadable(FaultCode::dateCharacter, static_cast<std::int64_t>(*bad), 0, text[*bad]);
   Told told;

@@ -53,7 +53,7 @@ struct Unpadded {
 Unpadded withoutPadding(std::span<const unsigned char> field, ESign sign, unsigned char blank);
 
 // A text of the date-time formatter's letters, against a pattern of fixed width that is made of y, M, d, D, H, m, s and
-// S. Of other patterns nothing is told, and of fields that are wider.
+// S. Of other patterns nothing is told.
 FaultReason dateFault(std::string_view pattern, UnitView text);
 
 // The same for a field that holds one byte all over, in words that say so.

@@ -140,17 +140,59 @@ std::string EditedPicture::edit(std::string_view digits, bool isNegative, char p
   return text;
 }
 
+// Whether a symbol may show a unit. Suppressed digits come before all others, and with them what stands between digits.
+bool EditedPicture::mayShow(std::size_t at, unsigned short unit, bool isDigitShown) const {
+  constexpr std::string_view kCurrencies = "$\xA3\xA4\xA5";
+  const char symbol = symbols_[at];
+  const auto isOne = [unit](std::string_view units) {
+    return unit < 0x100 && units.find(static_cast<char>(unit)) != std::string_view::npos;
+  };
+  const auto isOf = [&](char sign) {
+    if (sign == '$') return isOne(kCurrencies) || unit == 0x20AC || unit == ' ';
+    return sign != 0 && isOne("+- ");
+  };
+  const bool isDigit = unit >= '0' && unit <= '9';
+  const bool isFill = !isDigitShown && (unit == static_cast<unsigned char>(fill_) || isOf(floating_));
+  switch (symbol) {
+    case '9':
+      return isDigit;
+    case 'Z':
+    case '*':
+      return isDigit || isFill;
+    case '+':
+    case '-':
+    case '$':
+      return symbol == floating_ ? isDigit || isFill : isOf(symbol) || isFill;
+    case 'c':
+    case 'r':
+    case 'd':
+    case 'b':
+      return unit == ' ' || unit == static_cast<unsigned char>(upperCase(symbol));
+    default:
+      return unit == static_cast<unsigned char>(symbol == 'B' ? ' ' : symbol) || isFill;
+  }
+}
+
 std::optional<EditedNumber> EditedPicture::read(UnitView text, std::size_t* badAt) const {
-  std::basic_string<unsigned short> shown(text);
-  for (std::size_t i = 0; i < std::min(shown.size(), symbols_.size()); ++i)
-    if (symbols_[i] == '0') shown[i] = ' ';
-  if (auto number = readEditedNumber(shown, badAt)) return number;
   const std::string none = hasNine_ ? std::string() : zero();
-  const bool isNone = std::all_of(text.begin(), text.end(), [](auto unit) { return unit == ' '; })
-                          ? isBlankWhenZero_ || (!hasNine_ && fill_ == ' ')
-                          : std::equal(text.begin(), text.end(), none.begin(), none.end());
-  if (!isNone) return std::nullopt;
-  return EditedNumber{false, "0", std::nullopt};
+  const bool isBlank = std::all_of(text.begin(), text.end(), [](auto unit) { return unit == ' '; });
+  if (isBlank ? showsZeroAsBlanks() : std::equal(text.begin(), text.end(), none.begin(), none.end()))
+    return EditedNumber{false, "0", std::nullopt};
+  std::basic_string<unsigned short> shown(text);
+  shown.resize(std::max(shown.size(), symbols_.size()), ' ');
+  const bool hasDigit = std::any_of(text.begin(), text.end(), [](auto unit) { return unit >= '0' && unit <= '9'; });
+  bool isDigitShown = false;
+  for (std::size_t at = 0; at < shown.size(); ++at) {
+    if (at >= symbols_.size() || !mayShow(at, shown[at], isDigitShown)) {
+      if (badAt != nullptr) *badAt = shown[at] == ' ' && !hasDigit ? std::string::npos : at;
+      return std::nullopt;
+    }
+    if (symbols_[at] == '0')
+      shown[at] = ' ';
+    else
+      isDigitShown |= shown[at] >= '0' && shown[at] <= '9';
+  }
+  return readEditedNumber(shown, badAt);
 }
 
 }  // namespace oxr::rec

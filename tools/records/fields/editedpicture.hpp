@@ -28,19 +28,23 @@ class EditedPicture {
   int scale() const { return scale_; }
   // Whether the picture has a place for a sign.
   bool isSigned() const { return isSigned_; }
+  // Whether blanks all over show a zero.
+  bool showsZeroAsBlanks() const { return isBlankWhenZero_ || (!hasNine_ && fill_ == ' '); }
   // A symbol for each character of the field: CR is "cr" and DB is "db".
   const std::string& symbols() const { return symbols_; }
 
   // The characters of a number, of which all digits() are given. `plus` is what "-" shows of one that is not negative.
   std::string edit(std::string_view digits, bool isNegative, char plus = ' ') const;
-  // The number of such characters, with those at the end left out that are blanks; nothing if they show none.
-  // `badAt`, if it is given, then is the place of the character that has no place there, npos if a digit is missing.
+  // The number of such characters, with those at the end left out that are blanks; nothing if they show none, or have
+  // what the picture does not show at their place. `badAt`, if it is given, then is the place of the first such
+  // character, npos if a digit is missing.
   std::optional<EditedNumber> read(UnitView text, std::size_t* badAt = nullptr) const;
 
  private:
   void add(char symbol, std::size_t count);
   void count();
   std::string zero() const;
+  bool mayShow(std::size_t at, unsigned short unit, bool isDigitShown) const;
 
   std::string symbols_;
   std::size_t pointAt_ = std::string::npos;  // the symbol behind the decimal point, where no character shows it

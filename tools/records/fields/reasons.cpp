@@ -43,7 +43,7 @@ constexpr Words kWords[] = {
     {FaultCode::infinite, "an infinite number", false},
     {FaultCode::singleBytesOnly, "its code page has no double-byte characters", false},
     {FaultCode::negativeDate, "no date", false},
-    {FaultCode::dateShort, "no date", false},
+    {FaultCode::dateLength, "no date", false},
     {FaultCode::dateCharacter, "no date", false},
     {FaultCode::datePart, "no date", false},
     {FaultCode::dateDay, "no date", false},
@@ -136,7 +136,7 @@ std::string detailOf(const FaultReason& reason, std::size_t size) {
       return ": page " + number(0);
     case FaultCode::negativeDate:
       return ": it is below zero";
-    case FaultCode::dateShort:
+    case FaultCode::dateLength:
       return ": it has " + number(0) + " characters, and its pattern " + number(1);
     case FaultCode::dateCharacter:
       return ": character " + std::to_string(reason.numbers[0] + 1) + " is " +

@@ -41,7 +41,7 @@ enum class FaultCode : std::uint8_t {
   infinite,         // a float that is infinite
   singleBytesOnly,  // the code page numbers[0] has no double-byte characters
   negativeDate,     // a number below zero is no date
-  dateShort,        // numbers[0] characters, and the pattern has numbers[1]
+  dateLength,       // numbers[0] characters, and the pattern has numbers[1]
   dateCharacter,    // the character at numbers[0], from 0, is numbers[2], which the pattern has not there
   datePart,         // what the letter numbers[0] of the pattern stands for has no value numbers[1]
   dateDay,          // the month numbers[0] has no day numbers[1] in that year

@@ -48,15 +48,17 @@ void putSignFirst(unsigned char* bytes, std::uint32_t size) {
     bytes[at] = static_cast<unsigned char>((bytes[at] >> 4) | ((at == 0 ? sign : bytes[at - 1] & 0x0F) << 4));
 }
 
-double doubleIn(Kind kind, const std::string& text) {
+double doubleIn(Kind kind, FloatForm form, const std::string& text) {
   const char* const end = text.data() + text.size();
   double wide = 0;
   const auto read = std::from_chars(text.data(), end, wide);
   if (read.ec == std::errc::result_out_of_range) throw FieldRefused(text + " is too large or too small for a float");
   if (read.ec != std::errc() || read.ptr != end) throw FieldRefused('"' + text + "\" is no number");
+  // Below its normal numbers a float has fewer digits, which a hexadecimal one has not.
+  const bool isIeee = form == FloatForm::ieeeBig || form == FloatForm::ieeeLittle;
   float narrow = 0;
   const bool isNarrow = kind == Kind::shortFloat && std::from_chars(text.data(), end, narrow).ec == std::errc() &&
-                        (narrow == 0 || std::isnormal(narrow));
+                        (isIeee || narrow == 0 || std::isnormal(narrow));
   return isNarrow ? double{narrow} : wide;
 }
 
@@ -103,9 +105,12 @@ void FieldWriter::plain(const Step& step, const PWFData& value, unsigned char* b
 bool FieldWriter::writeNull(const Step& step, unsigned char* bytes) {
   const bool isNumber = step.kind == Kind::external || step.kind == Kind::packed || step.edited != nullptr;
   if (!isNumber && form_.date.empty()) return false;
-  if (form_.blankNumbers == EmptyNumber::isNull)
+  const auto isNull = [this](EmptyNumber meaning) {
+    return meaning == EmptyNumber::isNull || (meaning == EmptyNumber::isZero && !form_.date.empty());  // as it is read
+  };
+  if (isNull(form_.blankNumbers))
     text_.fillWithBlanks(bytes, step.size);
-  else if (form_.lowValues == EmptyNumber::isNull)
+  else if (isNull(form_.lowValues))
     std::memset(bytes, 0, step.size);
   else
     return false;
@@ -293,8 +298,9 @@ void FieldWriter::wideBinary(const Step& step, std::uint64_t upper, std::uint64_
 double FieldWriter::doubleOf(const Step& step, const PWFData& value) {
   const ELogicalType type = value.getDataLogicalType();
   if (type == FLOAT) return value.getDoubleValue();
-  if (type != STRING && type != DECIMAL) return doubleIn(step.kind, toUtf8(UnitView(numberOf(value).text)));
-  return doubleIn(step.kind, toUtf8(UnitView(static_cast<const unsigned short*>(value.getDataValue()))));
+  if (type != STRING && type != DECIMAL)
+    return doubleIn(step.kind, form_.floats, toUtf8(UnitView(numberOf(value).text)));
+  return doubleIn(step.kind, form_.floats, toUtf8(UnitView(static_cast<const unsigned short*>(value.getDataValue()))));
 }
 
 void FieldWriter::floating(const Step& step, const PWFData& value, unsigned char* bytes) {
