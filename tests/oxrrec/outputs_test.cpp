@@ -89,6 +89,7 @@ TEST(Outputs, GoWhenASignalEndsTheProgram) {
     ASSERT_EQ(::pipe(ends.data()), 0);
     const pid_t child = ::fork();
     if (child == 0) {
+      std::signal(signal, SIG_DFL);  // a shell has its background ignore some, and then the program does
       setSignals();
       std::ostringstream messages;
       ::_exit(runOn({ends[0], 1, messages, false}, arguments));
