@@ -14,11 +14,19 @@ constexpr std::uint16_t kRefusals[] = {
     530,  // not allowed
 };
 
+// What a broker tells, with the code of a refusal, of what passes.
+constexpr std::string_view kPassing[] = {
+    " is down",                             // a queue or a virtual host, while the broker starts
+    "delivery acknowledgement on channel",  // a message was in hand for too long; it is back in its queue
+    "due to timeout",                       // the broker is too busy, or its nodes are
+};
+
 }  // namespace
 
 bool isRefusal(std::uint16_t code, std::string_view text) {
   const bool isKnown = std::find(std::begin(kRefusals), std::end(kRefusals), code) != std::end(kRefusals);
-  return isKnown && text.find(" is down") == std::string_view::npos;
+  return isKnown && std::none_of(std::begin(kPassing), std::end(kPassing),
+                                 [&](std::string_view part) { return text.find(part) != std::string_view::npos; });
 }
 
 }  // namespace oxr::mq

@@ -21,8 +21,8 @@ class BrokerRefused : public rec::ToolError {
   using rec::ToolError::ToolError;
 };
 
-// Whether a broker that closes a channel or a connection with this code and text will do so again. A queue or a virtual
-// host that is down while its broker starts shares its code with one that does not exist.
+// Whether a broker that closes a channel or a connection with this code and text will do so again. What passes,
+// such as a queue that is down while its broker starts, shares its code with what does not.
 bool isRefusal(std::uint16_t code, std::string_view text);
 
 }  // namespace oxr::mq
