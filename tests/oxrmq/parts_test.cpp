@@ -9,7 +9,7 @@
 #include "oxrmq/amqp/confirms.hpp"
 #include "oxrmq/amqp/errors.hpp"
 #include "oxrmq/amqp/properties.hpp"
-#include "oxrmq/feed/feedstate.hpp"
+#include "oxrmq/feed/session.hpp"
 #include "oxrmq/metrics.hpp"
 #include "oxrmq/program.hpp"
 #include "oxrrec/runs.hpp"
@@ -83,6 +83,9 @@ TEST(Refusals, AreCodesThatDoNotPass) {
   EXPECT_TRUE(isRefusal(404, "NOT_FOUND - no queue 'x'"));
   EXPECT_TRUE(isRefusal(403, "ACCESS_REFUSED"));
   EXPECT_FALSE(isRefusal(404, "NOT_FOUND - home node 'a' of durable queue 'q' is down or inaccessible"));
+  EXPECT_FALSE(isRefusal(404, "NOT_FOUND - failed to perform operation on queue 'q' in vhost '/' due to timeout"));
+  EXPECT_TRUE(isRefusal(406, "PRECONDITION_FAILED - inequivalent arg 'x-queue-type' for queue 'q'"));
+  EXPECT_FALSE(isRefusal(406, "PRECONDITION_FAILED - delivery acknowledgement on channel 1 timed out. Timeout value"));
   EXPECT_FALSE(isRefusal(320, "CONNECTION_FORCED - broker forced connection closure"));
 }
 
@@ -97,9 +100,9 @@ TEST(Backoff, GrowsToItsLimitAndStartsAnew) {
 
 TEST(ConfirmWindow, SettlesInAnyOrder) {
   ConfirmWindow<char> window;
-  const auto add = [&](std::uint64_t first, const std::string& values) {
-    for (const char value : values)
-      window.add(first++, value);
+  const auto add = [&](std::uint64_t first, std::string values) {
+    for (char& value : values)
+      EXPECT_EQ(window.add(first++, std::move(value)), value);
   };
   add(1, "abcdef");
   EXPECT_THAT(window.settle(3, false), ElementsAre('c'));
@@ -190,6 +193,30 @@ TEST(FeedState, GoesUpToTheOldestThatIsNotConfirmed) {
   progress.sent({30, 3}, {40, 4});  // again
   progress.confirmed({30, 3});
   EXPECT_EQ(progress.upTo().offset, 40U);
+}
+
+TEST(Outbox, HasWhatIsNotConfirmed) {
+  int cut = 0;
+  Outbox outbox(
+      [&]() -> std::optional<rec::Chunk> {
+        if (++cut == 3) throw std::bad_alloc();
+        rec::Chunk chunk;
+        chunk.bytes = "ab";
+        chunk.origin = {10U * cut, 1U * cut};
+        return chunk;
+      },
+      {10, 1});
+  rec::Chunk first = *outbox.next();
+  const rec::Chunk second = *outbox.next();
+  outbox.confirmed(second);
+  EXPECT_FALSE(outbox.isConfirmed());
+  outbox.giveBack({first});
+  EXPECT_EQ(outbox.next()->origin.bytes, 10U);
+  outbox.confirmed(first);
+  EXPECT_TRUE(outbox.isConfirmed());
+  EXPECT_EQ(outbox.upTo().offset, 22U);
+  // Whatever the cut had in hand is gone.
+  EXPECT_THAT(faultOf([&] { outbox.next(); }), HasSubstr("out of memory"));
 }
 
 TEST(Metrics, AreLinesThatPrometheusReads) {

@@ -41,10 +41,12 @@ void keepConnected(const Surroundings& around, const std::string& name, const Se
   bool wasConnected = false;
   while (true) {
     std::string why;
-    if (workOnce(around, settings, work, pauses, wasConnected, why)) return;
+    bool isConnected = false;
+    if (workOnce(around, settings, work, pauses, isConnected, why)) return;
+    if (isConnected) ++around.counters.connectionsLost;
+    wasConnected = wasConnected || isConnected;
     if (around.stop.isAsked()) return;
     if (!wasConnected && Clock::now() >= lastFirst) throw BrokerGone(why);
-    if (wasConnected) ++around.counters.connectionsLost;
     const Backoff::Pause pause = pauses.next();
     around.log.tell(why + "; trying again in " + secondsText(pause));
     around.stop.sleepFor(pause);

@@ -12,16 +12,20 @@ namespace oxr::mq {
 // may come in any order, and one may stand for all messages up to a number.
 //
 // Example:
-//   window.add(connection.publish(...), delivery);
+//   window.add(connection.nextNumber(), delivery);
+//   connection.publish(...);
 //   for (Delivery& done : window.settle(answer.number, answer.isForAllBefore)) ...
 template <class Value>
 class ConfirmWindow {
  public:
+  // Keeps what is going to be published, so that nothing is lost where publishing fails half way. The result lies here
+  // until it is settled. If memory runs out, all is as before, and `value` too.
   // REQUIRES: numbers come one after the other.
-  void add(std::uint64_t number, Value value) {
-    if (places_.empty()) first_ = number;
-    places_.emplace_back(std::move(value));
+  Value& add(std::uint64_t number, Value&& value) {
+    std::optional<Value>& place = places_.emplace_back(std::move(value));
+    if (places_.size() == 1) first_ = number;
     ++size_;
+    return *place;
   }
   // Takes out those that an answer is for, in their order. A number that is not waiting stands for nothing.
   std::vector<Value> settle(std::uint64_t number, bool isForAllBefore) {

@@ -38,6 +38,8 @@ void Connection::failed(int status, const std::string& doing) const {
   const std::string text = shown_ + ": " + doing + ": " + amqp_error_string2(status);
   if (status == AMQP_STATUS_SSL_HOSTNAME_VERIFY_FAILED || status == AMQP_STATUS_SSL_PEER_VERIFY_FAILED)
     throw BrokerRefused(text);
+  // What was asked cannot be told to a broker: a name is too long, or there are too many headers.
+  if (status == AMQP_STATUS_BAD_AMQP_DATA || status == AMQP_STATUS_TABLE_TOO_BIG) throw BrokerRefused(text);
   throw BrokerGone(text);
 }
 
@@ -162,12 +164,14 @@ void Connection::giveBack(std::uint64_t tag) {
   check(amqp_basic_nack(state_.get(), kChannel, tag, 0, 1), "giving a message back");
 }
 
-std::uint64_t Connection::publish(const Target& target, Properties& properties, std::string_view body) {
+void Connection::publish(const Target& target, Properties& properties, std::string_view body) {
   constexpr amqp_boolean_t kMustReachQueue = 1, kIsImmediate = 0;
-  check(amqp_basic_publish(state_.get(), kChannel, bytesOf(target.exchange), bytesOf(target.key), kMustReachQueue,
-                           kIsImmediate, &properties.raw(), bytesOf(body)),
-        "publishing a message");
-  return ++published_;
+  const int status = amqp_basic_publish(state_.get(), kChannel, bytesOf(target.exchange), bytesOf(target.key),
+                                        kMustReachQueue, kIsImmediate, &properties.raw(), bytesOf(body));
+  // The broker may have a part of the message: nothing else can follow on this connection.
+  if (status == AMQP_STATUS_NO_MEMORY) throw BrokerGone(shown_ + ": publishing a message: out of memory");
+  check(status, "publishing a message");
+  ++published_;
 }
 
 void Connection::close() noexcept {

@@ -34,7 +34,7 @@ struct ConnectionSettings {
 
 // It has taken the message, or all messages up to it; or it has not, and they are to be published again.
 struct Answer {
-  std::uint64_t number = 0;  // as publish() gave it
+  std::uint64_t number = 0;  // as nextNumber() gave it
   bool isForAllBefore = false;
   bool isTaken = true;
 };
@@ -78,8 +78,10 @@ class Connection {
   // Gives a delivery back to its queue.
   void giveBack(std::uint64_t tag);
 
-  // Publishes a message, for which an Answer comes; the result is its number. Body and properties may go afterwards.
-  std::uint64_t publish(const Target& target, Properties& properties, std::string_view body);
+  // The number that the next message will have.
+  std::uint64_t nextNumber() const { return published_ + 1; }
+  // Publishes a message, for which an Answer comes. Body and properties may go afterwards.
+  void publish(const Target& target, Properties& properties, std::string_view body);
 
   // Leaves in good order, as far as that can be done in a short time.
   void close() noexcept;

@@ -103,6 +103,7 @@ void ConsumerSession::take(const Answer& answer) {
     acknowledgements_.done(inHand.delivery.tag);
     ++(inHand.isFault ? around_.counters.messagesFailed : around_.counters.messagesOut);
     around_.counters.records += inHand.records;
+    around_.counters.badFields += inHand.badFields;
     around_.counters.bytesOut += inHand.bytes;
   }
   if (answer.isTaken) {
@@ -136,16 +137,17 @@ void ConsumerSession::work(Delivery delivery) {
   const std::uint64_t tag = delivery.tag;
   try {
     const Converted made = converted(delivery);
-    around_.counters.badFields += made.badFields;
     if (made.fault)
-      publishFault(std::move(delivery), *made.fault);
+      publishFault(std::move(delivery), *made.fault, made.badFields);
     else if (made.output.size() > route_.longestMessage)
-      publishFault(std::move(delivery), {"the message would become one of " + std::to_string(made.output.size()) +
-                                         " bytes, more than the broker takes"});
+      publishFault(std::move(delivery),
+                   {"the message would become one of " + std::to_string(made.output.size()) +
+                    " bytes, more than the broker takes"},
+                   made.badFields);
     else if (!made.output.empty())
       publishOutput(std::move(delivery), made);
     else
-      acknowledgements_.done(tag);
+      leaveOut(tag, made);
   } catch (const std::bad_alloc&) {
     around_.log.tell("out of memory; a message went back to its queue");
     ++around_.counters.givenBack;
@@ -166,10 +168,17 @@ void ConsumerSession::publishOutput(Delivery delivery, const Converted& made) {
   Properties properties(delivery.message.properties());
   properties.dropHeaders(kBrokersOwn);
   properties.setContentType(conversion_.outputType());
-  publish(std::move(delivery), route_.output, properties, made.output, made.records, false);
+  publish({std::move(delivery), made.records, made.badFields, made.output.size(), false}, route_.output, properties,
+          made.output);
 }
 
-void ConsumerSession::publishFault(Delivery delivery, const Fault& fault) {
+// Nothing is left of the message.
+void ConsumerSession::leaveOut(std::uint64_t tag, const Converted& made) {
+  around_.counters.badFields += made.badFields;
+  acknowledgements_.done(tag);
+}
+
+void ConsumerSession::publishFault(Delivery delivery, const Fault& fault, std::uint64_t badFields) {
   Properties properties(delivery.message.properties());
   properties.dropExpiration();
   properties.setHeader("oxr-fault", fault.reason);
@@ -179,15 +188,14 @@ void ConsumerSession::publishFault(Delivery delivery, const Fault& fault) {
   if (fault.record) properties.setHeader("oxr-fault-record", static_cast<std::int64_t>(*fault.record));
   if (fault.offset) properties.setHeader("oxr-fault-byte", static_cast<std::int64_t>(*fault.offset));
   const auto body = delivery.message.body();
-  publish(std::move(delivery), route_.errors, properties, {reinterpret_cast<const char*>(body.data()), body.size()}, 0,
-          true);
+  publish({std::move(delivery), 0, badFields, body.size(), true}, route_.errors, properties,
+          {reinterpret_cast<const char*>(body.data()), body.size()});
 }
 
-void ConsumerSession::publish(Delivery delivery, const Target& target, Properties& properties, std::string_view body,
-                              std::uint64_t records, bool isFault) {
+void ConsumerSession::publish(InHand&& inHand, const Target& target, Properties& properties, std::string_view body) {
   const Stopwatch watch(around_.counters.publishingNanoseconds);
-  const std::uint64_t number = connection_.publish(target, properties, body);
-  published_.add(number, {std::move(delivery), records, body.size(), isFault});
+  published_.add(connection_.nextNumber(), std::move(inHand));
+  connection_.publish(target, properties, body);
 }
 
 }  // namespace oxr::mq

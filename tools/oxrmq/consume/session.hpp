@@ -43,6 +43,15 @@ class ConsumerSession {
  private:
   using Clock = std::chrono::steady_clock;
 
+  // A message whose output is on its way, and what counts once the broker has confirmed it.
+  struct InHand {
+    Delivery delivery;
+    std::uint64_t records = 0;
+    std::uint64_t badFields = 0;
+    std::uint64_t bytes = 0;
+    bool isFault = false;
+  };
+
   void prepare();
   bool isDone();
   bool mayConvert() const;
@@ -54,18 +63,10 @@ class ConsumerSession {
   void acknowledge();
   void work(Delivery delivery);
   Converted converted(const Delivery& delivery);
+  void leaveOut(std::uint64_t tag, const Converted& made);
   void publishOutput(Delivery delivery, const Converted& converted);
-  void publishFault(Delivery delivery, const Fault& fault);
-  void publish(Delivery delivery, const Target& target, Properties& properties, std::string_view body,
-               std::uint64_t records, bool isFault);
-
-  // A message whose output is on its way.
-  struct InHand {
-    Delivery delivery;
-    std::uint64_t records = 0;
-    std::uint64_t bytes = 0;
-    bool isFault = false;
-  };
+  void publishFault(Delivery delivery, const Fault& fault, std::uint64_t badFields);
+  void publish(InHand&& inHand, const Target& target, Properties& properties, std::string_view body);
 
   const Surroundings& around_;
   const Route& route_;

@@ -149,7 +149,11 @@ int feed(const FeedOptions& options, const rec::Console& console) {
            " records sent to " + shown(options.output));
   const FeedProgress::Place upTo = outbox.upTo();
   if (!cutting.fault().empty()) throw rec::ToolError(cutting.fault());
-  if (!stop.isAsked()) return rec::kDone;
+  if (!stop.isAsked()) {
+    if (outbox.isConfirmed()) return rec::kDone;
+    throw rec::ToolError("the broker has not confirmed all of the file: only what is before byte " +
+                         std::to_string(upTo.offset) + " is sure to be there");
+  }
   log.tell("stopped at byte " + std::to_string(upTo.offset) + " of the file");
   return outbox.hasAny() ? rec::kBadField : rec::kDone;
 }

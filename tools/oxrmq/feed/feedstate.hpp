@@ -41,7 +41,7 @@ class FeedProgress {
   };
 
   explicit FeedProgress(Place start) : end_(start) {}
-  // The next part of the file is on its way. It may be told of again.
+  // The next part of the file is on its way.
   void sent(Place begin, Place end) {
     open_.emplace(begin.offset, begin);
     if (end.offset > end_.offset) end_ = end;
@@ -49,6 +49,8 @@ class FeedProgress {
   void confirmed(Place begin) { open_.erase(begin.offset); }
   // All before it is confirmed.
   Place upTo() const { return open_.empty() ? end_ : open_.begin()->second; }
+  // All that was sent is confirmed.
+  bool isConfirmed() const { return open_.empty(); }
 
  private:
   std::map<std::uint64_t, Place> open_;  // by offset

@@ -1,6 +1,9 @@
 #include "oxrmq/feed/session.hpp"
 
+#include <new>
 #include <utility>
+
+#include "records/framing/errors.hpp"
 
 namespace oxr::mq {
 
@@ -11,18 +14,26 @@ constexpr std::chrono::milliseconds kLook{200};  // so soon it is seen that an e
 }  // namespace
 
 std::optional<rec::Chunk> Outbox::next() {
-  std::optional<rec::Chunk> chunk;
-  if (!again_.empty()) {
-    chunk = std::move(again_.front());
-    again_.pop_front();
-  } else if (!isAtEnd_) {
-    chunk = take_();
+  if (again_.empty()) cut();
+  if (again_.empty()) return std::nullopt;
+  std::optional<rec::Chunk> chunk(std::move(again_.front()));
+  again_.pop_front();
+  return chunk;
+}
+
+// What was cut and then lost would never be sent, so there is no going on without memory.
+void Outbox::cut() {
+  if (isAtEnd_) return;
+  try {
+    std::optional<rec::Chunk> chunk = take_();
     isAtEnd_ = !chunk.has_value();
-  }
-  if (chunk)
+    if (!chunk) return;
     progress_.sent(beginOf(*chunk),
                    {chunk->origin.bytes + chunk->bytes.size(), chunk->origin.records + chunk->records});
-  return chunk;
+    again_.push_back(std::move(*chunk));
+  } catch (const std::bad_alloc&) {
+    throw rec::ToolError("out of memory where the file is cut");
+  }
 }
 
 void Outbox::giveBack(std::vector<rec::Chunk> chunks) {
@@ -105,8 +116,10 @@ void FeedSession::take(const Blocked& blocked) {
   around_.log.tell(isBlocked_ ? "the broker asks for a pause: " + *blocked.reason : "the broker goes on");
 }
 
-void FeedSession::publish(rec::Chunk chunk) {
+// The window has the message before the broker: if publishing fails half way, it goes back to the outbox.
+void FeedSession::publish(rec::Chunk&& taken) {
   const Stopwatch watch(around_.counters.publishingNanoseconds);
+  const rec::Chunk& chunk = published_.add(connection_.nextNumber(), std::move(taken));
   Properties properties;
   properties.setContentType(settings_.type);
   properties.setMessageId(settings_.source + ':' + std::to_string(chunk.origin.bytes));
@@ -114,8 +127,7 @@ void FeedSession::publish(rec::Chunk chunk) {
   properties.setHeader(kRecordHeader, static_cast<std::int64_t>(chunk.origin.records + 1));
   properties.setHeader(kOffsetHeader, static_cast<std::int64_t>(chunk.origin.bytes));
   properties.setHeader(kCountHeader, static_cast<std::int64_t>(chunk.records));
-  const std::uint64_t number = connection_.publish(settings_.output, properties, chunk.bytes);
-  published_.add(number, std::move(chunk));
+  connection_.publish(settings_.output, properties, chunk.bytes);
 }
 
 }  // namespace oxr::mq

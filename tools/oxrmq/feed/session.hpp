@@ -21,6 +21,7 @@ class Outbox {
   // `take` gives the next part of the file, nothing at its end.
   Outbox(Take take, FeedProgress::Place start) : take_(std::move(take)), progress_(start) {}
 
+  // Throws ToolError if memory runs out.
   std::optional<rec::Chunk> next();
   // To be sent again, before all others.
   void giveBack(std::vector<rec::Chunk> chunks);
@@ -28,8 +29,11 @@ class Outbox {
   bool hasAny() const { return !isAtEnd_ || !again_.empty(); }
   // All before it is confirmed.
   FeedProgress::Place upTo() const { return progress_.upTo(); }
+  // Whether all that was cut is confirmed.
+  bool isConfirmed() const { return progress_.isConfirmed(); }
 
  private:
+  void cut();
   static FeedProgress::Place beginOf(const rec::Chunk& chunk) { return {chunk.origin.bytes, chunk.origin.records}; }
 
   const Take take_;
@@ -68,7 +72,7 @@ class FeedSession {
   void take(const Returned& returned);
   void take(const Blocked& blocked);
   void take(const Delivery&) {}
-  void publish(rec::Chunk chunk);
+  void publish(rec::Chunk&& taken);
 
   const Surroundings& around_;
   const Settings& settings_;
