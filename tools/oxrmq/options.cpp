@@ -70,6 +70,12 @@ void addMetricsOption(CLI::App& command, BrokerOptions& options) {
       ->group("Output");
 }
 
+void checkNames(CLI::Option& option) {
+  option.check([](const std::string& name) {
+    return name.size() <= kLongestName ? std::string() : "is longer than " + std::to_string(kLongestName) + " bytes";
+  });
+}
+
 void addTargetOption(CLI::App& command, const std::string& name, Target& target, const std::string& help) {
   command
       .add_option_function<std::string>(

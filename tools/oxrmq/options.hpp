@@ -6,7 +6,8 @@
 
 namespace CLI {
 class App;
-}
+class Option;
+}  // namespace CLI
 
 namespace oxr::mq {
 
@@ -26,6 +27,9 @@ void addBrokerOptions(CLI::App& command, BrokerOptions& options);
 void addMetricsOption(CLI::App& command, BrokerOptions& options);
 // EXCHANGE/KEY into `target`; the option `name` has to be given.
 void addTargetOption(CLI::App& command, const std::string& name, Target& target, const std::string& help);
+
+// Refuses the names that a broker cannot know.
+void checkNames(CLI::Option& option);
 
 // The address with the credentials that hold: those of the file, else those of the environment (OXRMQ_USER and
 // OXRMQ_PASSWORD), else those of the URL, else guest. Throws ToolError.

@@ -12,8 +12,6 @@ namespace {
 
 constexpr std::uint16_t kPlainPort = 5672;
 constexpr std::uint16_t kEncryptedPort = 5671;
-constexpr std::size_t kLongestName = 255;  // bytes of the name of a queue or an exchange, and of a key
-
 [[noreturn]] void refuse(const std::string& what) {
   throw rec::ToolError("the broker's address " + what + "; it looks like amqp://user@host:5672/vhost");
 }
@@ -74,6 +72,9 @@ Address parseAddress(const std::string& url) {
   if (rest.find('?') != std::string_view::npos) refuse("has settings after a ?, which are options of this program");
   const std::size_t slash = rest.find('/');
   const std::string_view authority = rest.substr(0, slash);
+  // Else a part of a password that has a slash would be taken for the virtual host, and shown.
+  if (slash != std::string_view::npos && rest.find('@', slash) != std::string_view::npos)
+    refuse("has an @ after a /: write %2F for a / in a name or a password, and %40 for an @ in a virtual host");
   if (slash != std::string_view::npos && slash + 1 < rest.size()) address.virtualHost = decoded(rest.substr(slash + 1));
   const std::size_t at = authority.rfind('@');
   if (at != std::string_view::npos) readCredentialsIn(authority.substr(0, at), address);
@@ -110,9 +111,13 @@ Target parseTarget(const std::string& text) {
     throw rec::ToolError(text + " is no EXCHANGE/KEY; /" + text + " is the queue of that name");
   Target target{text.substr(0, slash), text.substr(slash + 1)};
   if (target.exchange.empty() && target.key.empty()) throw rec::ToolError("/ names neither an exchange nor a queue");
-  if (target.exchange.size() > kLongestName || target.key.size() > kLongestName)
-    throw rec::ToolError("a name of more than 255 bytes: " + text);
+  checkName(target.exchange);
+  checkName(target.key);
   return target;
+}
+
+void checkName(const std::string& name) {
+  if (name.size() > kLongestName) throw rec::ToolError("a name of more than 255 bytes: " + name);
 }
 
 std::string shown(const Target& target) {

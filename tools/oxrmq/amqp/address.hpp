@@ -37,6 +37,11 @@ struct Target {
   std::string key;
 };
 
+// Bytes of a name that a broker knows: of a queue, an exchange, a key, a content type, and of the id of a message.
+inline constexpr std::size_t kLongestName = 255;
+// Throws ToolError for a name that is too long.
+void checkName(const std::string& name);
+
 // The name of an exchange ends with the first slash. Throws ToolError.
 Target parseTarget(const std::string& text);
 std::string shown(const Target& target);

@@ -78,6 +78,9 @@ Properties::Properties() {
 Properties::Properties(const amqp_basic_properties_t& original) : raw_(original) {
   if ((raw_._flags & AMQP_BASIC_HEADERS_FLAG) != 0)
     headers_.assign(raw_.headers.entries, raw_.headers.entries + raw_.headers.num_entries);
+  std::erase_if(headers_, [](const amqp_table_entry_t& entry) {
+    return textOf(entry.key) == "CC" || textOf(entry.key) == "BCC";
+  });
   raw_._flags &= ~static_cast<amqp_flags_t>(AMQP_BASIC_USER_ID_FLAG);
   raw_._flags |= AMQP_BASIC_DELIVERY_MODE_FLAG;
   raw_.delivery_mode = kPersistent;

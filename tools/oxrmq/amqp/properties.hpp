@@ -35,7 +35,7 @@ class Properties {
  public:
   Properties();
   // With all that `original` has, which must outlive the object, but for the name of its user, which the broker would
-  // hold to the login.
+  // hold to the login, and for the headers that would send copies to other queues.
   explicit Properties(const amqp_basic_properties_t& original);
   Properties(Properties&&) = default;
   Properties& operator=(Properties&&) = delete;

@@ -51,11 +51,11 @@ class Consumers {
 
 void addConsumeOptions(CLI::App& command, ConsumeOptions& options) {
   constexpr char kTopic[] = "Messages";
-  command.add_option("--from", options.route.queues, "a queue to take messages from; may be repeated")
-      ->required()
-      ->type_name("QUEUE")
-      ->allow_extra_args(false)
-      ->group(kTopic);
+  checkNames(*command.add_option("--from", options.route.queues, "a queue to take messages from; may be repeated")
+                  ->required()
+                  ->type_name("QUEUE")
+                  ->allow_extra_args(false)
+                  ->group(kTopic));
   addTargetOption(command, "--to", options.route.output,
                   "where the results go: an exchange and a key, or /QUEUE for a queue by its name");
   addTargetOption(command, "--errors", options.route.errors,

@@ -40,6 +40,10 @@ Converted Encoding::convert(std::span<const unsigned char> body, rec::Origin ori
                        .record = origin.records + lines.lineNumber()};
     return converted;
   }
+  if (converted.records == 0 && converted.badFields == 0) {
+    converted.fault = {.reason = "the message has no records"};
+    return converted;
+  }
   worker_->finishWriting(buffer_);
   isBegun_ = true;
   converted.output = buffer_.bytes();

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 
 #include "oxrmq/convert/conversion.hpp"
 #include "oxrmq/feed/session.hpp"
@@ -17,6 +19,32 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kSaveInterval{1};
 constexpr std::size_t kFingerprintBytes = 65536;
+constexpr std::size_t kMessageBytes = 65536;
+
+// Not a file whose bytes can be read twice.
+bool isStream(const std::string& path) {
+  return path == rec::kStandardStream || (std::filesystem::exists(path) && !std::filesystem::is_regular_file(path));
+}
+
+std::string sourceOf(const FeedOptions& options) {
+  if (!options.source.empty()) return options.source;
+  if (isStream(options.input.path))
+    throw rec::ToolError(
+        "--source has to give a name to what comes in, for the ids of the messages: another one for "
+        "other bytes");
+  return std::filesystem::path(options.input.path).filename().string();
+}
+
+void refuseLong(const std::string& source) {
+  if (source.size() > kLongestFileName)
+    throw rec::ToolError("--source has to give a name of " + std::to_string(kLongestFileName) +
+                         " bytes or less, for the ids of the messages");
+}
+
+// 0 for any number.
+std::size_t bytesOfMessage(const FeedOptions& options) {
+  return options.bytes == 0 && options.mostRecords == 0 ? kMessageBytes : options.bytes;
+}
 
 void refuse(const FeedOptions& options) {
   const rec::Framing framing = options.input.records.form.framing;
@@ -24,27 +52,67 @@ void refuse(const FeedOptions& options) {
   if (options.record.copybook.path.empty() && !isFramed)
     throw rec::ToolError("--copybook has to tell how long a record is, unless --records says what stands around it");
   if (options.state.empty()) return;
-  if (options.input.path == rec::kStandardStream) throw rec::ToolError("--resume is not for standard input");
+  if (isStream(options.input.path)) throw rec::ToolError("--resume is not for standard input");
   if (framing == rec::Framing::automatic)
     throw rec::ToolError(
         "--resume goes on in the middle of the file, where --records auto may see it otherwise: say "
         "how the records lie");
 }
 
+// The copybook as far as it is needed, if one is given.
+std::optional<rec::Description> describe(const FeedOptions& options, const rec::Console& console) {
+  if (options.record.copybook.path.empty()) return std::nullopt;
+  rec::RecordOptions silent = options.record;
+  silent.plan.isSilent = true;
+  return std::optional<rec::Description>(std::in_place, silent, console);
+}
+
+// All that tells where records lie, and which of them are fed, beside the bytes of the file.
+std::string formOf(const FeedOptions& options, const std::optional<rec::Description>& description) {
+  const rec::RecordForm& records = options.input.records.form;
+  const rec::InputWindow& window = options.input.window;
+  const rec::CopybookOptions& copybook = options.record.copybook.options;
+  const rec::RecordPlan::Options& plan = options.record.plan;
+  const rec::PhysicalForm& form = plan.form;
+  std::ostringstream text;
+  const auto add = [&text](const auto&... values) { ((text << values << '\n'), ...); };
+  add(static_cast<int>(records.framing), records.countsHeader ? static_cast<int>(*records.countsHeader) : -1);
+  add(window.skipHeader, window.skipTrailer, window.recordsBefore);
+  if (window.range) add(window.range->begin, window.range->end);
+  add(static_cast<int>(copybook.format), copybook.record, static_cast<int>(copybook.binarySizes),
+      static_cast<int>(copybook.dialect), plan.arraysAtFullSize);
+  for (const auto* const list : {&plan.conditions, &plan.fieldSettings})
+    for (const std::string& entry : *list)
+      add(entry);
+  add(form.ccsid, static_cast<int>(form.integerEndian), form.hasLetterSigns, form.nationalCcsid,
+      static_cast<int>(form.blankNumbers), static_cast<int>(form.lowValues), form.lenientNumbers,
+      static_cast<int>(form.sign), static_cast<int>(form.packedSign));
+  if (description)
+    for (const std::string& file : description->plan().layout().fileNames)
+      add(std::ifstream(file, std::ios::binary).rdbuf());
+  return text.str();
+}
+
+// A stream, of which nothing is known before it is read.
+FeedState stateOf(const FeedOptions& options, const std::string& source,
+                  const std::optional<rec::Description>& description) {
+  FeedState state;
+  state.file = source;
+  state.form = fingerprint(formOf(options, description));
+  state.bytes = bytesOfMessage(options);
+  state.most = options.mostRecords;
+  return state;
+}
+
 // The file as it is at the start.
-FeedState stateOf(const FeedOptions& options, const std::string& source) {
+void addFile(FeedState& state, const FeedOptions& options) {
   const rec::InputWindow whole;
   rec::FileInput file = rec::FileInput::open(options.input.path, whole);
   int size = 0;
   const char* const bytes = file.slide(0, kFingerprintBytes)->getData(&size, 0);
   const std::string_view start(bytes, std::min<std::size_t>(static_cast<std::size_t>(size), kFingerprintBytes));
-  FeedState state;
-  state.file = source;
   state.size = file.totalSize().value_or(0);
   state.start = fingerprint(start);
-  state.bytes = options.bytes;
-  state.most = options.mostRecords;
-  return state;
 }
 
 // The window of the rest of the file. Throws ToolError for a state that does not fit.
@@ -63,17 +131,17 @@ rec::InputWindow restOf(const FeedOptions& options, FeedState& state) {
 // Cuts the input: by the copybook, where one is given.
 class Cutting {
  public:
-  Cutting(const FeedOptions& options, rec::FileInput& input, const rec::Console& console) : input_(input) {
-    if (options.record.copybook.path.empty()) {
+  Cutting(const FeedOptions& options, const std::optional<rec::Description>& description, rec::FileInput& input,
+          const rec::Console& console)
+      : input_(input) {
+    const std::size_t given = bytesOfMessage(options), bytes = given != 0 ? given : std::string::npos;
+    if (!description) {
       rec::RecordForm form = options.input.records.form;
       rec::setLineCharacters(form, options.record.plan.form.ccsid);
-      cutter_.emplace(form, input, options.bytes, spares_);
+      cutter_.emplace(form, input, bytes, spares_);
     } else {
-      rec::RecordOptions silent = options.record;
-      silent.plan.isSilent = true;
-      description_.emplace(silent, console);
-      const rec::RecordPlan& plan = description_->plan();
-      cutter_.emplace(plan, rec::settledRecords(options.input, plan, input, console), input, options.bytes, spares_);
+      const rec::RecordPlan& plan = description->plan();
+      cutter_.emplace(plan, rec::settledRecords(options.input, plan, input, console), input, bytes, spares_);
     }
     if (options.mostRecords != 0) cutter_->setMostRecords(options.mostRecords);
   }
@@ -93,7 +161,6 @@ class Cutting {
  private:
   rec::FileInput& input_;
   rec::Spares spares_;
-  std::optional<rec::Description> description_;
   std::optional<rec::RecordCutter> cutter_;
   std::string fault_;
 };
@@ -126,21 +193,19 @@ int feed(const FeedOptions& options, const rec::Console& console) {
   Stop stop;
   Counters counters;
   const Surroundings around{options.broker, addressOf(options.broker), log, stop, counters};
-  const std::string source =
-      options.source.empty() ? std::filesystem::path(options.input.path).filename().string() : options.source;
-  FeedState state;
-  rec::InputWindow window = options.input.window;
-  if (!options.state.empty()) {
-    state = stateOf(options, source);
-    window = restOf(options, state);
-  }
+  const std::string source = sourceOf(options);
+  refuseLong(source);
+  const std::optional<rec::Description> description = describe(options, console);
+  FeedState state = stateOf(options, source, description);
+  if (!isStream(options.input.path)) addFile(state, options);
+  const rec::InputWindow window = options.state.empty() ? options.input.window : restOf(options, state);
   rec::FileInput input = rec::openInput(options.input.path, window, console);
-  Cutting cutting(options, input, console);
+  Cutting cutting(options, description, input, console);
   Outbox outbox([&] { return cutting.next(); }, {input.origin().bytes, input.origin().records});
   StateFile file(options.state, state);
   const MetricsFile metrics(options.broker.metrics, counters, log);
   const FeedSession::Settings settings{options.output, source, options.type.empty() ? kRecordsType : options.type,
-                                       options.window};
+                                       MessageIds(state), options.window};
   keepConnected(around, "oxrmq feed", [&](Connection& connection, Backoff& pauses) {
     FeedSession(around, settings, outbox, connection, pauses, [&] { file.save(outbox, false); }).run();
   });

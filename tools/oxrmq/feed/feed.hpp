@@ -13,9 +13,9 @@ struct FeedOptions {
   rec::RecordOptions record;  // the copybook may be missing where the form alone tells where records end
   rec::InputOptions input;
   Target output;
-  std::string source;             // what messages call the file; its name if empty
+  std::string source;             // what messages call the file; its name if empty, which a stream does not have
   std::string type;               // the content type of the messages; that of records if empty
-  std::size_t bytes = 65536;      // of a message, or a little more
+  std::size_t bytes = 0;          // of a message, or a little more; 0: a default, unless mostRecords is there
   std::uint64_t mostRecords = 0;  // in one; 0 for any number
   std::uint32_t window = 64;      // messages on their way at most
   std::string state;              // path of the file for --resume; empty for none

@@ -10,20 +10,23 @@ constexpr char kTopic[] = "Messages";
 
 void addMessageOptions(CLI::App& command, FeedOptions& options) {
   command
-      .add_option("--message-bytes", options.bytes, "a message ends with the record that reaches so many bytes [65536]")
+      .add_option("--message-bytes", options.bytes,
+                  "a message ends with the record that reaches so many bytes [65536, or any number with "
+                  "--message-records]")
       ->check(CLI::Range(1U, 1U << 30))
       ->type_name("BYTES")
       ->group(kTopic);
-  command.add_option("--message-records", options.mostRecords, "and has no more than so many records")
+  command
+      .add_option("--message-records", options.mostRecords, "a message has no more than so many records [any number]")
       ->check(CLI::PositiveNumber)
       ->type_name("N")
       ->group(kTopic);
-  command.add_option("--source", options.source, "what the messages call the file [its name]")
+  command.add_option("--source", options.source, "what the messages call the file; standard input needs it [its name]")
       ->type_name("NAME")
       ->group(kTopic);
-  command.add_option("--type", options.type, "the content type of the messages [application/octet-stream]")
-      ->type_name("TYPE")
-      ->group(kTopic);
+  checkNames(*command.add_option("--type", options.type, "the content type of the messages [application/octet-stream]")
+                  ->type_name("TYPE")
+                  ->group(kTopic));
   command.add_option("--window", options.window, "messages that wait for the broker's confirmation at most [64]")
       ->check(CLI::Range(1U, 65535U))
       ->type_name("N")

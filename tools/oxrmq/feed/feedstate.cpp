@@ -12,7 +12,7 @@ namespace oxr::mq {
 
 namespace {
 
-constexpr char kFirstLine[] = "oxrmq feed 1";
+constexpr char kFirstLine[] = "oxrmq feed 2";
 constexpr char kFileKey[] = "file ";
 
 struct Member {
@@ -21,8 +21,9 @@ struct Member {
 };
 
 constexpr Member kMembers[] = {
-    {"size ", &FeedState::size}, {"start ", &FeedState::start},   {"bytes ", &FeedState::bytes},
-    {"most ", &FeedState::most}, {"offset ", &FeedState::offset}, {"records ", &FeedState::records},
+    {"size ", &FeedState::size},       {"start ", &FeedState::start}, {"form ", &FeedState::form},
+    {"bytes ", &FeedState::bytes},     {"most ", &FeedState::most},   {"offset ", &FeedState::offset},
+    {"records ", &FeedState::records},
 };
 
 [[noreturn]] void refuse(const std::string& file) {
@@ -72,13 +73,25 @@ void writeState(const std::string& path, const FeedState& state) {
   file.close();
 }
 
+namespace {
+
+// As the options say it.
+std::string cutText(const FeedState& state) {
+  std::string text;
+  if (state.bytes != 0) text = "--message-bytes " + std::to_string(state.bytes);
+  if (state.most != 0) text += (text.empty() ? "" : " ") + ("--message-records " + std::to_string(state.most));
+  return text;
+}
+
+}  // namespace
+
 std::string whyNot(const FeedState& state, const FeedState& now) {
   if (state.file != now.file) return "it is about " + state.file;
   if (state.size != now.size || state.start != now.start) return "the file has changed since";
+  if (state.form != now.form)
+    return "the options or the copybook that tell how the records lie, or which part of the file is fed, were others";
   if (state.bytes != now.bytes || state.most != now.most)
-    return "the file was cut in another way then (--message-bytes " + std::to_string(state.bytes) +
-           (state.most == 0 ? "" : " --message-records " + std::to_string(state.most)) +
-           "), and messages would not have the same ids";
+    return "the file was cut in another way then (" + cutText(state) + "), and messages would not have the same ids";
   return {};
 }
 
@@ -88,6 +101,17 @@ std::uint64_t fingerprint(std::string_view bytes) {
   for (const char byte : bytes)
     number = (number ^ static_cast<unsigned char>(byte)) * 1099511628211U;
   return number;
+}
+
+MessageIds::MessageIds(FeedState state) : file_(state.file) {
+  state.offset = state.records = 0;
+  char digits[16];
+  const auto written = std::to_chars(std::begin(digits), std::end(digits), fingerprint(textOf(state)), 16);
+  end_ = ':' + std::string(digits, written.ptr);
+}
+
+std::string MessageIds::at(std::uint64_t offset) const {
+  return file_ + ':' + std::to_string(offset) + end_;
 }
 
 }  // namespace oxr::mq

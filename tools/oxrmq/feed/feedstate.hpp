@@ -12,6 +12,7 @@ struct FeedState {
   std::string file;           // as messages call it
   std::uint64_t size = 0;     // of all of it
   std::uint64_t start = 0;    // a number made of its first bytes
+  std::uint64_t form = 0;     // a number made of all that tells where records lie, and which of them
   std::uint64_t bytes = 0;    // the cut: bytes of a message,
   std::uint64_t most = 0;     // and records of one; 0 for any number
   std::uint64_t offset = 0;   // all bytes before this one are confirmed
@@ -29,8 +30,22 @@ std::optional<FeedState> readState(const std::string& path);
 void writeState(const std::string& path, const FeedState& state);
 // Why a state cannot be gone on from; empty if it can. `now` is what would be written at the start.
 std::string whyNot(const FeedState& state, const FeedState& now);
-// A number for the first bytes of a file: another file has another one in all likelihood.
+// A number for bytes: others have another one in all likelihood.
 std::uint64_t fingerprint(std::string_view bytes);
+
+// Of the messages that a run cuts: "FILE:OFFSET:FINGERPRINT". Another run gives a message the same id if it is about
+// the same file and cuts it in the same way, how far the state may be.
+class MessageIds {
+ public:
+  explicit MessageIds(FeedState state);
+  std::string at(std::uint64_t offset) const;
+
+ private:
+  const std::string file_;
+  std::string end_;
+};
+// Bytes of a file's name that leave room for the rest of an id.
+inline constexpr std::size_t kLongestFileName = 200;
 
 // Up to where a file is confirmed, when confirmations come in any order.
 class FeedProgress {

@@ -49,6 +49,7 @@ class FeedSession {
     const Target& output;
     std::string source;  // what messages call the file
     std::string type;    // their content type
+    MessageIds ids;
     std::uint32_t window;
   };
 

@@ -68,10 +68,10 @@ class Taking {
 }  // namespace
 
 void addTakeOptions(CLI::App& command, TakeOptions& options) {
-  command.add_option("--from", options.queue, "the queue to take messages from")
-      ->required()
-      ->type_name("QUEUE")
-      ->group("Messages");
+  checkNames(*command.add_option("--from", options.queue, "the queue to take messages from")
+                  ->required()
+                  ->type_name("QUEUE")
+                  ->group("Messages"));
   command.add_option("--idle", options.idle, "end when no message came for so long [2]")
       ->type_name("SECONDS")
       ->group("Messages");
