@@ -25,13 +25,17 @@ Connection::Connection(const Address& address, const ConnectionSettings& setting
   login(address, settings);
   const timeval timeout = timevalOf(settings.timeout);
   check(amqp_set_rpc_timeout(state_.get(), &timeout), "setting a time limit");
+  openChannel();
+}
+
+Connection::~Connection() = default;
+
+void Connection::openChannel() {
   amqp_channel_open(state_.get(), kChannel);
   check(amqp_get_rpc_reply(state_.get()), "opening a channel");
   amqp_confirm_select(state_.get(), kChannel);
   check(amqp_get_rpc_reply(state_.get()), "asking for confirmations");
 }
-
-Connection::~Connection() = default;
 
 void Connection::failed(int status, const std::string& doing) const {
   if (status == AMQP_STATUS_NO_MEMORY) throw std::bad_alloc();
@@ -77,12 +81,33 @@ void Connection::requireQueue(const std::string& name) {
   check(amqp_get_rpc_reply(state_.get()), "queue " + name);
 }
 
+// The broker closes the channel if there is none.
+bool Connection::hasQueue(const std::string& name) {
+  constexpr std::uint16_t kNotFound = 404;
+  amqp_queue_declare(state_.get(), kChannel, bytesOf(name), 1, 0, 0, 0, amqp_empty_table);
+  const amqp_rpc_reply_t reply = amqp_get_rpc_reply(state_.get());
+  bool isMissing = false;
+  if (reply.reply_type == AMQP_RESPONSE_SERVER_EXCEPTION && reply.reply.id == AMQP_CHANNEL_CLOSE_METHOD) {
+    const auto& close = *static_cast<const amqp_channel_close_t*>(reply.reply.decoded);
+    isMissing = close.reply_code == kNotFound && isRefusal(close.reply_code, textOf(close.reply_text));
+  }
+  if (!isMissing) {
+    check(reply, "queue " + name);
+    return true;
+  }
+  amqp_channel_close_ok_t understood{};
+  check(amqp_send_method(state_.get(), kChannel, AMQP_CHANNEL_CLOSE_OK_METHOD, &understood), "closing a channel");
+  openChannel();
+  return false;
+}
+
 void Connection::requireExchange(const std::string& name) {
   amqp_exchange_declare(state_.get(), kChannel, bytesOf(name), bytesOf("direct"), 1, 0, 0, 0, amqp_empty_table);
   check(amqp_get_rpc_reply(state_.get()), "exchange " + name);
 }
 
 void Connection::declareQueue(const std::string& name, const std::string& type, std::int64_t mostMessages) {
+  if (hasQueue(name)) return;
   Properties arguments;
   arguments.setHeader("x-queue-type", type);
   if (mostMessages != 0) {

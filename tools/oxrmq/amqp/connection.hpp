@@ -64,7 +64,8 @@ class Connection {
   // Throws BrokerRefused if there is no queue, or exchange, of the name.
   void requireQueue(const std::string& name);
   void requireExchange(const std::string& name);
-  // Makes a durable queue, unless there is one. `type` is "classic" or "quorum"; of a full queue with `mostMessages`
+  // Makes a durable queue, unless there is one, of whatever kind. REQUIRES: nothing was published or consumed before.
+  // `type` is "classic" or "quorum"; of a full queue with `mostMessages`
   // new messages are not taken (0: it is never full).
   void declareQueue(const std::string& name, const std::string& type, std::int64_t mostMessages = 0);
 
@@ -92,6 +93,8 @@ class Connection {
   };
   using State = std::unique_ptr<std::remove_pointer_t<amqp_connection_state_t>, Release>;
 
+  void openChannel();
+  bool hasQueue(const std::string& name);
   void open(const Address& address, const ConnectionSettings& settings);
   void login(const Address& address, const ConnectionSettings& settings);
   void check(const amqp_rpc_reply_t& reply, const std::string& doing) const;

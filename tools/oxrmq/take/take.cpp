@@ -38,7 +38,28 @@ class Taking {
       end = Clock::now() + std::chrono::seconds(options_.idle);
     }
     output_.close();
-    if (last) connection.acknowledgeUpTo(*last);
+    isComplete_ = true;
+    if (last) acknowledge(connection, *last);
+  }
+
+  // The code of the program's end. Throws ToolError if the work was ended while there was no connection.
+  int end() const {
+    if (!isComplete_)
+      throw rec::ToolError("stopped before the broker was there again; the messages are still in queue " +
+                           options_.queue);
+    tellSum();
+    return isAcknowledged_ ? rec::kDone : rec::kBadField;
+  }
+
+ private:
+  // Nothing can be added to the output any more, so there is no other attempt.
+  void acknowledge(Connection& connection, std::uint64_t last) {
+    try {
+      connection.acknowledgeUpTo(last);
+    } catch (const BrokerGone& gone) {
+      isAcknowledged_ = false;
+      around_.log.tell(std::string(gone.what()) + "; the output is complete, but the messages are in the queue again");
+    }
   }
 
   void tellSum() const {
@@ -46,7 +67,6 @@ class Taking {
                      std::to_string(doubles_) + " doubles dropped");
   }
 
- private:
   void keep(const Message& message) {
     const std::string_view id = messageIdOf(message.properties());
     if (!id.empty() && !ids_.emplace(id).second) {
@@ -63,6 +83,8 @@ class Taking {
   std::unordered_set<std::string> ids_;
   std::uint64_t messages_ = 0;
   std::uint64_t doubles_ = 0;
+  bool isComplete_ = false;
+  bool isAcknowledged_ = true;
 };
 
 }  // namespace
@@ -87,8 +109,7 @@ int take(const TakeOptions& options, const rec::Console& console) {
   const Surroundings around{options.broker, addressOf(options.broker), log, stop, counters};
   Taking taking(options, around, console);
   keepConnected(around, "oxrmq take", [&](Connection& connection, Backoff& pauses) { taking.run(connection, pauses); });
-  taking.tellSum();
-  return rec::kDone;
+  return taking.end();
 }
 
 }  // namespace oxr::mq
