@@ -4,7 +4,8 @@
 #include "records/fields/diagnosis.hpp"
 
 // A pattern of fixed width is walked along with a text of that width: digits where it has letters, its own characters
-// elsewhere. A text of another width the formatter refuses. Nothing is told where the calendar's answer depends on today.
+// elsewhere. A text of another width the formatter refuses. Nothing is told where the calendar's answer depends on
+// today.
 
 namespace oxr::rec {
 
