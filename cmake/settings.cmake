@@ -53,3 +53,19 @@ function(oxr_add_library target kind)
     target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions)
   endif()
 endfunction()
+
+# A program of tools/<name>: all but its main() is the library <name>_parts. The program knows its options best, and so
+# makes its own man page and completion.
+function(oxr_add_program name)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS tools/${name}/*.cpp)
+  list(REMOVE_ITEM sources "${PROJECT_SOURCE_DIR}/tools/${name}/main.cpp")
+  oxr_add_library(${name}_parts STATIC ${sources})
+  set_property(SOURCE tools/${name}/program.cpp APPEND PROPERTY COMPILE_DEFINITIONS OXR_VERSION="${PROJECT_VERSION}")
+  target_link_libraries(${name}_parts PUBLIC oxrrecords)
+  add_executable(${name} tools/${name}/main.cpp)
+  oxr_settings(${name})
+  target_link_libraries(${name} PRIVATE ${name}_parts)
+  add_custom_command(OUTPUT ${name}.1 ${name}.bash DEPENDS ${name}
+                     COMMAND ${name} help --as man > ${name}.1 COMMAND ${name} help --as bash > ${name}.bash)
+  add_custom_target(${name}_pages ALL DEPENDS ${name}.1 ${name}.bash)
+endfunction()

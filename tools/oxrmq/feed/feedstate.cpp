@@ -4,9 +4,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "records/framing/fileoutput.hpp"
-
 #include "records/framing/errors.hpp"
+#include "records/framing/fileoutput.hpp"
 
 namespace oxr::mq {
 

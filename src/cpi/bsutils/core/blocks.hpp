@@ -9,9 +9,9 @@
 // run of a block or more leaves no rest. The vectors are the compilers' own, which every machine has.
 namespace oxr::core {
 
-using ByteBlock [[gnu::vector_size(16)]] = unsigned char;
-using UnitBlock [[gnu::vector_size(16)]] = unsigned short;
-using WordBlock [[gnu::vector_size(16)]] = std::uint64_t;
+using ByteVector [[gnu::vector_size(16)]] = unsigned char;
+using UnitVector [[gnu::vector_size(16)]] = unsigned short;
+using WordVector [[gnu::vector_size(16)]] = std::uint64_t;
 
 // Calls `step(at)` for blocks of `kSize` elements from the start on, and for the last ones of `count`, which is kSize
 // or more.
@@ -34,13 +34,13 @@ Vector loadBlock(const Element* from) {
   if constexpr (sizeof(Block) == sizeof(Vector))
     return load<Vector>(from);
   else
-    return std::bit_cast<Vector>(WordBlock{load<Block>(from), 0});
+    return std::bit_cast<Vector>(WordVector{load<Block>(from), 0});
 }
 
 // Whether a vector has any of these bits, which are the same in each word.
 template <class Vector>
 bool hasAny(Vector vector, std::uint64_t bits) {
-  const auto words = std::bit_cast<WordBlock>(vector);
+  const auto words = std::bit_cast<WordVector>(vector);
   return ((words[0] | words[1]) & bits) != 0;
 }
 

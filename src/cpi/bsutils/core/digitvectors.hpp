@@ -6,13 +6,12 @@
 #include <cstdint>
 #include <cstring>
 
+#include "core/blocks.hpp"
+
 // Sixteen digits at once: from half bytes to characters, and from characters to UTF-16 units, with or without a point
 // among them. The vectors are the compilers' own, which every machine has; each function is a handful of instructions
 // without a branch.
 namespace oxr::core {
-
-using ByteVector [[gnu::vector_size(16)]] = unsigned char;
-using WordVector [[gnu::vector_size(16)]] = std::uint64_t;
 
 // The sixteen half bytes of eight bytes, each as the character of its digit.
 inline ByteVector digitVector(std::uint64_t bytes) {

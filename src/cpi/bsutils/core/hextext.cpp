@@ -40,7 +40,6 @@ bool isSpace(unsigned short unit) {
   return unit == ' ' || u_isWhitespace(unit);
 }
 
-using UnitVector [[gnu::vector_size(16)]] = unsigned short;
 constexpr std::size_t kBlockBytes = 16, kBlockUnits = 2 * kBlockBytes;
 
 // Every second byte of two vectors, from the first or the second one on.
@@ -51,11 +50,6 @@ ByteVector everySecond(ByteVector left, ByteVector right) {
                                  kFirst + 24, kFirst + 26, kFirst + 28, kFirst + 30);
 }
 constexpr int kLowByte = std::endian::native == std::endian::little ? 0 : 1;  // of a unit
-
-bool isAnySet(ByteVector bytes) {
-  const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(bytes);
-  return (halves[0] | halves[1]) != 0;
-}
 
 // Sixteen units as bytes; one above 255 leaves a bit in `above`.
 ByteVector loadUnits(const unsigned short* text, ByteVector& above) {
@@ -83,7 +77,7 @@ bool readBlock(const unsigned short* text, unsigned char* out) {
   const ByteVector last = digitValues(loadUnits(text + 16, fault), fault);
   const ByteVector bytes = everySecond<0>(first, last) << 4 | everySecond<1>(first, last);
   std::memcpy(out, &bytes, sizeof bytes);
-  return !isAnySet(fault);
+  return !hasAny(fault, ~std::uint64_t{0});
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "core/blocks.hpp"
 #include "kelunits.hpp"
 
 // The first units of a text in registers, as many as there is room for, however long the text is. What comes after the
@@ -20,7 +21,6 @@
 // machines.
 namespace oxr::core {
 
-using UnitVector [[gnu::vector_size(16)]] = unsigned short;
 template <std::size_t kVectors>
 using TextStart = std::array<UnitVector, kVectors>;
 

@@ -45,24 +45,24 @@ Units swapped(Units units) {
 // vector the largest byte is kept, which is looked at once, at the end.
 template <Order kOrder>
 [[gnu::always_inline]] inline bool copyPlain(const unsigned char* in, unsigned char* out, std::size_t count) {
-  ByteBlock largest = {};
+  ByteVector largest = {};
   const auto copied = [&]<class Block>(Block) __attribute__((always_inline)) {
     constexpr std::size_t kSize = sizeof(Block) / sizeof(unsigned short);
     if (count < kSize) return false;
     inBlocks<kSize>(
         count, [&](std::size_t at) __attribute__((always_inline)) {
-          const auto units = loadBlock<UnitBlock, Block>(in + 2 * at);
-          const auto bytes = std::bit_cast<ByteBlock>(units);
+          const auto units = loadBlock<UnitVector, Block>(in + 2 * at);
+          const auto bytes = std::bit_cast<ByteVector>(units);
           largest = largest > bytes ? largest : bytes;
-          const UnitBlock ordered = swapped<kOrder>(units);
+          const UnitVector ordered = swapped<kOrder>(units);
           std::memcpy(out + 2 * at, &ordered, sizeof(Block));
         });
     return true;
   };
-  static_cast<void>(copied(UnitBlock{}) || copied(std::uint64_t{}) || copied(std::uint32_t{}) ||
+  static_cast<void>(copied(UnitVector{}) || copied(std::uint64_t{}) || copied(std::uint32_t{}) ||
                     copied(std::uint16_t{}));
   constexpr std::uint64_t kUpper = kOrder == Order::output ? 0x00FF'00FF'00FF'00FF : 0xFF00'FF00'FF00'FF00;
-  return !hasAny(static_cast<ByteBlock>(largest >= 0xD8), kUpper);
+  return !hasAny(static_cast<ByteVector>(largest >= 0xD8), kUpper);
 }
 
 // Copies a text of any length and contents. The result is the number of units of whole characters.
