@@ -13,7 +13,6 @@ namespace {
 
 constexpr int kMostChannels = 1;
 constexpr int kFrameBytes = 1 << 20;  // the broker may want less
-constexpr Credentials kNobody{};
 
 // A socket for amqps, with the certificates that are to be used.
 amqp_socket_t* encryptedSocket(amqp_connection_state_t state, const ConnectionSettings& settings) {
@@ -71,7 +70,7 @@ void Connection::login(const Address& address, const ConnectionSettings& setting
   capabilities.value.value.table = {static_cast<int>(std::size(abilities)), abilities};
   amqp_table_entry_t entries[] = {textEntry("connection_name", settings.name), capabilities};
   const amqp_table_t properties{static_cast<int>(std::size(entries)), entries};
-  const Credentials& login = address.credentials ? *address.credentials : kNobody;
+  const Credentials login = address.credentials.value_or(Credentials{});
   const amqp_rpc_reply_t reply =
       amqp_login_with_properties(state_.get(), address.virtualHost.c_str(), kMostChannels, kFrameBytes,
                                  static_cast<int>(settings.heartbeat.count()), &properties, AMQP_SASL_METHOD_PLAIN,

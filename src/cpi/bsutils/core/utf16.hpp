@@ -47,7 +47,7 @@ template <Order kOrder>
 [[gnu::always_inline]] inline bool copyPlain(const unsigned char* in, unsigned char* out, std::size_t count) {
   ByteVector largest = {};
   const auto copied = [&]<class Block>(Block) __attribute__((always_inline)) {
-    constexpr std::size_t kSize = sizeof(Block) / sizeof(unsigned short);
+    constexpr std::size_t kSize = sizeof(Block) / 2;  // units
     if (count < kSize) return false;
     inBlocks<kSize>(
         count, [&](std::size_t at) __attribute__((always_inline)) {

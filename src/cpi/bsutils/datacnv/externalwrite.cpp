@@ -58,10 +58,10 @@ int negated(int places) {
   return core::writeShortExternal(digits, negative, outputOf(codes, form), field);
 }
 
-// Any other number of plain digits. Compilers are kept from taking its arguments apart, which would have its caller
-// load each code of the page before it knows whether it needs them.
-[[gnu::noipa]] bool writeLongFast(const unsigned short* text, int places, const ExternalCodes& codes, ExternalForm form,
-                                  std::span<unsigned char> field) {
+// Any other number of plain digits. A function that may be called from elsewhere (`used`) keeps its arguments as they
+// are; taken apart, they would have its caller load each code of the page before it knows whether it needs them.
+[[gnu::noinline, gnu::used]] bool writeLongFast(const unsigned short* text, int places, const ExternalCodes& codes,
+                                                ExternalForm form, std::span<unsigned char> field) {
   const core::ExternalOutput output = outputOf(codes, form);
   static constexpr unsigned short kZero = '0';
   core::DigitBuffer buffer;
