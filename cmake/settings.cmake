@@ -50,7 +50,9 @@ function(oxr_add_library target kind)
     set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
     # A call from one exported member to another goes straight there: nobody replaces our functions at load.
     target_compile_options(${target} PRIVATE -fno-semantic-interposition)
-    target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions)
+    target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions
+                                          "-Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map")
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/exports.map")
   endif()
 endfunction()
 

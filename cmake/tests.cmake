@@ -29,6 +29,16 @@ if(NOT OXR_SANITIZE AND NOT OXR_FUZZ)
   add_test(NAME install COMMAND "${PROJECT_SOURCE_DIR}/tests/install/run" "${PROJECT_BINARY_DIR}" "${CMAKE_COMMAND}"
                                 "${CMAKE_CXX_COMPILER}")
   set_tests_properties(install PROPERTIES TIMEOUT 300)
+
+  # The packages are of a build folder of their own, without what the tests have in the libraries.
+  add_test(NAME make_packages COMMAND "${PROJECT_SOURCE_DIR}/dev" package)
+  add_test(NAME packages COMMAND "${PROJECT_SOURCE_DIR}/tests/install/packages"
+                                 "${PROJECT_SOURCE_DIR}/build/package/packages"
+                                 "${PROJECT_SOURCE_DIR}/tools/oxrrec/samples" "${CMAKE_COMMAND}" "${CMAKE_CXX_COMPILER}")
+  add_test(NAME symbols COMMAND "${PROJECT_SOURCE_DIR}/tests/install/symbols" "${PROJECT_SOURCE_DIR}/build/package"
+                                "${PROJECT_SOURCE_DIR}/packaging")
+  set_tests_properties(make_packages PROPERTIES FIXTURES_SETUP packages TIMEOUT 900)
+  set_tests_properties(packages symbols PROPERTIES FIXTURES_REQUIRED packages TIMEOUT 300)
 endif()
 
 # oxrmq and a message broker, which the tests start and stop themselves: one run, for the broker takes its time.
