@@ -54,7 +54,7 @@ void addBrokerOptions(CLI::App& command, BrokerOptions& options) {
   command.add_option("--wait", options.wait, "try the first connection for so long [0]")
       ->type_name("SECONDS")
       ->group(kTopic);
-  command.add_option("--grace", options.grace, "when asked to end, wait so long for the broker's answers [30]")
+  command.add_option("--grace", options.grace, "when asked to end, leave after so long, whatever is under way [30]")
       ->type_name("SECONDS")
       ->group(kTopic);
   command

@@ -37,6 +37,7 @@ void keepConnected(const Surroundings& around, const std::string& name, const Se
   const Clock::time_point lastFirst = Clock::now() + std::chrono::seconds(around.options.wait);
   ConnectionSettings settings = around.options.connection;
   settings.name = name;
+  settings.isOver = [&around] { return around.stop.isOver(); };
   Backoff pauses(std::random_device{}());
   bool wasConnected = false;
   while (true) {

@@ -8,20 +8,20 @@ namespace oxr::mq {
 
 namespace {
 
-std::atomic<bool> signalled = false;
-static_assert(std::atomic<bool>::is_always_lock_free);
-
 constexpr std::chrono::milliseconds kLook{50};
 
 }  // namespace
 
+constinit Stop::Time Stop::signalledAt_ = kNever;
+
 void Stop::listenToSignals() {
   for (const int number : {SIGTERM, SIGINT})
-    std::signal(number, [](int) { signalled = true; });
+    std::signal(number, [](int) { setNow(signalledAt_); });
 }
 
-bool Stop::wasSignalled() {
-  return signalled;
+void Stop::setNow(Time& time) {
+  Clock::rep never = kNever;
+  time.compare_exchange_strong(never, Clock::now().time_since_epoch().count());
 }
 
 void Stop::sleepFor(std::chrono::milliseconds time) const {

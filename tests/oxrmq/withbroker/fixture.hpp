@@ -41,7 +41,7 @@ class WithBroker : public testing::Test {
     return std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) + '.' + name;
   }
   // oxrmq with words in which "@NAME" stands for a queue, and SAMPLES for the folder of samples.
-  std::unique_ptr<Process> oxrmq(const std::string& command, const std::string& before = {}) const {
+  std::unique_ptr<Process> oxrmq(const std::string& command, const std::string& before = {}, int input = -1) const {
     std::vector<std::string> words = wordsOf(before);
     words.push_back(OXRMQ_PROGRAM);
     for (std::string word : wordsOf(command)) {
@@ -50,7 +50,7 @@ class WithBroker : public testing::Test {
       words.push_back(rec::test::replaced(word, "SAMPLES", OXR_SAMPLES_DIR));
     }
     if (command.find("://") == std::string::npos) words.insert(words.end(), {"--url", broker->url()});
-    return std::make_unique<Process>(words);
+    return std::make_unique<Process>(words, input);
   }
   std::unique_ptr<Process> feed(const std::string& path, const std::string& more = "--to /@in") const {
     return oxrmq("feed --records rdw --declare classic " + path + ' ' + more);
@@ -91,6 +91,14 @@ class WithBroker : public testing::Test {
     while (true)
       if (const std::optional<Event> event = connection.next(seconds(10))) break;
     connection.close();
+  }
+  bool hasQueue(const std::string& name) {
+    try {
+      Connection(address(), {}).requireQueue(queue(name));
+      return true;
+    } catch (const BrokerRefused&) {
+      return false;
+    }
   }
   static Address address() {
     Address address = parseAddress(broker->url());

@@ -30,6 +30,20 @@ inline std::vector<std::string> wordsOf(const std::string& text) {
   return {std::istream_iterator<std::string>(stream), {}};
 }
 
+// Descriptors go with the object.
+struct Closer {
+  using pointer = std::FILE*;
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, Closer>;
+
+// Its two ends: what is written to the second one can be read from the first.
+inline std::pair<File, File> pipe() {
+  int ends[2];
+  if (::pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+  return {File(::fdopen(ends[0], "r")), File(::fdopen(ends[1], "w"))};
+}
+
 // Waits until something holds; false if it does not in time.
 inline bool comes(const std::function<bool()>& something, milliseconds within = seconds(30)) {
   const auto end = std::chrono::steady_clock::now() + within;
@@ -39,13 +53,6 @@ inline bool comes(const std::function<bool()>& something, milliseconds within = 
   }
   return true;
 }
-
-// Descriptors go with the object.
-struct Closer {
-  using pointer = std::FILE*;
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, Closer>;
 
 // A child process; killed with the object if it still runs.
 class Process {
@@ -102,13 +109,12 @@ class Process {
 class Broker {
  public:
   Broker() {
-    int toIt[2], fromIt[2];
-    if (::pipe2(toIt, O_CLOEXEC) != 0 || ::pipe2(fromIt, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-    process_ = std::make_unique<Process>(std::vector<std::string>{OXRMQ_BROKER, "--tls"}, toIt[0], fromIt[1]);
-    ::close(toIt[0]);
-    ::close(fromIt[1]);
-    commands_.reset(::fdopen(toIt[1], "w"));
-    answers_.reset(::fdopen(fromIt[0], "r"));
+    auto [itsCommands, commands] = pipe();
+    auto [answers, itsAnswers] = pipe();
+    process_ = std::make_unique<Process>(std::vector<std::string>{OXRMQ_BROKER, "--tls"}, ::fileno(itsCommands.get()),
+                                         ::fileno(itsAnswers.get()));
+    commands_ = std::move(commands);
+    answers_ = std::move(answers);
     std::istringstream ready(answer());
     std::string word;
     if (!(ready >> word >> port_ >> tlsPort_ >> folder_) || word != "ready")

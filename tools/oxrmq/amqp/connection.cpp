@@ -22,7 +22,10 @@ Connection::Connection(const Address& address, const ConnectionSettings& setting
     : shown_(shown(address)), state_(amqp_new_connection()) {
   if (!state_) throw std::bad_alloc();
   open(address, settings);
+  guard_.emplace(amqp_get_sockfd(state_.get()), settings.isOver);
+  const StallGuard::Operation operation(*guard_);
   login(address, settings);
+  guard_->setLongestSilence(2 * std::chrono::seconds(amqp_get_heartbeat(state_.get())));
   const timeval timeout = timevalOf(settings.timeout);
   check(amqp_set_rpc_timeout(state_.get(), &timeout), "setting a time limit");
   openChannel();
@@ -39,7 +42,8 @@ void Connection::openChannel() {
 
 void Connection::failed(int status, const std::string& doing) const {
   if (status == AMQP_STATUS_NO_MEMORY) throw std::bad_alloc();
-  const std::string text = shown_ + ": " + doing + ": " + amqp_error_string2(status);
+  const char* const given = guard_ ? guard_->why() : nullptr;
+  const std::string text = shown_ + ": " + doing + ": " + (given != nullptr ? given : amqp_error_string2(status));
   if (status == AMQP_STATUS_SSL_HOSTNAME_VERIFY_FAILED || status == AMQP_STATUS_SSL_PEER_VERIFY_FAILED)
     throw BrokerRefused(text);
   // What was asked cannot be told to a broker: a name is too long, or there are too many headers.
@@ -176,21 +180,25 @@ std::optional<Event> Connection::eventOf(const amqp_frame_t& frame) {
 }
 
 Message Connection::readMessage(amqp_channel_t channel) {
+  const StallGuard::Operation operation(*guard_);
   amqp_message_t message;
   check(amqp_read_message(state_.get(), channel, &message, 0), "reading a message");
   return Message(message);
 }
 
 void Connection::acknowledgeUpTo(std::uint64_t tag) {
+  const StallGuard::Operation operation(*guard_);
   check(amqp_basic_ack(state_.get(), kChannel, tag, 1), "acknowledging a message");
 }
 
 void Connection::giveBack(std::uint64_t tag) {
+  const StallGuard::Operation operation(*guard_);
   check(amqp_basic_nack(state_.get(), kChannel, tag, 0, 1), "giving a message back");
 }
 
 void Connection::publish(const Target& target, Properties& properties, std::string_view body) {
   constexpr amqp_boolean_t kMustReachQueue = 1, kIsImmediate = 0;
+  const StallGuard::Operation operation(*guard_);
   const int status = amqp_basic_publish(state_.get(), kChannel, bytesOf(target.exchange), bytesOf(target.key),
                                         kMustReachQueue, kIsImmediate, &properties.raw(), bytesOf(body));
   // The broker may have a part of the message: nothing else can follow on this connection.
@@ -200,6 +208,7 @@ void Connection::publish(const Target& target, Properties& properties, std::stri
 }
 
 void Connection::close() noexcept {
+  const StallGuard::Operation operation(*guard_);
   const timeval timeout = timevalOf(kLeaveTimeout);
   amqp_set_rpc_timeout(state_.get(), &timeout);
   amqp_connection_close(state_.get(), AMQP_REPLY_SUCCESS);

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,6 +16,7 @@
 #include "oxrmq/amqp/errors.hpp"
 #include "oxrmq/amqp/message.hpp"
 #include "oxrmq/amqp/properties.hpp"
+#include "oxrmq/amqp/stallguard.hpp"
 
 namespace oxr::mq {
 
@@ -28,6 +30,8 @@ struct ConnectionSettings {
   std::string certificate{};
   std::string key{};
   bool isVerified = true;  // the broker's certificate and the name in it
+  // Whether all is to be given up, whatever is under way; asked on another thread. Empty: never.
+  std::function<bool()> isOver{};
 };
 
 // What the broker tells.
@@ -106,6 +110,7 @@ class Connection {
 
   const std::string shown_;  // the address
   State state_;
+  std::optional<StallGuard> guard_;  // of the open socket
   std::uint64_t published_ = 0;
 };
 

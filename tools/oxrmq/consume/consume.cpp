@@ -84,7 +84,7 @@ void addConsumeOptions(CLI::App& command, ConsumeOptions& options) {
 int consume(const ConsumeOptions& options, const std::string& name, const ConversionMaker& make,
             const rec::Console& console) {
   Log log(console);
-  Stop stop;
+  Stop stop(std::chrono::seconds(options.broker.grace));
   Counters counters;
   const Surroundings around{options.broker, addressOf(options.broker), log, stop, counters};
   std::vector<std::unique_ptr<Conversion>> conversions;

@@ -67,8 +67,7 @@ void ConsumerSession::prepare() {
 bool ConsumerSession::isDone() {
   if (!around_.stop.isAsked())
     return route_.idle && acknowledgements_.size() == 0 && Clock::now() - last_ >= std::chrono::seconds(*route_.idle);
-  if (!end_) end_ = Clock::now() + std::chrono::seconds(around_.options.grace);
-  return published_.size() == 0 || Clock::now() >= *end_;
+  return published_.size() == 0 || around_.stop.isOver();
 }
 
 bool ConsumerSession::mayConvert() const {

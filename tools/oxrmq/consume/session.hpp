@@ -79,7 +79,6 @@ class ConsumerSession {
   Acknowledgements acknowledgements_;
   bool isBlocked_ = false;
   Clock::time_point notBefore_{};          // no conversion before that
-  std::optional<Clock::time_point> end_;   // when the work is given up
   Clock::time_point last_ = Clock::now();  // when a message came in
 };
 

@@ -190,7 +190,7 @@ class StateFile {
 int feed(const FeedOptions& options, const rec::Console& console) {
   refuse(options);
   Log log(console);
-  Stop stop;
+  Stop stop(std::chrono::seconds(options.broker.grace));
   Counters counters;
   const Surroundings around{options.broker, addressOf(options.broker), log, stop, counters};
   const std::string source = sourceOf(options);

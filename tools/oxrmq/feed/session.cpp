@@ -66,8 +66,7 @@ void FeedSession::run() {
 bool FeedSession::isDone() {
   if (published_.size() == 0 && !outbox_.hasAny()) return true;
   if (!around_.stop.isAsked()) return false;
-  if (!end_) end_ = Clock::now() + std::chrono::seconds(around_.options.grace);
-  return published_.size() == 0 || Clock::now() >= *end_;
+  return published_.size() == 0 || around_.stop.isOver();
 }
 
 bool FeedSession::maySend() const {

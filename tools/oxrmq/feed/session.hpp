@@ -85,7 +85,6 @@ class FeedSession {
   ConfirmWindow<rec::Chunk> published_;
   bool isBlocked_ = false;
   Clock::time_point notBefore_{};
-  std::optional<Clock::time_point> end_;  // when the work is given up
 };
 
 }  // namespace oxr::mq

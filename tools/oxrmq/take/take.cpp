@@ -104,7 +104,7 @@ void addTakeOptions(CLI::App& command, TakeOptions& options) {
 
 int take(const TakeOptions& options, const rec::Console& console) {
   Log log(console);
-  Stop stop;
+  Stop stop(std::chrono::seconds(options.broker.grace));
   Counters counters;
   const Surroundings around{options.broker, addressOf(options.broker), log, stop, counters};
   Taking taking(options, around, console);
