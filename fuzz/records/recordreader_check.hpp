@@ -231,6 +231,45 @@ inline std::string readAll(const Job& job, std::size_t more, FieldObserver* obse
   return listener.told + '\0' + std::to_string(parsed) + '\0' + std::string(json.lines());
 }
 
+// What is null, unknown or beyond a count that cannot be used is no obstacle to a writer who has the original.
+inline void requireKept(const Job& job) {
+  if (job.mode != Mode::null || job.settings.onUnknown == OnUnknown::isSkipped) return;
+  Listener listener(job);
+  const auto worker = RecordWorker::make(job.plan, job.settings, listener);
+  RecordWriter writer(job.plan, {std::nullopt, job.settings.form.framing != Framing::fixed});
+  JsonReader reader(job.plan.names());
+  JsonHandler json(job.plan.names(), {job.pointsAsText});
+  Stretches input(job.input, job.input.size());
+  worker->setSource(&input);
+  worker->initializeParse(-1, nullptr, -1);
+  worker->setFIHandler(&json, false);
+  PWFInt64 begin = 0;
+  try {
+    worker->parseFirst(input.slide(0, 1), nullptr, true, 0, -1);
+    while (worker->recordsRead() != 0) {
+      const auto size = static_cast<std::size_t>(worker->getNumBytesParsed() - begin);
+      const auto original = worker->recordInHand().first(std::min(size, worker->recordInHand().size()));
+      const std::string line = std::string(json.lines()) + std::string(JsonReader::kPadding, ' ');
+      try {
+        const auto written = writer.write(reader.read(std::string_view(line).substr(0, json.lines().size())), original);
+        require(written.size() >= std::min<std::size_t>(original.size(), worker->layoutOfRecord().maxSize()) ||
+                    job.plan.isVariable(),
+                "a record became shorter: " + line);
+      } catch (const WriteError& error) {
+        const std::string why = error.what();
+        for (const char* const obstacle : {"null cannot", "no condition", "count", "name is missing", "no such name"})
+          require(why.find(obstacle) == std::string::npos, why + " in " + line);
+      }
+      json.clear();
+      begin = worker->getNumBytesParsed();
+      if (!worker->hasNext()) break;
+      worker->parseNext();
+    }
+  } catch (const FrameError&) {
+    // Told by readAll too.
+  }
+}
+
 inline void requireObjects(std::string_view lines) {
   while (!lines.empty()) {
     const std::size_t end = lines.find('\n');
@@ -254,6 +293,7 @@ inline void checkRecordReader(Choices& choices) {
   const std::string atOnce = recordreader::readAll(job, job.input.size(), &watcher);
   requireEqual(inStretches, atOnce, "an input in stretches and at once");
   recordreader::requireObjects(std::string_view(inStretches).substr(inStretches.rfind('\0') + 1));
+  recordreader::requireKept(job);
 }
 
 }  // namespace oxr::fuzz

@@ -267,6 +267,45 @@ TEST(Verify, TellsDifferencesAndWhetherTheyCarryAValue) {
   EXPECT_EQ(runProgram("verify --ccsid 37 --copybook " + copybook + " -").code, kFailed);
 }
 
+// Bytes that carry no value come from the original: what is told without that, and with it.
+TEST(Verify, KeepsWhatCarriesNoValue) {
+  static constexpr char kCounted[] = "01 R. 05 N PIC 9. 05 G OCCURS 0 TO 3 DEPENDING ON N. 10 X PIC X. 05 Z PIC X.";
+  static constexpr char kSilent[] = "01 R. 05 N PIC 9. 05 FILLER OCCURS 0 TO 3 DEPENDING ON N PIC X. 05 Z PIC X.";
+  static constexpr char kAreas[] = "01 R. 05 G OCCURS 2. 10 T PIC X. 10 P PIC X(2). 10 Q REDEFINES P PIC 9(2).";
+  static constexpr char kJustified[] = "01 R. 05 J PIC X(3) JUST RIGHT. 05 K REDEFINES J PIC X(3).";
+  constexpr struct {
+    const char* copybook;
+    const char* arguments;
+    const char* bytes;  // of one record
+    const char* told;
+    const char* kept;
+  } kCases[] = {
+      {"01 R. 05 A PIC X. 05 B PIC 9(2). 05 C PIC X.", "length2", "<0001>a", "B: null cannot", "all equal; 1 bad"},
+      {"01 R. 05 A PIC X. 05 C PIC X(5).", "length2", "<0003>abc", "3 bytes became 6, the same values", "all equal"},
+      {"01 R. 05 C PIC X(3) JUST RIGHT.", "length2", "<0002>ab", "C: 61 62 became 20 61, the same", "all equal; 2"},
+      {"01 R. 05 A PIC X. 05 FILLER PIC X(5).", "length2", "<0003>abc", "0 differences with a value, 2", "all equal"},
+      {"01 R. 05 A PIC X(2). 05 B REDEFINES A PIC X(4).", "length2", "<0003>abc", "became 4, the same", "all equal"},
+      {kCounted, "length2", "<0004>xabz", "N: null cannot", "all equal; 1 bad"},
+      {kCounted, "length2", "<0004>9abz", "G: null cannot", "all equal; 1 bad"},
+      {kCounted, "length2 --odo fixed", "<0005>9abcz", "G: null cannot", "all equal; 1 bad"},
+      {kSilent, "length2", "<0004>9abz", "FILLER: its count is not known", "all equal; 1 bad"},
+      {kAreas, "length2 --when T=p:P --when T=q:Q", "<0006>x**q07", "G(1).P: no condition", "all equal; 1 bad"},
+      {kAreas, "length2 --when T=p:P --when T=q:Q", "<0004>x**q", "G(1).P: no condition", "all equal; 2 bad"},
+      {kAreas, "length2 --when T=p:P --on-unknown raw", "<0005>x**y1", "all equal", "all equal"},
+      {kJustified, "fixed", "ab ", "all equal", "all equal"},
+      {"01 J PIC X(3) JUST RIGHT.", "fixed", "a  ", "J: 61 20 20 became 20 20 61, the same value", "all equal; 1 wi"},
+  };
+  for (const auto& [copybook, arguments, bytes, told, kept] : kCases) {
+    const Folder folder;
+    const std::string command = "verify --format free --ccsid 819 --copybook " + folder.write("c", copybook) +
+                                " --records " + arguments + ' ' + folder.write("r", bytesOf(bytes));
+    EXPECT_NE(runProgram(command).lines.find(told), std::string::npos) << bytes << runProgram(command).lines;
+    const Outcome outcome = runProgram(command + " --keep-filler");
+    EXPECT_NE(outcome.lines.find(kept), std::string::npos) << bytes << outcome.lines;
+    EXPECT_EQ(outcome.code, kDone);
+  }
+}
+
 // What stands around records is compared if it is known how it is to be written.
 TEST(Verify, ComparesBlocksAndLinesAsSaid) {
   static constexpr char kBlocks[] = "<000B000000070000>a  <000B000000070000>bcd";

@@ -21,7 +21,8 @@ void RecordWorker::setFIMessageTree(const FIMessageTree* tree, bool adopt) {
 void RecordWorker::write(WritableBitstreamBuffer* buffer, int, int) {
   if (writing_ == nullptr || tree_ == nullptr || buffer == nullptr) throw FIWriteException();
   writing_->framed.clear();
-  writing_->framer.add(writing_->writer.write(*tree_, original_), writing_->framed);
+  RecordWriter& writer = writing_->writer;
+  writing_->framer.add(original_.empty() ? writer.write(*tree_) : writer.write(*tree_, original_), writing_->framed);
   append(*buffer);
 }
 

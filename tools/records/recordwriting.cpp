@@ -68,10 +68,16 @@ RecordWriter::RecordWriter(const RecordPlan& plan, const Settings& settings)
 }
 
 std::span<const unsigned char> RecordWriter::write(const FIMessageTree& tree) {
-  return write(tree, {});
+  original_.reset();
+  return writeTree(tree);
 }
 
 std::span<const unsigned char> RecordWriter::write(const FIMessageTree& tree, std::span<const unsigned char> original) {
+  original_ = original;
+  return writeTree(tree);
+}
+
+std::span<const unsigned char> RecordWriter::writeTree(const FIMessageTree& tree) {
   if (canBeRaw_ && readRaw(tree, raw_)) return writeRaw();
   kind_ = treeKinds_.kindOf(tree);
   if (kind_ == nullptr) {
@@ -79,13 +85,14 @@ std::span<const unsigned char> RecordWriter::write(const FIMessageTree& tree, st
     throw WriteError("no condition (--when) tells what record this is");
   }
   tree_ = &tree;
-  original_ = original;
-  filled_ = 0;
+  filled_ = givenEnd_ = 0;
+  isLost_ = false;
   shift_ = shrink_ = 0;
   arrays_.clear();
   loops_.clear();
   kept_.clear();
   end_.reset();
+  cutAt_.reset();
   for (Counter& counter : counters_)
     counter.isKnown = false;
   if (hasAreas_) {
@@ -96,9 +103,10 @@ std::span<const unsigned char> RecordWriter::write(const FIMessageTree& tree, st
   }
   cursor_.begin(tree);
   walk();
-  fillTo(sizeOfRecord());
+  const std::uint64_t size = sizeOfRecord();
+  fillTo(size);
   if (hasAreas_) checkAreas();
-  return {record_.data(), filled_};
+  return {record_.data(), size};
 }
 
 // Without anything around records, each has the length of the layout.
@@ -173,7 +181,7 @@ const Step* RecordWriter::field(const Step& step) {
     else
       put(step, at, value);
   }
-  if (step.slot != kNoSlot) keepCount(step, at);
+  if (step.slot != kNoSlot && !isLost_) keepCount(step, at);
   return &step + 1;
 }
 
@@ -189,6 +197,7 @@ const Step* RecordWriter::beginGroup(const Step& step) {
 
 // Passes over a group or an array that the tree does not have.
 const Step* RecordWriter::absent(const Step& step, Lack lack) {
+  if (step.slot != kNoSlot && lack == Lack::value && original_) return keepArray(step);
   const bool isMissed = step.op == Op::beginArray && (plan_.steps()[step.target - 1].moves || step.slot != kNoSlot);
   if (isMissed || !layout().items[step.item].isAlternative()) fail(step, textOf(lack));
   absent_.push_back({&step, placeOf(step), PWFData(NOTHING), arrays_, lack});
@@ -199,6 +208,17 @@ const Step* RecordWriter::absent(const Step& step, Lack lack) {
     depth += end->op == Op::beginGroup ? 1 : end->op == Op::endGroup ? -1 : 0;
   }
   return end + 1;
+}
+
+// Passes over an array whose count cannot be used. Where counts move what follows, nothing behind it has a place.
+const Step* RecordWriter::keepArray(const Step& step) {
+  if (!kind_->isVariable) {
+    fillTo(placeOf(step) + std::uint64_t{step.size} * step.max);
+  } else if (!isLost_) {
+    fillTo(std::min<std::uint64_t>(original_->size(), record_.size()));
+    isLost_ = true;
+  }
+  return plan_.steps().data() + step.target;
 }
 
 const Step* RecordWriter::beginArray(const Step& step) {
@@ -212,7 +232,12 @@ const Step* RecordWriter::beginArray(const Step& step) {
     }
     cursor_.enter();
   }
-  const std::uint32_t count = isShown ? (cursor_.next() ? 1 : 0) : silentCount(step);
+  const std::optional<std::uint32_t> silent = isShown ? cursor_.next() ? 1 : 0 : silentCount(step);
+  if (!silent && original_) return keepArray(step);
+  if (!silent)
+    fail(step,
+         "its count is not known, or not within " + std::to_string(step.min) + " and " + std::to_string(step.max));
+  const std::uint32_t count = *silent;
   arrays_.push_back({step.item, 0});
   loops_.push_back({count, shift_, placeOf(step), isShown});
   if (count > 0 && &step + 1 != end) return &step + 1;
@@ -276,17 +301,17 @@ void RecordWriter::checkCount(const Step& array, std::uint32_t count) {
     fail(array, elements(count) + ", not within " + std::to_string(array.min) + " and " + std::to_string(array.max));
 }
 
-// The count of an array that is not shown.
-std::uint32_t RecordWriter::silentCount(const Step& array) {
+// The count of an array that is not shown; nothing if it cannot be used.
+std::optional<std::uint32_t> RecordWriter::silentCount(const Step& array) const {
   if (array.slot == kNoSlot) return array.max;
   const Counter& counter = counters_[array.slot];
-  if (!counter.isKnown || counter.value < array.min || counter.value > array.max)
-    fail(array,
-         "its count is not known, or not within " + std::to_string(array.min) + " and " + std::to_string(array.max));
+  if (isLost_ || !counter.isKnown || counter.value < array.min || counter.value > array.max) return std::nullopt;
   return static_cast<std::uint32_t>(counter.value);
 }
 
 void RecordWriter::put(const Step& step, std::uint64_t at, const PWFData& value) {
+  if (isLost_) fail(step, "nobody can tell where it is: a count before it cannot be used");
+  if (cutAt_ && at >= *cutAt_) fail(step, "the record ends before it");
   fillTo(at);
   try {
     if (isInArea(step))
@@ -299,16 +324,29 @@ void RecordWriter::put(const Step& step, std::uint64_t at, const PWFData& value)
     fail(step, faultText(failure));
   }
   filled_ = std::max(filled_, at + step.size);
+  keepEnd(step, at);
+}
+
+// Of a text that the end of the original cuts off, the blanks behind that end are none of its value.
+void RecordWriter::keepEnd(const Step& step, std::uint64_t at) {
+  std::uint64_t end = at + step.size;
+  if (original_ && end > original_->size() && at < original_->size() && FieldConverter::canBeCut(step)) {
+    std::vector<unsigned char> blanks(end - original_->size());
+    writers_[step.form].fillWithBlanks(step.kind, blanks.data(), static_cast<std::uint32_t>(blanks.size()));
+    if (std::memcmp(record_.data() + original_->size(), blanks.data(), blanks.size()) == 0) end = original_->size();
+  }
+  givenEnd_ = std::max(givenEnd_, end);
 }
 
 // A field that the tree has no value for.
 void RecordWriter::noValue(const Step& step, std::uint64_t at, Lack lack) {
+  if (isLost_ && lack == Lack::value) return;
   if (isInArea(step)) {
     absent_.push_back({&step, at, PWFData(NOTHING), arrays_, lack});
     return;
   }
   fillTo(at);
-  const bool isKept = lack == Lack::value && at + step.size <= original_.size();
+  const bool isKept = lack == Lack::value && original_;
   if (!isKept && (lack == Lack::name || !writers_[step.form].writeNull(step, record_.data() + at)))
     fail(step, textOf(lack));
   if (isKept) fillTo(at + step.size);
@@ -317,9 +355,10 @@ void RecordWriter::noValue(const Step& step, std::uint64_t at, Lack lack) {
 
 // Gives the bytes up to there, as far as they are not there yet.
 void RecordWriter::fillTo(std::uint64_t end) {
-  if (end <= filled_) return;
-  const std::uint64_t kept = filled_ < original_.size() ? std::min<std::uint64_t>(end, original_.size()) - filled_ : 0;
-  if (kept != 0) std::memcpy(record_.data() + filled_, original_.data() + filled_, kept);
+  if (end <= filled_ || isLost_) return;
+  const std::uint64_t there = original_ ? original_->size() : 0;
+  const std::uint64_t kept = filled_ < there ? std::min(end, there) - filled_ : 0;
+  if (kept != 0) std::memcpy(record_.data() + filled_, original_->data() + filled_, kept);
   filled_ += kept;
   if (filled_ == end) return;
   RecordTemplate& bytes = templates_[static_cast<std::size_t>(kind_ - plan_.kinds().data())];

@@ -28,7 +28,8 @@ class WriteError : public std::runtime_error {
 // give, or be null; those that are given are written one over the other, and must all read as given in the end.
 //
 // Where there are conditions, a record of no kind may be its bytes in hexadecimal, as RecordWorker shows it with
-// OnUnknown::isRaw, and so may an area that holds none of its alternatives. Not so where a layout has a name RAW.
+// OnUnknown::isRaw, and so may an area that holds none of its alternatives: one that the end of the record cut off may
+// have fewer bytes. Not so where a layout has a name RAW.
 //
 // Serves one thread.
 class RecordWriter {
@@ -45,7 +46,9 @@ class RecordWriter {
 
   // The bytes of the record, until the next call. Throws WriteError.
   std::span<const unsigned char> write(const FIMessageTree& tree);
-  // The same; bytes that nobody gives, and those of a null, come from `original`, as far as it goes.
+  // The same of a tree that was read from `original`, which has the bytes that nobody gives: those of nulls, of areas
+  // that hold none of their alternatives, and of whatever stands behind a count that cannot be used. A record that
+  // ended before its layout does so again.
   std::span<const unsigned char> write(const FIMessageTree& tree, std::span<const unsigned char> original);
 
  private:
@@ -76,6 +79,7 @@ class RecordWriter {
     std::int64_t shrink;
   };
 
+  std::span<const unsigned char> writeTree(const FIMessageTree& tree);
   void walk();
   const Step* choose(const Step& step);
   std::span<const unsigned char> writeRaw();
@@ -88,13 +92,15 @@ class RecordWriter {
   const Step* beginArray(const Step& step);
   const Step* endArray(const Step& step);
   const Step* absent(const Step& step, Lack lack);
+  const Step* keepArray(const Step& step);
   void checkNames();
   void put(const Step& step, std::uint64_t at, const PWFData& value);
   void putInArea(const Step& step, std::uint64_t at, const PWFData& value);
+  void keepEnd(const Step& step, std::uint64_t at);
   void noValue(const Step& step, std::uint64_t at, Lack lack);
   void keepCount(const Step& step, std::uint64_t at);
   void checkCount(const Step& array, std::uint32_t count);
-  std::uint32_t silentCount(const Step& array);
+  std::optional<std::uint32_t> silentCount(const Step& array) const;
   void checkAreas();
   void checkAbsent(AreaField& absent);
   bool readsAs(const Step& step, const unsigned char* bytes, const unsigned char* written);
@@ -120,17 +126,20 @@ class RecordWriter {
   // These describe the record in hand; see RecordWorker for shift_.
   const RecordKind* kind_;
   const FIMessageTree* tree_ = nullptr;
-  std::span<const unsigned char> original_;
+  std::optional<std::span<const unsigned char>> original_;
   TreeCursor cursor_;
   std::vector<unsigned char> record_;
-  std::uint64_t filled_ = 0;  // bytes of it that are there
+  std::uint64_t filled_ = 0;    // bytes of it that are there
+  std::uint64_t givenEnd_ = 0;  // where the last value in it ends
+  bool isLost_ = false;         // all from here on is as in the original: nobody can tell where anything is
   std::int64_t shift_ = 0;
   std::int64_t shrink_ = 0;  // bytes that the arrays closed so far lack
   std::vector<Counter> counters_;
   std::vector<OpenArray> arrays_;
   std::vector<OpenLoop> loops_;
-  std::optional<std::uint64_t> end_;  // of the record, if it ends with what was chosen
-  std::vector<Place> kept_;           // of open alternatives that may be shorter than their area
+  std::optional<std::uint64_t> end_;    // of the record, if it ends with what was chosen
+  std::optional<std::uint64_t> cutAt_;  // or with an area that is cut off there
+  std::vector<Place> kept_;             // of open alternatives that may be shorter than their area
 
   // And these its areas.
   std::vector<std::uint32_t> owners_;  // by byte: the step that gave it, from 1; 0 for nobody

@@ -14,12 +14,18 @@ namespace oxr::rec {
 
 // Goes to the alternative that the values so far, or those of the record's fixed fields, tell of.
 const Step* RecordWriter::choose(const Step& step) {
+  const Choice& choice = plan_.choices()[step.choice];
+  const Step* const after = plan_.steps().data() + step.target;
+  if (isLost_ && !choice.isOfRecord) return after;
   const std::int32_t answer = choosers_[step.choice].choose(
       [this](const Question& question) { return bytesFor(question); },
       [this](const Step& field, std::span<const unsigned char> bytes) { return treeKinds_.valueOf(field, bytes); });
-  const Choice& choice = plan_.choices()[step.choice];
   if (answer == Chooser::kNone) {
-    if (putRaw(step, choice)) return plan_.steps().data() + step.target;
+    if (putRaw(step, choice)) return after;
+    if (original_) {
+      fillTo(placeOf(step) + choice.size);
+      return after;
+    }
     fail(step, "no condition (--when) tells which of the items that share its bytes is meant");
   }
   const Choice::Alternative& alternative = choice.alternatives[static_cast<std::size_t>(answer)];
@@ -32,19 +38,26 @@ const Step* RecordWriter::choose(const Step& step) {
 // Gives an area the bytes that the tree has for it; false if it has none.
 bool RecordWriter::putRaw(const Step& step, const Choice& choice) {
   if (!canBeRaw_ || !cursor_.find(kRawName) || !readRaw(cursor_.value(), raw_)) return false;
-  if (raw_.size() != choice.size)
+  const bool isCutOff = settings_.isFramed && raw_.size() < choice.size;
+  if (raw_.size() != choice.size && !isCutOff)
     fail(step, "RAW has " + std::to_string(raw_.size()) + " bytes, not the " + std::to_string(choice.size) + " of it");
   const std::uint64_t at = placeOf(step);
   fillTo(at);
+  if (isCutOff) cutAt_ = at + raw_.size();
   std::copy(raw_.begin(), raw_.end(), record_.begin() + static_cast<std::ptrdiff_t>(at));
   filled_ = std::max(filled_, at + raw_.size());
   return true;
 }
 
-// The bytes of the record in hand, once it was walked. An original that is longer than what was chosen is kept so long.
+// The bytes of the record in hand, once it was walked. An original that is longer than what was chosen, or that ends
+// behind the last value, is kept so long.
 std::uint64_t RecordWriter::sizeOfRecord() const {
+  if (isLost_) return filled_;
   const auto most = static_cast<std::uint64_t>(kind_->maxSize + shift_);
-  return end_ ? std::clamp<std::uint64_t>(original_.size(), std::min(*end_, most), most) : most;
+  std::uint64_t least = std::min({end_.value_or(most), cutAt_.value_or(most), most});
+  if (!original_) return least;
+  if (settings_.isFramed) least = std::min(least, givenEnd_);
+  return std::clamp<std::uint64_t>(original_->size(), least, most);
 }
 
 // The bytes of a field that tells of an area: they are written already, or come later and are asked of the tree.
@@ -100,7 +113,7 @@ void RecordWriter::checkAbsent(AreaField& absent) {
   const bool isWhole = layout().items[step.item].isAlternative() && (absent.lack == Lack::name || step.op != Op::field);
   const bool isAlone = static_cast<std::uint64_t>(free) == size;
   if (isWhole && !isAlone) return;
-  if (absent.lack == Lack::value && absent.at + size <= original_.size()) return;
+  if (absent.lack == Lack::value && original_) return;
   if (isAlone && absent.lack == Lack::value && step.op == Op::field &&
       writers_[step.form].writeNull(step, record_.data() + absent.at))
     return;
@@ -112,7 +125,8 @@ void RecordWriter::checkAbsent(AreaField& absent) {
 bool RecordWriter::readsAs(const Step& step, const unsigned char* bytes, const unsigned char* written) {
   if (std::memcmp(bytes, written, step.size) == 0) return true;
   try {
-    return converters_[step.form].convert(step, bytes) == converters_[step.form].convert(step, written);
+    FieldConverter& converter = converters_[step.form];
+    return meanTheSame(step, converter.convert(step, bytes), converter.convert(step, written));
   } catch (const KelRecoverableException&) {
   } catch (const FieldRefused&) {
   }

@@ -9,6 +9,16 @@
 
 namespace oxr::rec {
 
+namespace {
+
+// The bytes of a field as far as the record has them.
+std::span<const unsigned char> partOf(std::span<const unsigned char> record, std::uint64_t offset, std::uint32_t size) {
+  const std::uint64_t begin = std::min<std::uint64_t>(offset, record.size());
+  return record.subspan(begin, std::min<std::uint64_t>(size, record.size() - begin));
+}
+
+}  // namespace
+
 Differences::Differences(const RecordPlan& plan) {
   for (const PhysicalForm& form : plan.forms())
     converters_.emplace_back(form);
@@ -31,13 +41,16 @@ std::vector<Difference> Differences::between(const Layout& layout, std::span<con
   std::vector<Difference> found;
   for (const Field& field : fields_) {
     const Step& step = *field.step;
-    if (field.offset + step.size > common) continue;
-    const unsigned char* const before = was.data() + field.offset;
-    const unsigned char* const after = is.data() + field.offset;
-    if (std::memcmp(before, after, step.size) == 0) continue;
+    const auto before = partOf(was, field.offset, step.size), after = partOf(is, field.offset, step.size);
+    const auto size = static_cast<std::uint32_t>(std::min(before.size(), after.size()));
+    const bool isEqual = size == 0 || std::memcmp(before.data(), after.data(), size) == 0;
+    if (isEqual && before.size() == after.size()) continue;
+    const bool isAlike = readsAlike(step, before, after);
+    if (isEqual && isAlike) continue;
     const std::span<const OpenArray> arrays(arrays_.data() + field.arrays, field.arrayCount);
-    found.push_back({field.offset, step.size, fieldPath(layout, step.item, arrays), !readsAlike(step, before, after)});
-    std::fill_n(isTold.begin() + static_cast<std::ptrdiff_t>(field.offset), step.size, true);
+    found.push_back({field.offset, size, fieldPath(layout, step.item, arrays), !isAlike});
+    std::fill_n(isTold.begin() + static_cast<std::ptrdiff_t>(std::min<std::uint64_t>(field.offset, common)), size,
+                true);
   }
   for (std::size_t at = 0; at < common; ++at) {
     if (isTold[at] || was[at] == is[at]) continue;
@@ -52,10 +65,13 @@ std::vector<Difference> Differences::between(const Layout& layout, std::span<con
 }
 
 // Whether both read as the same value, or neither as any.
-bool Differences::readsAlike(const Step& step, const unsigned char* was, const unsigned char* is) {
-  const auto read = [&](const unsigned char* bytes) -> std::optional<PWFData> {
+bool Differences::readsAlike(const Step& step, std::span<const unsigned char> was, std::span<const unsigned char> is) {
+  const auto read = [&](std::span<const unsigned char> bytes) -> std::optional<PWFData> {
+    FieldConverter& converter = converters_[step.form];
     try {
-      return converters_[step.form].convert(step, bytes);
+      if (bytes.size() == step.size) return converter.convert(step, bytes.data());
+      if (!bytes.empty() && FieldConverter::canBeCut(step))
+        return converter.convertStart(step, bytes.data(), static_cast<std::uint32_t>(bytes.size()));
     } catch (const KelRecoverableException&) {
     } catch (const FieldRefused&) {
     }
@@ -64,8 +80,7 @@ bool Differences::readsAlike(const Step& step, const unsigned char* was, const u
   const auto before = read(was);
   const auto after = read(is);
   if (!before || !after) return !before && !after;
-  if (before->isNull() || after->isNull()) return before->isNull() && after->isNull();
-  return *before == *after;
+  return meanTheSame(step, *before, *after);
 }
 
 }  // namespace oxr::rec

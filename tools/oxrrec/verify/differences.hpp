@@ -27,7 +27,8 @@ class Differences : public FieldObserver {
   // To be called before each record is read.
   void begin();
   void seen(const FieldSeen& field) override;
-  // What differs, in the order of the bytes. Both are the record, which begins with its layout.
+  // What differs, in the order of the bytes. Both are the record, which begins with its layout. Bytes behind the end
+  // of the shorter one are told only where a field has another value without them.
   std::vector<Difference> between(const Layout& layout, std::span<const unsigned char> was,
                                   std::span<const unsigned char> is);
 
@@ -38,7 +39,7 @@ class Differences : public FieldObserver {
     std::size_t arrays;  // where its open arrays begin among all
     std::size_t arrayCount;
   };
-  bool readsAlike(const Step& step, const unsigned char* was, const unsigned char* is);
+  bool readsAlike(const Step& step, std::span<const unsigned char> was, std::span<const unsigned char> is);
 
   std::deque<FieldConverter> converters_;  // by Step::form
   std::vector<Field> fields_;

@@ -158,8 +158,7 @@ class Verifying {
     line_.append(JsonReader::kPadding, ' ');
     try {
       const JsonTree& tree = reader_.read(std::string_view(line_).substr(0, line_.size() - JsonReader::kPadding));
-      const auto written = writer_.write(
-          tree, keepsFiller_ ? std::span<const unsigned char>(original_) : std::span<const unsigned char>());
+      const auto written = keepsFiller_ ? writer_.write(tree, original_) : writer_.write(tree);
       record_.assign(written.begin(), written.end());
     } catch (const WriteError& error) {
       ++refused_;
@@ -188,10 +187,12 @@ class Verifying {
               : difference.path.empty() ? ", which no field gives"
                                         : ", the same value"));
     }
-    if (keepsFiller_ && record_.size() < original_.size()) ++kept_;
-    if (record_.size() == original_.size() || (keepsFiller_ && record_.size() < original_.size())) return;
-    ++withValue_;
-    if (isTold()) tell(": " + std::to_string(original_.size()) + " bytes became " + std::to_string(record_.size()));
+    // All fields are compared: the bytes that are missing, or too many, are of none, or blanks at the end of one.
+    if (record_.size() == original_.size()) return;
+    ++(keepsFiller_ ? kept_ : withoutValue_);
+    if (!keepsFiller_ && isTold())
+      tell(": " + std::to_string(original_.size()) + " bytes became " + std::to_string(record_.size()) +
+           ", the same values");
   }
 
   // Compares the original records, as they are framed here, with the file.

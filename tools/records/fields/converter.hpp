@@ -104,4 +104,8 @@ class FieldConverter {
   std::vector<unsigned char> work_;  // bytes of a field brought into another form
 };
 
+// Whether two values that a field has say the same: the blanks at the end of a text do not count, nor those before one
+// that is justified at the right.
+bool meanTheSame(const Step& step, const PWFData& a, const PWFData& b);
+
 }  // namespace oxr::rec

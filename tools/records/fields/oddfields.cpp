@@ -139,4 +139,17 @@ FaultReason FieldConverter::diagnose(const Step& step, const unsigned char* byte
   return reason;
 }
 
+bool meanTheSame(const Step& step, const PWFData& a, const PWFData& b) {
+  if (a.isNull() || b.isNull()) return a.isNull() && b.isNull();
+  if (a.getDataLogicalType() != STRING || b.getDataLogicalType() != STRING) return a == b;
+  const auto trimmed = [&](UnitView text) {
+    while (!text.empty() && text.back() == ' ')
+      text.remove_suffix(1);
+    while (step.isJustifiedRight && !text.empty() && text.front() == ' ')
+      text.remove_prefix(1);
+    return text;
+  };
+  return trimmed(a.getPWFStringValue().view()) == trimmed(b.getPWFStringValue().view());
+}
+
 }  // namespace oxr::rec
