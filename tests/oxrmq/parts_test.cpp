@@ -125,17 +125,25 @@ TEST(Acknowledgements, StandForAllBefore) {
   for (std::uint64_t tag = 1; tag <= 5; ++tag)
     open.taken(tag);
   open.done(2);
+  using Next = Acknowledgements::Next;
   EXPECT_EQ(open.next(), std::nullopt);
   open.done(1);
-  EXPECT_EQ(open.next(), 2U);
+  EXPECT_EQ(open.next(), (Next{2, true}));
   EXPECT_EQ(open.next(), std::nullopt);
-  // A tag that was given back by itself is not acknowledged, nor does it hold up others.
-  open.done(3);
-  open.returned(4);
-  EXPECT_EQ(open.next(), 3U);
+  // No answer stands for one that is to be returned, nor does it hold up others.
+  open.setApart(3);
   open.done(5);
-  EXPECT_EQ(open.next(), 5U);
-  EXPECT_EQ(open.size(), 0U);
+  EXPECT_EQ(open.next(), std::nullopt);
+  open.done(4);
+  EXPECT_EQ(open.next(), (Next{4, false}));
+  EXPECT_EQ(open.next(), (Next{5, false}));
+  EXPECT_EQ(open.next(), std::nullopt);
+  EXPECT_FALSE(open.isEmpty());
+  open.returned(3);
+  EXPECT_TRUE(open.isEmpty());
+  open.taken(6);
+  open.done(6);
+  EXPECT_EQ(open.next(), (Next{6, true}));
 }
 
 TEST(Properties, KeepWhatAMessageHasAndTakeMore) {

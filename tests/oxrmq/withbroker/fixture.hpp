@@ -55,11 +55,15 @@ class WithBroker : public testing::Test {
   std::unique_ptr<Process> feed(const std::string& path, const std::string& more = "--to /@in") const {
     return oxrmq("feed --records rdw --declare classic " + path + ' ' + more);
   }
-  std::unique_ptr<Process> decode(const std::string& more = {}) const { return consume("decode", "in", "out", more); }
+  std::unique_ptr<Process> decode(const std::string& more = {}, const std::string& before = {}) const {
+    return consume("decode", "in", "out", more, before);
+  }
   std::unique_ptr<Process> consume(const std::string& command, const std::string& from, const std::string& to,
-                                   const std::string& more) const {
+                                   const std::string& more, const std::string& before = {}) const {
     return oxrmq(command + " --from @" + from + " --to /@" + to +
-                 " --errors /@bad --declare classic --copybook SAMPLES/customers.cob --ccsid 37 --records rdw " + more);
+                     " --errors /@bad --declare classic --copybook SAMPLES/customers.cob --ccsid 37 --records rdw " +
+                     more,
+                 before);
   }
 
   // So many messages of different ids, by id; those that come more often count as doubles. Fewer if no more come. Only
@@ -76,7 +80,7 @@ class WithBroker : public testing::Test {
       const auto& delivery = std::get<Delivery>(*event);
       const std::string id(messageIdOf(delivery.message.properties()));
       if (id.starts_with(file) && !all.emplace(id, receivedOf(delivery.message)).second) ++doubles_;
-      connection.acknowledgeUpTo(delivery.tag);
+      connection.acknowledge(delivery.tag, true);
     }
     connection.close();
     return all;

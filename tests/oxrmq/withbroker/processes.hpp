@@ -60,6 +60,7 @@ class Process {
   // `input` and `output` are its standard streams, -1 for none; what it tells on standard error goes to a file.
   Process(const std::vector<std::string>& words, int input = -1, int output = -1) {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (const std::string& word : words)
       arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);

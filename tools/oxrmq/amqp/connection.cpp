@@ -131,6 +131,11 @@ void Connection::consume(const std::string& queue, std::uint16_t prefetch) {
 }
 
 std::optional<Event> Connection::next(std::chrono::milliseconds wait) {
+  if (!early_.empty()) {
+    std::optional<Event> event(std::move(early_.front()));
+    early_.pop_front();
+    return event;
+  }
   amqp_maybe_release_buffers(state_.get());
   const timeval timeout = timevalOf(wait);
   amqp_frame_t frame;
@@ -146,7 +151,7 @@ std::optional<Event> Connection::eventOf(const amqp_frame_t& frame) {
     case AMQP_BASIC_DELIVER_METHOD: {
       const auto& method = *static_cast<const amqp_basic_deliver_t*>(decoded);
       Delivery delivery{method.delivery_tag, method.redelivered != 0, std::string(textOf(method.consumer_tag)), {}};
-      delivery.message = readMessage(frame.channel);
+      delivery.message = readMessage();
       return Event(std::move(delivery));
     }
     case AMQP_BASIC_ACK_METHOD: {
@@ -160,7 +165,7 @@ std::optional<Event> Connection::eventOf(const amqp_frame_t& frame) {
     case AMQP_BASIC_RETURN_METHOD: {
       const auto& method = *static_cast<const amqp_basic_return_t*>(decoded);
       Returned returned{std::string(textOf(method.reply_text))};
-      readMessage(frame.channel);
+      readMessage();
       return returned;
     }
     case AMQP_CONNECTION_BLOCKED_METHOD:
@@ -179,16 +184,39 @@ std::optional<Event> Connection::eventOf(const amqp_frame_t& frame) {
   }
 }
 
-Message Connection::readMessage(amqp_channel_t channel) {
-  const StallGuard::Operation operation(*guard_);
-  amqp_message_t message;
-  check(amqp_read_message(state_.get(), channel, &message, 0), "reading a message");
-  return Message(message);
+// A frame of the message that is being read.
+amqp_frame_t Connection::nextOf(std::uint8_t type) {
+  amqp_frame_t frame;
+  while (true) {
+    check(amqp_simple_wait_frame(state_.get(), &frame), "reading a message");
+    if (frame.frame_type == type) return frame;
+    if (frame.frame_type != AMQP_FRAME_METHOD) throw BrokerGone(shown_ + ": a message is not as it should be");
+    // The broker tells what is about the whole connection whenever it wants to.
+    if (std::optional<Event> event = eventOf(frame)) early_.push_back(*std::move(event));
+  }
 }
 
-void Connection::acknowledgeUpTo(std::uint64_t tag) {
+// The client library would keep the frames until the message is there, and could not go on after one that memory does
+// not hold.
+Message Connection::readMessage() {
   const StallGuard::Operation operation(*guard_);
-  check(amqp_basic_ack(state_.get(), kChannel, tag, 1), "acknowledging a message");
+  amqp_frame_t frame = nextOf(AMQP_FRAME_HEADER);
+  std::uint64_t left = frame.payload.properties.body_size;
+  Message message(frame.payload.properties.raw, left);
+  while (left != 0) {
+    amqp_maybe_release_buffers_on_channel(state_.get(), kChannel);
+    frame = nextOf(AMQP_FRAME_BODY);
+    const amqp_bytes_t& bytes = frame.payload.body_fragment;
+    if (bytes.len > left) throw BrokerGone(shown_ + ": a message is longer than it should be");
+    message.append(bytes);
+    left -= bytes.len;
+  }
+  return message;
+}
+
+void Connection::acknowledge(std::uint64_t tag, bool isForAllBefore) {
+  const StallGuard::Operation operation(*guard_);
+  check(amqp_basic_ack(state_.get(), kChannel, tag, isForAllBefore ? 1 : 0), "acknowledging a message");
 }
 
 void Connection::giveBack(std::uint64_t tag) {

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -75,11 +76,11 @@ class Connection {
 
   // From now on the queue's messages come in, `prefetch` unacknowledged ones of each queue at most.
   void consume(const std::string& queue, std::uint16_t prefetch);
-  // The next event, nothing after `wait` without one. Throws std::bad_alloc for a message that memory does not hold;
-  // the object is then of no more use either.
+  // The next event, nothing after `wait` without one. A message whose body memory does not hold comes without it.
+  // Throws std::bad_alloc if there is not even memory for that; the object is then of no more use either.
   std::optional<Event> next(std::chrono::milliseconds wait);
-  // Acknowledges the delivery, and all before it.
-  void acknowledgeUpTo(std::uint64_t tag);
+  // Acknowledges the delivery, and all before it if one says so.
+  void acknowledge(std::uint64_t tag, bool isForAllBefore);
   // Gives a delivery back to its queue.
   void giveBack(std::uint64_t tag);
 
@@ -104,13 +105,15 @@ class Connection {
   void check(const amqp_rpc_reply_t& reply, const std::string& doing) const;
   void check(int status, const char* doing) const;
   std::optional<Event> eventOf(const amqp_frame_t& frame);
-  Message readMessage(amqp_channel_t channel);
+  Message readMessage();
+  amqp_frame_t nextOf(std::uint8_t type);
   [[noreturn]] void closed(const amqp_method_t& method, const std::string& doing) const;
   [[noreturn]] void failed(int status, const std::string& doing) const;
 
   const std::string shown_;  // the address
   State state_;
   std::optional<StallGuard> guard_;  // of the open socket
+  std::deque<Event> early_;          // that came in the middle of a message
   std::uint64_t published_ = 0;
 };
 

@@ -3,9 +3,9 @@
 #include <amqp.h>
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
-#include <utility>
 
 namespace oxr::mq {
 
@@ -13,27 +13,33 @@ namespace oxr::mq {
 class Message {
  public:
   Message() = default;
-  // Takes over what the client library has filled.
-  explicit Message(const amqp_message_t& raw) : raw_(raw), isFilled_(true) {}
-  Message(Message&& other) noexcept : raw_(other.raw_), isFilled_(std::exchange(other.isFilled_, false)) {}
-  Message& operator=(Message&& other) noexcept {
-    std::swap(raw_, other.raw_);
-    std::swap(isFilled_, other.isFilled_);
-    return *this;
-  }
-  ~Message() {
-    if (isFilled_) amqp_destroy_message(&raw_);
-  }
+  // `properties` as they lie in the frame that a message begins with; they are copied. The body has room for `size`
+  // bytes, or for none if memory does not hold so many. Throws std::bad_alloc if it does not hold the properties, and
+  // std::invalid_argument for some that cannot be read.
+  Message(const amqp_bytes_t& properties, std::uint64_t size);
 
-  std::span<const unsigned char> body() const {
-    return {static_cast<const unsigned char*>(raw_.body.bytes), raw_.body.len};
-  }
+  // The next bytes of the body. Without room for them they are dropped. REQUIRES: no more than its size in all.
+  void append(const amqp_bytes_t& bytes);
+
+  std::span<const unsigned char> body() const { return {body_.get(), size_}; }
+  // Bytes of a body that memory does not hold; there is none then.
+  std::uint64_t missing() const { return missing_; }
   // Where they point to goes with the message.
-  const amqp_basic_properties_t& properties() const { return raw_.properties; }
+  const amqp_basic_properties_t& properties() const { return *properties_; }
 
  private:
-  amqp_message_t raw_{};
-  bool isFilled_ = false;
+  struct Release {
+    void operator()(amqp_pool_t* pool) const {
+      empty_amqp_pool(pool);
+      delete pool;
+    }
+  };
+
+  std::unique_ptr<amqp_pool_t, Release> pool_;
+  const amqp_basic_properties_t* properties_ = nullptr;  // in the pool
+  std::unique_ptr<unsigned char[]> body_;
+  std::size_t size_ = 0;  // so far
+  std::uint64_t missing_ = 0;
 };
 
 // A message of a queue, to be acknowledged or returned by its tag on the connection that it came by.

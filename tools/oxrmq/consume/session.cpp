@@ -8,8 +8,7 @@ namespace oxr::mq {
 namespace {
 
 constexpr std::chrono::milliseconds kLook{200};  // so soon it is seen that an end is asked for
-constexpr std::chrono::milliseconds kNoMemoryPause{1000};
-constexpr char kBrokersOwn[] = "x-";  // what headers begin with that brokers write
+constexpr char kBrokersOwn[] = "x-";             // what headers begin with that brokers write
 
 std::uint64_t headerOr(const amqp_basic_properties_t& properties, const char* name, std::uint64_t otherwise) {
   const std::optional<std::int64_t> value = integerHeader(properties, name);
@@ -40,7 +39,8 @@ ConsumerSession::ConsumerSession(const Surroundings& around, const Route& route,
       conversion_(conversion),
       connection_(connection),
       pauses_(pauses),
-      notTakenPauses_(pauses) {}
+      notTakenPauses_(pauses),
+      apartPauses_(pauses) {}
 
 void ConsumerSession::run() {
   prepare();
@@ -48,6 +48,7 @@ void ConsumerSession::run() {
     const bool isReady = mayConvert();
     drain(isReady ? std::chrono::milliseconds(0) : kLook);
     acknowledge();
+    returnApart();
     if (!mayConvert()) continue;
     Delivery delivery = std::move(waiting_.front());
     waiting_.pop_front();
@@ -66,7 +67,7 @@ void ConsumerSession::prepare() {
 
 bool ConsumerSession::isDone() {
   if (!around_.stop.isAsked())
-    return route_.idle && acknowledgements_.size() == 0 && Clock::now() - last_ >= std::chrono::seconds(*route_.idle);
+    return route_.idle && acknowledgements_.isEmpty() && Clock::now() - last_ >= std::chrono::seconds(*route_.idle);
   return published_.size() == 0 || around_.stop.isOver();
 }
 
@@ -89,7 +90,10 @@ void ConsumerSession::take(Delivery delivery) {
   if (delivery.isRedelivered) ++around_.counters.redeliveries;
   acknowledgements_.taken(delivery.tag);
   last_ = Clock::now();
-  waiting_.push_back(std::move(delivery));
+  if (delivery.message.missing() != 0)
+    setApart(delivery.tag, delivery.message.missing());
+  else
+    waiting_.push_back(std::move(delivery));
 }
 
 void ConsumerSession::take(const Answer& answer) {
@@ -129,11 +133,26 @@ void ConsumerSession::take(const Blocked& blocked) {
 }
 
 void ConsumerSession::acknowledge() {
-  if (const std::optional<std::uint64_t> tag = acknowledgements_.next()) connection_.acknowledgeUpTo(*tag);
+  while (const std::optional<Acknowledgements::Next> next = acknowledgements_.next())
+    connection_.acknowledge(next->tag, next->isForAllBefore);
+}
+
+void ConsumerSession::setApart(std::uint64_t tag, std::uint64_t bytes) {
+  around_.log.tell("out of memory; a message of " + std::to_string(bytes) + " bytes goes back to its queue");
+  ++around_.counters.givenBack;
+  acknowledgements_.setApart(tag);
+  apart_.push_back({Clock::now() + apartPauses_.next(), tag});
+}
+
+void ConsumerSession::returnApart() {
+  for (; !apart_.empty() && Clock::now() >= apart_.front().until; apart_.pop_front()) {
+    connection_.giveBack(apart_.front().tag);
+    acknowledgements_.returned(apart_.front().tag);
+  }
 }
 
 void ConsumerSession::work(Delivery delivery) {
-  const std::uint64_t tag = delivery.tag;
+  const std::uint64_t tag = delivery.tag, bytes = delivery.message.body().size();
   try {
     const Converted made = converted(delivery);
     if (made.fault)
@@ -148,11 +167,7 @@ void ConsumerSession::work(Delivery delivery) {
     else
       leaveOut(tag, made);
   } catch (const std::bad_alloc&) {
-    around_.log.tell("out of memory; a message went back to its queue");
-    ++around_.counters.givenBack;
-    acknowledgements_.returned(tag);
-    connection_.giveBack(tag);
-    notBefore_ = Clock::now() + kNoMemoryPause;
+    setApart(tag, bytes);
   }
 }
 

@@ -29,7 +29,8 @@ struct Route {
 // again.
 //
 // Nothing is kept of an output: if the broker does not take it, the message is converted again after a pause. Where the
-// broker asks for a pause, messages wait here, no more than the prefetch.
+// broker asks for a pause, messages wait here, no more than the prefetch. A message that there is no memory for goes
+// back to its queue, after a pause in which the others are worked on: it would come again at once, before them.
 class ConsumerSession {
  public:
   ConsumerSession(const Surroundings& around, const Route& route, Conversion& conversion, Connection& connection,
@@ -61,6 +62,8 @@ class ConsumerSession {
   void take(const Returned& returned);
   void take(const Blocked& blocked);
   void acknowledge();
+  void setApart(std::uint64_t tag, std::uint64_t bytes);
+  void returnApart();
   void work(Delivery delivery);
   Converted converted(const Delivery& delivery);
   void leaveOut(std::uint64_t tag, const Converted& made);
@@ -77,6 +80,12 @@ class ConsumerSession {
   std::deque<Delivery> waiting_;  // not converted yet, or to be converted again
   ConfirmWindow<InHand> published_;
   Acknowledgements acknowledgements_;
+  struct Apart {
+    Clock::time_point until;
+    std::uint64_t tag;
+  };
+  std::deque<Apart> apart_;  // to be returned to their queues
+  Backoff apartPauses_;
   bool isBlocked_ = false;
   Clock::time_point notBefore_{};          // no conversion before that
   Clock::time_point last_ = Clock::now();  // when a message came in

@@ -1,6 +1,7 @@
 #include "oxrmq/take/take.hpp"
 
 #include <CLI/CLI.hpp>
+#include <new>
 #include <unordered_set>
 
 #include "oxrmq/metrics.hpp"
@@ -32,6 +33,7 @@ class Taking {
       const std::optional<Event> event = connection.next(kLook);
       const auto* const delivery = event ? std::get_if<Delivery>(&*event) : nullptr;
       if (delivery == nullptr) continue;
+      if (delivery->message.missing() != 0) throw std::bad_alloc();
       pauses.reset();
       keep(delivery->message);
       last = delivery->tag;
@@ -55,7 +57,7 @@ class Taking {
   // Nothing can be added to the output any more, so there is no other attempt.
   void acknowledge(Connection& connection, std::uint64_t last) {
     try {
-      connection.acknowledgeUpTo(last);
+      connection.acknowledge(last, true);
     } catch (const BrokerGone& gone) {
       isAcknowledged_ = false;
       around_.log.tell(std::string(gone.what()) + "; the output is complete, but the messages are in the queue again");
