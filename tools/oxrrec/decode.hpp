@@ -33,6 +33,9 @@ struct DecodeOptions {
 std::unique_ptr<LineHandler> makeHandler(const RecordPlan& plan, const DecodeOptions& options);
 Progress makeProgress(const DecodeOptions& options, const Console& console, const FileInput& input);
 
+// Those that tell what records are read and what is in them, whatever is made of them.
+void addReadingOptions(CLI::App& command, DecodeOptions& options);
+// These and all that is about lines.
 void addDecodeOptions(CLI::App& command, DecodeOptions& options);
 
 // Turns a record file into lines. Failures are told in `console.messages`; the result is the exit code. Lines of

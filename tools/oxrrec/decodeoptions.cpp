@@ -7,11 +7,7 @@ namespace {
 
 constexpr char kTopic[] = "Output";
 
-void addLineOptions(CLI::App& command, DecodeOptions& options) {
-  addChoice<LineFormat>(command, "--to", options.format, {{"json", LineFormat::json}, {"csv", LineFormat::csv}},
-                        "a JSON object a record, or a table with a column for each field, arrays as NAME(1) and on, in "
-                        "comma-separated values [json]")
-      ->group(kTopic);
+void addNestOption(CLI::App& command, DecodeOptions& options) {
   command
       .add_option(
           "--nest", options.nest,
@@ -20,20 +16,19 @@ void addLineOptions(CLI::App& command, DecodeOptions& options) {
       ->type_name("CHILD:PARENT")
       ->allow_extra_args(false)
       ->group("Kinds of record");
+}
+
+void addLineOptions(CLI::App& command, DecodeOptions& options) {
+  addChoice<LineFormat>(command, "--to", options.format, {{"json", LineFormat::json}, {"csv", LineFormat::csv}},
+                        "a JSON object a record, or a table with a column for each field, arrays as NAME(1) and on, in "
+                        "comma-separated values [json]")
+      ->group(kTopic);
   addChoice<bool>(command, "--decimals", options.pointsAsText, {{"number", false}, {"text", true}},
                   "write numbers with a decimal point as JSON numbers or as strings [number]")
-      ->group(kTopic);
-  command
-      .add_flag("--flat", options.record.plan.flat,
-                "a group that does not repeat gives its fields to the object around it")
       ->group(kTopic);
 }
 
 void addErrorOptions(CLI::App& command, DecodeOptions& options) {
-  addChoice<OnError>(command, "--on-error", options.onError,
-                     {{"stop", OnError::stop}, {"null", OnError::null}, {"skip", OnError::skip}},
-                     "at a field that cannot be read: stop, write null for it, or leave its record out [stop]")
-      ->group("Errors");
   command
       .add_option("--errors", options.errors, "where records with a bad field go, as JSON lines with their raw bytes")
       ->type_name("FILE")
@@ -46,9 +41,22 @@ void addErrorOptions(CLI::App& command, DecodeOptions& options) {
 
 }  // namespace
 
-void addDecodeOptions(CLI::App& command, DecodeOptions& options) {
+void addReadingOptions(CLI::App& command, DecodeOptions& options) {
   addInputOptions(command, options.input);
   addRecordOptions(command, options.record);
+  addNestOption(command, options);
+  command
+      .add_flag("--flat", options.record.plan.flat,
+                "a group that does not repeat gives its fields to the object around it")
+      ->group(kTopic);
+  addChoice<OnError>(command, "--on-error", options.onError,
+                     {{"stop", OnError::stop}, {"null", OnError::null}, {"skip", OnError::skip}},
+                     "at a field that cannot be read: stop, write null for it, or leave its record out [stop]")
+      ->group("Errors");
+}
+
+void addDecodeOptions(CLI::App& command, DecodeOptions& options) {
+  addReadingOptions(command, options);
   addOutputOption(command, options.output);
   addLineOptions(command, options);
   addErrorOptions(command, options);

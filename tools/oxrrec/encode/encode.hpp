@@ -21,6 +21,8 @@ struct EncodeOptions {
 
 // How lines and blocks are written.
 void addWritingOptions(CLI::App& command, RecordForm& form);
+// All that tells what is written and how, whatever the records come from.
+void addRecordWritingOptions(CLI::App& command, EncodeOptions& options);
 void addEncodeOptions(CLI::App& command, EncodeOptions& options);
 
 // Turns JSON lines into a record file: the way back of decode. Failures are told in `console.messages`; the result is

@@ -18,8 +18,7 @@ void addWritingOptions(CLI::App& command, RecordForm& form) {
   command.add_flag("--trim-lines", form.trimsLines, "lines: leave out the blanks at their end")->group("Records");
 }
 
-void addEncodeOptions(CLI::App& command, EncodeOptions& options) {
-  command.add_option("INPUT", options.input, "the JSON lines, - for standard input")->required();
+void addRecordWritingOptions(CLI::App& command, EncodeOptions& options) {
   addRecordOptions(command, options.record);
   addFramingOptions(command, options.records.form);
   addWritingOptions(command, options.records.form);
@@ -31,7 +30,6 @@ void addEncodeOptions(CLI::App& command, EncodeOptions& options) {
       ->type_name("CHILD:PARENT")
       ->allow_extra_args(false)
       ->group("Kinds of record");
-  addOutputOption(command, options.output);
   command
       .add_flag("--flat", options.record.plan.flat,
                 "groups that do not repeat have their fields in the object around them")
@@ -39,6 +37,12 @@ void addEncodeOptions(CLI::App& command, EncodeOptions& options) {
   addChoice<OnError>(command, "--on-error", options.onError, {{"stop", OnError::stop}, {"skip", OnError::skip}},
                      "at a line that does not fit: stop, or leave its record out [stop]")
       ->group("Errors");
+}
+
+void addEncodeOptions(CLI::App& command, EncodeOptions& options) {
+  command.add_option("INPUT", options.input, "the JSON lines, - for standard input")->required();
+  addRecordWritingOptions(command, options);
+  addOutputOption(command, options.output);
   command.footer(
       "Example:\n  oxrrec encode --copybook customers.cob --ccsid 37 --records rdw customers.jsonl "
       "-o customers.bin");

@@ -31,9 +31,7 @@ FileInput::FileInput(FileDescriptor file, std::string name, const InputWindow& w
   struct stat status;
   if (::fstat(file_.get(), &status) != 0) fail(name_, "read", errno);
   if (S_ISDIR(status.st_mode)) fail(name_, "read", EISDIR);
-  if (window.range && window.range->begin > window.range->end)
-    throw ToolError("the range of " + name_ + " ends before it begins");
-  origin_ = {std::max(window.skipHeader, window.range ? window.range->begin : 0), window.recordsBefore};
+  beginWindow(window);
   const off_t at = S_ISREG(status.st_mode) ? ::lseek(file_.get(), 0, SEEK_CUR) : -1;
   // A file of the system that makes its content when it is read has no size.
   if (at < 0 || status.st_size == 0) {
@@ -43,6 +41,18 @@ FileInput::FileInput(FileDescriptor file, std::string name, const InputWindow& w
   windowOnFile(window, static_cast<std::uint64_t>(std::max<off_t>(status.st_size - at, 0)));
   if (::lseek(file_.get(), static_cast<off_t>(origin_.bytes), SEEK_CUR) < 0) fail(name_, "read", errno);
   static_cast<void>(::posix_fadvise(file_.get(), 0, 0, POSIX_FADV_SEQUENTIAL));  // a hint: no harm if it is not taken
+}
+
+FileInput::FileInput(Read read, std::string name, const InputWindow& window)
+    : file_(FileDescriptor::borrowed(-1)), other_(std::move(read)), name_(std::move(name)), bytes_(kBlockBytes) {
+  beginWindow(window);
+  windowOnPipe(window);
+}
+
+void FileInput::beginWindow(const InputWindow& window) {
+  if (window.range && window.range->begin > window.range->end)
+    throw ToolError("the range of " + name_ + " ends before it begins");
+  origin_ = {std::max(window.skipHeader, window.range ? window.range->begin : 0), window.recordsBefore};
 }
 
 void FileInput::windowOnFile(const InputWindow& window, std::uint64_t fileSize) {
@@ -104,6 +114,7 @@ void FileInput::fill(std::size_t wanted) {
 }
 
 std::size_t FileInput::read(char* to, std::size_t most) {
+  if (other_) return other_(to, most);
   for (;;) {
     const ssize_t count = ::read(file_.get(), to, most);
     if (count >= 0) return static_cast<std::size_t>(count);

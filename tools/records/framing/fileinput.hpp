@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,7 +23,12 @@ class FileInput : public BufferSource {
  public:
   static constexpr std::size_t kBlockBytes = std::size_t{1} << 20;
 
+  // Reads at most so many bytes to where it is told, and tells how many they were: 0 at the input's end.
+  using Read = std::function<std::size_t(char* to, std::size_t most)>;
+
   static FileInput open(const std::string& path, const InputWindow& window = {});
+  // What is no file of the system's. What `read` throws leaves the operation that asked for bytes.
+  FileInput(Read read, std::string name, const InputWindow& window = {});
   // `name` is what messages call the input. A descriptor's bytes count from where it stands.
   FileInput(FileDescriptor file, std::string name, const InputWindow& window = {},
             std::size_t blockBytes = kBlockBytes);
@@ -37,6 +43,7 @@ class FileInput : public BufferSource {
   int descriptor() const { return file_.get(); }
 
  private:
+  void beginWindow(const InputWindow& window);
   void windowOnFile(const InputWindow& window, std::uint64_t fileSize);
   void windowOnPipe(const InputWindow& window);
   void passOver(std::uint64_t bytes);
@@ -46,6 +53,7 @@ class FileInput : public BufferSource {
   void ended();
 
   FileDescriptor file_;
+  Read other_;  // empty for a descriptor
   std::string name_;
   Origin origin_;
   std::optional<std::uint64_t> size_;  // of what is given, where that is known at once

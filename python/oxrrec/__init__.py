@@ -1,0 +1,71 @@
+"""Record files that a COBOL copybook describes, as dicts, as columns, and back.
+
+>>> import oxrrec
+>>> for record in oxrrec.read("customers.rdw.bin", copybook="customers.cob", ccsid=37, records="rdw"):
+...     print(record["CUSTOMER-ID"], record["CUSTOMER-NAME"], record["BALANCE"])
+...     break
+1 Ada Winterbourne 1250.75
+
+The options are those of the program oxrrec, with the same names and values: `--on-error null` is `on_error="null"`.
+options() tells them. Where the program takes an option again and again, a list or a dict is given here.
+"""
+
+import logging
+import os
+
+from . import _oxrrec
+from ._errors import CopybookError, Error, FieldError, FileError, OptionError, RecordError, WriteError
+from ._layout import Field, Layout
+from ._nesting import Nested
+from ._options import arguments, describe as options
+from ._oxrrec import Record
+
+__all__ = ["read", "options", "Record", "Layout", "Field", "Error", "OptionError", "FileError",
+           "CopybookError", "RecordError", "FieldError", "WriteError"]
+
+_log = logging.getLogger("oxrrec")
+
+
+def _source(file):
+    """An input for the module: a path as bytes, or the object itself."""
+    return file if hasattr(file, "read") else os.fsencode(file)
+
+
+def _tell(notes):
+    for line in notes.splitlines():
+        _log.warning("%s", line.removeprefix("oxrrec: "))
+
+
+def read(file, **options):
+    """Give the records of a file, one after the other.
+
+    `file` is a path or an object with a method read(size) that gives bytes. The options are those of `oxrrec decode`;
+    `copybook` and `ccsid` are required.
+
+    >>> sample = dict(copybook="orders.cob", ccsid=819, records="lines",
+    ...               when={"KIND": {"H": "ORDER-HEAD", "L": "ORDER-LINE"}})
+    >>> [record.kind for record in oxrrec.read("orders.txt", **sample)]
+    ['ORDER-HEAD', 'ORDER-LINE', 'ORDER-LINE', 'ORDER-HEAD', 'ORDER-LINE']
+
+    The result is an iterator of Record; with `nest` children stand in lists of their parents:
+
+    >>> next(oxrrec.read("orders.txt", nest={"ORDER-LINE": "ORDER-HEAD"}, **sample))["ORDER-LINE"][0]
+    {'KIND': 'L', 'ARTICLE': 'Bookcase', 'QUANTITY': 2, 'PRICE': Decimal('199.50')}
+
+    A field that cannot be read raises FieldError, after the records before it. With `on_error="null"` it is None, and
+    record.errors tells why; with `on_error="skip"` its record does not come.
+
+    >>> import io
+    >>> bad = open("parts.bin", "rb").read().replace(b"20417", b"2O417")
+    >>> for record in oxrrec.read(io.BytesIO(bad), copybook="parts.cob", ccsid=819, on_error="null"):
+    ...     for error in record.errors:
+    ...         print(record.number, error.path, error.reason, error.bytes)
+    3 PART-NO not a number: byte 2 of 5 is 4F ("O"), no digit (OXR5505) b'2O417'
+    3 PART-CODE.PART-FAMILY not a number: byte 2 of 2 is 4F ("O"), no digit (OXR5505) b'2O'
+
+    Other threads of Python run while records are read and converted. Memory does not grow with the file. The iterator
+    is its own context manager and has a method close(); at its end it closes what it opened.
+    """
+    records, notes, pairs, leaves_bad_out = _oxrrec.read(arguments("read", options), _source(file))
+    _tell(notes)
+    return Nested(records, pairs, leaves_bad_out) if pairs else records

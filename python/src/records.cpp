@@ -1,0 +1,158 @@
+#include "records.hpp"
+
+#include <pybind11/stl.h>
+
+#include <algorithm>
+#include <array>
+
+#include "arguments.hpp"
+#include "oxrrec/nesting.hpp"
+#include "records/plan/itempath.hpp"
+
+namespace py = pybind11;
+
+namespace oxr::python {
+
+Records::Records(const rec::DecodeOptions& options, py::object file)
+    : reading_(options, std::move(file)),
+      batch_(reading_, options.onError == rec::OnError::skip && options.nest.empty()),
+      builder_(reading_.plan()) {}
+
+PyObject* Records::next() {
+  requireIdle();
+  isBusy_ = true;
+  const std::unique_ptr<bool, void (*)(bool*)> busy(&isBusy_, [](bool* flag) { *flag = false; });
+  while (made_ == batch_.entries().size()) {
+    if (const std::exception_ptr ending = batch_.takeEnding()) std::rethrow_exception(ending);
+    if (batch_.isAtEnd()) return nullptr;
+    const py::gil_scoped_release free;
+    made_ = 0;
+    batch_.fill();
+  }
+  return make(batch_.entries()[made_++]);
+}
+
+void Records::requireIdle() const {
+  if (isBusy_) throw py::value_error("another thread reads these records");
+}
+
+PyObject* Records::make(const Batch::Entry& entry) {
+  py::object errors;
+  if (entry.firstBadField != entry.endBadField) {
+    py::tuple bad(entry.endBadField - entry.firstBadField);
+    for (std::size_t i = 0; i < bad.size(); ++i) {
+      const BadField& field = batch_.badFields()[entry.firstBadField + i];
+      bad[i] = errorOf(field, field.text);
+    }
+    errors = std::move(bad);
+  }
+  const py::object kind = entry.kind.empty() ? py::object() : kindOf(entry.kind);
+  auto record = py::reinterpret_steal<py::object>(newRecord(entry.place, kind.ptr(), errors.ptr()));
+  builder_.fill(record.ptr(), batch_.tapeAt(entry));
+  return record.release().ptr();
+}
+
+py::object Records::kindOf(std::string_view kind) {
+  py::object& known = kinds_[kind];
+  if (!known) known = py::str(kind.data(), kind.size());
+  return known;
+}
+
+namespace {
+
+using Pairs = std::vector<std::pair<std::string, std::string>>;
+
+// An iterator of its own, so that a loop calls next() without anything between.
+struct RecordsObject {
+  PyObject base;
+  Records* records;  // null once they are closed
+};
+
+Records*& recordsOf(PyObject* self) {
+  return reinterpret_cast<RecordsObject*>(self)->records;
+}
+
+PyObject* iterate(PyObject* self) {
+  Records* const records = recordsOf(self);
+  if (records == nullptr) return nullptr;
+  try {
+    return records->next();
+  } catch (...) {
+    setError();
+    return nullptr;
+  }
+}
+
+void deallocate(PyObject* self) {
+  PyTypeObject* const type = Py_TYPE(self);
+  delete std::exchange(recordsOf(self), nullptr);
+  type->tp_free(self);
+  Py_DECREF(type);
+}
+
+constexpr char kDoc[] = "The records of an input, one after the other, as read() gives them.";
+
+std::array<PyType_Slot, 5> slots{{{Py_tp_iter, reinterpret_cast<void*>(PyObject_SelfIter)},
+                                  {Py_tp_iternext, reinterpret_cast<void*>(iterate)},
+                                  {Py_tp_dealloc, reinterpret_cast<void*>(deallocate)},
+                                  {Py_tp_doc, const_cast<char*>(kDoc)},
+                                  {}}};
+PyType_Spec spec{"oxrrec._oxrrec.Records", sizeof(RecordsObject), 0,
+                 Py_TPFLAGS_DEFAULT | Py_TPFLAGS_DISALLOW_INSTANTIATION, slots.data()};
+
+PyTypeObject* recordsType = nullptr;
+
+// The pairs CHILD:PARENT, by the names that the records have.
+Pairs pairsOf(const rec::DecodeOptions& options, const rec::RecordPlan& plan) {
+  const std::vector<std::string> kinds = rec::namedKinds(options.record.plan.conditions);
+  const rec::Nesting refusing(options.nest, kinds, plan);
+  const auto kindOf = [&](const std::string& name) {
+    return *std::find_if(kinds.begin(), kinds.end(), [&](const auto& kind) { return rec::isSameName(kind, name); });
+  };
+  Pairs pairs;
+  for (const std::string& pair : options.nest) {
+    const std::size_t colon = pair.find(':');
+    pairs.emplace_back(kindOf(pair.substr(0, colon)), kindOf(pair.substr(colon + 1)));
+  }
+  return pairs;
+}
+
+// An iterator, the notes of how it was opened, the pairs of `nest`, and whether who puts these into each other is to
+// leave out records with a bad field.
+py::tuple open(const Arguments& arguments, py::object file) {
+  const auto options = readArguments(arguments, rec::addReadingOptions);
+  auto records = std::make_unique<Records>(options, std::move(file));
+  const Pairs pairs = pairsOf(options, records->plan());
+  const std::string notes = records->notes();
+  PyObject* const made = recordsType->tp_alloc(recordsType, 0);
+  if (made == nullptr) throw py::error_already_set();
+  recordsOf(made) = records.release();
+  return py::make_tuple(py::reinterpret_steal<py::object>(made), notes, pairs, options.onError == rec::OnError::skip);
+}
+
+void close(const py::object& self) {
+  Records* const records = recordsOf(self.ptr());
+  if (records != nullptr) records->requireIdle();
+  delete std::exchange(recordsOf(self.ptr()), nullptr);
+}
+
+}  // namespace
+
+void addRecordsType(py::module_& module) {
+  recordsType = reinterpret_cast<PyTypeObject*>(PyType_FromSpec(&spec));
+  if (recordsType == nullptr) throw py::error_already_set();
+  const py::handle type(reinterpret_cast<PyObject*>(recordsType));
+  const auto method = [&](const char* name, auto function, const char* doc) {
+    type.attr(name) = py::cpp_function(function, py::name(name), py::is_method(type), doc);
+  };
+  method(
+      "close", [](const py::object& self) { close(self); }, "Close the input; no record comes any more.");
+  method(
+      "__enter__", [](const py::object& self) { return self; }, "");
+  method(
+      "__exit__", [](const py::object& self, const py::args&) { close(self); }, "");
+  module.attr("Records") = type;
+  module.def("read", &open);
+}
+
+}  // namespace oxr::python

@@ -1,0 +1,149 @@
+"""Records as dicts: equal to the lines of the program, bad fields, and what an iterator owes to its thread."""
+
+import datetime
+import gc
+import io
+import os
+import resource
+import threading
+from decimal import Decimal
+
+import pytest
+
+import oxrrec
+from conftest import SAMPLES, SETS, lines_of, of
+
+
+def as_floats(line, record):
+    """The value of a line with doubles where Python has floats; the type is part of what is compared."""
+    if isinstance(line, dict):
+        return {key: as_floats(value, record.get(key)) for key, value in line.items()}
+    if isinstance(line, list):
+        return [as_floats(*pair) for pair in zip(line, record)]
+    return float(line) if isinstance(record, float) else line
+
+
+@pytest.mark.parametrize("entry", SETS, ids=lambda entry: f"{entry[2]}-{len(entry[3])}")
+def test_dicts_are_the_lines_of_the_program(entry):
+    path, options = of(entry)
+    lines, records = lines_of(path, options), list(oxrrec.read(path, **options))
+    assert len(records) == len(lines) > 0
+    lines = [as_floats(*pair) for pair in zip(lines, records)]
+    assert [repr(dict(record)) for record in records] == [repr(line) for line in lines]
+
+
+@pytest.mark.parametrize("pattern, text, value", [
+    ("yyyyMMdd", "20240229", datetime.date(2024, 2, 29)),
+    ("HHmmss", "123456", datetime.time(12, 34, 56)),
+    ("yyyyMMddHHmmssSSS", "20240229123456789", datetime.datetime(2024, 2, 29, 12, 34, 56, 789000)),
+    ("yyyyMM", "202402", "2024-02"),  # no date of Python's
+])
+def test_dates(tmp_path, pattern, text, value):
+    (tmp_path / "d.cob").write_text(f"       01 R.\n          05 D PIC 9({len(text)}).\n          05 T PIC X(10).\n")
+    record, = oxrrec.read(io.BytesIO(text.encode() + b"2024-02-29"), copybook=tmp_path / "d.cob", ccsid=819,
+                          field={"D": {"date": pattern}})
+    assert record == {"D": value, "T": "2024-02-29"}
+
+
+def test_bad_fields(bad_parts, parts):
+    with pytest.raises(oxrrec.FieldError) as told, oxrrec.read(bad_parts, **parts) as records:
+        before = [next(records), next(records)]
+        next(records)
+    error = told.value
+    assert (len(before), error.record, error.offset, error.path) == (2, 3, 156, "PART-NO")
+    assert str(error) == f"{bad_parts}: record 3, byte 156, PART-NO: {error.reason}; bytes 32 4F 34 31 37"
+    assert list(oxrrec.read(bad_parts, on_error="skip", **parts)) == [
+        record for record in oxrrec.read(bad_parts, on_error="null", **parts) if not record.errors]
+    bad = [record for record in oxrrec.read(bad_parts, on_error="null", **parts) if record.errors]
+    assert [(record.number, record.offset, record["PART-NO"]) for record in bad] == [(3, 156, None)]
+    assert [error.path for error in bad[0].errors] == ["PART-NO", "PART-CODE.PART-FAMILY"]
+
+
+@pytest.mark.parametrize("change, error, words", [
+    (dict(records="rdw"), oxrrec.RecordError, "record 1 at byte 0"),
+    (dict(recods="rdw"), TypeError, "is 'records' meant"),
+    (dict(records="rwd"), oxrrec.OptionError, "is none of"),
+    (dict(copybook="nowhere.cob"), oxrrec.CopybookError, "nowhere.cob"),
+    (dict(ccsid=99999), oxrrec.Error, "99999"),
+    (dict(ccsid=None), TypeError, "needs the option 'ccsid'"),
+    (dict(field="NO-SUCH:date=yyyy"), oxrrec.OptionError, "NO-SUCH"),
+    (dict(nest={"A": "B"}), oxrrec.FileError, "no --when tells which records are A"),
+    (dict(skip_header=10000), oxrrec.FileError, "has only 390 bytes"),
+    (dict(flat="yes"), TypeError, "flat is True or False"),
+])
+def test_what_is_refused(parts, change, error, words):
+    with pytest.raises(error, match=words):
+        list(oxrrec.read(os.path.join(SAMPLES, "parts.bin"), **dict(parts, **change)))
+
+
+def test_inputs(parts):
+    path = os.path.join(SAMPLES, "parts.bin")
+    expected = list(oxrrec.read(path, **parts))
+    with open(path, "rb") as file:
+        content = file.read()
+        file.seek(0)
+        assert list(oxrrec.read(file, **parts)) == expected
+    assert list(oxrrec.read(io.BytesIO(b"head" + content), skip_header=4, **parts)) == expected
+    assert list(oxrrec.read(path, range=(78, 234), **parts)) == expected[1:3]
+
+    class Failing:
+        def read(self, size):
+            raise RuntimeError("no line")
+    with pytest.raises(RuntimeError, match="no line"):
+        list(oxrrec.read(Failing(), **parts))
+    with pytest.raises(TypeError, match="open as text"), open(path, encoding="latin-1") as text:
+        list(oxrrec.read(text, **parts))
+    records = oxrrec.read(path, **parts)
+    next(records)
+    records.close()
+    assert list(records) == []
+
+
+def test_notes_are_logged(caplog):
+    orders = dict(copybook=os.path.join(SAMPLES, "orders.cob"), ccsid=819, records="auto")
+    next(oxrrec.read(os.path.join(SAMPLES, "orders.txt"), allow_extra=True, **orders))
+    assert "all records are read as ORDER-HEAD" in caplog.text and "--records lines" in caplog.text
+
+
+def test_records_are_collected(parts):
+    record = next(oxrrec.read(os.path.join(SAMPLES, "parts.bin"), **parts))
+    record["SELF"] = record
+    gc.collect()
+    before = sum(isinstance(thing, oxrrec.Record) for thing in gc.get_objects())
+    del record
+    gc.collect()
+    assert sum(isinstance(thing, oxrrec.Record) for thing in gc.get_objects()) == before - 1
+
+
+class Repeated:
+    """An input of the sample parts over and over."""
+
+    def __init__(self, times):
+        with open(os.path.join(SAMPLES, "parts.bin"), "rb") as file:
+            self.part = file.read()
+        self.left = times * len(self.part)
+
+    def read(self, size):
+        count = min(size // len(self.part) * len(self.part), self.left)
+        self.left -= count
+        return self.part * (count // len(self.part))
+
+
+def test_memory_is_flat_and_others_run(parts):
+    def most():
+        return resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
+    assert sum(1 for _ in oxrrec.read(Repeated(2000), **parts)) == 10000
+    before, turns, done = most(), [], threading.Event()
+
+    def count():
+        while not done.wait(0.0001):
+            turns.append(0)
+    other = threading.Thread(target=count)
+    other.start()
+    try:
+        assert sum(1 for _ in oxrrec.read(Repeated(40000), **parts)) == 200000
+    finally:
+        done.set()
+        other.join()
+    assert most() - before < 4000  # KiB, of 15 MB read
+    assert len(turns) > 20
