@@ -14,13 +14,14 @@ import logging
 import os
 
 from . import _oxrrec
+from ._columns import Columns as _Columns
 from ._errors import CopybookError, Error, FieldError, FileError, OptionError, RecordError, WriteError
 from ._layout import Field, Layout
 from ._nesting import Nested
 from ._options import arguments, describe as options
 from ._oxrrec import Record
 
-__all__ = ["read", "options", "Record", "Layout", "Field", "Error", "OptionError", "FileError",
+__all__ = ["read", "columns", "write", "options", "Record", "Layout", "Field", "Error", "OptionError", "FileError",
            "CopybookError", "RecordError", "FieldError", "WriteError"]
 
 _log = logging.getLogger("oxrrec")
@@ -69,3 +70,49 @@ def read(file, **options):
     records, notes, pairs, leaves_bad_out = _oxrrec.read(arguments("read", options), _source(file))
     _tell(notes)
     return Nested(records, pairs, leaves_bad_out) if pairs else records
+
+
+def columns(file, *, rows=65536, decimals="decimal", **options):
+    """Give a file as a table, a chunk of rows after the other: a dict of numpy arrays by column.
+
+    Columns are those of `oxrrec decode --to csv`: a field of a group is HOME-ADDRESS.TOWN, one of an array
+    MOVEMENT(2).AMOUNT. `rows` is the most that a chunk has, the other options are those of read(), but `nest`.
+
+    >>> for chunk in oxrrec.columns("parts.bin", copybook="parts.cob", ccsid=819):
+    ...     print(chunk["STOCK"], chunk["PRICE"][:2], chunk["BIN-CODE(2)"])
+    [     12000         -3          0  999999999 -999999999] [Decimal('0.12') Decimal('-7.95')] ['A02' '' '' 'ZZ2' 'D']
+
+    Whole numbers of up to 18 digits are int64, in a masked array if one is missing; numbers with a point are what
+    `decimals` says: "decimal" objects, "float" doubles, or "scaled" int64 in units of the last place (the scale is that
+    of Layout). Floats are float64 and days and moments datetime64, with NaN and NaT where one is missing; all else are
+    objects as read() has them, None where one is missing. Larger whole numbers, and a column with one in a
+    chunk, are objects too.
+
+    pandas takes a chunk as it is: pandas.concat(map(pandas.DataFrame, oxrrec.columns(...))).
+    """
+    opened = _oxrrec.columns(arguments("read", options, own=("rows", "decimals")), _source(file), rows, decimals)
+    _tell(opened.notes())
+    return _Columns(opened)
+
+
+def write(file, records, /, **options):
+    """Write dicts as a record file, and tell how many were written.
+
+    `file` is a path, or an object with a method write(bytes); `records` gives dicts as read() does. The options are
+    those of `oxrrec encode`, which are to be the same as where records are read.
+
+    >>> same = dict(copybook="customers.cob", ccsid=37, records="rdw")
+    >>> import io
+    >>> copy = io.BytesIO()
+    >>> oxrrec.write(copy, oxrrec.read("customers.rdw.bin", **same), **same)
+    8
+    >>> copy.getvalue() == open("customers.rdw.bin", "rb").read()
+    True
+
+    Nothing is cut or rounded: a value that does not fit its field raises WriteError, and with `on_error="skip"` its
+    record is left out, which is logged. A file gets its name when all is written: if anything is raised, there is none.
+    """
+    target = file if hasattr(file, "write") else os.fsencode(file)
+    written, notes = _oxrrec.write(arguments("write", options), target, records)
+    _tell(notes)
+    return written

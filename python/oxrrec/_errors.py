@@ -55,3 +55,8 @@ class WriteError(RecordError):
     def __init__(self, text, record=0, path=""):
         super().__init__(text, record)
         self.path = path
+
+
+# They are known by the package that has them.
+for _class in (Error, OptionError, FileError, CopybookError, RecordError, FieldError, WriteError):
+    _class.__module__ = "oxrrec"

@@ -1,10 +1,12 @@
 #include <pybind11/pybind11.h>
 
 #include "arguments.hpp"
+#include "columnsreader.hpp"
 #include "errors.hpp"
 #include "layout.hpp"
 #include "records.hpp"
 #include "recordtype.hpp"
+#include "writing.hpp"
 
 // The part of the package oxrrec that is not Python: options, layouts, and the ways between records and objects. The
 // package's own files make these into what people call.
@@ -15,4 +17,6 @@ PYBIND11_MODULE(_oxrrec, module) {
   oxr::python::addLayout(module);
   oxr::python::addRecordType(module);
   oxr::python::addRecordsType(module);
+  oxr::python::addColumnsType(module);
+  oxr::python::addWriter(module);
 }

@@ -7,6 +7,29 @@
 
 namespace oxr::python {
 
+void putValue(Tape& tape, std::uint32_t name, const PWFData& value, bool isDate) {
+  if (value.isNull() || value.isNothing()) {
+    tape.put(name, Token::null);
+    return;
+  }
+  switch (value.getDataLogicalType()) {
+    case STRING: {
+      const UnitView text = trimmed(value.getPWFStringValue().view());
+      if (!isDate) return tape.putText(name, text);
+      narrow(text, tape.put(name, Token::date, text.size()));
+      return;
+    }
+    case DECIMAL:
+      return tape.putDecimal(name, {value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength())});
+    case INTEGER:
+      return tape.putInteger(name, value.getInt64Value());
+    case FLOAT:
+      return tape.putReal(name, value.getDoubleValue());
+    default:
+      throw FIHandlerException();
+  }
+}
+
 bool TapeHandler::isObserver() const {
   return std::any_of(plan_.forms().begin(), plan_.forms().end(), [](const auto& form) { return !form.date.empty(); });
 }
@@ -57,26 +80,7 @@ void TapeHandler::endElement(const unsigned short*, const WorkerInfoPtr&) {
 
 void TapeHandler::data(const PWFData& value, const WorkerInfoPtr&, int, int) {
   hasData_ = true;
-  if (value.isNull() || value.isNothing()) {
-    tape_.put(name_, Token::null);
-    return;
-  }
-  switch (value.getDataLogicalType()) {
-    case STRING: {
-      const UnitView text = trimmed(value.getPWFStringValue().view());
-      if (!isDate_) return tape_.putText(name_, text);
-      narrow(text, tape_.put(name_, Token::date, text.size()));
-      return;
-    }
-    case DECIMAL:
-      return tape_.putDecimal(name_, {value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength())});
-    case INTEGER:
-      return tape_.putInteger(name_, value.getInt64Value());
-    case FLOAT:
-      return tape_.putReal(name_, value.getDoubleValue());
-    default:
-      throw FIHandlerException();
-  }
+  putValue(tape_, name_, value, isDate_);
 }
 
 void TapeHandler::seen(const rec::FieldSeen& field) {

@@ -8,6 +8,9 @@
 
 namespace oxr::python {
 
+// Writes the value of a field. A date is ISO text that is to become one of Python's.
+void putValue(Tape& tape, std::uint32_t name, const PWFData& value, bool isDate);
+
 // Writes the events of a record worker on a tape. It needs no interpreter. Dates are told from other texts by the steps
 // that their fields have, which a worker shows to its observer.
 class TapeHandler : public rec::RecordHandler, public rec::FieldObserver {

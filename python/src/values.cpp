@@ -71,6 +71,31 @@ PyObject* newDate(const char* text, std::size_t size) {
   return py::object(shown).release().ptr();
 }
 
+PyObject* newScalar(const Head& head, const char* bytes) {
+  const auto number = [&](auto value) {
+    std::memcpy(&value, bytes, sizeof value);
+    return value;
+  };
+  switch (head.token) {
+    case Token::integer:
+      return checked(PyLong_FromLongLong(number(std::int64_t{})));
+    case Token::real:
+      return checked(PyFloat_FromDouble(number(double{})));
+    case Token::bigInteger:
+      return newBigInteger(bytes, head.size);
+    case Token::decimal:
+      return newDecimal(bytes, head.size);
+    case Token::ascii:
+    case Token::latin1:
+    case Token::utf16:
+      return newText(head.token, bytes, head.size);
+    case Token::date:
+      return newDate(bytes, head.size);
+    default:
+      Py_RETURN_NONE;
+  }
+}
+
 Builder::Builder(const rec::RecordPlan& plan) : keys_(plan.names().size() + 1) {
   const auto interned = [](const std::string& name) { return owned(PyUnicode_InternFromString(name.c_str())); };
   const std::vector<unsigned short>& names = plan.names();
@@ -115,16 +140,6 @@ PyObject* Builder::makeList(std::uint64_t size) {
 }
 
 PyObject* Builder::make(const Head& head) {
-  const auto scalar = [this](auto value) {
-    std::memcpy(&value, at_, sizeof value);
-    at_ += sizeof value;
-    return value;
-  };
-  const auto bytes = [&] {
-    const char* const from = at_;
-    at_ += Tape::padded(head.size);
-    return from;
-  };
   switch (head.token) {
     case Token::beginGroup: {
       py::object dict = owned(PyDict_New());
@@ -133,26 +148,12 @@ PyObject* Builder::make(const Head& head) {
     }
     case Token::beginArray:
       return makeList(head.size);
-    case Token::integer:
-      return checked(PyLong_FromLongLong(scalar(std::int64_t{})));
-    case Token::real:
-      return checked(PyFloat_FromDouble(scalar(double{})));
-    case Token::bigInteger:
-      return newBigInteger(bytes(), head.size);
-    case Token::decimal:
-      return newDecimal(bytes(), head.size);
-    case Token::ascii:
-    case Token::latin1:
-    case Token::utf16:
-      return newText(head.token, bytes(), head.size);
-    case Token::date:
-      return newDate(bytes(), head.size);
-    case Token::null:
-    case Token::endGroup:
-    case Token::endArray:
+    default:
       break;
   }
-  Py_RETURN_NONE;
+  const char* const bytes = at_;
+  at_ += Tape::padded(head.size);
+  return newScalar(head, bytes);
 }
 
 }  // namespace oxr::python

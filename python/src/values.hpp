@@ -28,6 +28,9 @@ PyObject* newBigInteger(const char* digits, std::size_t size);
 // A date, a time or both; the text itself if Python's types have no such year, or if it is no whole date.
 PyObject* newDate(const char* text, std::size_t size);
 
+// What a head that is neither a group nor an array begins, whose bytes are at `bytes`; a new reference.
+PyObject* newScalar(const Head& head, const char* bytes);
+
 // Makes dicts and lists of what is on a tape. To be used with the interpreter held.
 class Builder {
  public:

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "columntypes.hpp"
+#include "tape.hpp"
+
+namespace oxr::python {
+
+// A row that has no value, where numbers cannot tell.
+inline constexpr std::int64_t kNoInstant = std::numeric_limits<std::int64_t>::min();
+
+// What a column holds of a chunk of rows. Memory of numbers is the owner's, and as long as the chunk.
+struct Column {
+  ColumnShape shape{};
+  std::int64_t* numbers = nullptr;     // integer, scaled, days, instants
+  double* reals = nullptr;             // real, decimal
+  unsigned char* isMissing = nullptr;  // integer, scaled: by row, all true at first
+  // Objects, and numbers that have no place in 64 bits: names are numbers of begun rows, see rowOf.
+  Tape objects;
+};
+
+// Writes the events of a record worker into columns, as the program's tables have them. Needs no interpreter.
+class ColumnHandler : public rec::RecordHandler {
+ public:
+  ColumnHandler(const rec::RecordPlan& plan, DecimalForm form);
+
+  const rec::CsvColumns& names() const { return table_; }
+  std::vector<Column>& columns() { return columns_; }
+  // Forgets all rows.
+  void clear();
+  // Forgets the last row, finished or not.
+  void discard();
+  std::uint32_t rows() const { return rows_; }
+  // The row that a begun one has become, by its number; kNoRow if it was discarded.
+  static constexpr std::uint32_t kNoRow = 0xFFFFFFFFU;
+  const std::vector<std::uint32_t>& rowOf() const { return rowOf_; }
+
+  void startMessage(const WorkerInfoPtr&, const WorkerInfoPtr&) override;
+  void endMessage(const WorkerInfoPtr&) override { ++rows_; }
+  using RecordHandler::startElement;
+  void startElement(const unsigned short* name, unsigned short type, const WorkerInfoPtr&, int index, int) override;
+  using RecordHandler::endElement;
+  void endElement(const unsigned short*, const WorkerInfoPtr&) override { open_.pop_back(); }
+  void data(const PWFData& value, const WorkerInfoPtr&, int, int) override;
+
+ private:
+  struct Open {
+    std::uint32_t node;
+    std::uint32_t column;  // its first
+    std::size_t next;      // the child that is expected: they come in their order
+  };
+  std::uint32_t enter(const unsigned short* name, unsigned short type);
+  void put(Column& column, const PWFData& value);
+  void putInteger(Column& column, std::int64_t value);
+  void putDecimal(Column& column, const PWFData& value);
+  bool putMoment(Column& column, UnitView text);
+
+  const rec::CsvColumns table_;
+  std::vector<Column> columns_;
+  std::vector<Open> open_;
+  std::vector<std::uint32_t> rowOf_;
+  std::uint32_t rows_ = 0;
+};
+
+}  // namespace oxr::python

@@ -1,0 +1,172 @@
+#include "writing.hpp"
+
+#include <pybind11/stl.h>
+
+#include <optional>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "arguments.hpp"
+#include "growingbytebuffer.hpp"
+#include "jsontext.hpp"
+#include "oxrrec/encode/unnesting.hpp"
+#include "oxrrec/nesting.hpp"
+#include "records/program/reading.hpp"
+
+namespace py = pybind11;
+
+namespace oxr::python {
+
+namespace {
+
+constexpr std::size_t kBatchBytes = std::size_t{256} << 10;
+constexpr std::uint64_t kToldRecords = 20;
+
+// Where records go: a file that gets its name when all is written, or an object with a method write.
+class Target {
+ public:
+  Target(const py::object& target, const rec::Layout& layout) {
+    if (py::isinstance<py::bytes>(target))
+      file_.emplace(rec::FileOutput::open(py::cast<std::string>(target), layout.fileNames, -1));
+    else
+      write_ = target.attr("write");
+  }
+  void write(std::string_view bytes) {
+    if (file_)
+      file_->write(bytes);
+    else if (!bytes.empty())
+      write_(py::bytes(bytes.data(), bytes.size()));
+  }
+  void close() {
+    if (file_) file_->close();
+  }
+
+ private:
+  std::optional<rec::FileOutput> file_;
+  py::object write_;
+};
+
+// No record is read.
+class NoFaults : public rec::FaultListener {
+ public:
+  bool goOnAfter(const rec::FieldFault&) override { return false; }
+};
+
+// Records as lines become bytes. Needs no interpreter.
+class Writing {
+ public:
+  Writing(const rec::EncodeOptions& options, const rec::RecordPlan& plan)
+      : isSkipping_(options.onError == rec::OnError::skip),
+        worker_(rec::RecordWorker::make(plan, options.records, faults_)),
+        reader_(plan.names()) {
+    if (!options.nest.empty()) unnesting_.emplace(options.nest, rec::namedKinds(options.record.plan.conditions), plan);
+    worker_->initializeWrite(nullptr, 0, 0, 0);
+  }
+
+  // Throws RecordEnded for a record that does not fit, unless such are left out.
+  void add(std::string_view line) {
+    ++lines_;
+    rec::JsonTree& tree = reader_.read(line);
+    if (!unnesting_) {
+      write(tree, {});
+      return;
+    }
+    left_ += unnesting_->writeAll(tree, isSkipping_, [this](const rec::JsonTree& record, const std::string& path) {
+      return write(record, path);
+    });
+  }
+  void finish() { worker_->finishWriting(buffer_); }
+  std::string_view bytes() const { return buffer_.bytes(); }
+  void clear() { buffer_.setLength(0); }
+  std::uint64_t written() const { return written_; }
+  // Of what was left out, a line each.
+  std::string notes() const {
+    const std::uint64_t bad = bad_ + left_;
+    return bad == 0 ? std::string() : notes_.str() + std::to_string(bad) + " records left out\n";
+  }
+
+ private:
+  bool write(const rec::JsonTree& tree, const std::string& path) {
+    try {
+      worker_->setFIMessageTree(&tree, false);
+      worker_->write(&buffer_, 0, 0);
+      ++written_;
+      return true;
+    } catch (const rec::WriteError& error) {
+      const std::string what = error.what();
+      const std::size_t colon = what.find(": ");
+      tell((path.empty() ? "" : path + ": ") + what, colon == std::string::npos ? "" : what.substr(0, colon));
+    } catch (const rec::FrameError& error) {
+      tell(error.what(), {});
+    }
+    return false;
+  }
+
+  void tell(const std::string& what, const std::string& path) {
+    const std::string text = "record " + std::to_string(lines_) + ", " + what;
+    if (!isSkipping_) throw RecordEnded(text, lines_, true, path);
+    if (++bad_ <= kToldRecords) notes_ << text << '\n';
+  }
+
+  const bool isSkipping_;
+  NoFaults faults_;
+  rec::RecordWorker::Owner worker_;
+  rec::JsonReader reader_;
+  std::optional<rec::Unnesting> unnesting_;
+  GrowingByteBuffer buffer_;
+  std::ostringstream notes_;
+  std::uint64_t lines_ = 0;
+  std::uint64_t written_ = 0;
+  std::uint64_t bad_ = 0;
+  std::uint64_t left_ = 0;  // children of records that were left out
+};
+
+// Writes the lines, whose ends are given, and forgets them.
+void writeLines(Writing& writing, std::string& lines, std::vector<std::size_t>& ends, Target& target) {
+  {
+    const py::gil_scoped_release free;
+    lines.reserve(lines.size() + rec::JsonReader::kPadding);
+    std::size_t begin = 0;
+    for (const std::size_t end : ends) {
+      writing.add(std::string_view(lines).substr(begin, end - 1 - begin));
+      begin = end;
+    }
+  }
+  target.write(writing.bytes());
+  writing.clear();
+  lines.clear();
+  ends.clear();
+}
+
+py::tuple write(const Arguments& arguments, const py::object& target, const py::iterable& records) {
+  const auto options = readArguments(arguments, rec::addRecordWritingOptions);
+  if (options.records.form.framing == rec::Framing::automatic)
+    throw OptionFault("records=\"auto\" tells how an input lies; how records are to be written has to be said");
+  std::ostringstream notes;
+  const rec::Description description(options.record, {0, 1, notes, false, "oxrrec"});
+  Writing writing(options, description.plan());
+  const RecordText text(description.plan());
+  Target output(target, description.plan().layout());
+  std::string lines;
+  std::vector<std::size_t> ends;
+  for (const py::handle record : records) {
+    text.append(record, lines);
+    ends.push_back(lines.size());
+    if (lines.size() >= kBatchBytes) writeLines(writing, lines, ends, output);
+  }
+  writeLines(writing, lines, ends, output);
+  writing.finish();
+  output.write(writing.bytes());
+  output.close();
+  return py::make_tuple(writing.written(), notes.str() + writing.notes());
+}
+
+}  // namespace
+
+void addWriter(py::module_& module) {
+  module.def("write", &write);
+}
+
+}  // namespace oxr::python
