@@ -43,7 +43,7 @@ void characters(benchmark::State& state) {
       benchmark::DoNotOptimize(unit);
   }
 }
-BENCHMARK(characters)->Name("TextBufferReader/getCharacter (CCSID; 37 at most 6 ns)")->Arg(kEbcdic)->Arg(kUtf8);
+BENCHMARK(characters)->Name("getCharacter/library (CCSID; 37 at most 6 ns)")->Arg(kEbcdic)->Arg(kUtf8);
 
 void charactersByIcu(benchmark::State& state) {
   const std::string text = textOf(state.range(0), kMebibyte);
@@ -58,7 +58,7 @@ void charactersByIcu(benchmark::State& state) {
     }
   }
 }
-BENCHMARK(charactersByIcu)->Name("TextBufferReader/a character by ICU (CCSID)")->Arg(kEbcdic)->Arg(kUtf8);
+BENCHMARK(charactersByIcu)->Name("getCharacter/ICU alone (CCSID)")->Arg(kEbcdic)->Arg(kUtf8);
 
 void rangeValues(benchmark::State& state) {
   const Message message(textOf(state.range(0), state.range(1)));
@@ -68,9 +68,7 @@ void rangeValues(benchmark::State& state) {
     benchmark::DoNotOptimize(value);
   }
 }
-BENCHMARK(rangeValues)
-    ->Name("TextBufferReader/getString (CCSID, bytes)")
-    ->ArgsProduct({{kEbcdic, kUtf8}, {16, 32, 64}});
+BENCHMARK(rangeValues)->Name("getString/library (CCSID, bytes)")->ArgsProduct({{kEbcdic, kUtf8}, {16, 32, 64}});
 
 // Sections, and up to a zero with a count of -1, into a string that is emptied each time.
 void sections(benchmark::State& state) {
@@ -85,7 +83,7 @@ void sections(benchmark::State& state) {
   }
 }
 BENCHMARK(sections)
-    ->Name("TextBufferReader/getPWFStringSection (CCSID, count; -1 up to the end of 64 KiB)")
+    ->Name("getPWFStringSection/library (CCSID, count; -1 up to the end of 64 KiB)")
     ->ArgsProduct({{kEbcdic, kUtf8}, {16, 32, 64, -1}});
 
 void textByIcu(benchmark::State& state) {
@@ -101,8 +99,6 @@ void textByIcu(benchmark::State& state) {
     benchmark::DoNotOptimize(units.data());
   }
 }
-BENCHMARK(textByIcu)
-    ->Name("TextBufferReader/a text by ICU (CCSID, bytes)")
-    ->ArgsProduct({{kEbcdic, kUtf8}, {16, 32, 64, 65536}});
+BENCHMARK(textByIcu)->Name("getString/ICU alone (CCSID, bytes)")->ArgsProduct({{kEbcdic, kUtf8}, {16, 32, 64, 65536}});
 
 }  // namespace

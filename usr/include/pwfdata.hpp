@@ -89,8 +89,14 @@ class OXR_EXPORT PWFData {
   const void* getDataValue() const;
 
   // The text of a DECIMAL, and its length in code units. A null has the empty text.
-  int getDecimalLength() const;
-  const unsigned short* getDecimalValue() const;
+  int getDecimalLength() const {
+    requireText(DECIMAL, "PWFData::getDecimalLength");
+    return static_cast<int>(stringValue.length());
+  }
+  const unsigned short* getDecimalValue() const {
+    requireText(DECIMAL, "PWFData::getDecimalValue");
+    return stringValue.characters();
+  }
   PWFInterval getIntervalValue() const;
   int getBooleanValue() const;  // raises for a null
   bool getBoolValue() const;    // raises for a null
@@ -102,9 +108,19 @@ class OXR_EXPORT PWFData {
   // PWFInt32", "integer", "4-byte integer", the value.
   PWFInt32 getInt32Value() const;
   int getStringLength() const;  // of a STRING or, unlike its siblings, of a DECIMAL; in code units
-  const unsigned short* getStringValue() const;
-  const unsigned short* getStringValue(PWFInt32& length) const;
-  const PWFString& getPWFStringValue() const;
+  const unsigned short* getStringValue() const {
+    requireText(STRING, "PWFData::getStringValue");
+    return stringValue.characters();
+  }
+  const unsigned short* getStringValue(PWFInt32& length) const {
+    requireText(STRING, "PWFData::getStringValue(PWFInt32&)");
+    length = static_cast<PWFInt32>(stringValue.length());
+    return stringValue.characters();
+  }
+  const PWFString& getPWFStringValue() const {
+    requireText(STRING, "PWFData::getPWFStringValue");
+    return stringValue;
+  }
   PWFDateTime getDateTimeValue() const;
 
   // Whether type, null flag and value are the same. Texts and bytes are compared as they are, integers without regard
@@ -147,6 +163,12 @@ class OXR_EXPORT PWFData {
     stringValue.resizeForOverwrite(length);
   }
 
+  // The getters of texts are traced, and raise for another type; inline for those that do neither.
+  void requireText(ELogicalType type, const char* getter, int line = __builtin_LINE()) const {
+    if (logicalType != type || KelLog::iEffectiveLogFilter > 3) [[unlikely]]
+      checkText(type, getter, line);
+  }
+  void checkText(ELogicalType type, const char* getter, int line) const;
   void init(const void* data, int length, ELogicalType type, EOwnership own);
   bool store(const void* data, int length, EOwnership own);
   void storeBinary(const void* data, int length, EOwnership own);

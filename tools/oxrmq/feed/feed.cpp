@@ -160,7 +160,7 @@ class Cutting {
 
  private:
   rec::FileInput& input_;
-  rec::Spares spares_;
+  rec::Spares<std::string> spares_;
   std::optional<rec::RecordCutter> cutter_;
   std::string fault_;
 };

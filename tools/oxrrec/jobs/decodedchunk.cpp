@@ -7,20 +7,20 @@
 namespace oxr::rec {
 
 ChunkDecoder::ChunkDecoder(const RecordPlan& plan, const DecodeOptions& options, const InputOptions& settled,
-                           FileInput& input, const InputStart& start, Spares& spares, const Console& console)
-    : onError_(options.onError),
+                           FileInput& input, const InputStart& start, LineHandlers& spares, const Console& console)
+    : plan_(plan),
+      options_(options),
       start_(start),
       spares_(spares),
       input_(input.name()),
-      worker_(makeWorker(plan, settled, input, *this, console)),
-      lines_(makeHandler(plan, options)) {
-  worker_->setFIHandler(lines_.get(), false);
-}
+      worker_(makeWorker(plan, settled, input, *this, console)) {}
 
 DecodedChunk ChunkDecoder::decode(const Chunk& chunk) {
   decoded_ = {};
-  decoded_.lines = spares_.take();
-  lines_->clear();
+  std::optional<std::unique_ptr<LineHandler>> spare = spares_.take();
+  decoded_.lines = spare ? std::move(*spare) : makeHandler(plan_, options_);
+  decoded_.lines->clear();
+  worker_->setFIHandler(decoded_.lines.get(), false);
   ChunkSource source(chunk, start_);
   worker_->setSource(&source);
   worker_->initializeParse(-1, nullptr, -1);
@@ -35,7 +35,6 @@ DecodedChunk ChunkDecoder::decode(const Chunk& chunk) {
   }
   decoded_.bytes = chunk.bytes.size();
   decoded_.records = worker_->recordsRead();
-  decoded_.lines.assign(lines_->lines());
   return std::move(decoded_);
 }
 
@@ -52,12 +51,12 @@ void ChunkDecoder::readRecords(ChunkSource& source) {
 void ChunkDecoder::finishRecord() {
   if (!std::exchange(recordIsBad_, false)) return;
   ++decoded_.faults.records;
-  if (onError_ == OnError::skip) lines_->discard();
+  if (options_.onError == OnError::skip) decoded_.lines->discard();
 }
 
 void ChunkDecoder::end(int code, const std::string& text) {
   finishRecord();
-  lines_->discardUnfinished();
+  decoded_.lines->discardUnfinished();
   decoded_.code = code;
   decoded_.ended = text;
 }
@@ -65,7 +64,7 @@ void ChunkDecoder::end(int code, const std::string& text) {
 bool ChunkDecoder::goOnAfter(const FieldFault& fault) {
   recordIsBad_ = true;
   ++decoded_.faults.fields;
-  if (onError_ == OnError::stop) return false;
+  if (options_.onError == OnError::stop) return false;
   if (decoded_.faults.fields <= kToldFields) decoded_.faults.texts.push_back(fault.text());
   return true;
 }

@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "oxrrec/decode.hpp"
 #include "records/parallel/recordcutter.hpp"
@@ -13,19 +12,21 @@ namespace oxr::rec {
 struct DecodedChunk {
   std::uint64_t bytes = 0;
   std::uint64_t records = 0;
-  std::string lines;
+  std::unique_ptr<LineHandler> lines;  // who made them has them
   HeardFaults faults;
   // What ended the work, if anything did; nothing after this chunk counts then.
   int code = kDone;
   std::string ended;
 };
 
+using LineHandlers = Spares<std::unique_ptr<LineHandler>>;
+
 // Decodes chunks of one input, one after the other. Serves one thread; the plan may be shared.
 class ChunkDecoder : private FaultListener {
  public:
-  // `start` is that of the input; the lines lie in strings of `spares`. Throws as makeWorker does.
+  // `start` is that of the input. Handlers of `spares` are used again. Throws as makeWorker does.
   ChunkDecoder(const RecordPlan& plan, const DecodeOptions& options, const InputOptions& settled, FileInput& input,
-               const InputStart& start, Spares& spares, const Console& console);
+               const InputStart& start, LineHandlers& spares, const Console& console);
 
   DecodedChunk decode(const Chunk& chunk);
 
@@ -35,12 +36,12 @@ class ChunkDecoder : private FaultListener {
   void finishRecord();
   void end(int code, const std::string& text);
 
-  const OnError onError_;
+  const RecordPlan& plan_;
+  const DecodeOptions& options_;
   const InputStart& start_;
-  Spares& spares_;
+  LineHandlers& spares_;
   const std::string input_;  // what messages call it
   RecordWorker::Owner worker_;
-  std::unique_ptr<LineHandler> lines_;
   DecodedChunk decoded_;
   bool recordIsBad_ = false;
 };

@@ -50,7 +50,7 @@ class Jobs {
         progress_(makeProgress(options, console, input_)),
         badFields_(options.onError, console.messages, input_.name(), [this] { progress_.wipe(); }) {
     for (unsigned i = 0; i < options.jobs; ++i)
-      decoders_.emplace_back(plan_, options, known_, input_, *cutter_.start(), spares_, console);
+      decoders_.emplace_back(plan_, options, known_, input_, *cutter_.start(), handlers_, console);
     output_.emplace(description.openOutput(options.output, input_, console));
   }
 
@@ -64,6 +64,7 @@ class Jobs {
     for (ChunkDecoder& decoder : decoders_)
       workers.emplace_back([this, &decoder](Chunk chunk) {
         DecodedChunk decoded = decoder.decode(chunk);
+        chunk.bytes.clear();
         spares_.giveBack(std::move(chunk.bytes));
         return decoded;
       });
@@ -81,8 +82,8 @@ class Jobs {
   // False for the chunk that ended the work.
   bool take(DecodedChunk chunk) {
     badFields_.add(chunk.faults);
-    output_->write(chunk.lines);
-    spares_.giveBack(std::move(chunk.lines));
+    output_->write(chunk.lines->lines());
+    handlers_.giveBack(std::move(chunk.lines));
     records_ += chunk.records;
     bytes_ += chunk.bytes;
     progress_.update(bytes_);
@@ -100,7 +101,8 @@ class Jobs {
   const InputOptions known_;
   std::ostringstream unheard_;  // what is told of the copybook was told before
   const Silent silent_;
-  Spares spares_;
+  Spares<std::string> spares_;
+  LineHandlers handlers_;
   RecordCutter cutter_;
   Progress progress_;
   BadFields badFields_;

@@ -1,20 +1,17 @@
 #include "records/json/line.hpp"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
-#include <iterator>
-#include <string_view>
-
-#include "kelwstring.hpp"
 
 namespace oxr::rec {
 
 namespace {
 
 // Almost all texts of records consist of characters that stand in a JSON string as they are. Such a text is narrowed
-// eight units at a time and tested on the way; any other one goes to the writer, character by character.
+// eight units at a time and tested on the way; any other one goes character by character.
 //
 // A lane of a test is 0 for a unit that stands in a JSON string as one byte, itself: ASCII but for control characters,
 // the quote and the backslash.
@@ -85,26 +82,78 @@ bool narrow(UnitView text, char* to) {
   return !isAny(refused(few));
 }
 
-// Characters that JSON allows in a string, but that many readers of lines take for the end of one.
-constexpr struct {
-  unsigned short unit;
-  std::string_view bytes;
-  std::string_view escaped;
-} kLineEnds[] = {
-    {0x85, "\xC2\x85", "\\u0085"}, {0x2028, "\xE2\x80\xA8", "\\u2028"}, {0x2029, "\xE2\x80\xA9", "\\u2029"}};
+constexpr std::size_t kMostBytes = 6;  // of a unit: "\\u001F"
+constexpr unsigned kReplacement = 0xFFFD;
 
-bool endsLines(unsigned short unit) {
-  return std::any_of(std::begin(kLineEnds), std::end(kLineEnds), [&](const auto& end) { return end.unit == unit; });
+constexpr bool isHigh(unsigned unit) {
+  return (unit & 0xFC00) == 0xD800;
+}
+constexpr bool isLow(unsigned unit) {
+  return (unit & 0xFC00) == 0xDC00;
 }
 
-// Escapes them in what was written from `start` on.
-void escapeLineEnds(JsonBuffer& out, std::size_t start) {
-  std::string text(out.GetString() + start, out.GetSize() - start);
-  out.Pop(text.size());
-  for (const auto& end : kLineEnds)
-    for (std::size_t at = 0; (at = text.find(end.bytes, at)) != std::string::npos; at += end.escaped.size())
-      text.replace(at, end.bytes.size(), end.escaped);
-  std::memcpy(out.Push(text.size()), text.data(), text.size());
+// What stands behind the backslash of an escaped ASCII character: a letter, or 'u' and four digits. 0 for one that is
+// not escaped.
+constexpr std::array<char, 0x80> kEscapes = [] {
+  std::array<char, 0x80> escapes{};
+  std::fill(escapes.begin(), escapes.begin() + ' ', 'u');
+  for (const char itself : {'"', '\\'})
+    escapes[static_cast<std::size_t>(itself)] = itself;
+  escapes['\b'] = 'b', escapes['\f'] = 'f', escapes['\n'] = 'n', escapes['\r'] = 'r', escapes['\t'] = 't';
+  return escapes;
+}();
+
+char* putEscape(unsigned unit, char* to) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  *to++ = '\\';
+  *to++ = 'u';
+  for (int shift = 12; shift >= 0; shift -= 4)
+    *to++ = kDigits[unit >> shift & 0xF];
+  return to;
+}
+
+// A unit of more than seven bits that is no half of a pair. Some are characters that JSON allows in a string, but that
+// many readers of lines take for the end of one.
+char* putWide(unsigned unit, char* to) {
+  if (unit == 0x85 || unit == 0x2028 || unit == 0x2029) return putEscape(unit, to);
+  if (unit < 0x800) {
+    *to++ = static_cast<char>(0xC0 | unit >> 6);
+  } else {
+    *to++ = static_cast<char>(0xE0 | unit >> 12);
+    *to++ = static_cast<char>(0x80 | (unit >> 6 & 0x3F));
+  }
+  *to++ = static_cast<char>(0x80 | (unit & 0x3F));
+  return to;
+}
+
+char* putPair(unsigned high, unsigned low, char* to) {
+  const unsigned character = 0x10000 + ((high & 0x3FF) << 10) + (low & 0x3FF);
+  *to++ = static_cast<char>(0xF0 | character >> 18);
+  for (int shift = 12; shift >= 0; shift -= 6)
+    *to++ = static_cast<char>(0x80 | (character >> shift & 0x3F));
+  return to;
+}
+
+// Writes any text as UTF-8 with what JSON escapes. A half of a pair that stands alone gives U+FFFD: whatever is in a
+// file, the JSON is valid. Returns where it ends.
+char* putText(UnitView text, char* to) {
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const unsigned unit = text[at];
+    if (unit < kEscapes.size()) {
+      const char escape = kEscapes[unit];
+      if (escape == 'u') {
+        to = putEscape(unit, to);
+        continue;
+      }
+      if (escape != 0) *to++ = '\\';
+      *to++ = static_cast<char>(escape != 0 ? escape : unit);
+    } else if (isHigh(unit) && at + 1 < text.size() && isLow(text[at + 1])) {
+      to = putPair(unit, text[++at], to);
+    } else {
+      to = putWide(isHigh(unit) || isLow(unit) ? kReplacement : unit, to);
+    }
+  }
+  return to;
 }
 
 constexpr bool isDigit(unsigned short unit) {
@@ -145,26 +194,29 @@ char* writeDigits(UnitView digits, char* to, char** point) {
 }  // namespace
 
 JsonKey::JsonKey(UnitView name) {
-  // A copy with a terminator: the writer looks one unit past the end.
-  const KelWstring copy(name);
   JsonBuffer out;
-  JsonLine(out).text(copy.view());
+  JsonLine(out).text(name);
   text_ = ',' + std::string(out.GetString(), out.GetSize()) + ':';
   size_ = text_.size();
   text_.append(kBlock + 1, ' ');
 }
 
 void JsonLine::text(UnitView text) {
-  char* const to = os_->Push(text.size() + 2);
-  if (narrow(text, to + 1)) {
-    to[0] = '"';
-    to[text.size() + 1] = '"';
-    return;
-  }
-  os_->Pop(text.size() + 2);
-  const std::size_t start = os_->GetSize();
-  WriteString(text.data(), static_cast<rapidjson::SizeType>(text.size()));
-  if (std::any_of(text.begin(), text.end(), endsLines)) escapeLineEnds(*os_, start);
+  const std::size_t room = text.size() + 2;
+  char* const to = os_->Push(room);
+  to[0] = '"';
+  to[room - 1] = '"';
+  if (!narrow(text, to + 1)) generalText(text);
+}
+
+// Goes on from the quotes that text() has put.
+void JsonLine::generalText(UnitView text) {
+  const std::size_t quotes = text.size() + 2;
+  const std::size_t room = kMostBytes * text.size() + 2;
+  char* const begin = os_->Push(room - quotes) - quotes;
+  char* const end = putText(text, begin + 1);
+  *end = '"';
+  os_->Pop(room - static_cast<std::size_t>(end + 1 - begin));
 }
 
 void JsonLine::real(double value) {

@@ -9,21 +9,6 @@
 
 namespace oxr::rec {
 
-// UTF-16 as RapidJSON reads it, but an unpaired surrogate gives U+FFFD instead of a failure: whatever is in a file, the
-// JSON is valid. Looks one unit past the text at most, where host strings have their terminator.
-struct LenientUtf16 : rapidjson::UTF16<unsigned short> {
-  template <typename InputStream>
-  static bool Decode(InputStream& is, unsigned* codepoint) {
-    const unsigned unit = is.Take();
-    *codepoint = unit;
-    if ((unit & 0xF800) != 0xD800) return true;
-    *codepoint = 0xFFFD;
-    if (unit >= 0xDC00 || (is.Peek() & 0xFC00) != 0xDC00) return true;
-    *codepoint = 0x10000 + ((unit & 0x3FF) << 10) + (is.Take() & 0x3FFu);
-    return true;
-  }
-};
-
 // A name as the key of an object's member, rendered: `,"NAME":`, followed by blanks so that it can be copied in blocks.
 class JsonKey {
  public:
@@ -43,7 +28,7 @@ class JsonKey {
 //   line.beginMember(name);
 //   line.text(units);
 //   line.EndObject();
-class JsonLine : public JsonWriter<LenientUtf16> {
+class JsonLine : public JsonWriter<rapidjson::UTF16<unsigned short>> {
  public:
   explicit JsonLine(JsonBuffer& out) : Writer(out) {}
 
@@ -54,8 +39,8 @@ class JsonLine : public JsonWriter<LenientUtf16> {
     object.valueCount += 2;
   }
   void beginElement() { Prefix(rapidjson::kNullType); }
-  // The values. The line ends U+0085, U+2028 and U+2029 are escaped in texts. A text is followed by a unit that may be
-  // read.
+  // The values. The line ends U+0085, U+2028 and U+2029 are escaped in texts, and a surrogate that
+  // stands alone becomes U+FFFD.
   void text(UnitView text);
   // Without superfluous leading zeros, with a digit before the point, and as a string if there is a point and
   // `pointsAsText`. Text that is no decimal becomes a string too, so that the line stays valid.
@@ -73,6 +58,7 @@ class JsonLine : public JsonWriter<LenientUtf16> {
   }
 
  private:
+  void generalText(UnitView text);
   // Appends the key up to `size`, without the comma for the first member.
   void put(const JsonKey& key, std::size_t size, const Level& object) {
     const std::size_t skipped = object.valueCount == 0 ? 1 : 0;

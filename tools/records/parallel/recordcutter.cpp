@@ -9,12 +9,12 @@
 namespace oxr::rec {
 
 RecordCutter::RecordCutter(const RecordPlan& plan, const RecordWorker::Settings& settings, BufferSource& input,
-                           std::size_t size, Spares& spares)
+                           std::size_t size, Spares<std::string>& spares)
     : input_(input), size_(size), spares_(spares), walk_(plan, settings, *this) {
   keepStart();
 }
 
-RecordCutter::RecordCutter(const RecordForm& form, BufferSource& input, std::size_t size, Spares& spares)
+RecordCutter::RecordCutter(const RecordForm& form, BufferSource& input, std::size_t size, Spares<std::string>& spares)
     : input_(input), size_(size), spares_(spares), walk_(form, *this) {
   keepStart();
 }
@@ -79,7 +79,7 @@ void RecordCutter::gather(Chunk& chunk) {
   }
   chunk.records = walk_.records() - first;
   chunk.whole = walk_.position() - begin;
-  chunk.bytes = std::exchange(kept_, spares_.take());
+  chunk.bytes = std::exchange(kept_, spares_.take().value_or(std::string()));
   kept_.assign(chunk.bytes, end - begin);
   chunk.bytes.resize(end - begin);
 }

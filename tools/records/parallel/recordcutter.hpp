@@ -44,10 +44,10 @@ class RecordCutter : private BufferSource {
   // Chunks have `size` bytes or a little more; more too where a record, or a run of blocks that a record may not begin
   // in, is longer. Their bytes lie in strings of `spares`, where they may be given back to. See RecordWalk.
   RecordCutter(const RecordPlan& plan, const RecordWorker::Settings& settings, BufferSource& input, std::size_t size,
-               Spares& spares);
+               Spares<std::string>& spares);
 
   // The same for records whose ends the form alone tells.
-  RecordCutter(const RecordForm& form, BufferSource& input, std::size_t size, Spares& spares);
+  RecordCutter(const RecordForm& form, BufferSource& input, std::size_t size, Spares<std::string>& spares);
 
   // From now on chunks have no more records than this, unless one may not begin after them.
   void setMostRecords(std::uint64_t most) { mostRecords_ = most; }
@@ -68,7 +68,7 @@ class RecordCutter : private BufferSource {
   BufferSource& input_;
   const std::size_t size_;
   std::uint64_t mostRecords_ = std::numeric_limits<std::uint64_t>::max();
-  Spares& spares_;
+  Spares<std::string>& spares_;
   std::vector<unsigned char> startBytes_;
   InputStart start_;
   RecordWalk walk_;

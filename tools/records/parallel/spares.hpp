@@ -1,32 +1,33 @@
 #pragma once
 
 #include <mutex>
-#include <string>
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace oxr::rec {
 
-// Strings that were used and will be again: large ones cost more to get from the system than to fill. Serves all
+// Things that were used and will be again: large buffers cost more to get from the system than to fill. Serves all
 // threads.
+template <class T>
 class Spares {
  public:
-  // An empty string, with the room of one that was given back if there is one.
-  std::string take() {
+  // One that was given back, as it then was; nothing if there is none.
+  std::optional<T> take() {
     const std::lock_guard lock(mutex_);
-    if (strings_.empty()) return {};
-    std::string spare = std::move(strings_.back());
-    strings_.pop_back();
+    if (spares_.empty()) return std::nullopt;
+    std::optional<T> spare = std::move(spares_.back());
+    spares_.pop_back();
     return spare;
   }
-  void giveBack(std::string&& used) {
-    used.clear();
+  void giveBack(T used) {
     const std::lock_guard lock(mutex_);
-    strings_.push_back(std::move(used));
+    spares_.push_back(std::move(used));
   }
 
  private:
   std::mutex mutex_;
-  std::vector<std::string> strings_;
+  std::vector<T> spares_;
 };
 
 }  // namespace oxr::rec

@@ -274,16 +274,9 @@ const void* PWFData::getDataValue() const {
   }
 }
 
-int PWFData::getDecimalLength() const {
-  const Trace trace("PWFData::getDecimalLength");
-  requireType(trace, logicalType == DECIMAL, logicalType, kNotDecimal);
-  return static_cast<int>(stringValue.length());
-}
-
-const unsigned short* PWFData::getDecimalValue() const {
-  const Trace trace("PWFData::getDecimalValue");
-  requireType(trace, logicalType == DECIMAL, logicalType, kNotDecimal);
-  return stringValue.characters();
+void PWFData::checkText(ELogicalType type, const char* getter, int line) const {
+  const Trace trace(getter);
+  requireType(trace, logicalType == type, logicalType, type == DECIMAL ? kNotDecimal : kNotString, line);
 }
 
 PWFInterval PWFData::getIntervalValue() const {
@@ -348,25 +341,6 @@ int PWFData::getStringLength() const {
   const Trace trace("PWFData::getStringLength");
   requireType(trace, logicalType == STRING || logicalType == DECIMAL, logicalType, kNotString);
   return static_cast<int>(stringValue.length());
-}
-
-const unsigned short* PWFData::getStringValue() const {
-  const Trace trace("PWFData::getStringValue");
-  requireType(trace, logicalType == STRING, logicalType, kNotString);
-  return stringValue.characters();
-}
-
-const unsigned short* PWFData::getStringValue(PWFInt32& length) const {
-  const Trace trace("PWFData::getStringValue(PWFInt32&)");
-  requireType(trace, logicalType == STRING, logicalType, kNotString);
-  length = static_cast<PWFInt32>(stringValue.length());
-  return stringValue.characters();
-}
-
-const PWFString& PWFData::getPWFStringValue() const {
-  const Trace trace("PWFData::getPWFStringValue");
-  requireType(trace, logicalType == STRING, logicalType, kNotString);
-  return stringValue;
 }
 
 PWFDateTime PWFData::getDateTimeValue() const {
