@@ -164,11 +164,11 @@ class OXR_EXPORT PWFData {
   }
 
   // The getters of texts are traced, and raise for another type; inline for those that do neither.
-  void requireText(ELogicalType type, const char* getter, int line = __builtin_LINE()) const {
+  void requireText(ELogicalType type, const char* function, int line = __builtin_LINE()) const {
     if (logicalType != type || KelLog::iEffectiveLogFilter > 3) [[unlikely]]
-      checkText(type, getter, line);
+      checkText(type, function, line);
   }
-  void checkText(ELogicalType type, const char* getter, int line) const;
+  void checkText(ELogicalType type, const char* function, int line) const;
   void init(const void* data, int length, ELogicalType type, EOwnership own);
   bool store(const void* data, int length, EOwnership own);
   void storeBinary(const void* data, int length, EOwnership own);

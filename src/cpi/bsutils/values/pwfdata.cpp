@@ -274,8 +274,8 @@ const void* PWFData::getDataValue() const {
   }
 }
 
-void PWFData::checkText(ELogicalType type, const char* getter, int line) const {
-  const Trace trace(getter);
+void PWFData::checkText(ELogicalType type, const char* function, int line) const {
+  const Trace trace(function);
   requireType(trace, logicalType == type, logicalType, type == DECIMAL ? kNotDecimal : kNotString, line);
 }
 
