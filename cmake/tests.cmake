@@ -73,3 +73,4 @@ add_test(NAME example
          COMMAND bash -o pipefail -c "\"$1\" | diff - \"$2\"" bash "$<TARGET_FILE:csv_example>"
                  "${PROJECT_SOURCE_DIR}/examples/csv/expected.txt")
 add_test(NAME docs COMMAND "${PROJECT_SOURCE_DIR}/docs/check" "$<TARGET_FILE:machine_pictures>")
+add_test(NAME reference_pages COMMAND "${PROJECT_SOURCE_DIR}/docs/reference/make" "${PROJECT_VERSION}")

@@ -9,6 +9,7 @@ class KELHOST_EXPORT KelAbend {
   // A tagged value that goes into the event: nothing, an integer or a text. The text must live as long as the insert.
   class Insert {
    public:
+    // What an insert holds.
     enum class Tag { none = 0, integer = 1, text = 2 };
 
     constexpr Insert() = default;
@@ -16,7 +17,7 @@ class KELHOST_EXPORT KelAbend {
     constexpr Insert(int value) : Insert(static_cast<long>(value)) {}      // NOLINT
     constexpr Insert(const char* text) : tag_(Tag::text), text_(text) {}   // NOLINT
 
-    constexpr Tag tag() const { return tag_; }
+    constexpr Tag tag() const { return tag_; }            // what it holds
     constexpr long integer() const { return integer_; }   // 0 unless the tag is `integer`
     constexpr const char* text() const { return text_; }  // null unless the tag is `text`
 

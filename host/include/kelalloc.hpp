@@ -12,7 +12,9 @@ KELHOST_EXPORT void* kelMalloc(unsigned long size);
 
 namespace oxr {
 
+// How a KelBlock gives its block back.
 struct FreeBlock {
+  // Takes null too, and then does nothing.
   void operator()(void* block) const noexcept { std::free(block); }
 };
 // Owns a block of kelMalloc. release() hands it to a taker that calls free.

@@ -25,6 +25,7 @@ class KELHOST_EXPORT KelBuffer {
   // Does the same; `*remaining` becomes the number of bytes from `offset` to the end, 0 when there are none.
   const char* getData(int* remaining, int offset) const;
 
+  // Tells whether there is a byte at `offset`.
   bool offsetAvailable(int offset) const;
   // Gives the number of bytes from `offset` to the end. `readAll` is as for size().
   int bytesAvailable(int offset, bool readAll) const;
@@ -33,6 +34,7 @@ class KELHOST_EXPORT KelBuffer {
   // up one that is not held does nothing. Here all bytes stay anyway, so a lock is only remembered.
   void lockOffset(int offset);
   void unlockOffset(int offset);
+  // Tells whether one lock at least is held on `offset`.
   bool isLocked(int offset) const;
 
  private:
@@ -98,13 +100,13 @@ class KELHOST_EXPORT KelBufferPointer {
   // the empty range, which is available at every offset up to the end.
   bool offsetAvailable(int offset, int distance) const;
 
-  KelBuffer* buffer() const { return buffer_; }
-  int windowOffset() const { return windowOffset_; }
-  int windowLength() const { return windowLength_; }
-  bool isBounded() const { return bounded_; }
-  int boundStart() const { return boundStart_; }  // 0 when unbounded
-  int boundEnd() const;                           // the buffer's size when unbounded
-  bool hasNoLock() const { return !locked_; }
+  KelBuffer* buffer() const { return buffer_; }       // the caller's; null without one
+  int windowOffset() const { return windowOffset_; }  // bytes from the start of the buffer
+  int windowLength() const { return windowLength_; }  // bytes
+  bool isBounded() const { return bounded_; }         // whether it was made with a bound
+  int boundStart() const { return boundStart_; }      // 0 when unbounded
+  int boundEnd() const;                               // the buffer's size when unbounded
+  bool hasNoLock() const { return !locked_; }         // false when the window was made with `lock`
 
  private:
   const char* at(int offset) const { return buffer_ != nullptr ? buffer_->getData(offset) : nullptr; }

@@ -22,7 +22,7 @@ class KELHOST_EXPORT KelConverter {
   using SingleByteTable = std::array<unsigned short, 256>;
   // Holds the byte of each code unit of a single-byte code page; kNoByte for a unit that has none by itself.
   using UnitTable = std::array<unsigned short, 65536>;
-  static constexpr unsigned short kNoByte = 0x100;
+  static constexpr unsigned short kNoByte = 0x100;  // no byte is so great
 
   // Gives the converter of the code page `ccsid`, which is never null and never to be deleted. `byteOrder` counts for
   // the CCSIDs of UTF-16 only: below 0 is little-endian, above 0 big-endian, 0 the order of this machine.

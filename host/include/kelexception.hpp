@@ -9,9 +9,12 @@
 // KelRecoverableException& catches all three of the classes that the library raises.
 class KELHOST_EXPORT KelException : public KelLog::ComplexItem {
  public:
+  // Takes where it is raised (source file, line from 1, function), the name that records show as its source, its
+  // message number, 32 bits with the severity in the top ones, and the handle of the function's trace entry. Texts are
+  // copied.
   KelException(const char* file, int line, const char* function, const KelWstring& sourceName, int number, long handle)
       : KelException(nullptr, file, line, function, sourceName, number, handle) {}
-  // `source` is asked for its names at once and not kept.
+  // Does the same. `source`, null for none, is asked for its names at once and not kept.
   KelException(const KelLogSource* source, const char* file, int line, const char* function,
                const KelWstring& sourceName, int number, long handle)
       : ComplexItem(source, file, line, function, sourceName, number, handle) {}

@@ -19,9 +19,9 @@ struct objectHeader {
   // Through a volatile pointer: the object ends here, and the compiler would drop an ordinary store.
   ~objectHeader() { *static_cast<volatile char*>(marker) = '0'; }
 
-  char marker[4] = {'>', 'O', 'X', 'R'};
-  char tag[4];
-  std::uint32_t start;  // bytes from the start of the class
-  std::uint32_t end;    // bytes; the size of the object as this class sees it
+  char marker[4] = {'>', 'O', 'X', 'R'};  // "0OXR" once the object is gone
+  char tag[4];                            // of the class; not terminated
+  std::uint32_t start;                    // bytes from the start of the class
+  std::uint32_t end;                      // bytes; the size of the object as this class sees it
 };
 static_assert(sizeof(objectHeader) == 16);

@@ -20,35 +20,39 @@ class RelaxedInt {
   constexpr RelaxedInt(int value) noexcept : value_(value) {}  // NOLINT: reads and writes like an int
   RelaxedInt(const RelaxedInt&) = delete;
   RelaxedInt& operator=(const RelaxedInt&) = delete;
+  // Sets the number, and gives it.
   int operator=(int value) noexcept {
     value_.store(value, std::memory_order_relaxed);
     return value;
   }
+  // Reads the number.
   operator int() const noexcept { return value_.load(std::memory_order_relaxed); }
 
  private:
   std::atomic<int> value_;
 };
 
+// What a record tells: that a function begins or ends, a fact between the two, or an event for people.
 enum class RecordKind { entry, exit, trace, event };
 
 // One record of trace or log, as a sink gets it.
 struct LogRecord {
-  RecordKind kind = RecordKind::trace;
-  bool debug = false;                // it is written at the debug level (above 3) only
-  std::string function;              // may be empty
-  std::string file;                  // source path of an event
-  int line = 0;                      // of an event
-  std::string source;                // name of the log source, may be empty
-  int messageNumber = 0;             // of an event
-  long handle = 0;                   // ties an exit and the records between to their entry
-  std::vector<std::string> inserts;  // each as UTF-8 text, in order
+  RecordKind kind = RecordKind::trace;  // what the record tells
+  bool debug = false;                   // it is written at the debug level (above 3) only
+  std::string function;                 // may be empty
+  std::string file;                     // source path of an event
+  int line = 0;                         // of an event
+  std::string source;                   // name of the log source, may be empty
+  int messageNumber = 0;                // of an event
+  long handle = 0;                      // ties an exit and the records between to their entry
+  std::vector<std::string> inserts;     // each as UTF-8 text, in order
 };
 
 // Where records go. write() may be called on any thread, one call at a time; it must not log itself.
 class KELHOST_EXPORT LogSink {
  public:
   virtual ~LogSink();
+  // Takes one record, which is valid for the time of the call.
   virtual void write(const LogRecord& record) = 0;
 };
 
@@ -57,6 +61,7 @@ class KELHOST_EXPORT LogSink {
 // their making.
 class KELHOST_EXPORT ScopedLogSink {
  public:
+  // Sends records to `sink` from here on, and keeps it alive.
   explicit ScopedLogSink(std::shared_ptr<LogSink> sink);
   ScopedLogSink(const ScopedLogSink&) = delete;
   ScopedLogSink& operator=(const ScopedLogSink&) = delete;
@@ -71,6 +76,7 @@ class KELHOST_EXPORT RecordingLogSink : public LogSink {
  public:
   ~RecordingLogSink() override;
   void write(const LogRecord& record) override;
+  // All records so far, in order. Not to be read while another thread may log.
   const std::vector<LogRecord>& records() const { return records_; }
 
  private:
@@ -148,12 +154,15 @@ class KELHOST_EXPORT KelLog::Item {
   virtual const char* fileName() const;      // source path, or ""
   virtual int lineNumber() const;            // or 0
   virtual const char* functionName() const;  // or ""
+  // The names of the log source as it gave them when the item was made, or "".
   virtual const char* objectType() const;
   virtual const char* objectName() const;
   virtual const char* objectLabel() const;
+  // The name that records show as their source.
   virtual const char* logSourceName() const;
   virtual int messageNumber() const;  // 32 bits: severity in the top bits; 0 for an item that has none
   virtual int stackLevel() const;     // how deep the item is nested in others
+  // The same texts as UTF-16.
   virtual KelWstring fileNameString() const;
   virtual KelWstring functionNameString() const;
   virtual KelWstring objectTypeString() const;
@@ -162,7 +171,7 @@ class KELHOST_EXPORT KelLog::Item {
   virtual KelWstring logSourceNameString() const;
   // Keeps a copy of `item` below this one. An item that takes no nested ones ignores it.
   virtual void addNestedItem(const ComplexItem& item);
-  virtual int nestedItemCount() const;
+  virtual int nestedItemCount() const;                     // 0 for an item that takes none
   virtual const ComplexItem* nestedItem(int index) const;  // null when there is none
 
   // Each insert as UTF-8 text, in order.
@@ -196,6 +205,7 @@ class KELHOST_EXPORT KelLog::Item {
 // Adds the names of function and object.
 class KELHOST_EXPORT KelLog::TraceLogItem : public KelLog::Item {
  public:
+  // Copies the name of the function and those of `source`, null for none. `handle` ties the record to its entry.
   TraceLogItem(const KelLogSource* source, const char* function, long handle);
   const char* functionName() const override;
   const char* objectType() const override;
@@ -213,6 +223,7 @@ class KELHOST_EXPORT KelLog::TraceLogItem : public KelLog::Item {
 // One trace record, written by its destructor at the latest.
 class KELHOST_EXPORT KelLog::TraceItem : public KelLog::TraceLogItem {
  public:
+  // Make the record as TraceLogItem does, which says what the arguments are.
   TraceItem(const char* function, long handle) : TraceItem(nullptr, function, handle) {}
   TraceItem(const KelLogSource* source, const char* function, long handle) : TraceLogItem(source, function, handle) {}
   TraceItem(const TraceItem&) = delete;
@@ -223,6 +234,7 @@ class KELHOST_EXPORT KelLog::TraceItem : public KelLog::TraceLogItem {
 // An entry record with inserts, written by its destructor at the latest; fills `*handle` at once.
 class KELHOST_EXPORT KelLog::EntryItem : public KelLog::TraceLogItem {
  public:
+  // Sets `*handle` to one that no other entry has.
   EntryItem(const char* function, long* handle);
   EntryItem(const EntryItem&) = delete;
   EntryItem& operator=(const EntryItem&) = delete;
@@ -235,8 +247,10 @@ class KELHOST_EXPORT KelLog::EntryItem : public KelLog::TraceLogItem {
 // An event: where it happened, its message number, its inserts, and the items nested in it.
 class KELHOST_EXPORT KelLog::ComplexItem : public KelLog::Item {
  public:
+  // As KelException, which says what the arguments are.
   ComplexItem(const KelLogSource* source, const char* file, int line, const char* function,
               const KelWstring& sourceName, int number, long handle);
+  // Shares in what is nested in the other one.
   ComplexItem(const ComplexItem&);
   ComplexItem& operator=(const ComplexItem&) = delete;
   ~ComplexItem() override;
@@ -290,15 +304,19 @@ class KELHOST_EXPORT KelLog::EventLogItem : public KelLog::ComplexItem {
   ~EventLogItem() override;
 };
 
+// An event for what has failed. Its number says so in its top bits, 0xC.
 class KELHOST_EXPORT KelLog::ErrorItem : public KelLog::EventLogItem {
  public:
+  // As KelException, which says what the arguments are.
   ErrorItem(const char* file, int line, const char* function, const KelWstring& sourceName, int number, long handle)
       : EventLogItem(nullptr, file, line, function, sourceName, number, handle) {}
   ~ErrorItem() override;
 };
 
+// An event for what has not failed but deserves a look. Its number says so in its top bits, 0x8.
 class KELHOST_EXPORT KelLog::WarningItem : public KelLog::EventLogItem {
  public:
+  // As KelException, which says what the arguments are.
   WarningItem(const KelLogSource* source, const char* file, int line, const char* function,
               const KelWstring& sourceName, int number, long handle)
       : EventLogItem(source, file, line, function, sourceName, number, handle) {}
@@ -310,12 +328,14 @@ class KELHOST_EXPORT KelLog::WarningItem : public KelLog::EventLogItem {
 // whose list was never closed is written without inserts: what they refer to may be gone.
 class KELHOST_EXPORT KelLog::FastItem {
  public:
-  static constexpr int kMaxInserts = 16;
+  static constexpr int kMaxInserts = 16;  // more are dropped
 
   FastItem(const FastItem&) = delete;
   FastItem& operator=(const FastItem&) = delete;
   ~FastItem();
 
+  // Take inserts, which stay the caller's and must live until the list is closed. Null text gives an empty insert; an
+  // `unsigned short` is one code unit of text; `const void*` shows as an address.
   FastItem& operator<<(const char* text) { return add(text); }
   FastItem& operator<<(const unsigned short* text) { return add(text); }
   FastItem& operator<<(const unsigned short& unit) { return add(&unit, true); }
@@ -326,9 +346,12 @@ class KELHOST_EXPORT KelLog::FastItem {
   FastItem& operator<<(const void* pointer) { return add(pointer); }
   FastItem& operator<<(const KelWstring& text) { return add(&text); }
   FastItem& operator<<(const KelBufferedWstring<16u>& text) { return add(static_cast<const KelWstring*>(&text)); }
+  // Closes the list: what the inserts refer to is no longer needed. `end` is endOfInserts.
   FastItem& operator<<(const MagicInsert* end);
 
  protected:
+  // Begins a record of `kind`, at the debug level where `debug` is set. `source` may be null, and must live as long as
+  // the item; the name of the function is copied.
   FastItem(oxr::RecordKind kind, bool debug, const KelLogSource* source, const char* function, long handle);
 
  private:
@@ -351,33 +374,41 @@ class KELHOST_EXPORT KelLog::FastItem {
   oxr::LogRecord record_;
 };
 
-// Entry records with inserts. They fill `*handle` at once.
+// An entry record with inserts.
 class KELHOST_EXPORT KelLog::FastEntryItem : public KelLog::FastItem {
  public:
+  // Sets `*handle` to one that no other entry has. `source` is as in FastItem. The last argument is reserved: true.
   FastEntryItem(const char* function, long* handle, bool) : FastEntryItem(nullptr, function, handle, true) {}
   FastEntryItem(const KelLogSource* source, const char* function, long* handle, bool);
 };
+// The same at the debug level.
 class KELHOST_EXPORT KelLog::FastDebugEntryItem : public KelLog::FastItem {
  public:
+  // Sets `*handle` to one that no other entry has. `source` is as in FastItem. The last argument is reserved: true.
   FastDebugEntryItem(const char* function, long* handle, bool) : FastDebugEntryItem(nullptr, function, handle, true) {}
   FastDebugEntryItem(const KelLogSource* source, const char* function, long* handle, bool);
 };
 
-// Records between an entry and its exit, and an exit with inserts.
+// A record between an entry and its exit.
 class KELHOST_EXPORT KelLog::FastTraceItem : public KelLog::FastItem {
  public:
+  // Ties the record to the entry of `handle`. `source` is as in FastItem. The last argument is reserved: true.
   FastTraceItem(const char* function, long handle, bool) : FastTraceItem(nullptr, function, handle, true) {}
   FastTraceItem(const KelLogSource* source, const char* function, long handle, bool)
       : FastItem(oxr::RecordKind::trace, false, source, function, handle) {}
 };
+// The same at the debug level.
 class KELHOST_EXPORT KelLog::FastDebugTraceItem : public KelLog::FastItem {
  public:
+  // Ties the record to the entry of `handle`. `source` is as in FastItem. The last argument is reserved: true.
   FastDebugTraceItem(const char* function, long handle, bool) : FastDebugTraceItem(nullptr, function, handle, true) {}
   FastDebugTraceItem(const KelLogSource* source, const char* function, long handle, bool)
       : FastItem(oxr::RecordKind::trace, true, source, function, handle) {}
 };
+// An exit at the debug level, with inserts.
 class KELHOST_EXPORT KelLog::FastDebugExitItem : public KelLog::FastItem {
  public:
+  // Ends what the entry of `handle` began. `source` is as in FastItem. The last argument is reserved: true.
   FastDebugExitItem(const char* function, long handle, bool) : FastDebugExitItem(nullptr, function, handle, true) {}
   FastDebugExitItem(const KelLogSource* source, const char* function, long handle, bool)
       : FastItem(oxr::RecordKind::exit, true, source, function, handle) {}

@@ -8,12 +8,17 @@
 // What a traced object tells of itself: its names and whether its trace is wanted.
 class KELHOST_EXPORT KelLogSource {
  public:
+  // Tells whether the names are its own, and not those of an owner.
   virtual bool isNamed() const = 0;
+  // Give the texts that records show it by: its kind, its name, and a label for people. Empty ones for what it has not.
   virtual KelWstring logType() const = 0;
   virtual KelWstring logName() const = 0;
   virtual KelWstring logLabel() const = 0;
+  // Give the level of trace that is wanted from it, as KelLog::iEffectiveLogFilter counts: of trace for users, and of
+  // trace for those who look after the system.
   virtual int userTraceFilter() const = 0;
   virtual int traceFilter() const = 0;
+  // Tell the same as whether records of trace, and of debug trace, are wanted: of trace for users, and of the other.
   virtual bool isUserTraceActive() const = 0;
   virtual bool isUserDebugTraceActive() const = 0;
   virtual bool isTraceActive() const = 0;
@@ -26,6 +31,7 @@ class KELHOST_EXPORT KelLogSource {
 // A log source with a name of its own. Its trace is active whenever the level asks for it.
 class KELHOST_EXPORT KelNamedLogSource : public KelLogSource {
  public:
+  // Takes the texts that logType(), logName() and logLabel() give.
   KelNamedLogSource(KelWstring type, KelWstring name, KelWstring label);
   ~KelNamedLogSource() override;
 
@@ -66,7 +72,9 @@ class KELHOST_EXPORT KelOwnedLogSource : public KelLogSource {
   void addLogInserts(KelLog::FastItem& item) const override;
   ~KelOwnedLogSource() override;
 
+  // Replaces the owner, which stays the caller's; null leaves it without one.
   virtual void setOwner(const KelNamedLogSource* owner);
+  // Gives the owner, null where there is none.
   virtual const KelNamedLogSource* owner() const;
 
  private:

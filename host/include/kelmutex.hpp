@@ -18,7 +18,7 @@
 //   if (!limited.isLocked()) return;
 class KELHOST_EXPORT KelMutex {
  public:
-  static constexpr int kWaitForEver = -1;
+  static constexpr int kWaitForEver = -1;  // as a number of milliseconds
 
   class Mutex;
   class KelMutexInternalException;
@@ -70,8 +70,10 @@ class KELHOST_EXPORT KelMutex::Mutex {
 // A failure inside lock() or unlock(). It never leaves them.
 class KELHOST_EXPORT KelMutex::KelMutexInternalException {
  public:
+  // What failed: a call of the system, or the caller does not hold the mutex.
   enum excType { systemCall = 1, notOwner = 3 };
 
+  // Takes the source line and the result, of a call that it does not name.
   KelMutexInternalException(int line, excType type, int code)
       : KelMutexInternalException(line, "", type, code, 0, "", 0) {}
   // `code` is what the failing call returned; `text` names the call and `argument` is what it was given.
@@ -79,8 +81,8 @@ class KELHOST_EXPORT KelMutex::KelMutexInternalException {
                             int argument)
       : line_(line), file_(file), type_(type), code_(code), errno_(errnoValue), text_(text), argument_(argument) {}
 
-  excType type() const { return type_; }
-  int code() const { return code_; }
+  excType type() const { return type_; }  // what failed
+  int code() const { return code_; }      // what the failing call returned
 
   // Writes an event with all of it to the host's log.
   void printException() const;

@@ -15,12 +15,14 @@
 // A number of days or microseconds, which may be negative. The numbers of the qualifiers go outside: they never change.
 class KelInterval {
  public:
+  // What an interval counts.
   enum Qualifier : int { microseconds = 1, days = 8 };
 
+  // Makes an interval of `value` times what `qualifier` says.
   constexpr KelInterval(Qualifier qualifier, long value) : value_(value), qualifier_(qualifier) {}
 
-  constexpr Qualifier qualifier() const { return qualifier_; }
-  constexpr long value() const { return value_; }
+  constexpr Qualifier qualifier() const { return qualifier_; }  // what is counted
+  constexpr long value() const { return value_; }               // how many; negative for the way back
 
  private:
   long value_;
@@ -30,6 +32,7 @@ class KelInterval {
 // A day: the day of the month, the month and the year.
 class KELHOST_EXPORT KelDate {
  public:
+  // A month, January as 1.
   enum Month : int {
     January = 1,
     February,
@@ -47,8 +50,10 @@ class KELHOST_EXPORT KelDate {
 
   // Makes the first of January 1970.
   constexpr KelDate() : KelDate(1, January, 1970) {}
+  // Makes a day as it is given: see isValid().
   constexpr KelDate(int day, Month month, int year) : day_(day), month_(month), year_(year) {}
 
+  // Give what the day was made of.
   constexpr int day() const { return day_; }
   constexpr Month month() const { return month_; }
   constexpr int year() const { return year_; }
@@ -58,6 +63,7 @@ class KELHOST_EXPORT KelDate {
 
   // Gives the number of days of a month; 0 for a number that is no month.
   static int daysOfMonth(Month month, bool leap);
+  // Tells whether the year has a 29th of February.
   static bool isLeapYear(int year);
   // Gives the time from `from` to `date`, negative when `date` comes first. Raises for a day that is not on the
   // calendar.
@@ -74,6 +80,8 @@ class KELHOST_EXPORT KelTimeBase {
  public:
   // Makes midnight.
   constexpr KelTimeBase() : KelTimeBase(0, 0, 0L) {}
+  // Make a time as it is given: see isValid(). What is less than a minute comes as seconds and microseconds, which are
+  // added up, or as microseconds alone.
   constexpr KelTimeBase(int hour, int minute, int second, int microsecond)
       : KelTimeBase(hour, minute, second * 1'000'000L + microsecond) {}
   constexpr KelTimeBase(int hour, int minute, long microseconds)
@@ -81,6 +89,7 @@ class KELHOST_EXPORT KelTimeBase {
   // Takes seconds with a fraction to the nearest microsecond. They lie within a billion of 0.
   KelTimeBase(int hour, int minute, double seconds);
 
+  // Give what the time was made of.
   constexpr int hour() const { return hour_; }
   constexpr int minute() const { return minute_; }
   // Gives the microseconds within the minute: whole seconds and their fraction.
@@ -105,8 +114,10 @@ class KELHOST_EXPORT KelTimeBase {
 class KELHOST_EXPORT KelTimeStampBase {
  public:
   constexpr KelTimeStampBase() = default;
+  // Makes a time stamp as it is given: see isValid().
   constexpr KelTimeStampBase(const KelDate& date, const KelTimeBase& time) : date_(date), time_(time) {}
 
+  // Give the two parts, valid as long as the time stamp.
   constexpr const KelDate& date() const { return date_; }
   constexpr const KelTimeBase& time() const { return time_; }
 
@@ -121,21 +132,22 @@ class KELHOST_EXPORT KelTimeStampBase {
   KelWstring asString() const;
 
  protected:
-  KelDate date_;
-  KelTimeBase time_;
+  KelDate date_;      // checked by isValid() alone
+  KelTimeBase time_;  // checked by isValid() alone
 };
 
 // A time stamp with the time zone that its clock stands in, or none. The zone lives as long as the process.
 class KELHOST_EXPORT KelTimeStamp : public KelTimeStampBase {
  public:
   constexpr KelTimeStamp() = default;
+  // Makes a time stamp as it is given, whose clock stands in `zone`; null for none.
   constexpr KelTimeStamp(const KelDate& date, const KelTimeBase& time, const KelTimeZone* zone = nullptr)
       : KelTimeStampBase(date, time), zone_(zone) {}
 
   // Gives the present time, in the zone "Etc/GMT-0".
   static KelTimeStamp currentGMTTime();
 
-  constexpr const KelTimeZone* timeZone() const { return zone_; }
+  constexpr const KelTimeZone* timeZone() const { return zone_; }  // null for none
   // Gives the stamp another zone. When it has one, date and time change so that they tell the same instant in the new
   // zone, which may lie just outside the years 1 to 9999. A stamp that has none, or is not on the calendar, or is given
   // none (null), keeps date and time.

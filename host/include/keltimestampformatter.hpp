@@ -49,6 +49,7 @@ class KELHOST_EXPORT KelTimeStampPattern {
   KelTimeStampPattern(oxr::UnitView pattern);
   KelTimeStampPattern(const KelWstring& pattern) : KelTimeStampPattern(pattern.view()) {}
 
+  // Gives what the pattern was compiled to, for the formatter alone.
   const oxr::TimeProgram& program() const { return *program_; }
 
  private:

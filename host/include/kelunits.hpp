@@ -4,6 +4,7 @@
 
 #include <string_view>
 
+// What is this system's own, beside the names that brokers know.
 namespace oxr {
 
 // A view of UTF-16 code units, not zero-terminated. A count of characters in this system is a count of code units.

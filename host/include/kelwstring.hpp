@@ -33,6 +33,7 @@ class KELHOST_EXPORT KelWstring {
   constexpr KelWstring() noexcept = default;
   // Copies `count` units.
   KelWstring(const unsigned short* text, unsigned count) { assignInternal(text, count, 0); }
+  // Copies the units of the view.
   explicit KelWstring(oxr::UnitView text) { assignInternal(text.data(), static_cast<unsigned>(text.size()), 0); }
   KelWstring(const KelWstring& other) { assign(other); }
   KelWstring(KelWstring&& other) noexcept(false) { take(other); }
@@ -49,6 +50,7 @@ class KELHOST_EXPORT KelWstring {
   const unsigned short* characters() const noexcept { return text_; }
   // Counts code units.
   unsigned length() const noexcept { return length_; }
+  // Views the code units, which stay valid as those of characters() do.
   oxr::UnitView view() const noexcept { return {text_, length_}; }
 
   // Shares the block of `other` when it has one and this string could not hold the text inline; else copies.
@@ -67,6 +69,7 @@ class KELHOST_EXPORT KelWstring {
     else
       replaceInternal(0, length_, text, count, 0);
   }
+  // Appends `count` units.
   void appendInternal(const unsigned short* text, unsigned count, int) { replaceInternal(length_, 0, text, count, 0); }
   // Inserts before `position`; a position past the end appends.
   void insertInternal(unsigned position, const unsigned short* text, unsigned count, int) {
@@ -210,18 +213,23 @@ static_assert(sizeof(KelWstring) == 16);
 template <unsigned N>
 class KelBufferedWstring : public KelWstring {
  public:
+  // Makes an empty string.
   KelBufferedWstring() noexcept : KelWstring(static_cast<unsigned short>(N)) {}
+  // Copies `count` units.
   KelBufferedWstring(const unsigned short* text, unsigned count) : KelBufferedWstring() {
     assignInternal(text, count, 0);
   }
+  // Copies the units of the view.
   explicit KelBufferedWstring(oxr::UnitView text) : KelBufferedWstring() {
     assignInternal(text.data(), static_cast<unsigned>(text.size()), 0);
   }
+  // Takes the text of any string, as KelWstring::assign() does.
   KelBufferedWstring(const KelWstring& other) : KelBufferedWstring() { assign(other); }
   KelBufferedWstring(const KelBufferedWstring& other) : KelBufferedWstring() { assign(other); }
   KelBufferedWstring(KelBufferedWstring&& other) noexcept(false) : KelBufferedWstring() {
     KelWstring::operator=(static_cast<KelWstring&&>(other));
   }
+  // Does the same.
   KelBufferedWstring& operator=(const KelWstring& other) { return assign(other), *this; }
   KelBufferedWstring& operator=(const KelBufferedWstring& other) { return assign(other), *this; }
   KelBufferedWstring& operator=(KelBufferedWstring&& other) noexcept(false) {
@@ -234,6 +242,7 @@ class KelBufferedWstring : public KelWstring {
   unsigned short buffer_[N + 1];  // written through the base, which knows that it follows
 };
 
+// Tells whether both have the same code units.
 inline bool operator==(const KelWstring& left, const KelWstring& right) {
   return left.characters() == right.characters() || left.view() == right.view();
 }
@@ -242,6 +251,7 @@ inline bool operator==(const KelWstring& left, const unsigned short* right) {
   return right == nullptr ? left.length() == 0 : left.view() == oxr::UnitView(right);
 }
 
+// Gives a new string of both.
 inline KelWstring operator+(const KelWstring& left, const KelWstring& right) {
   KelWstring sum;
   sum.reserve(left.length() + right.length());
@@ -249,6 +259,7 @@ inline KelWstring operator+(const KelWstring& left, const KelWstring& right) {
   sum.appendInternal(right.characters(), right.length(), 0);
   return sum;
 }
+// Gives a new string with one more unit.
 inline KelWstring operator+(const KelWstring& left, unsigned short right) {
   return left + KelWstring(&right, 1);
 }

@@ -6,6 +6,7 @@
 #include "kelexport.hpp"
 #include "kelwstring.hpp"
 
+// Text in the system's wide characters into the host's.
 namespace KelWstringConvertor {
 
 // The text in UTF-16: a character above U+FFFF becomes a surrogate pair. Null gives an empty string.

@@ -10,9 +10,11 @@
 // An element or content that is open, as its start named it.
 class OXR_EXPORT IDInfo {
  public:
+  // Makes one of a start that gave a number, or a name, which is copied.
   explicit IDInfo(int number) : isId(1), id(number) {}
   explicit IDInfo(oxr::UnitView text) : isId(0), name(text), id(0) {}
 
+  // Tell whether the start gave this number, or this name.
   bool isNumbered(int number) const { return isId == 1 && id == number; }
   bool isNamed(oxr::UnitView text) const { return isId == 0 && name.view() == text; }
 
@@ -64,7 +66,8 @@ class OXR_EXPORT BitstreamWorkerStateChecker : public BitstreamWorker, public FI
   // that are still open, 0 too. Leaves worker, handler and tree alone.
   ~BitstreamWorkerStateChecker() override;
 
-  // The parser's side.
+  // The parser's side: calls in order are forwarded, the others raise. The virtual forms here are those that the worker
+  // has, without the arguments that are reserved there.
   using BitstreamWorker::initializeParse;
   virtual void initializeParse(int mode, MessageInfo* info);
   using BitstreamWorker::parse;
@@ -92,6 +95,7 @@ class OXR_EXPORT BitstreamWorkerStateChecker : public BitstreamWorker, public FI
   void setFIMessageTree(const FIMessageTree* tree, bool adopt) override;
   const FIMessageTree* getFIMessageTree() const override;
   using BitstreamWorker::write;
+  // Forwards the call with the arguments that the worker's form has.
   virtual void write(WritableBitstreamBuffer* buffer);
 
   // The handler's side. A start is kept until its end, which must have the same form and the same number or name.
@@ -110,6 +114,7 @@ class OXR_EXPORT BitstreamWorkerStateChecker : public BitstreamWorker, public FI
   virtual int startMessageContent(const unsigned short* name, unsigned short type, const WorkerInfoPtr& info);
   void endMessageContent(const unsigned short* name, const WorkerInfoPtr& info) override;
   using FIHandler::data;
+  // Forwards a value of the element that is open.
   virtual void data(const PWFData& value, const WorkerInfoPtr& info);
   void simpleElement(const PWFData& value, const KelWstring& namespaceUri, const KelWstring& name, unsigned short type,
                      const WorkerInfoPtr& startInfo, const WorkerInfoPtr& dataInfo, const WorkerInfoPtr& endInfo,
@@ -150,7 +155,9 @@ class OXR_EXPORT BitstreamWorkerStateChecker : public BitstreamWorker, public FI
   // Gives who is next for what reports no event.
   FIHandler& handlerNow() const;
 
+  // Gives the worker, which may be null.
   BitstreamWorker* wrappedWorker() const { return worker_; }
+  // Counts the elements and contents that are open.
   std::size_t openEntries() const { return idContext_.size(); }
 
  private:

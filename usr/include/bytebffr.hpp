@@ -22,6 +22,7 @@ class OXR_EXPORT BitstreamBuffer {
   virtual const char* getData(int offset) const = 0;
   // The same; `*remaining` becomes the number of bytes from `offset` to the end.
   virtual const char* getData(int* remaining, int offset) const = 0;
+  // The number of bytes.
   virtual int getLength() const = 0;
   // The host buffer over the same bytes, on which a window can be set. Not the caller's: each class tells how long it
   // lasts.

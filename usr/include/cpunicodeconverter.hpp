@@ -25,9 +25,10 @@ class OXR_EXPORT CPBaseUnicodeConverter {
  protected:
   ~CPBaseUnicodeConverter() = default;
 
+  // The object's mark in a dump.
   objectHeader baseHeader{"QVTB", 0, 8240};
   UErrorCode status = U_ZERO_ERROR;  // of the constructor's calls of ICU
-  std::string name;
+  std::string name;                  // ICU's, or that of a Unicode CCSID; empty where there is none
 };
 
 // The one way from bytes in a code page, named by its CCSID, to UTF-16 and back.
@@ -74,6 +75,7 @@ class OXR_EXPORT CPUnicodeConverter : public CPBaseUnicodeConverter {
   // supplementary character takes 4.
   int getMinBytesPerChar() const;
   int getMaxBytesPerChar() const;
+  // ICU's kind of converter.
   UConverterType getType() const;
   // ICU's name of the converter. It stays ICU's.
   const char* getName(UErrorCode& nameStatus) const;

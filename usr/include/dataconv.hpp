@@ -28,6 +28,7 @@ struct DataCnvParts;
 
 // The enumerations of physical settings. Callers pass and store the numbers: they never change.
 
+// The format of binary floating-point numbers.
 enum EFloatFmt : std::int32_t {
   eFloatIeeeBig = 1,
   eFloatIeeeLittle = 2,
@@ -44,12 +45,14 @@ enum ESign : std::int32_t {
   eSignTrailingSeparate = 4,  // a sign text after the digits
 };
 
+// Where the data of a field lie when it is longer than they are.
 enum EJustification : std::int32_t {
   eJustifyNone = 0,
   eJustifyLeft = 1,   // data on the left, padding on the right
   eJustifyRight = 2,  // data on the right, padding on the left
 };
 
+// What is taken off a text that is read.
 enum ETrimType : std::int32_t {
   eTrimNone = 0,
   eTrimSpaceLeading = 1,   // leading white space
@@ -58,12 +61,14 @@ enum ETrimType : std::int32_t {
   eTrimPadding = 4,  // the pad character: trailing for eJustifyLeft, leading for eJustifyRight, else none
 };
 
+// What the length of a text counts.
 enum LengthUnitType : std::int32_t {
   eLengthBytes = 0,            // bytes of the code page
   eLengthChars = 1,            // code units
   eLengthBytesIfVariable = 2,  // bytes in a variable-width code page, code units in any other
 };
 
+// The family of messages, where that makes a difference.
 enum EMessageStandard : std::int32_t {
   eMessageStandardDefault = 0,
   eMessageStandardLooseDecimal = 3,  // "." is let pass beside a decimal point of the message's own
@@ -86,14 +91,14 @@ enum EMessageStandard : std::int32_t {
 //   converter.PckdDecToDec(field, 3, 2, eSignLeadingIncluded);  // DECIMAL "-123.45"
 class OXR_EXPORT DataCnv : public KelOwnedLogSource {
  public:
-  static const KelWstring UHEX_NUMBERS;  // "0123456789abcdefABCDEF"
-  static const KelWstring US_PLUS;       // "+"
-  static const KelWstring US_MINUS;      // "-", the sign of every canonical decimal
-  static const KelWstring US_DECIMAL;    // ".", the point of every canonical decimal
-  static const KelWstring DATE_PATTERN;
-  static const KelWstring TIME_PATTERN;
-  static const KelWstring TIMESTAMP_PATTERN;
-  static const KelWstring MILLISEC_PATTERN;
+  static const KelWstring UHEX_NUMBERS;       // "0123456789abcdefABCDEF"
+  static const KelWstring US_PLUS;            // "+"
+  static const KelWstring US_MINUS;           // "-", the sign of every canonical decimal
+  static const KelWstring US_DECIMAL;         // ".", the point of every canonical decimal
+  static const KelWstring DATE_PATTERN;       // "yyyy-MM-dd"
+  static const KelWstring TIME_PATTERN;       // "HH:mm:ss"
+  static const KelWstring TIMESTAMP_PATTERN;  // "yyyy-MM-dd HH:mm:ss"
+  static const KelWstring MILLISEC_PATTERN;   // ".SSS", for what follows the seconds
 
   // `ccsid`: code page of the message's text. `integerEndian`: byte order of binary integers, exactly eEndianLittle is
   // little, anything else big; and of Unicode text, where eEndianUnset is this machine's. `packedEndian`: byte order of
@@ -180,6 +185,7 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
 
   // ---- Packed decimals: two digits a byte, most significant first, the sign in the last half byte
 
+  // Give the two half bytes of a byte, 0 to 15: the more significant one, and the other.
   unsigned char LeftNibble(unsigned char byte) { return byte >> 4; }
   unsigned char RightNibble(unsigned char byte) { return byte & 0x0F; }
   // The half byte to write for the sign, which is also stored in `*sign`: 0xF for an unsigned field, 0xD for a negative

@@ -19,6 +19,7 @@ class OXR_EXPORT FIMessageTree : public KelOwnedLogSource {
   // Give what the parser said at the message's start and end.
   virtual WorkerInfoPtr getMsgStartWorkerInfo() const = 0;
   virtual WorkerInfoPtr getMsgEndWorkerInfo() const = 0;
+  // Give a place on the header, the content and the footer of the message; a null one where it has none.
   virtual FITreeIterator getMsgHeaderIterator() const = 0;
   virtual FITreeIterator getMsgContentIterator() const = 0;
   virtual FITreeIterator getMsgFooterIterator() const = 0;

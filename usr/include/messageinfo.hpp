@@ -33,6 +33,7 @@ class OXR_EXPORT MessageInfo {
   // The integer of an absent property: the smallest PWFInt64. As a value to set it removes the property.
   static constexpr PWFInt64 kAbsent = -0x7FFFFFFFFFFFFFFF - 1;
 
+  // Removes all entries.
   void clear() { properties.clear(); }
 
   // The stored value, or null where there is none. It stays the object's and is valid until the entry changes.

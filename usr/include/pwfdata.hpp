@@ -49,12 +49,16 @@ class OXR_EXPORT PWFData {
   }
   // Makes an INTEGER of 4 bytes, or a BOOLEAN. Any other type raises 0xC0001592.
   PWFData(PWFInt32 value, ELogicalType type);
+  // Makes a FLOAT.
   explicit PWFData(double value) : logicalType(FLOAT) {
     valueArea.doubleValue = value;
     traceInit(&valueArea.doubleValue, 0, FLOAT);
   }
+  // Makes a BOOLEAN.
   explicit PWFData(bool value);
+  // Makes a DATETIME. Its zone stays where it is and must outlive the value.
   explicit PWFData(const PWFDateTime& value);
+  // Makes an INTERVAL.
   explicit PWFData(const PWFInterval& value);
   // Makes a value of `type`, as a rule STRING or DECIMAL, from zero-terminated text. Null text gives a null.
   PWFData(const unsigned short* text, ELogicalType type);
@@ -81,8 +85,11 @@ class OXR_EXPORT PWFData {
     traceMade("PWFData::~PWFData");
   }
 
+  // The type, that of a null too.
   ELogicalType getDataLogicalType() const { return logicalType; }
+  // Whether there is a type but no value.
   bool isNull() const { return nullFlag; }
+  // Whether there is no value at all, not even a null.
   bool isNothing() const { return logicalType == NOTHING; }
   // The value's bytes: UTF-16 text, the integer, the double, the record, or the binary bytes. Both are 0 for a null.
   int getDataLength() const;
@@ -97,9 +104,11 @@ class OXR_EXPORT PWFData {
     requireText(DECIMAL, "PWFData::getDecimalValue");
     return stringValue.characters();
   }
+  // The fields of an INTERVAL, all 0 for a null.
   PWFInterval getIntervalValue() const;
   int getBooleanValue() const;  // raises for a null
   bool getBoolValue() const;    // raises for a null
+  // The bytes of a BINARY, and how many they are; a null pointer and 0 for a null. They stay the value's.
   const void* getBinaryValue(int& length) const;
   const void* getBinaryValue() const;
   double getDoubleValue() const;   // raises for a null
@@ -108,6 +117,7 @@ class OXR_EXPORT PWFData {
   // PWFInt32", "integer", "4-byte integer", the value.
   PWFInt32 getInt32Value() const;
   int getStringLength() const;  // of a STRING or, unlike its siblings, of a DECIMAL; in code units
+  // The text of a STRING, zero-terminated, and its length in code units; empty for a null. It stays the value's.
   const unsigned short* getStringValue() const {
     requireText(STRING, "PWFData::getStringValue");
     return stringValue.characters();
@@ -121,6 +131,7 @@ class OXR_EXPORT PWFData {
     requireText(STRING, "PWFData::getPWFStringValue");
     return stringValue;
   }
+  // The fields of a DATETIME, all 0 for a null.
   PWFDateTime getDateTimeValue() const;
 
   // Whether type, null flag and value are the same. Texts and bytes are compared as they are, integers without regard

@@ -6,7 +6,7 @@
 
 class KelTimeZone;
 
-// The integer and text names of the public signatures.
+// The integer names of the public signatures.
 using PWFInt8 = std::int8_t;
 using PWFUInt8 = std::uint8_t;
 using PWFInt16 = std::int16_t;
@@ -15,6 +15,7 @@ using PWFInt32 = std::int32_t;
 using PWFUInt32 = std::uint32_t;
 using PWFInt64 = std::int64_t;
 using PWFUInt64 = std::uint64_t;
+// The text of the public signatures.
 using PWFString = KelWstring;
 
 // A byte order. Conversions test for exactly 1, or for exactly 2, and take anything else as the other order.
@@ -47,11 +48,11 @@ enum EOwnership : std::int32_t {
 
 // A date and time. 0x80000000 in a numeric field means that the field is not set.
 struct PWFDateTime {
-  PWFInt32 _year;
-  PWFInt32 _month;  // January is 1
-  PWFInt32 _day;
-  PWFInt32 _hour;
-  PWFInt32 _minute;
+  PWFInt32 _year;                   // 1 to 9999 on the calendar
+  PWFInt32 _month;                  // January is 1
+  PWFInt32 _day;                    // of the month, from 1
+  PWFInt32 _hour;                   // 0 to 23
+  PWFInt32 _minute;                 // 0 to 59
   PWFInt32 _second;                 // whole seconds
   PWFInt32 _subsecond;              // fraction of the second, a whole number of `_scale` digits
   PWFInt32 _scale;                  // digits in _subsecond; 6 (microseconds) as a rule
@@ -63,8 +64,8 @@ static_assert(sizeof(PWFDateTime) == 48);
 
 // A duration.
 struct PWFInterval {
-  PWFInt32 _years;
-  PWFInt32 _months;
+  PWFInt32 _years;         // whole years
+  PWFInt32 _months;        // whole months, beside the years
   PWFInt64 _microseconds;  // days, hours, minutes and seconds together
   PWFInt32 _sign;          // not 0: negative, the other fields being magnitudes
 };

@@ -114,15 +114,17 @@ class OXR_EXPORT TextBufferReader {
  protected:
   friend class TextBufferWriter;  // copies a stretch of a reader's text, by its own rules for code page and byte order
 
+  // The object's mark in a dump.
   objectHeader header{"QVDR", 8, 192};
-  const BitstreamBuffer* buffer;
-  std::unique_ptr<KelBufferPointer> pointer;  // the window; the innermost one where windows nest
-  int ccsid;
-  EEndian endian;
+  const BitstreamBuffer* buffer;                     // the caller's
+  std::unique_ptr<KelBufferPointer> pointer;         // the window; the innermost one where windows nest
+  int ccsid;                                         // as given, or 1208
+  EEndian endian;                                    // as given, or little-endian
   std::unique_ptr<CPUnicodeConverter> ownConverter;  // null when one was handed in
-  CPUnicodeConverter* converter;
-  int currentOffset = 0;   // bytes
-  int minBytes, maxBytes;  // of a character in `converter`
+  CPUnicodeConverter* converter;                     // the reader's own or the one handed in
+  int currentOffset = 0;                             // bytes
+  int minBytes;                                      // of the shortest character in `converter`
+  int maxBytes;                                      // of the longest one
 
  private:
   int resolved(int offset) const { return offset == -1 ? currentOffset : offset; }
@@ -154,6 +156,7 @@ class OXR_EXPORT TextBufferReader {
 //   reader.unspawnTextBufferReader();
 class OXR_EXPORT SpawnableTextBufferReader : public TextBufferReader {
  public:
+  // As TextBufferReader, confined to nothing yet.
   SpawnableTextBufferReader(const BitstreamBuffer* source, int codePage, EEndian byteOrder, CPUnicodeConverter* shared);
   ~SpawnableTextBufferReader() override;
 

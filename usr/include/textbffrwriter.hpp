@@ -81,15 +81,17 @@ class OXR_EXPORT TextBufferWriter {
                    bool mayDropBom) const;
 
  protected:
-  static const bool bomsAway;
+  static const bool bomsAway;  // whether NVRA_INSTREAM_BOMS_OFF was set at load
 
+  // The object's mark in a dump.
   objectHeader header{"QDVW", 8, 120};
-  WritableBitstreamBuffer* buffer;
-  int ccsid;
-  EEndian endian;
-  std::unique_ptr<CPUnicodeConverter> converter;
+  WritableBitstreamBuffer* buffer;                       // the caller's
+  int ccsid;                                             // as given, or 1208
+  EEndian endian;                                        // as given, or little-endian
+  std::unique_ptr<CPUnicodeConverter> converter;         // writes marks where the code page has them
   std::unique_ptr<CPUnicodeConverter> bomlessConverter;  // null unless marks are off and the code page has one
-  int minBytes, maxBytes;                                // of a character in `converter`
+  int minBytes;                                          // of the shortest character in `converter`
+  int maxBytes;                                          // of the longest one
   KelWstring pending;                                    // the queue
   int pendingCapacity = 1024;                            // units
 

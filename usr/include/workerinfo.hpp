@@ -19,9 +19,11 @@ class OXR_EXPORT CPRCObject {
   CPRCObject& operator=(const CPRCObject&) { return *this; }
   virtual ~CPRCObject();
 
+  // Counts one more reference.
   void addReference() { ++referenceCount; }
   // Drops one reference; true if it was the last, and the caller is then to delete the object.
   bool dropReference() { return --referenceCount == 0; }
+  // Tells how many references there are.
   PWFInt32 references() const { return referenceCount; }
 
  private:
@@ -104,8 +106,10 @@ class OXR_EXPORT WorkerInfoPtr {
 
   // Null if there are no properties.
   WorkerInfo* get() const { return info; }
+  // Reach the object, which must be there.
   WorkerInfo* operator->() const { return info; }
   WorkerInfo& operator*() const { return *info; }
+  // Tells whether there are properties.
   explicit operator bool() const { return info != nullptr; }
 
  private:
