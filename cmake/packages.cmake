@@ -36,9 +36,10 @@ set(library_control "${PROJECT_SOURCE_DIR}/packaging/triggers;${PROJECT_BINARY_D
                     "${PROJECT_BINARY_DIR}/none/postrm")
 
 # oxr_package(<name> SECTION <section> DESCRIPTION <line>... [NEEDS <own package>...] [DEPENDS <other package>...]
-#             [LIBRARY]): the component <name> is a package. The first line of its description is the summary.
+#             [RECOMMENDS <package>] [LIBRARY]): the component <name> is a package. The first line of its description is
+#             the summary.
 function(oxr_package name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "LIBRARY" "SECTION" "DESCRIPTION;NEEDS;DEPENDS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "LIBRARY" "SECTION;RECOMMENDS" "DESCRIPTION;NEEDS;DEPENDS")
   string(TOUPPER ${name} upper)
   list(JOIN arg_DESCRIPTION "\n" description)
   list(JOIN arg_DEPENDS ", " depends)
@@ -48,6 +49,7 @@ function(oxr_package name)
   set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${name} PARENT_SCOPE)
   set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${arg_SECTION} PARENT_SCOPE)
   set(CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS "${depends}" PARENT_SCOPE)
+  set(CPACK_DEBIAN_${upper}_PACKAGE_RECOMMENDS "${arg_RECOMMENDS}" PARENT_SCOPE)
   if(arg_LIBRARY)
     set(CPACK_DEBIAN_${upper}_PACKAGE_CONTROL_EXTRA "${library_control}" PARENT_SCOPE)
   endif()
@@ -87,7 +89,12 @@ if(TARGET oxrmq)
                           "Several may work on one queue on several machines, and no message is lost.")
 endif()
 if(TARGET oxrrec_python)
-  oxr_package(python3-oxrrec SECTION python NEEDS ${kelhost_package} ${library_package} DEPENDS python3
+  # A module of C++ is for one version of the interpreter.
+  math(EXPR next_minor "${Python_VERSION_MINOR} + 1")
+  oxr_package(python3-oxrrec SECTION python NEEDS ${kelhost_package} ${library_package}
+              DEPENDS "python3 (>= ${Python_VERSION_MAJOR}.${Python_VERSION_MINOR}~)"
+                      "python3 (<< ${Python_VERSION_MAJOR}.${next_minor})"
+              RECOMMENDS python3-numpy
               DESCRIPTION "mainframe record files as Python dicts and numpy arrays"
                           "Reads the records of a file in EBCDIC or any other code page, as a COBOL"
                           "copybook lays them out, into dicts or, by column, into numpy arrays, and"
