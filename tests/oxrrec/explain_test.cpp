@@ -43,6 +43,12 @@ const struct {
      kDone},
     {"2 --first-record 3", "0\x12\x3C", "oxrrec: standard input: the first record that is read is 3\n", kFailed},
     {"3", "0\x12\x3C", "oxrrec: standard input: there is 1 record\n", kFailed},
+    {"2",
+     "0\x12\x3C"
+     "9",
+     "oxrrec: standard input: record 2 at byte 3: its length hangs on a count that cannot be read, so the next record "
+     "cannot be found\n",
+     kFailed},
 };
 
 TEST(Explain, ShowsTheFieldsOfOneRecord) {
@@ -56,6 +62,30 @@ TEST(Explain, ShowsTheFieldsOfOneRecord) {
     const bool isBad = fault != std::string::npos;
     EXPECT_EQ(isBad ? all.substr(0, fault + 2) + '*' + all.substr(number5505) : all, table);
     EXPECT_EQ(outcome.code, code);
+  }
+}
+
+// Where the bytes of a field are a value under other settings, they are named: two if neither helps alone.
+TEST(Explain, NamesSettingsThatAcceptBytes) {
+  constexpr const char* kAdvice[][3] = {
+      {"05 A PIC S9(3).", "q12", "-112 with --field A:sign=leading"},
+      {"05 A PIC S9(3) SIGN LEADING SEPARATE.", "123-", "-123 with --field A:sign=trailing"},
+      {"05 A PIC S9(3) COMP-3.", "<C123>", "123 with --field A:packed-sign=leading"},
+      {"05 G OCCURS 1. 10 A PIC S9(3).", "K12", "-212 with --ascii-signs letters --field G.A:sign=leading"},
+      {"05 A PIC S9(3).", " 2K", "-22 with --lenient-numbers --ascii-signs letters"},
+      {"05 FILLER PIC S9(3).", "q12", "no digit (OXR5505)"},
+      {"05 A PIC X(8).", "        ", "null with --blank-numbers null"},
+      {"05 A COMP-1.", "<7FC00000>", "not a number (NaN)"},
+      {"05 A COMP-1.", "<7FC00041>", "8.046996 with --floats ieee-le"},
+      {"05 A COMP-1.", "<7FA04141>", "4.1016836 with --floats hex-le"},
+  };
+  for (const auto& [copybook, bytes, advice] : kAdvice) {
+    const Folder folder;
+    const std::string date = *bytes == ' ' && bytes[1] == ' ' ? " --field A:date=yyyyMMdd" : "";
+    const Outcome outcome = runProgram("explain 1 - --format free --ccsid 819 --floats ieee-be" + date +
+                                           " --copybook " + folder.write("c", std::string("01 R. ") + copybook),
+                                       bytesOf(bytes));
+    EXPECT_THAT(outcome.lines, testing::HasSubstr(advice + std::string("\n"))) << outcome.messages;
   }
 }
 

@@ -60,6 +60,22 @@ TEST(Profile, ComparesValuesByWhatTheyAre) {
   }
 }
 
+// Options that bad values need together; and of floats the form that most of all values look like.
+TEST(Profile, SuggestsWhatMakesValuesReadable) {
+  constexpr const char* kCases[][3] = {
+      {"05 A PIC S9(3).", " 2K 3L", "--lenient-numbers --ascii-signs letters makes bad values readable of: A\n"},
+      {"05 A COMP-1.", "<7FC00040000000400000004041800000>", "--floats ieee-le makes bad values readable of: A\n"},
+      {"05 A COMP-1.", "<7FC0C03F41800000418000007FC00000>", "A: 2 times not a number (NaN)\n"},
+  };
+  for (const auto& [copybook, bytes, told] : kCases) {
+    const Folder folder;
+    const Outcome outcome = runProgram("profile - --format free --ccsid 819 --floats ieee-be --copybook " +
+                                           folder.write("c", std::string("01 R. ") + copybook),
+                                       bytesOf(bytes));
+    EXPECT_THAT(outcome.lines, testing::EndsWith(told)) << outcome.messages;
+  }
+}
+
 TEST(Profile, TellsTheFieldsOfKindsApart) {
   const Folder folder;
   const std::string book = folder.write("c", "01 A. 05 K PIC X. 05 N PIC 9. 01 B. 05 K PIC X. 05 N PIC 9.");

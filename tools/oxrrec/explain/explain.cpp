@@ -18,7 +18,7 @@ namespace {
 // Gathers the fields of the record in hand once `isOn`.
 class Explainer : public FieldObserver, public FaultListener {
  public:
-  explicit Explainer(const RecordPlan& plan) : plan_(plan) {
+  explicit Explainer(const RecordPlan& plan) : plan_(plan), adviser_(plan) {
     record.ccsid = plan.forms().front().ccsid;
     record.characters = charactersOf(record.ccsid);
   }
@@ -44,7 +44,7 @@ class Explainer : public FieldObserver, public FaultListener {
     }
     told.fault = field.fault->reasonText();
     told.badByte = field.fault->reason.badByte();
-    const Advice advice = adviceFor(field.step, plan_.forms()[field.step.form], field.bytes);
+    const Advice advice = adviser_.adviceFor(field);
     told.advice = advice.option;
     if (!advice.option.empty()) told.advised = valueText(advice.value);
   }
@@ -72,6 +72,7 @@ class Explainer : public FieldObserver, public FaultListener {
   }
 
   const RecordPlan& plan_;
+  Adviser adviser_;
 };
 
 // Reads on to the record; false if there are not so many.
@@ -130,7 +131,13 @@ int explain(const ExplainOptions& options, const Console& console) {
   worker->setObserver(&explainer);
   explainer.worker = worker.get();
   ExplainedRecord& record = explainer.record;
-  if (!readTo(options.number - before, input, *worker, explainer)) {
+  bool isThere = false;
+  try {
+    isThere = readTo(options.number - before, input, *worker, explainer);
+  } catch (const FrameError& error) {
+    throw ToolError(input.name() + ": " + error.what());
+  }
+  if (!isThere) {
     const std::uint64_t all = worker->recordsRead();
     throw ToolError(input.name() + ": there " + (all == 1 ? "is 1 record" : "are " + std::to_string(all) + " records"));
   }

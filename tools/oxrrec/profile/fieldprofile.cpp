@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "oxrrec/explain/advice.hpp"
-
 namespace oxr::rec {
 
 namespace {
@@ -21,11 +19,15 @@ void countSign(FieldProfile& profile, const FieldSeen& field, const PhysicalForm
     ++profile.signs[field.bytes.front() >> 4];
 }
 
-void addBad(FieldProfile& profile, const FieldSeen& field, const PhysicalForm& form) {
+bool isFloat(const Step& step) {
+  return step.kind == Kind::shortFloat || step.kind == Kind::longFloat;
+}
+
+void addBad(FieldProfile& profile, const FieldSeen& field, Adviser& adviser) {
   ++profile.bad;
   ++profile.reasons[field.fault->reason.kind()];
-  if (profile.bad > kTriedFields) return;
-  const Advice advice = adviceFor(field.step, form, field.bytes);
+  if (profile.bad > kTriedFields || isFloat(field.step)) return;
+  const Advice advice = adviser.adviceFor(field);
   if (!advice.option.empty()) ++profile.helps[advice.option];
 }
 
@@ -35,21 +37,29 @@ bool isAll(std::span<const unsigned char> bytes, unsigned char byte) {
 
 }  // namespace
 
-const std::pair<const std::string, std::uint64_t>* FieldProfile::suggestion() const {
+std::string FieldProfile::suggestion() const {
+  const auto best = std::max_element(likely.begin(), likely.end());
+  const auto form = static_cast<FloatForm>(best - likely.begin());
+  if (bad != 0 && 2 * *best > count && *best > likely[static_cast<std::size_t>(floats)]) return floatOption(form);
   const auto most =
       std::max_element(helps.begin(), helps.end(), [](const auto& a, const auto& b) { return a.second < b.second; });
-  return most == helps.end() ? nullptr : &*most;
+  return most == helps.end() ? std::string() : most->first;
 }
 
-void addTo(FieldProfile& profile, const FieldSeen& field, unsigned char blank, const PhysicalForm& form) {
+void addTo(FieldProfile& profile, const FieldSeen& field, unsigned char blank, const PhysicalForm& form,
+           Adviser& adviser) {
   ++profile.count;
   if (!field.bytes.empty()) {
     if (isAll(field.bytes, blank)) ++profile.blanks;
     if (isAll(field.bytes, 0)) ++profile.nuls;
     countSign(profile, field, form);
+    profile.floats = form.floats;
+    if (isFloat(field.step) && field.bytes.size() == field.step.size)
+      for (std::size_t i = 0; i < profile.likely.size(); ++i)
+        if (isLikelyFloat(static_cast<FloatForm>(i), field.bytes)) ++profile.likely[i];
   }
   if (field.fault != nullptr)
-    addBad(profile, field, form);
+    addBad(profile, field, adviser);
   else if (field.value.isNull())
     ++profile.nulls;
   else

@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 
+#include "oxrrec/explain/advice.hpp"
 #include "oxrrec/profile/extremes.hpp"
 #include "records/records.hpp"
 
@@ -24,13 +25,18 @@ struct FieldProfile {
   Extremes extremes{};
   std::map<std::string, std::uint64_t> reasons{};  // why fields are bad, and how many
   std::map<std::string, std::uint64_t> helps{};    // options, and how many of the bad fields they make readable
+  // Of floats: how many of all are likely in each form (FloatForm). Only all of them together tell it, since most bytes
+  // are a number in each.
+  std::array<std::uint64_t, 4> likely{};
+  FloatForm floats = FloatForm::hexBig;  // the form that they were read in
 
-  // The option that helps most of the bad fields; null if none does.
-  const std::pair<const std::string, std::uint64_t>* suggestion() const;
+  // The option that helps most of the bad fields; empty if none does.
+  std::string suggestion() const;
 };
 
 // Adds a field that was read. `blank` is the byte of one, `form` how the field is stored.
-void addTo(FieldProfile& profile, const FieldSeen& field, unsigned char blank, const PhysicalForm& form);
+void addTo(FieldProfile& profile, const FieldSeen& field, unsigned char blank, const PhysicalForm& form,
+           Adviser& adviser);
 
 // "C: 120, D: 3"; empty if the field has no signs.
 std::string signsText(const FieldProfile& profile);

@@ -20,7 +20,7 @@ using Profiles = std::vector<FieldProfile>;
 // Keeps a profile for each step of the plan that reads a field.
 class Profiler : public FieldObserver, public FaultListener {
  public:
-  explicit Profiler(const RecordPlan& plan) : plan_(plan), profiles_(plan.steps().size()) {
+  explicit Profiler(const RecordPlan& plan) : plan_(plan), adviser_(plan), profiles_(plan.steps().size()) {
     const auto characters = charactersOf(plan.forms().front().ccsid);
     blank_ = static_cast<unsigned char>(std::find(characters.begin(), characters.end(), " ") - characters.begin());
   }
@@ -34,7 +34,7 @@ class Profiler : public FieldObserver, public FaultListener {
       here.picture = pictureText(layout.items[field.step.item]);
     }
     told_ = field.fault;
-    addTo(here, field, blank_, plan_.forms()[field.step.form]);
+    addTo(here, field, blank_, plan_.forms()[field.step.form], adviser_);
   }
   // Those of fields came to seen() before.
   bool goOnAfter(const FieldFault& fault) override {
@@ -58,6 +58,7 @@ class Profiler : public FieldObserver, public FaultListener {
 
  private:
   const RecordPlan& plan_;
+  Adviser adviser_;
   Profiles profiles_;
   FieldProfile others_{.path = "(record)"};  // what is wrong with records as such, and with counts
   const FieldFault* told_ = nullptr;         // the last one that seen() got
@@ -69,8 +70,8 @@ class Profiler : public FieldObserver, public FaultListener {
 std::vector<std::string> suggestions(const Profiles& profiles) {
   std::map<std::string, std::string> fields;  // by option
   for (const FieldProfile& field : profiles)
-    if (const auto* const best = field.suggestion())
-      fields[best->first] += (fields[best->first].empty() ? "" : ", ") + field.path;
+    if (const std::string best = field.suggestion(); !best.empty())
+      fields[best] += (fields[best].empty() ? "" : ", ") + field.path;
   std::vector<std::string> lines;
   lines.reserve(fields.size());
   for (const auto& [option, paths] : fields)
@@ -129,7 +130,7 @@ std::string linesOf(const Profiles& profiles) {
       json.writer().RawValue(text.data(), text.size(), rapidjson::kStringType);
     }
     putCounts(json, "reasons", field.reasons);
-    if (const auto* const best = field.suggestion()) json.put("suggestion", best->first);
+    if (const std::string best = field.suggestion(); !best.empty()) json.put("suggestion", best);
     json.writer().EndObject();
     json.endLine();
   }
