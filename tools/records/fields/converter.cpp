@@ -147,6 +147,7 @@ PWFData FieldConverter::national(const unsigned char* bytes, std::uint32_t size)
 }
 
 // The double-byte characters of an EBCDIC page have meaning between shifts only; other pages tell them by themselves.
+// They are padded with a blank of their own, which is no more a part of the value than any other.
 PWFData FieldConverter::doubleBytes(const unsigned char* bytes, std::uint32_t size) {
   constexpr unsigned char kShiftOut = 0x0E;
   constexpr unsigned char kShiftIn = 0x0F;
@@ -157,7 +158,10 @@ PWFData FieldConverter::doubleBytes(const unsigned char* bytes, std::uint32_t si
     work_.insert(work_.begin(), kShiftOut);
     work_.push_back(kShiftIn);
   }
-  return cnv_.RawCharsToPWFData(reinterpret_cast<const char*>(work_.data()), static_cast<int>(work_.size()));
+  PWFData value = cnv_.RawCharsToPWFData(reinterpret_cast<const char*>(work_.data()), static_cast<int>(work_.size()));
+  const UnitView text = value.getPWFStringValue().view();
+  const std::size_t used = text.find_last_not_of(kDoubleBlanks) + 1;
+  return used == text.size() ? value : PWFData(KelWstring(text.substr(0, used)));
 }
 
 PWFData FieldConverter::external(const Step& step, const unsigned char* bytes, std::uint32_t size) {

@@ -19,6 +19,8 @@ namespace oxr::rec {
 inline constexpr int kCenturyWindow = 53;
 inline constexpr char kPositivePackedSign = 12;
 EFloatFmt floatFormat(FloatForm form);
+// What pads double-byte text, and the blank of all other text.
+inline constexpr unsigned short kDoubleBlanks[] = {0x3000, ' ', 0};
 
 // A field whose bytes convert, but to nothing that its picture allows.
 class FieldRefused : public std::runtime_error {

@@ -142,11 +142,10 @@ FaultReason FieldConverter::diagnose(const Step& step, const unsigned char* byte
 bool meanTheSame(const Step& step, const PWFData& a, const PWFData& b) {
   if (a.isNull() || b.isNull()) return a.isNull() && b.isNull();
   if (a.getDataLogicalType() != STRING || b.getDataLogicalType() != STRING) return a == b;
+  const UnitView blanks = step.kind == Kind::dbcs ? kDoubleBlanks : kDoubleBlanks + 1;
   const auto trimmed = [&](UnitView text) {
-    while (!text.empty() && text.back() == ' ')
-      text.remove_suffix(1);
-    while (step.isJustifiedRight && !text.empty() && text.front() == ' ')
-      text.remove_prefix(1);
+    text = text.substr(0, text.find_last_not_of(blanks) + 1);
+    if (step.isJustifiedRight) text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
     return text;
   };
   return trimmed(a.getPWFStringValue().view()) == trimmed(b.getPWFStringValue().view());
