@@ -19,7 +19,8 @@ namespace roundtrip {
 
 using namespace oxr::rec;
 
-// A layout and a record of it are drawn together: an item writes its entry once, and its value for each occurrence.
+// A layout, its settings and a record of it are drawn together: an item writes its entry once, and its value for each
+// occurrence. Of an area that a field chooses in, an occurrence has one of two alternatives.
 class Sample {
  public:
   explicit Sample(Choices& choices) : choices_(choices) {
@@ -30,18 +31,20 @@ class Sample {
   }
   std::string copybook;
   std::string line;
+  std::vector<FieldSettingText> settings;
+  std::vector<std::string> conditions;
 
  private:
-  enum class Form : std::uint8_t { text, number, group, filler, counted };
+  enum class Form : std::uint8_t { text, number, date, time, group, filler, counted, area };
   struct Item {
     Form form = Form::text;
-    std::string name;
-    std::string clauses;
+    std::string name{};
+    std::string clauses{};
     int digits = 0;  // or characters
     int places = 0;
     bool isSigned = false;
     int occurs = 0;  // 0: no array
-    std::vector<Item> items;
+    std::vector<Item> items{};
   };
 
   std::vector<Item> drawGroup(int depth) {
@@ -53,13 +56,26 @@ class Sample {
 
   Item drawItem(int depth) {
     Item item;
-    item.form = static_cast<Form>(choices_.upTo(depth < 3 ? 4 : 1));
+    item.form = static_cast<Form>(choices_.upTo(depth < 3 ? 7 : 3));
     item.name = "F" + std::to_string(++names_);
     item.digits = choices_.between(1, 9);
     switch (item.form) {
       case Form::number:
         drawNumber(item);
         break;
+      case Form::date:
+      case Form::time:
+        drawDate(item);
+        break;
+      case Form::area:
+        item.items = {{.form = Form::group, .name = item.name + "-A", .items = drawGroup(depth + 1)},
+                      {.form = Form::group,
+                       .name = item.name + "-B",
+                       .clauses = " REDEFINES " + item.name + "-A",
+                       .items = drawGroup(depth + 1)}};
+        conditions.push_back(item.name + "-K=a,c-d:" + item.items[0].name);
+        conditions.push_back(item.name + "-K=*:" + item.items[1].name);
+        return item;
       case Form::group:
       case Form::counted:
         item.items = drawGroup(depth + 1);
@@ -70,6 +86,13 @@ class Sample {
     if (item.form != Form::counted && item.form != Form::filler && choices_.upTo(4) == 0)
       item.occurs = choices_.between(1, 3);
     return item;
+  }
+
+  void drawDate(Item& item) {
+    constexpr const char* kDates[] = {"yyyyMMdd", "ddMMyyyy", "MMddyyyy"};
+    constexpr const char* kClauses[] = {" PIC X(8)", " PIC 9(8)", " PIC 9(8) COMP-3", " PIC S9(8) COMP", " PIC X(9)"};
+    item.clauses = choices_.oneOf(kClauses);
+    settings.emplace_back(item.name + ":date=" + (item.form == Form::date ? choices_.oneOf(kDates) : "HHmmss"));
   }
 
   void drawNumber(Item& item) {
@@ -88,6 +111,10 @@ class Sample {
     std::string text;
     for (const Item& item : items) {
       const std::string counter = item.name + "-N";
+      if (item.form == Form::area) {
+        text += std::to_string(level) + ' ' + item.name + "-K PIC X.\n" + entries(item.items, level);
+        continue;
+      }
       if (item.form == Form::counted) text += std::to_string(level) + ' ' + counter + " PIC 9.\n";
       text += std::to_string(level) + ' ' + (item.form == Form::filler ? "FILLER" : item.name) + item.clauses;
       if (item.occurs != 0) text += " OCCURS " + std::to_string(item.occurs);
@@ -101,6 +128,12 @@ class Sample {
     std::string text;
     for (const Item& item : items) {
       if (item.form == Form::filler) continue;
+      if (item.form == Form::area) {
+        const std::size_t which = choices_.upTo(1);
+        text += '"' + item.name + "-K\":\"" + choices_.oneOf(std::string_view(which == 0 ? "acd" : "bxe")) + "\",\"" +
+                item.items[which].name + "\":" + object(item.items[which].items) + ',';
+        continue;
+      }
       int count = item.occurs;
       if (item.form == Form::counted) {
         count = choices_.between(0, 3);
@@ -120,6 +153,10 @@ class Sample {
   std::string value(const Item& item) {
     if (!item.items.empty()) return object(item.items);
     if (item.form == Form::number) return number(item);
+    const auto two = [&](int least, int most) { return std::to_string(100 + choices_.between(least, most)).substr(1); };
+    if (item.form == Form::date)
+      return '"' + std::to_string(choices_.between(1600, 9999)) + '-' + two(1, 12) + '-' + two(1, 28) + '"';
+    if (item.form == Form::time) return '"' + two(0, 23) + ':' + two(0, 59) + ':' + two(0, 59) + '"';
     std::string text;
     for (int left = choices_.between(0, item.digits); left > 0; --left)
       text += choices_.oneOf(std::string_view("aZ09 -*({."));
@@ -165,6 +202,8 @@ inline void checkRoundTrip(Choices& choices) {
   settings.form.framing = choices.oneOf(kFramings);
   const Sample sample(choices);
   const Layout layout = readCopybook(sample.copybook, "c", {.format = SourceFormat::free});
+  options.fieldSettings = sample.settings;
+  options.conditions = sample.conditions;
   const RecordPlan plan(layout, options);
   Ignored listener;
   const auto worker = RecordWorker::make(plan, settings, listener);

@@ -104,8 +104,8 @@ PyTypeObject* recordsType = nullptr;
 
 // The pairs CHILD:PARENT, by the names that the records have.
 Pairs pairsOf(const rec::DecodeOptions& options, const rec::RecordPlan& plan) {
-  const std::vector<std::string> kinds = rec::namedKinds(options.record.plan.conditions);
-  const rec::Nesting refusing(options.nest, kinds, plan);
+  const std::vector<std::string> kinds = rec::namedKinds(plan);
+  const rec::Nesting refusing(options.nest, plan);
   const auto kindOf = [&](const std::string& name) {
     return *std::find_if(kinds.begin(), kinds.end(), [&](const auto& kind) { return rec::isSameName(kind, name); });
   };

@@ -61,7 +61,7 @@ class Writing {
       : isSkipping_(options.onError == rec::OnError::skip),
         worker_(rec::RecordWorker::make(plan, options.records, faults_)),
         reader_(plan.names()) {
-    if (!options.nest.empty()) unnesting_.emplace(options.nest, rec::namedKinds(options.record.plan.conditions), plan);
+    if (!options.nest.empty()) unnesting_.emplace(options.nest, plan);
     worker_->initializeWrite(nullptr, 0, 0, 0);
   }
 
@@ -73,9 +73,10 @@ class Writing {
       write(tree, {});
       return;
     }
-    left_ += unnesting_->writeAll(tree, isSkipping_, [this](const rec::JsonTree& record, const std::string& path) {
-      return write(record, path);
-    });
+    const auto left = unnesting_->writeAll(
+        tree, isSkipping_,
+        [this](const rec::JsonTree& record, const std::string& path) { return write(record, path); });
+    left_ += left.withBad;
   }
   void finish() { worker_->finishWriting(buffer_); }
   std::string_view bytes() const { return buffer_.bytes(); }
@@ -88,20 +89,22 @@ class Writing {
   }
 
  private:
-  bool write(const rec::JsonTree& tree, const std::string& path) {
+  rec::Unnesting::Written write(const rec::JsonTree& tree, const std::string& path) {
     try {
       worker_->setFIMessageTree(&tree, false);
       worker_->write(&buffer_, 0, 0);
       ++written_;
-      return true;
+      return rec::Unnesting::Written::isGood;
+    } catch (const rec::UnknownRecord&) {
+      return rec::Unnesting::Written::isUnknown;
     } catch (const rec::WriteError& error) {
-      const std::string what = error.what();
+      const std::string what = path.empty() ? error.what() : error.within(path);
       const std::size_t colon = what.find(": ");
-      tell((path.empty() ? "" : path + ": ") + what, colon == std::string::npos ? "" : what.substr(0, colon));
+      tell(what, colon == std::string::npos ? "" : what.substr(0, colon));
     } catch (const rec::FrameError& error) {
       tell(error.what(), {});
     }
-    return false;
+    return rec::Unnesting::Written::isBad;
   }
 
   void tell(const std::string& what, const std::string& path) {

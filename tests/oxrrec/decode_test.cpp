@@ -188,6 +188,11 @@ const struct {
     {"05 G. 10 A PIC 9(6). 10 B PIC 9(6). 05 C PIC 9(6).", "261122261123261124", "--field G:date=yyMMdd",
      "{G:{A:2026-11-22,B:2026-11-23},C:261124}"},
     {"05 P POINTER. 05 A PIC X.", "ppppA", "", "{A:A}"},
+    // The whole path of an item, before those that leave groups out.
+    {"01 R. 05 G. 10 T PIC 9. 05 T PIC 9.", " 1", "--field R.T:lenient-numbers=yes --field G.T:blank-numbers=zero",
+     "{G:{T:0},T:1}"},
+    {"01 R. 05 G. 10 T PIC X. 05 T PIC X. 05 A PIC X. 05 B REDEFINES A PIC 9.", "ab2", "--when R.T=a:A --when T=b:B",
+     "{G:{T:a},T:b,B:2}"},
     // Fields that cannot be read.
     {kPair, "A1B C3", "", "{A:A,N:1} | #2, byte 3, N: *(OXR5505); bytes 20", 1},
     {kPair, "A1B C3", "--on-error null",
@@ -264,6 +269,22 @@ constexpr const char* kRefusals[][2] = {
     {"--copybook @kinds --ccsid 37 --field T:sign=left @in", "--field T:sign=left: sign is leading or trailing\n"},
     {"--copybook @kinds --ccsid 37 --field G.FF:sign=leading @in",
      "--field G.FF:*: there is no item G.FF; is F meant?\n"},
+    // What would have no effect, or could be two things.
+    {"--copybook @kinds --ccsid 37 --field T:sign=leading @in",
+     "--field T:sign=leading: this is for DISPLAY numbers with a sign only\n"},
+    {"--copybook @kinds --ccsid 37 --field G:floats=hex @in", "--field G:*: this is for COMP-1 and COMP-2 only\n"},
+    {"--copybook @kinds --ccsid 37 --fields @settings @in",
+     "@settings:3: A:integers=little: this is for binary numbers and UTF-16 only\n"},
+    {"--copybook @twice --ccsid 37 --field U:ccsid=37 @in",
+     "--field U:*: U: several items have that name: G.U (@twice:2) and H.U (@twice:3)\n"},
+    {"--copybook @twice --ccsid 37 --when R.U=1:A @in",
+     "--when R.U=1:A: R.U: several items have that name: G.U (@twice:2) and H.U (@twice:3)\n"},
+    {"--copybook @kinds --ccsid 37 --field T:date=MMdd @in", "--field *: the pattern MMdd has no year (y)\n"},
+    {"--copybook @kinds --ccsid 37 --field T:date=yyyydd @in", "--field *: the pattern yyyydd has no month (M)\n"},
+    {"--copybook @kinds --ccsid 37 --field T:date=yyyywwW @in", "--field *: the pattern yyyywwW has no day (d)\n"},
+    {"--copybook @kinds --ccsid 37 --length-includes-header yes @in", "--length-includes-header: this is for forms *"},
+    {"--copybook @kinds --ccsid 37 --on-unknown raw @in", "--on-unknown: without --when no record is *"},
+    {"--copybook @kinds --ccsid 37 --to csv --decimals text @in", "--decimals text is not for --to csv*"},
     {"--copybook @kinds --ccsid 37 --fields @none @in", "*the settings of fields in @none cannot be read*"},
     {"-o @out --copybook @bad --ccsid 37 @in", "@bad:1:16: unknown symbol in the picture\n*"},
     {"-o @out --copybook @none --ccsid 37 @in", "@none: the copybook can't be read: No such file or directory\n"},
@@ -307,6 +328,8 @@ TEST(Decode, RefusesWhatItCannotDo) {
   folder.write("signs", "01 R.\n05 A PIC S9.9.\n05 B PIC S9,9.\n05 FILLER PIC S9.9.\n");
   folder.write("kinds", "01 R. 05 T PIC 9. 05 A PIC X. 05 B REDEFINES A PIC X. 05 G OCCURS 2. 10 F PIC X.");
   folder.write("bad", "01 R. 05 A PIC Q.");
+  folder.write("twice", "01 R.\n05 G. 10 U PIC 9.\n05 H. 10 U PIC 9.\n05 A PIC X. 05 B REDEFINES A PIC X.");
+  folder.write("settings", "# of fields\n\nA:integers=little\n");
   for (const auto& [arguments, messages] : kRefusals) {
     SCOPED_TRACE(arguments);
     const Outcome outcome = runProgram("decode --format free " + replaced(arguments, "@", folder.path("")));

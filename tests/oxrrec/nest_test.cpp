@@ -16,7 +16,8 @@ constexpr char kOwn[] =
     "01 A. 05 K PIC X. 05 G. 10 B PIC 9. 01 B. 05 K PIC X. 05 N PIC 9. 01 C. 05 K PIC X. 05 N PIC 9.";
 constexpr char kAreas[] = "05 K PIC X. 05 A. 10 N PIC 9. 05 B REDEFINES A PIC X. 05 C REDEFINES A. 10 G. 15 A PIC 9.";
 constexpr char kWhen[] = "--ccsid 819 --when K=a:A --when K=b:B --when K=c:C --when K=*:A ";
-constexpr char kWhenOnly[] = "--ccsid 819 --when K=a:A --when K=b:B --when K=c:C ";
+// Arrays are called as the copybook spells what they hold.
+constexpr char kWhenOnly[] = "--ccsid 819 --when K=a:A --when K=b:b --when K=c:C ";
 
 const struct {
   const char* arguments;

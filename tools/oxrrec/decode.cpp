@@ -27,6 +27,7 @@ void refuse(const DecodeOptions& options) {
     throw ToolError("--errors " + options.errors + ": the lines go there already");
   if (options.format != LineFormat::csv) return;
   if (!options.nest.empty()) throw ToolError("--nest is not for --to csv: a row has no records in it");
+  if (options.pointsAsText) throw ToolError("--decimals text is not for --to csv: its values have no types");
   if (options.input.records.onUnknown == OnUnknown::isRaw)
     throw ToolError("--on-unknown raw is not for --to csv: a row has the columns of its fields");
 }
@@ -47,8 +48,7 @@ class Decoding {
       badRecords_.emplace(description.openOutput(options.errors, input_, console));
       badFields_.setRecords(&*badRecords_, worker_.get());
     }
-    if (!options.nest.empty())
-      nesting_.emplace(options.nest, namedKinds(options.record.plan.conditions), description.plan());
+    if (!options.nest.empty()) nesting_.emplace(options.nest, description.plan());
     worker_->setSource(&input_);
     worker_->initializeParse(-1, nullptr, -1);
     worker_->setFIHandler(lines_.get(), false);

@@ -8,15 +8,20 @@
 
 namespace oxr::rec {
 
-std::vector<std::string> namedKinds(const std::vector<std::string>& conditions) {
+std::vector<std::string> namedKinds(const RecordPlan& plan) {
   std::vector<std::string> names;
-  names.reserve(conditions.size());
-  for (const std::string& condition : conditions)
-    names.push_back(condition.substr(condition.rfind(':') + 1));
+  const auto add = [&names](const Choice& choice) {
+    for (const Choice::Alternative& alternative : choice.alternatives)
+      names.push_back(alternative.name);
+  };
+  if (plan.recordChoice() != nullptr) add(*plan.recordChoice());
+  for (const Choice& choice : plan.choices())
+    if (choice.isOfRecord) add(choice);
   return names;
 }
 
-Nesting::Nesting(const std::vector<std::string>& pairs, const std::vector<std::string>& kinds, const RecordPlan& plan) {
+Nesting::Nesting(const std::vector<std::string>& pairs, const RecordPlan& plan) {
+  const std::vector<std::string> kinds = namedKinds(plan);
   for (const std::string& pair : pairs) {
     const std::size_t colon = pair.find(':');
     if (colon == std::string::npos) throw ToolError("--nest " + pair + ": it is to be CHILD:PARENT");

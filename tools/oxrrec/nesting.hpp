@@ -11,8 +11,8 @@
 
 namespace oxr::rec {
 
-// The names that conditions give to records: "FIELD=VALUE:NAME".
-std::vector<std::string> namedKinds(const std::vector<std::string>& conditions);
+// The names that records of the plan can have: what conditions call them, as the copybook spells it.
+std::vector<std::string> namedKinds(const RecordPlan& plan);
 
 // Puts the objects of child records into an array of their parent's: what hierarchical files mean by the order of their
 // records. A child belongs to the last record of its parent's kind. A line is done when no child can come any more, so
@@ -23,9 +23,9 @@ std::vector<std::string> namedKinds(const std::vector<std::string>& conditions);
 //   {"ID":1,"ORDER":[{"NO":7,"ITEM":[{"SKU":"A"},{"SKU":"B"}]}]}
 class Nesting {
  public:
-  // `pairs` as "CHILD:PARENT"; `kinds` are the names that records of the plan can have, for they are held to it. Throws
-  // ToolError, also where a child has the name of a field of its parent.
-  Nesting(const std::vector<std::string>& pairs, const std::vector<std::string>& kinds, const RecordPlan& plan);
+  // `pairs` as "CHILD:PARENT", which are held to the names that records of the plan can have. Throws ToolError, also
+  // where a child has the name of a field of its parent.
+  Nesting(const std::vector<std::string>& pairs, const RecordPlan& plan);
 
   // Takes the line of a record, with its newline, and appends to `lines` what is done by that. False for a child that
   // came before any parent: it stands on a line of its own.

@@ -9,6 +9,7 @@
 
 #include "records/fields/editedpicture.hpp"
 #include "records/fields/physicalform.hpp"
+#include "records/fields/settings.hpp"
 #include "records/layout.hpp"
 #include "records/plan/choice.hpp"
 #include "records/plan/error.hpp"
@@ -53,7 +54,7 @@ class RecordPlan {
     // "*" for all others. The first condition that holds decides.
     std::vector<std::string> conditions{};
     // "PATH:key=value", see FieldSetting: what holds for some fields only.
-    std::vector<std::string> fieldSettings{};
+    std::vector<FieldSettingText> fieldSettings{};
   };
 
   // A plan of the level 01 entries that conditions name, else of the entry `record`, else of the first one. Throws

@@ -11,19 +11,13 @@
 #include "records/fields/fields.hpp"
 #include "records/framing/framing.hpp"
 #include "records/framing/recordframer.hpp"
+#include "records/onunknown.hpp"
 #include "records/plan/chooser.hpp"
 #include "records/recordhandler.hpp"
 #include "records/recordplan.hpp"
 #include "records/recordwriting.hpp"
 
 namespace oxr::rec {
-
-// What becomes of a record, or an area of one, that no condition has an alternative for.
-enum class OnUnknown : std::uint8_t {
-  isError,  // it is a fault; where the listener goes on, a record is shown as with isRaw, and an area not at all
-  isSkipped,
-  isRaw,  // its bytes are shown in hexadecimal, as the field RAW: of a record nothing else is
-};
 
 // The form with what the plan adds to it: the sizes of records, and the characters of lines.
 RecordForm recordForm(const RecordPlan& plan, RecordForm form);

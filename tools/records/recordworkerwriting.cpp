@@ -5,7 +5,7 @@
 namespace oxr::rec {
 
 RecordWorker::Writing::Writing(const RecordPlan& plan, const RecordForm& form, const Settings& settings)
-    : writer(plan, {settings.filler, form.framing != Framing::fixed}), framer(form) {}
+    : writer(plan, {settings.filler, form.framing != Framing::fixed, settings.onUnknown}), framer(form) {}
 
 void RecordWorker::initializeWrite(MessageInfo*, int, int, int) {
   RecordForm form = settings_.form;

@@ -78,11 +78,14 @@ std::span<const unsigned char> RecordWriter::write(const FIMessageTree& tree, st
 }
 
 std::span<const unsigned char> RecordWriter::writeTree(const FIMessageTree& tree) {
-  if (canBeRaw_ && readRaw(tree, raw_)) return writeRaw();
+  if (canBeRaw_ && readRaw(tree, raw_)) {
+    if (settings_.onUnknown != OnUnknown::isRaw) refuseUnknown();
+    return writeRaw();
+  }
   kind_ = treeKinds_.kindOf(tree);
   if (kind_ == nullptr) {
     kind_ = plan_.kinds().data();
-    throw WriteError("no condition (--when) tells what record this is");
+    refuseUnknown();
   }
   tree_ = &tree;
   filled_ = givenEnd_ = 0;
@@ -109,11 +112,17 @@ std::span<const unsigned char> RecordWriter::writeTree(const FIMessageTree& tree
   return {record_.data(), size};
 }
 
+void RecordWriter::refuseUnknown() const {
+  const char* const why = "no condition (--when) tells what record this is";
+  if (settings_.onUnknown == OnUnknown::isSkipped) throw UnknownRecord({}, why);
+  throw WriteError({}, why);
+}
+
 // Without anything around records, each has the length of the layout.
 std::span<const unsigned char> RecordWriter::writeRaw() {
   if (!settings_.isFramed && raw_.size() != plan_.maxSize())
-    throw WriteError("RAW: it has " + std::to_string(raw_.size()) + " bytes, not the " +
-                     std::to_string(plan_.maxSize()) + " of a record");
+    throw WriteError("RAW", "it has " + std::to_string(raw_.size()) + " bytes, not the " +
+                                std::to_string(plan_.maxSize()) + " of a record");
   return raw_;
 }
 
@@ -123,7 +132,7 @@ void RecordWriter::walk() {
   cursor_.enter();
   while (step != end)
     step = walkOne(*step);
-  checkNames();
+  checkNames(nullptr);
   cursor_.leave();
 }
 
@@ -134,7 +143,7 @@ const Step* RecordWriter::walkOne(const Step& step) {
     case Op::beginGroup:
       return beginGroup(step);
     case Op::endGroup:
-      checkNames();
+      checkNames(&step);
       cursor_.leave();
       return &step + 1;
     case Op::beginArray:
@@ -157,13 +166,12 @@ const Step* RecordWriter::walkOne(const Step& step) {
   return &step + 1;
 }
 
-// To be called before the cursor leaves an object.
-void RecordWriter::checkNames() {
+// To be called before the cursor leaves an object: that of a group, or of the record.
+void RecordWriter::checkNames(const Step* group) {
   const unsigned short* const stray = cursor_.strayName();
-  if (stray != nullptr)
-    throw WriteError(toUtf8(UnitView(stray)) + ": " +
-                     (arrays_.empty() ? "" : "in " + fieldPath(layout(), arrays_.back().item, arrays_) + ", ") +
-                     "the copybook has no such name here, or it is given twice");
+  if (stray == nullptr) return;
+  const std::string path = group == nullptr ? "" : fieldPath(layout(), group->item, arrays_) + '.';
+  throw WriteError(path + toUtf8(UnitView(stray)), "the copybook has no such name here, or it is given twice");
 }
 
 const Step* RecordWriter::field(const Step& step) {
@@ -372,7 +380,7 @@ const char* RecordWriter::textOf(Lack lack) {
 }
 
 void RecordWriter::fail(const Step& step, const std::string& why) const {
-  throw WriteError(fieldPath(layout(), step.item, arrays_) + ": " + why);
+  throw WriteError(fieldPath(layout(), step.item, arrays_), why);
 }
 
 }  // namespace oxr::rec

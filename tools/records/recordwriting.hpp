@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "records/fields/fields.hpp"
+#include "records/onunknown.hpp"
 #include "records/recordplan.hpp"
 #include "records/recordtemplate.hpp"
 #include "records/treecursor.hpp"
@@ -18,7 +19,24 @@ namespace oxr::rec {
 // A tree that does not fit the plan. what() names the place in it: "MOVEMENT(2).AMOUNT: 1234567 has 7 digits, ...".
 class WriteError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  // The path is empty for a record as a whole.
+  WriteError(const std::string& path, const std::string& why)
+      : std::runtime_error(path.empty() ? why : path + ": " + why), path_(path), why_(why) {}
+
+  // what() of a record that stands in another one, at the path `outer`: "LINE(2).AMOUNT: ...".
+  std::string within(const std::string& outer) const {
+    return outer + (path_.empty() ? "" : '.' + path_) + ": " + why_;
+  }
+
+ private:
+  std::string path_;
+  std::string why_;
+};
+
+// A record of no kind, where such are to be left out.
+class UnknownRecord : public WriteError {
+ public:
+  using WriteError::WriteError;
 };
 
 // Writes the records of message trees, which have the elements that RecordWorker reports: the way back of its walk.
@@ -39,6 +57,7 @@ class RecordWriter {
     // Something around a record tells its length: one whose last bytes are an area that a condition chooses in ends
     // with what was chosen, however long the others are.
     bool isFramed = false;
+    OnUnknown onUnknown = OnUnknown::isRaw;
   };
 
   // The plan must outlive the writer. Throws KelRecoverableException for an unknown code page.
@@ -93,7 +112,8 @@ class RecordWriter {
   const Step* endArray(const Step& step);
   const Step* absent(const Step& step, Lack lack);
   const Step* keepArray(const Step& step);
-  void checkNames();
+  [[noreturn]] void refuseUnknown() const;
+  void checkNames(const Step* group);
   void put(const Step& step, std::uint64_t at, const PWFData& value);
   void putInArea(const Step& step, std::uint64_t at, const PWFData& value);
   void keepEnd(const Step& step, std::uint64_t at);

@@ -22,7 +22,7 @@ const Step* RecordWriter::choose(const Step& step) {
       [this](const Step& field, std::span<const unsigned char> bytes) { return treeKinds_.valueOf(field, bytes); });
   if (answer == Chooser::kNone) {
     if (putRaw(step, choice)) return after;
-    if (original_) {
+    if (original_ || settings_.onUnknown == OnUnknown::isSkipped) {
       fillTo(placeOf(step) + choice.size);
       return after;
     }
@@ -38,6 +38,7 @@ const Step* RecordWriter::choose(const Step& step) {
 // Gives an area the bytes that the tree has for it; false if it has none.
 bool RecordWriter::putRaw(const Step& step, const Choice& choice) {
   if (!canBeRaw_ || !cursor_.find(kRawName) || !readRaw(cursor_.value(), raw_)) return false;
+  if (settings_.onUnknown != OnUnknown::isRaw) return false;
   const bool isCutOff = settings_.isFramed && raw_.size() < choice.size;
   if (raw_.size() != choice.size && !isCutOff)
     fail(step, "RAW has " + std::to_string(raw_.size()) + " bytes, not the " + std::to_string(choice.size) + " of it");

@@ -58,6 +58,7 @@ void addEncodeOptions(CLI::App& command, EncodeOptions& options) {
   addConsumeOptions(command, options.consume);
   rec::addRecordOptions(command, options.record);
   rec::addFramingOptions(command, options.encoding.records.form);
+  rec::addUnknownLineOption(command, options.encoding.records.onUnknown);
   rec::addFillerOption(command, options.encoding.records.filler);
   command
       .add_flag("--flat", options.record.plan.flat,

@@ -9,7 +9,7 @@ namespace oxr::mq {
 class Encoding final : public Conversion, private rec::FaultListener {
  public:
   struct Settings {
-    rec::RecordWorker::Settings records;
+    rec::RecordWorker::Settings records{.form = {}, .onUnknown = rec::OnUnknown::isRaw};
     OnError onError = OnError::fails;  // not null
   };
 

@@ -81,9 +81,10 @@ std::string formOf(const FeedOptions& options, const std::optional<rec::Descript
   if (window.range) add(window.range->begin, window.range->end);
   add(static_cast<int>(copybook.format), copybook.record, static_cast<int>(copybook.binarySizes),
       static_cast<int>(copybook.dialect), plan.arraysAtFullSize);
-  for (const auto* const list : {&plan.conditions, &plan.fieldSettings})
-    for (const std::string& entry : *list)
-      add(entry);
+  for (const std::string& condition : plan.conditions)
+    add(condition);
+  for (const rec::FieldSettingText& setting : plan.fieldSettings)
+    add(setting.text);
   add(form.ccsid, static_cast<int>(form.integerEndian), form.hasLetterSigns, form.nationalCcsid,
       static_cast<int>(form.blankNumbers), static_cast<int>(form.lowValues), form.lenientNumbers,
       static_cast<int>(form.sign), static_cast<int>(form.packedSign));

@@ -23,6 +23,8 @@ class NoFaults : public FaultListener {
 
 // One run of the command, once the copybook is laid out. What the constructor throws leaves the output untouched.
 class Encoding {
+  using Written = Unnesting::Written;
+
  public:
   Encoding(const EncodeOptions& options, const Console& console, const Description& description)
       : messages_(console.messages),
@@ -32,8 +34,7 @@ class Encoding {
         output_(description.openOutput(options.output, input_, console)),
         lines_(input_),
         reader_(description.plan().names()) {
-    if (!options.nest.empty())
-      unnesting_.emplace(options.nest, namedKinds(options.record.plan.conditions), description.plan());
+    if (!options.nest.empty()) unnesting_.emplace(options.nest, description.plan());
     worker_->initializeWrite(nullptr, 0, 0, 0);
   }
 
@@ -57,36 +58,38 @@ class Encoding {
     const std::uint64_t badBefore = bad_;
     try {
       JsonTree& tree = reader_.read(line);
-      if (!unnesting_) return write(tree, {});
-      const std::uint64_t left = unnesting_->writeAll(
+      if (!unnesting_) return write(tree, {}) != Written::isBad;
+      const Unnesting::Left left = unnesting_->writeAll(
           tree, isSkipping_, [this](const JsonTree& record, const std::string& path) { return write(record, path); });
-      records_ += left;
-      bad_ += left;
+      records_ += left.withBad + left.withUnknown;
+      bad_ += left.withBad;
     } catch (const JsonLineError& error) {
       ++records_;
-      tell(", ", error.what());
+      tell(std::string(", ") + error.what());
     }
     return bad_ == badBefore;
   }
 
-  bool write(const JsonTree& tree, const std::string& path) {
+  Written write(const JsonTree& tree, const std::string& path) {
     ++records_;
     try {
       worker_->setFIMessageTree(&tree, false);
       worker_->write(&buffer_, 0, 0);
-      return true;
+      return Written::isGood;
+    } catch (const UnknownRecord&) {
+      return Written::isUnknown;
     } catch (const WriteError& error) {
-      tell(path.empty() ? ", " : ", " + path + ": ", error.what());
+      tell(", " + (path.empty() ? error.what() : error.within(path)));
     } catch (const FrameError& error) {
-      tell(": ", error.what());
+      tell((path.empty() ? "" : ", " + path) + ": " + error.what());
     }
-    return false;
+    return Written::isBad;
   }
 
-  void tell(const std::string& separator, const char* what) {
+  void tell(const std::string& what) {
     ++bad_;
     if (bad_ <= kToldLines)
-      messages_ << kProgram << input_.name() << ": line " << lines_.lineNumber() << separator << what << '\n';
+      messages_ << kProgram << input_.name() << ": line " << lines_.lineNumber() << what << '\n';
     else if (bad_ == kToldLines + 1)
       messages_ << kProgram << input_.name() << ": more bad lines follow; they are only counted\n";
   }

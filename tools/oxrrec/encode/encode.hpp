@@ -12,8 +12,9 @@ namespace oxr::rec {
 
 struct EncodeOptions {
   RecordOptions record;
-  std::string input;                     // path, or kStandardStream
-  RecordWorker::Settings records;        // framing and filler
+  std::string input;  // path, or kStandardStream
+  // Framing, filler and what becomes of lines of no kind.
+  RecordWorker::Settings records{.form = {}, .onUnknown = OnUnknown::isRaw};
   std::string output = kStandardStream;  // path, or kStandardStream
   OnError onError = OnError::stop;       // not null
   std::vector<std::string> nest;         // "CHILD:PARENT"

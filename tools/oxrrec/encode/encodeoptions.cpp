@@ -7,7 +7,8 @@ void addWritingOptions(CLI::App& command, RecordForm& form) {
   command
       .add_option_function<std::uint32_t>(
           "--block-size", [&form](std::uint32_t size) { form.blockSize = size; },
-          "bdw, spanned: bytes of a full block, its header among them [32760]")
+          "bdw, spanned: a block that is written has at most so many bytes, its own header of 4 and those of its "
+          "records among them [32760]")
       ->check(CLI::Range(RecordFramer::kSmallestBlock, RecordFramer::kLargestBlock))
       ->type_name("BYTES")
       ->group("Records");
@@ -23,6 +24,7 @@ void addRecordWritingOptions(CLI::App& command, EncodeOptions& options) {
   addFramingOptions(command, options.records.form);
   addWritingOptions(command, options.records.form);
   addFillerOption(command, options.records.filler);
+  addUnknownLineOption(command, options.records.onUnknown);
   command
       .add_option("--nest", options.nest,
                   "CHILD:PARENT: what stands in the array CHILD of a record become records of their own after it, as "

@@ -19,16 +19,15 @@ std::string inCapitals(std::string text) {
 
 }  // namespace
 
-Unnesting::Unnesting(const std::vector<std::string>& pairs, const std::vector<std::string>& kinds,
-                     const RecordPlan& plan) {
-  const Nesting known(pairs, kinds, plan);  // refuses pairs that are none
+Unnesting::Unnesting(const std::vector<std::string>& pairs, const RecordPlan& plan) {
+  const Nesting known(pairs, plan);  // refuses pairs that are none
   children_.reserve(pairs.size());
   for (const std::string& pair : pairs)
     children_.push_back(inCapitals(pair.substr(0, pair.find(':'))));
 }
 
-std::uint64_t Unnesting::writeAll(JsonTree& tree, bool goesOn, const Write& write) const {
-  Line line{tree, goesOn, write};
+Unnesting::Left Unnesting::writeAll(JsonTree& tree, bool goesOn, const Write& write) const {
+  Line line{tree, goesOn, write, {}};
   writeRecord(line, tree.root(), {});
   return line.left;
 }
@@ -38,10 +37,10 @@ bool Unnesting::writeRecord(Line& line, std::uint32_t node, const std::string& p
   const JsonTree& tree = line.tree;
   const std::vector<std::uint32_t> arrays = takeChildren(line.tree, node);
   line.tree.setRoot(node);
-  if (!line.write(tree, path)) {
+  if (const Written written = line.write(tree, path); written != Written::isGood) {
     for (const std::uint32_t array : arrays)
-      line.left += childrenBelow(tree, array);
-    return line.goesOn;
+      (written == Written::isBad ? line.left.withBad : line.left.withUnknown) += childrenBelow(tree, array);
+    return written == Written::isUnknown || line.goesOn;
   }
   for (const std::uint32_t array : arrays) {
     const std::string name = (path.empty() ? "" : path + '.') + toUtf8(tree.nameOf(array)) + '(';

@@ -8,6 +8,7 @@ void addVerifyOptions(CLI::App& command, VerifyOptions& options) {
   addInputOptions(command, options.input);
   addRecordOptions(command, options.record);
   addWritingOptions(command, options.input.records.form);
+  command.get_option("--trim-lines")->needs("--line-end");  // without it what stands around lines is not compared
   addFillerOption(command, options.input.records.filler);
   command
       .add_flag("--keep-filler", options.keepsFiller,

@@ -25,12 +25,23 @@ std::string lettersOf(std::string_view pattern, std::size_t& quoted) {
   return letters;
 }
 
+// A day is told by its number in the year or the month, or by a week and a day of that.
+std::string missingIn(std::string_view letters) {
+  const auto has = [&](std::string_view any) { return letters.find_first_of(any) != std::string_view::npos; };
+  if (!has("MdDeEFwW")) return {};
+  if (!has("y")) return "no year (y)";
+  if (!has("dDeEFwW") || has("D") || (has("w") && has("eE"))) return {};
+  if (!has("Mw")) return "no month (M)";
+  return has("d") || (has("FW") && has("eE")) ? "" : "no day (d)";
+}
+
 }  // namespace
 
 DatePattern readDatePattern(std::string_view pattern) {
   DatePattern result;
   const std::string letters = lettersOf(pattern, result.digits);
   result.digits += letters.size();
+  result.missing = missingIn(letters);
   const auto has = [&](std::string_view any) { return letters.find_first_of(any) != std::string::npos; };
   const bool hasDay = has("dDeEFwW");
   if (has("y") || has("M") || hasDay) result.iso = hasDay ? "yyyy-MM-dd" : has("M") ? "yyyy-MM" : "yyyy";

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <fstream>
+#include <initializer_list>
+#include <stdexcept>
 
 #include "records/fields/ccsid.hpp"
 #include "records/fields/datepattern.hpp"
@@ -37,8 +39,10 @@ constexpr std::pair<std::string_view, bool> kEdited[] = {{"number", true}, {"tex
 constexpr std::pair<std::string_view, std::uint8_t> kPlus[] = {{"A", 0xA}, {"C", 0xC}, {"E", 0xE}, {"F", 0xF}};
 
 bool setDate(const std::string& value, PhysicalForm& form) {
+  const DatePattern pattern = readDatePattern(value);
+  if (!pattern.missing.empty()) throw std::invalid_argument("the pattern " + value + " has " + pattern.missing);
   form.date = value;
-  return !readDatePattern(value).iso.empty();
+  return !pattern.iso.empty();
 }
 
 bool setCcsid(const std::string& value, PhysicalForm& form) {
@@ -52,60 +56,136 @@ bool setPlus(const std::string& value, PhysicalForm& form) {
   return form.hasEditedPlus = true;
 }
 
+bool isAnyOf(Kind kind, std::initializer_list<Kind> kinds) {
+  return std::find(kinds.begin(), kinds.end(), kind) != kinds.end();
+}
+
+bool hasIncludedSign(const Item& item) {
+  return item.sign == SignPlace::leadingIncluded || item.sign == SignPlace::trailingIncluded;
+}
+
+bool isBinary(const Item& item) {
+  return isAnyOf(item.kind, {Kind::binary, Kind::nativeBinary});
+}
+
+bool isFloat(const Item& item) {
+  return isAnyOf(item.kind, {Kind::shortFloat, Kind::longFloat});
+}
+
+// Whether an item has characters of a code page, digits among them.
+bool hasCharacters(const Item& item) {
+  return isAnyOf(item.kind, {Kind::text, Kind::edited, Kind::external, Kind::national, Kind::dbcs});
+}
+
+bool canBeEmpty(const Item& item, const PhysicalForm& form) {
+  const bool isShown = item.kind == Kind::edited && form.editedAsNumber;
+  return isShown || !form.date.empty() || isAnyOf(item.kind, {Kind::external, Kind::packed});
+}
+
+constexpr int kUtf16 = 1200;
+constexpr std::string_view kEmptyItems = "DISPLAY and packed numbers, edited ones that are read as numbers, and dates";
+
+// What a key is for, and what it may say.
 struct Key {
   std::string_view name;
   bool (*set)(const std::string& value, PhysicalForm& form);
   std::string_view values;  // for messages
+  bool (*isFor)(const Item& item, const PhysicalForm& form);
+  std::string_view items;  // those, for messages
 };
 constexpr Key kKeys[] = {
-    {"date", setDate, "a pattern such as yyyyMMdd"},
-    {"ccsid", setCcsid, "a code page"},
-    {"integers", [](const auto& v, auto& f) { return setWord(kOrders, v, f.integerEndian); }, "big or little"},
-    {"floats", [](const auto& v, auto& f) { return setWord(kFloats, v, f.floats); }, "hex, hex-le, ieee-be or ieee-le"},
+    {"date", setDate, "a pattern such as yyyyMMdd",
+     [](const Item& i, const PhysicalForm&) { return !i.isGroup() && !isFloat(i) && i.kind != Kind::opaque; },
+     "text and numbers with digits"},
+    {"ccsid", setCcsid, "a code page", [](const Item& i, const PhysicalForm&) { return hasCharacters(i); },
+     "text and digits in characters"},
+    {"integers", [](const auto& v, auto& f) { return setWord(kOrders, v, f.integerEndian); }, "big or little",
+     [](const Item& i, const PhysicalForm& f) {
+       return isBinary(i) || i.kind == Kind::national || (f.ccsid == kUtf16 && hasCharacters(i));
+     },
+     "binary numbers and UTF-16"},
+    {"floats", [](const auto& v, auto& f) { return setWord(kFloats, v, f.floats); }, "hex, hex-le, ieee-be or ieee-le",
+     [](const Item& i, const PhysicalForm&) { return isFloat(i); }, "COMP-1 and COMP-2"},
     {"ascii-signs", [](const auto& v, auto& f) { return setWord(kAsciiSigns, v, f.hasLetterSigns); },
-     "plain or letters"},
-    {"sign", [](const auto& v, auto& f) { return setWord(kEnds, v, f.sign); }, "leading or trailing"},
-    {"packed-sign", [](const auto& v, auto& f) { return setWord(kEnds, v, f.packedSign); }, "leading or trailing"},
-    {"blank-numbers", [](const auto& v, auto& f) { return setWord(kEmpty, v, f.blankNumbers); }, "error, null or zero"},
-    {"low-values", [](const auto& v, auto& f) { return setWord(kEmpty, v, f.lowValues); }, "error, null or zero"},
-    {"lenient-numbers", [](const auto& v, auto& f) { return setWord(kYesNo, v, f.lenientNumbers); }, "yes or no"},
-    {"edited", [](const auto& v, auto& f) { return setWord(kEdited, v, f.editedAsNumber); }, "text or number"},
-    {"plus", setPlus, "A, C, E, F or +"},
+     "plain or letters",
+     [](const Item& i, const PhysicalForm&) { return hasIncludedSign(i) || (i.kind == Kind::edited && i.isSigned); },
+     "DISPLAY numbers whose sign shares a byte with a digit"},
+    {"sign", [](const auto& v, auto& f) { return setWord(kEnds, v, f.sign); }, "leading or trailing",
+     [](const Item& i, const PhysicalForm&) { return i.kind == Kind::external && i.sign != SignPlace::none; },
+     "DISPLAY numbers with a sign"},
+    {"packed-sign", [](const auto& v, auto& f) { return setWord(kEnds, v, f.packedSign); }, "leading or trailing",
+     [](const Item& i, const PhysicalForm&) { return i.kind == Kind::packed; }, "packed numbers (COMP-3)"},
+    {"blank-numbers", [](const auto& v, auto& f) { return setWord(kEmpty, v, f.blankNumbers); }, "error, null or zero",
+     canBeEmpty, kEmptyItems},
+    {"low-values", [](const auto& v, auto& f) { return setWord(kEmpty, v, f.lowValues); }, "error, null or zero",
+     canBeEmpty, kEmptyItems},
+    {"lenient-numbers", [](const auto& v, auto& f) { return setWord(kYesNo, v, f.lenientNumbers); }, "yes or no",
+     [](const Item& i, const PhysicalForm& f) { return i.kind == Kind::external && f.date.empty(); },
+     "DISPLAY numbers that are no dates"},
+    {"edited", [](const auto& v, auto& f) { return setWord(kEdited, v, f.editedAsNumber); }, "text or number",
+     [](const Item& i, const PhysicalForm&) { return i.kind == Kind::edited; }, "edited pictures"},
+    {"plus", setPlus, "A, C, E, F or +",
+     [](const Item& i, const PhysicalForm& f) {
+       return i.kind == Kind::packed || hasIncludedSign(i) || (i.kind == Kind::edited && f.editedAsNumber);
+     },
+     "packed numbers, DISPLAY ones whose sign shares a byte, and edited ones that are read as numbers"},
 };
 
-[[noreturn]] void refuse(std::string_view text, const std::string& what) {
-  throw PlanError("--field " + std::string(text) + ": " + what);
+const Key& keyOf(const FieldSetting& setting) {
+  const auto* const key =
+      std::find_if(std::begin(kKeys), std::end(kKeys), [&](const Key& k) { return k.name == setting.key; });
+  if (key != std::end(kKeys)) return *key;
+  std::string known;
+  for (const Key& each : kKeys)
+    known += (known.empty() ? "" : ", ") + std::string(each.name);
+  refuseSetting(setting, "there is no setting " + setting.key + "; there are: " + known);
 }
 
 }  // namespace
 
-FieldSetting readFieldSetting(std::string_view text) {
+FieldSetting readFieldSetting(const FieldSettingText& given) {
+  const std::string& text = given.text;
   const std::size_t colon = text.find(':');
-  const std::size_t equals = colon == std::string_view::npos ? colon : text.find('=', colon);
-  if (colon == 0 || equals == std::string_view::npos) refuse(text, "this is not PATH:key=value");
-  return {std::string(text), std::string(text.substr(0, colon)),
-          std::string(text.substr(colon + 1, equals - colon - 1)), std::string(text.substr(equals + 1))};
+  const std::size_t equals = colon == std::string::npos ? colon : text.find('=', colon);
+  FieldSetting setting{(given.line.empty() ? "--field" : given.line + ':') + ' ' + text, {}, {}, {}};
+  if (colon == 0 || equals == std::string::npos) refuseSetting(setting, "this is not PATH:key=value");
+  setting.path = text.substr(0, colon);
+  setting.key = text.substr(colon + 1, equals - colon - 1);
+  setting.value = text.substr(equals + 1);
+  return setting;
+}
+
+void refuseSetting(const FieldSetting& setting, const std::string& why) {
+  throw PlanError(setting.source + ": " + why);
 }
 
 void applySetting(const FieldSetting& setting, PhysicalForm& form) {
-  const auto* const key =
-      std::find_if(std::begin(kKeys), std::end(kKeys), [&](const Key& k) { return k.name == setting.key; });
-  if (key == std::end(kKeys)) {
-    std::string known;
-    for (const Key& each : kKeys)
-      known += (known.empty() ? "" : ", ") + std::string(each.name);
-    refuse(setting.text, "there is no setting " + setting.key + "; there are: " + known);
+  const Key& key = keyOf(setting);
+  try {
+    if (!key.set(setting.value, form)) refuseSetting(setting, setting.key + " is " + std::string(key.values));
+  } catch (const std::invalid_argument& fault) {
+    refuseSetting(setting, fault.what());
   }
-  if (!key->set(setting.value, form)) refuse(setting.text, setting.key + " is " + std::string(key->values));
 }
 
-std::vector<std::string> readFieldSettingsFile(const std::string& path) {
+bool hasEffect(const FieldSetting& setting, const Item& item, const PhysicalForm& form) {
+  return keyOf(setting).isFor(item, form);
+}
+
+std::string whatFor(const FieldSetting& setting) {
+  return std::string(keyOf(setting).items);
+}
+
+std::vector<FieldSettingText> readFieldSettingsFile(const std::string& path) {
   std::ifstream file(path);
-  std::vector<std::string> settings;
+  std::vector<FieldSettingText> settings;
+  unsigned number = 0;
   for (std::string line; std::getline(file, line);) {
+    ++number;
     const std::size_t begin = line.find_first_not_of(" \t\r");
     if (begin == std::string::npos || line[begin] == '#') continue;
-    settings.push_back(line.substr(begin, line.find_last_not_of(" \t\r") + 1 - begin));
+    settings.emplace_back(line.substr(begin, line.find_last_not_of(" \t\r") + 1 - begin),
+                          path + ':' + std::to_string(number));
   }
   if (!file.eof()) throw PlanError("the settings of fields in " + path + " cannot be read");
   return settings;

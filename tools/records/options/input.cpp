@@ -59,7 +59,40 @@ void addLengthOptions(CLI::App& command, RecordOptions& record) {
       ->group(kTopic);
 }
 
+namespace {
+
+// Options that say something about some forms only.
+struct FormOption {
+  const char* name;
+  bool (*isFor)(Framing framing);
+  const char* forms;
+};
+constexpr FormOption kFormOptions[] = {
+    {"--length-includes-header", [](Framing f) { return f != Framing::fixed && f != Framing::lines; },
+     "forms with a length in front of records"},
+    {"--block-size", isBlocked, "--records bdw and spanned"},
+    {"--line-end", [](Framing f) { return f == Framing::lines; }, "--records lines"},
+    {"--trim-lines", [](Framing f) { return f == Framing::lines; }, "--records lines"},
+};
+
+bool isGiven(const CLI::App& command, const char* option) {
+  const CLI::Option* const known = command.get_option_no_throw(option);
+  return known != nullptr && known->count() != 0;
+}
+
+// What would change nothing is a mistake of who said it.
+void requireEffect(const CLI::App& command, const RecordForm& form) {
+  for (const FormOption& option : kFormOptions)
+    if (form.framing != Framing::automatic && isGiven(command, option.name) && !option.isFor(form.framing))
+      throw CLI::ValidationError(option.name, std::string("this is for ") + option.forms + " only");
+  if (isGiven(command, "--on-unknown") && !isGiven(command, "--when"))
+    throw CLI::ValidationError("--on-unknown", "without --when no record is of an unknown kind");
+}
+
+}  // namespace
+
 void addFramingOptions(CLI::App& command, RecordForm& form) {
+  command.callback([&command, &form] { requireEffect(command, form); });
   addChoice<Framing>(command, "--records", form.framing,
                      {{"auto", Framing::automatic},
                       {"fixed", Framing::fixed},

@@ -6,6 +6,8 @@ namespace oxr::rec {
 namespace {
 
 constexpr char kTopic[] = "Kinds of record";
+const Words<OnUnknown> kUnknownWords = {
+    {"error", OnUnknown::isError}, {"skip", OnUnknown::isSkipped}, {"raw", OnUnknown::isRaw}};
 
 }  // namespace
 
@@ -21,9 +23,15 @@ void addKindOptions(CLI::App& command, RecordOptions& record) {
       ->group(kTopic);
 }
 
+void addUnknownLineOption(CLI::App& command, OnUnknown& onUnknown) {
+  addChoice<OnUnknown>(command, "--on-unknown", onUnknown, kUnknownWords,
+                       "an object that no --when holds for is a bad line, but {\"RAW\":...} becomes the bytes that it "
+                       "shows (raw); each is a bad line (error), or is left out (skip) [raw]")
+      ->group(kTopic);
+}
+
 void addUnknownOption(CLI::App& command, OnUnknown& onUnknown) {
-  addChoice<OnUnknown>(command, "--on-unknown", onUnknown,
-                       {{"error", OnUnknown::isError}, {"skip", OnUnknown::isSkipped}, {"raw", OnUnknown::isRaw}},
+  addChoice<OnUnknown>(command, "--on-unknown", onUnknown, kUnknownWords,
                        "a record that no --when holds for is a bad field, is left out, or is written in hexadecimal "
                        "as {\"RAW\":...} [error]")
       ->group(kTopic);

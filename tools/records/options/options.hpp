@@ -43,6 +43,7 @@ void addFieldOptions(CLI::App& command, RecordOptions& record);
 // Topic "kinds of record": which record, or which of the items that share their bytes, is at hand.
 void addKindOptions(CLI::App& command, RecordOptions& record);
 void addUnknownOption(CLI::App& command, OnUnknown& onUnknown);
+void addUnknownLineOption(CLI::App& command, OnUnknown& onUnknown);
 // Topic "records": how records lie in a file. Those of the first function tell how long a record is.
 void addLengthOptions(CLI::App& command, RecordOptions& record);
 void addFramingOptions(CLI::App& command, RecordForm& form);

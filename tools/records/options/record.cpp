@@ -100,7 +100,7 @@ void addNumberOptions(CLI::App& command, PhysicalForm& form) {
 }
 
 void addSettingOptions(CLI::App& command, RecordOptions& record) {
-  std::vector<std::string>& settings = record.plan.fieldSettings;
+  std::vector<FieldSettingText>& settings = record.plan.fieldSettings;
   command
       .add_option_function<std::vector<std::string>>(
           "--field",
@@ -120,7 +120,7 @@ void addSettingOptions(CLI::App& command, RecordOptions& record) {
           [&settings, &files = record.settingFiles](const std::string& path) {
             try {
               files.push_back(path);
-              const std::vector<std::string> read = readFieldSettingsFile(path);
+              const std::vector<FieldSettingText> read = readFieldSettingsFile(path);
               settings.insert(settings.begin(), read.begin(), read.end());
             } catch (const PlanError& error) {
               throw CLI::ValidationError(error.what());

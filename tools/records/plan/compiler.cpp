@@ -60,8 +60,8 @@ std::string shownName(const Item& entry) {
 }  // namespace
 
 PlanCompiler::PlanCompiler(RecordPlan& plan, const RecordPlan::Options& options, std::span<const Condition> conditions)
-    : plan_(plan), options_(options), conditions_(conditions), isUsed_(options.fieldSettings.size()) {
-  for (const std::string& text : options.fieldSettings)
+    : plan_(plan), options_(options), conditions_(conditions), uses_(options.fieldSettings.size()) {
+  for (const FieldSettingText& text : options.fieldSettings)
     settings_.push_back(readFieldSetting(text));
 }
 
@@ -93,32 +93,43 @@ void PlanCompiler::add(const Layout& layout) {
 void PlanCompiler::findForms() {
   std::vector<std::uint16_t>& forms = formOf_[layout_];
   forms.assign(items_->size(), 0);
+  std::vector<ItemIndex> found(settings_.size(), kNoItem);
   for (std::size_t i = 0; i < settings_.size(); ++i) {
-    for (const ItemIndex named : ItemPath(settings_[i].path).in(*layout_)) {
-      isUsed_[i] = true;
-      for (ItemIndex item = named; item < (*items_)[named].next; ++item) {
-        PhysicalForm form = plan_.forms_[forms[item]];
-        applySetting(settings_[i], form);
-        const auto known = std::find(plan_.forms_.begin(), plan_.forms_.end(), form);
-        forms[item] = static_cast<std::uint16_t>(known - plan_.forms_.begin());
-        if (known == plan_.forms_.end()) plan_.forms_.push_back(std::move(form));
-      }
+    const std::vector<ItemIndex> named = ItemPath(settings_[i].path).in(*layout_);
+    if (named.size() > 1) refuseSetting(settings_[i], settings_[i].path + ": " + severalItems(*layout_, named));
+    if (named.empty()) continue;
+    found[i] = named.front();
+    for (ItemIndex item = named.front(); item < (*items_)[named.front()].next; ++item) {
+      PhysicalForm form = plan_.forms_[forms[item]];
+      applySetting(settings_[i], form);
+      const auto known = std::find(plan_.forms_.begin(), plan_.forms_.end(), form);
+      forms[item] = static_cast<std::uint16_t>(known - plan_.forms_.begin());
+      if (known == plan_.forms_.end()) plan_.forms_.push_back(std::move(form));
     }
+  }
+  // What a setting changes may hang on others.
+  for (std::size_t i = 0; i < settings_.size(); ++i) {
+    if (found[i] == kNoItem) continue;
+    uses_[i] = std::max(uses_[i], Use::found);
+    for (ItemIndex item = found[i]; item < (*items_)[found[i]].next; ++item)
+      if (hasEffect(settings_[i], (*items_)[item], plan_.forms_[forms[item]])) uses_[i] = Use::effective;
   }
 }
 
 void PlanCompiler::requireSettingsUsed() const {
   const Layout& layout = *plan_.kinds_.front().layout;
-  for (std::size_t i = 0; i < settings_.size(); ++i)
-    if (!isUsed_[i])
-      throw PlanError("--field " + settings_[i].text + ": there is no item " + settings_[i].path +
-                      ItemPath(settings_[i].path).hint(layout));
+  for (std::size_t i = 0; i < settings_.size(); ++i) {
+    const FieldSetting& setting = settings_[i];
+    if (uses_[i] == Use::none)
+      refuseSetting(setting, "there is no item " + setting.path + ItemPath(setting.path).hint(layout));
+    if (uses_[i] == Use::found) refuseSetting(setting, "this is for " + whatFor(setting) + " only");
+  }
 }
 
 void PlanCompiler::addRecordChoice(std::span<const Condition> conditions, std::span<const std::uint32_t> kinds) {
   auto choice = std::make_unique<Choice>();
   for (std::uint32_t i = 0; i < conditions.size(); ++i) {
-    choice->alternatives.push_back({conditions[i].name.text(), 0, kinds[i]});
+    choice->alternatives.push_back({plan_.kinds_[kinds[i]].name, 0, kinds[i]});
     addCondition(*choice, conditions[i], i, *plan_.kinds_[kinds[i]].layout, kNoItem, options_.arraysAtFullSize, *this);
   }
   choice->isOfRecord = true;
@@ -223,7 +234,7 @@ Choice PlanCompiler::choiceFor(ItemIndex index, std::uint32_t offset) {
   choice.size = (*items_)[index].areaSize;
   for (const AreaCondition& condition : areas_.at(index)) {
     const auto alternative = static_cast<std::uint32_t>(choice.alternatives.size());
-    choice.alternatives.push_back({condition.condition->name.text(), condition.item, 0});
+    choice.alternatives.push_back({condition.condition->name.spelledAs(*layout_, condition.item), condition.item, 0});
     addCondition(choice, *condition.condition, alternative, *layout_, index, options_.arraysAtFullSize, *this);
   }
   bool isInArray = false;

@@ -21,7 +21,7 @@ class PlanCompiler final : private QuestionMaker {
   // Adds the choice between the kinds. `kinds[i]` is the index of the one that conditions[i] names.
   void addRecordChoice(std::span<const Condition> conditions, std::span<const std::uint32_t> kinds);
 
-  // Throws PlanError for a setting of a field that no layout has.
+  // Throws PlanError for a setting of a field that no layout has, or that changes nothing there.
   void requireSettingsUsed() const;
 
  private:
@@ -50,7 +50,8 @@ class PlanCompiler final : private QuestionMaker {
   const std::span<const Condition> conditions_;
   std::map<std::string, std::uint32_t> nameAt_;  // where each name stands in the plan's row of names
   std::vector<FieldSetting> settings_;
-  std::vector<bool> isUsed_;                                    // of each setting
+  enum class Use : std::uint8_t { none, found, effective };
+  std::vector<Use> uses_;                                       // of each setting
   std::map<const Layout*, std::vector<std::uint16_t>> formOf_;  // of each item, in plan_.forms_
   // Of the layout in hand:
   const Layout* layout_ = nullptr;

@@ -39,14 +39,18 @@ Found find(const Condition& condition, const Layout& layout, ItemIndex area, boo
   if (named.empty()) refuse(condition, "there is no item " + name + condition.field.hint(layout));
   std::erase_if(named, [&](ItemIndex i) { return !canBeCompared(layout.items[i]); });
   if (named.empty()) refuse(condition, name + " is no text and no integer or decimal number");
-  std::vector<Found> found;
-  for (const ItemIndex item : named)
-    if (const auto place = area == kNoItem ? placeInRecord(layout, item, arraysAtFullSize)
-                                           : placeOf(layout, item, area, arraysAtFullSize))
-      found.push_back({item, *place});
+  std::vector<ItemIndex> found;
+  std::optional<Place> there;
+  for (const ItemIndex item : named) {
+    const auto place =
+        area == kNoItem ? placeInRecord(layout, item, arraysAtFullSize) : placeOf(layout, item, area, arraysAtFullSize);
+    if (!place) continue;
+    found.push_back(item);
+    there = place;
+  }
   if (found.empty()) refuse(condition, name + " has no fixed place to look at");
-  if (found.size() > 1) refuse(condition, "several items are named " + name + ": say GROUP." + name);
-  return found.front();
+  if (found.size() > 1) refuse(condition, name + ": " + severalItems(layout, found));
+  return {found.front(), *there};
 }
 
 bool sharesBytes(const Item& item) {
@@ -60,7 +64,7 @@ AreaConditions areaConditionsOf(const Layout& layout, std::span<const Condition>
   for (const Condition& condition : conditions) {
     std::vector<ItemIndex> named = condition.name.in(layout);
     std::erase_if(named, [&](ItemIndex i) { return !sharesBytes(layout.items[i]); });
-    if (named.size() > 1) refuse(condition, "several items are named " + condition.name.text() + ": say GROUP.NAME");
+    if (named.size() > 1) refuse(condition, condition.name.text() + ": " + severalItems(layout, named));
     if (named.empty()) continue;
     const Item& item = layout.items[named.front()];
     areas[item.redefines == kNoItem ? named.front() : item.redefines].push_back({&condition, named.front()});
