@@ -12,6 +12,8 @@ set(python_folder "${PROJECT_BINARY_DIR}/python")
 add_library(oxrrec_python MODULE ${python_sources})
 oxr_settings(oxrrec_python)
 target_include_directories(oxrrec_python PRIVATE python/src)
+set_property(SOURCE ${PROJECT_SOURCE_DIR}/python/src/module.cpp
+             APPEND PROPERTY COMPILE_DEFINITIONS OXR_VERSION="${PROJECT_VERSION}")
 target_link_libraries(oxrrec_python PRIVATE pybind11::module oxrrec_parts)
 # Hidden: what the module has of the program's libraries is nobody else's.
 target_link_options(oxrrec_python PRIVATE -Wl,--exclude-libs,ALL)

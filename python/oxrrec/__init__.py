@@ -24,6 +24,7 @@ from ._oxrrec import Record
 __all__ = ["read", "columns", "write", "options", "Record", "Layout", "Field", "Error", "OptionError", "FileError",
            "CopybookError", "RecordError", "FieldError", "WriteError"]
 
+__version__ = _oxrrec.version
 _log = logging.getLogger("oxrrec")
 
 
@@ -72,7 +73,7 @@ def read(file, **options):
     return Nested(records, pairs, leaves_bad_out) if pairs else records
 
 
-def columns(file, *, rows=65536, decimals="decimal", **options):
+def columns(file, *, rows=16384, decimals="decimal", **options):
     """Give a file as a table, a chunk of rows after the other: a dict of numpy arrays by column.
 
     Columns are those of `oxrrec decode --to csv`: a field of a group is HOME-ADDRESS.TOWN, one of an array

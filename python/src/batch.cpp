@@ -9,6 +9,7 @@ namespace {
 // A batch stays in the processor's cache until it is made into dicts, and is large enough for the switch between the
 // two to cost nothing.
 constexpr std::size_t kTapeBytes = std::size_t{128} << 10;
+constexpr unsigned kMostRecords = 4096;
 
 }  // namespace
 
@@ -17,7 +18,8 @@ void Batch::fill() {
   badFields_.clear();
   handler_.tape().resize(0);
   try {
-    while (handler_.tape().size() < kTapeBytes && !isAtEnd_)
+    // Records that are left out do not fill it: their number has a bound, so that a signal gets its turn.
+    for (unsigned i = 0; i < kMostRecords && handler_.tape().size() < kTapeBytes && !isAtEnd_; ++i)
       isAtEnd_ = !add();
   } catch (...) {
     ending_ = std::current_exception();

@@ -30,8 +30,8 @@ class Batch {
     reading.setHandler(handler_, handler_.isObserver() ? &handler_ : nullptr);
   }
 
-  // Takes the next records in the place of those that were there; none at the input's end. What ends the work is kept
-  // behind the records before it.
+  // Takes the next records in the place of those that were there; maybe none, and none at the input's end. What ends
+  // the work is kept behind the records before it.
   void fill();
 
   const std::vector<Entry>& entries() const { return entries_; }

@@ -116,17 +116,19 @@ ColumnHandler::ColumnHandler(const rec::RecordPlan& plan, DecimalForm form) : ta
 }
 
 void ColumnHandler::clear() {
+  clearObjects();
+  rows_ = 0;
+}
+
+void ColumnHandler::clearObjects() {
   for (Column& column : columns_)
     column.objects.resize(0);
   rowOf_.clear();
-  rows_ = 0;
 }
 
 void ColumnHandler::discard() {
   rowOf_.back() = kNoRow;
-  rows_ = 0;
-  for (const std::uint32_t row : rowOf_)
-    if (row != kNoRow) rows_ = row + 1;
+  --rows_;
   for (Column& column : columns_) {
     if (column.isMissing != nullptr) column.isMissing[rows_] = 1;
     if (column.reals != nullptr) column.reals[rows_] = std::nan("");

@@ -29,11 +29,15 @@ class ColumnHandler : public rec::RecordHandler {
 
   const rec::CsvColumns& names() const { return table_; }
   std::vector<Column>& columns() { return columns_; }
-  // Forgets all rows.
+  // Forgets all rows; what they hold of numbers stays where it is.
   void clear();
-  // Forgets the last row, finished or not.
+  // Forgets the objects of the rows so far, and how these were begun.
+  void clearObjects();
+  // Forgets the last row, which is finished.
   void discard();
   std::uint32_t rows() const { return rows_; }
+  // The rows that were begun, those among them that were discarded: memory goes by their number.
+  std::size_t begun() const { return rowOf_.size(); }
   // The row that a begun one has become, by its number; kNoRow if it was discarded.
   static constexpr std::uint32_t kNoRow = 0xFFFFFFFFU;
   const std::vector<std::uint32_t>& rowOf() const { return rowOf_; }

@@ -29,6 +29,7 @@ namespace {
 struct Arrays {
   py::array values{};
   py::array isMissing{};  // integer, scaled
+  py::array objects{};    // object, and numbers of which one is too large: null where there is none
 };
 
 // The objects that texts become, so that one that comes again is not made again: columns of codes have few values. A
@@ -38,7 +39,7 @@ class TextCache {
   py::object get(const Head& head, const char* bytes);
 
  private:
-  static constexpr std::size_t kSlots = 512, kLongest = 24;
+  static constexpr std::size_t kSlots = 2048, kLongest = 24;
   struct Slot {
     char bytes[kLongest];
     std::size_t size = 0;
@@ -78,6 +79,9 @@ Value* filled(py::array& array, Value value) {
   return data;
 }
 
+// So many rows at a time stay in the processor's cache until their objects are made.
+constexpr std::uint32_t kRowsAtOnce = 1024;
+
 class Columns {
  public:
   Columns(const rec::DecodeOptions& options, py::object file, std::uint32_t rows, DecimalForm form)
@@ -97,9 +101,10 @@ class Columns {
 
  private:
   std::vector<Arrays> begin();
-  void fill();
-  py::object finish(Column& column, const Arrays& arrays, TextCache& cache) const;
-  py::object objects(Column& column, const Arrays& arrays, TextCache& cache) const;
+  void fill(std::uint32_t most);
+  void makeObjects(std::vector<Arrays>& arrays);
+  py::object finish(const Column& column, const Arrays& arrays) const;
+  py::object wholly(const Column& column, const Arrays& arrays) const;
 
   Reading reading_;
   const bool leavesBadOut_;
@@ -112,8 +117,9 @@ class Columns {
   bool isBusy_ = false;
 };
 
-// Arrays for the largest chunk: rows that do not come cost nothing, since nobody touches their memory.
+// Arrays, for the largest chunk: rows that do not come cost nothing, since nobody touches their memory.
 std::vector<Arrays> Columns::begin() {
+  handler_.clear();
   std::vector<Arrays> arrays(handler_.columns().size());
   for (std::size_t i = 0; i < arrays.size(); ++i) {
     Column& column = handler_.columns()[i];
@@ -142,11 +148,11 @@ std::vector<Arrays> Columns::begin() {
   return arrays;
 }
 
-// Without the interpreter. What ends the work is kept behind the rows before it.
-void Columns::fill() {
-  handler_.clear();
+// Without the interpreter: up to so many rows, and not much more of those that are left out. What ends the work is kept
+// behind the rows before it.
+void Columns::fill(std::uint32_t most) {
   try {
-    while (handler_.rows() < rows_) {
+    while (handler_.rows() < most && handler_.begun() < 2 * std::size_t{kRowsAtOnce}) {
       const std::uint32_t before = handler_.rows();
       if (!reading_.next()) {
         isAtEnd_ = true;
@@ -164,28 +170,49 @@ py::object Columns::next() {
   if (isBusy_) throw py::value_error("another thread reads these columns");
   isBusy_ = true;
   const std::unique_ptr<bool, void (*)(bool*)> busy(&isBusy_, [](bool* flag) { *flag = false; });
-  if (!isAtEnd_) {
-    const std::vector<Arrays> arrays = begin();
+  std::vector<Arrays> arrays = begin();
+  while (!isAtEnd_ && handler_.rows() < rows_) {
+    if (PyErr_CheckSignals() != 0) throw py::error_already_set();
     {
       const py::gil_scoped_release free;
-      fill();
+      fill(rows_ - handler_.rows() < kRowsAtOnce ? rows_ : handler_.rows() + kRowsAtOnce);
     }
-    if (handler_.rows() != 0) {
-      py::list columns;
-      for (std::size_t i = 0; i < arrays.size(); ++i)
-        columns.append(py::make_tuple(names_[i], finish(handler_.columns()[i], arrays[i], caches_[i])));
-      return columns;
-    }
+    makeObjects(arrays);
+  }
+  if (handler_.rows() != 0) {
+    py::list columns;
+    for (std::size_t i = 0; i < arrays.size(); ++i)
+      columns.append(py::make_tuple(names_[i], finish(handler_.columns()[i], arrays[i])));
+    return columns;
   }
   if (ending_) std::rethrow_exception(std::exchange(ending_, nullptr));
   return py::none();
 }
 
+// Of the rows that were filled last.
+void Columns::makeObjects(std::vector<Arrays>& arrays) {
+  for (std::size_t i = 0; i < arrays.size(); ++i) {
+    const Tape& tape = handler_.columns()[i].objects;
+    if (tape.size() == 0) continue;
+    if (arrays[i].objects.size() == 0) arrays[i].objects = emptyArray("object", rows_);
+    auto** const values = static_cast<PyObject**>(arrays[i].objects.mutable_data());
+    for (const char *at = tape.data(), *const end = at + tape.size(); at != end;) {
+      Head head;
+      std::memcpy(&head, at, sizeof head);
+      const std::uint32_t row = handler_.rowOf()[head.name];
+      if (row < handler_.rows())
+        Py_XDECREF(std::exchange(values[row], caches_[i].get(head, at + sizeof head).release().ptr()));
+      at += sizeof head + Tape::padded(head.size);
+    }
+  }
+  handler_.clearObjects();
+}
+
 // An array of a chunk's rows, and an array that tells which ones are missing, or None.
-py::object Columns::finish(Column& column, const Arrays& arrays, TextCache& cache) const {
+py::object Columns::finish(const Column& column, const Arrays& arrays) const {
   const py::slice rows(0, handler_.rows(), 1);
-  if (!arrays.values || arrays.values.size() == 0 || column.objects.size() != 0)
-    return py::make_tuple(objects(column, arrays, cache), py::none());
+  if (column.shape.type == ColumnType::object || arrays.objects.size() != 0)
+    return py::make_tuple(wholly(column, arrays), py::none());
   const py::object values = arrays.values[rows];
   if (column.isMissing == nullptr) return py::make_tuple(values, py::none());
   const bool isWhole =
@@ -193,30 +220,20 @@ py::object Columns::finish(Column& column, const Arrays& arrays, TextCache& cach
   return py::make_tuple(values, isWhole ? py::object(py::none()) : py::object(arrays.isMissing[rows]));
 }
 
-// Of a column of numbers that one of them is too large for, all become objects.
-py::object Columns::objects(Column& column, const Arrays& arrays, TextCache& cache) const {
-  py::array made = emptyArray("object", handler_.rows());
+// An array of objects. Of a column of numbers that one of them is too large for, all are.
+py::object Columns::wholly(const Column& column, const Arrays& arrays) const {
+  py::array made = arrays.objects.size() != 0 ? arrays.objects : emptyArray("object", rows_);
   auto** const values = static_cast<PyObject**>(made.mutable_data());
-  if (arrays.values.size() != 0) {
-    const py::list plain = arrays.values[py::slice(0, handler_.rows(), 1)].attr("tolist")();
-    for (std::uint32_t row = 0; row < handler_.rows(); ++row)
-      if (column.isMissing == nullptr || column.isMissing[row] == 0) made[py::int_(row)] = plain[row];
+  const bool hasNumbers = arrays.values.size() != 0;
+  const py::object rows = made[py::slice(0, handler_.rows(), 1)];
+  const py::list plain =
+      hasNumbers ? py::list(arrays.values[py::slice(0, handler_.rows(), 1)].attr("tolist")()) : py::list();
+  for (std::uint32_t row = 0; row < handler_.rows(); ++row) {
+    if (values[row] != nullptr) continue;
+    const bool isThere = hasNumbers && (column.isMissing == nullptr || column.isMissing[row] == 0);
+    values[row] = isThere ? py::object(plain[row]).release().ptr() : Py_NewRef(Py_None);
   }
-  const char* at = column.objects.data();
-  const char* const end = at + column.objects.size();
-  while (at != end) {
-    Head head;
-    std::memcpy(&head, at, sizeof head);
-    const std::uint32_t row = handler_.rowOf()[head.name];
-    if (row < handler_.rows()) {
-      PyObject* const old = std::exchange(values[row], cache.get(head, at + sizeof head).release().ptr());
-      Py_XDECREF(old);
-    }
-    at += sizeof head + Tape::padded(head.size);
-  }
-  for (std::uint32_t row = 0; row < handler_.rows(); ++row)
-    if (values[row] == nullptr) values[row] = Py_NewRef(Py_None);
-  return made;
+  return rows;
 }
 
 std::unique_ptr<Columns> open(const Arguments& arguments, py::object file, std::uint32_t rows,

@@ -50,7 +50,10 @@ py::object errorOf(const BadField& field, const std::string& text) {
   return errorClass("FieldError")(text, field.record, field.offset, field.path, field.reason, py::bytes(field.bytes));
 }
 
-void setError() {
+namespace {
+
+// May fail itself, as where the package is taken down.
+void setErrorOrThrow() {
   try {
     throw;
   } catch (py::error_already_set& error) {
@@ -75,6 +78,16 @@ void setError() {
     PyErr_NoMemory();
   } catch (const std::exception& error) {
     raise("Error", error.what());
+  }
+}
+
+}  // namespace
+
+void setError() {
+  try {
+    setErrorOrThrow();
+  } catch (py::error_already_set& error) {
+    error.restore();
   }
 }
 

@@ -12,6 +12,7 @@
 // package's own files make these into what people call.
 
 PYBIND11_MODULE(_oxrrec, module) {
+  module.attr("version") = OXR_VERSION;
   oxr::python::translateErrors();
   oxr::python::addArguments(module);
   oxr::python::addLayout(module);

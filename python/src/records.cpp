@@ -25,6 +25,7 @@ PyObject* Records::next() {
   while (made_ == batch_.entries().size()) {
     if (const std::exception_ptr ending = batch_.takeEnding()) std::rethrow_exception(ending);
     if (batch_.isAtEnd()) return nullptr;
+    if (PyErr_CheckSignals() != 0) throw py::error_already_set();
     const py::gil_scoped_release free;
     made_ = 0;
     batch_.fill();

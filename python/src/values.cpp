@@ -1,5 +1,6 @@
 #include "values.hpp"
 
+#include <array>
 #include <cstring>
 
 #include "kelwstringconvertor.hpp"
@@ -28,7 +29,11 @@ const Makers& Makers::get() {
     const auto fromIso = [&](const char* name) {
       return py::object(attribute("datetime", name).attr("fromisoformat")).release().ptr();
     };
-    return Makers{py::object(attribute("decimal", "Decimal")).release().ptr(), fromIso("date"), fromIso("time"),
+    // A context that rounds nothing: its method takes a text with less ado than the type does.
+    const py::object exact = attribute("decimal", "Context")(
+        py::arg("prec") = attribute("decimal", "MAX_PREC"), py::arg("Emax") = attribute("decimal", "MAX_EMAX"),
+        py::arg("Emin") = attribute("decimal", "MIN_EMIN"), py::arg("traps") = py::list());
+    return Makers{py::object(exact.attr("create_decimal")).release().ptr(), fromIso("date"), fromIso("time"),
                   fromIso("datetime")};
   }();
   return makers;
@@ -47,9 +52,18 @@ PyObject* newText(Token token, const char* bytes, std::size_t size) {
   return checked(PyUnicode_DecodeUTF16(bytes, length, "replace", &order));
 }
 
+// Nobody keeps the text, so that one of each length serves all: its characters are written anew each time.
 PyObject* newDecimal(const char* digits, std::size_t size) {
-  const py::object text = owned(newText(Token::ascii, digits, size));
-  return checked(PyObject_CallOneArg(Makers::get().decimal, text.ptr()));
+  constexpr std::size_t kReused = 40;
+  static std::array<PyObject*, kReused> texts{};
+  if (size >= kReused) {
+    const py::object text = owned(newText(Token::ascii, digits, size));
+    return checked(PyObject_CallOneArg(Makers::get().decimal, text.ptr()));
+  }
+  PyObject*& text = texts[size];
+  if (text == nullptr) text = newText(Token::ascii, digits, size);
+  std::memcpy(PyUnicode_1BYTE_DATA(text), digits, size);
+  return checked(PyObject_CallOneArg(Makers::get().decimal, text));
 }
 
 PyObject* newBigInteger(const char* digits, std::size_t size) {

@@ -14,7 +14,7 @@ namespace oxr::python {
 // Python's types and functions that values are made by, looked up once. Each is borrowed for ever: they go with the
 // process.
 struct Makers {
-  PyObject* decimal;  // Decimal, of a text
+  PyObject* decimal;  // makes a Decimal of a text
   PyObject* date;     // fromisoformat of each
   PyObject* time;
   PyObject* dateTime;
