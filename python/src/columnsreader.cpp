@@ -225,7 +225,7 @@ py::object Columns::wholly(const Column& column, const Arrays& arrays) const {
   py::array made = arrays.objects.size() != 0 ? arrays.objects : emptyArray("object", rows_);
   auto** const values = static_cast<PyObject**>(made.mutable_data());
   const bool hasNumbers = arrays.values.size() != 0;
-  const py::object rows = made[py::slice(0, handler_.rows(), 1)];
+  py::object rows = made[py::slice(0, handler_.rows(), 1)];
   const py::list plain =
       hasNumbers ? py::list(arrays.values[py::slice(0, handler_.rows(), 1)].attr("tolist")()) : py::list();
   for (std::uint32_t row = 0; row < handler_.rows(); ++row) {

@@ -87,6 +87,7 @@ std::vector<ColumnShape> columnShapes(const rec::CsvColumns& columns, const rec:
     }
   }
   std::vector<ColumnShape> shapes;
+  shapes.reserve(found.size());
   for (const auto& shape : found)
     shapes.push_back(shape.value_or(ColumnShape{}));
   return shapes;

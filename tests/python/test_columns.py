@@ -83,6 +83,24 @@ def test_types_of_arrays(tmp_path, decimals, kind, first):
     assert frame["I"].isna().tolist() == [False, True] and frame["D"][0] == pandas.Timestamp("2024-02-29")
 
 
+def test_kinds_share_columns(tmp_path):
+    """A column that kinds of record fill with different things holds objects; what a kind lacks is missing."""
+    (tmp_path / "k.cob").write_text("""       01 A.
+          05 K PIC X.
+          05 V PIC 99.
+          05 W PIC 9.
+       01 B.
+          05 K PIC X.
+          05 V PIC XX.
+          05 X COMP-2.
+""")
+    chunk, = oxrrec.columns(io.BytesIO(b"\0\4A012" + b"\0\x0bBzz" + b"\x41\x10" + bytes(6)), copybook=tmp_path / "k.cob",
+                            ccsid=819, records="length2", when={"K": {"A": "A", "B": "B"}})
+    assert {name: [value_at(array, row) for row in (0, 1)] for name, array in chunk.items()} == {
+        "K": ["A", "B"], "V": [1, "zz"], "W": [2, None], "X": [None, 1.0]}
+    assert [str(chunk[name].dtype) for name in "KVWX"] == ["object", "object", "int64", "float64"]
+
+
 def test_bad_rows(bad_parts, parts):
     good = [flat(record) for record in oxrrec.read(bad_parts, on_error="skip", **parts)]
     chunk, = oxrrec.columns(bad_parts, on_error="skip", **parts)

@@ -147,3 +147,31 @@ def test_memory_is_flat_and_others_run(parts):
         other.join()
     assert most() - before < 4000  # KiB, of 15 MB read
     assert len(turns) > 20
+
+
+def test_one_thread_at_a_time(parts):
+    """Whoever asks while another one is served is refused, and a file's own read() may be the one who asks."""
+    class Asking(Repeated):
+        def read(self, size):
+            told.append(pytest.raises(ValueError, next, records).match("another thread") if records else None)
+            told.append(pytest.raises(ValueError, records.close) if records else None)
+            return super().read(size)
+    told, records = [], None
+    records = oxrrec.read(Asking(40000), **parts)
+    assert sum(1 for _ in records) == 200000 and any(told)
+
+
+def test_what_is_left_out_has_no_room(tmp_path, parts):
+    """A file of bad records alone ends, and a record too many ends what comes after those before it."""
+    bad = Repeated(2000)
+    bad.part = bad.part.replace(b"0", b"?").replace(b"1", b"?")
+    bad.left = 2000 * len(bad.part)
+    assert list(oxrrec.read(bad, on_error="skip", **parts)) == []
+    bad.left = 2000 * len(bad.part)
+    assert list(oxrrec.columns(bad, on_error="skip", rows=10, **parts)) == []
+    with open(os.path.join(SAMPLES, "parts.bin"), "rb") as file:
+        records = oxrrec.read(io.BytesIO(file.read() + b"part"), **parts)
+    seen = []
+    with pytest.raises(oxrrec.RecordError, match="the input: record 6 at byte 390") as told:
+        seen.extend(record.number for record in records)
+    assert told.value.record == 6 and list(records) == []
