@@ -115,7 +115,7 @@ def test_bad_rows(bad_parts, parts):
 
 
 @pytest.mark.parametrize("options, words", [
-    (dict(nest=["B:A"]), "nest is not for columns"), (dict(on_unknown="raw"), "not for columns"),
+    (dict(nest=["B:A"]), "nest is not for columns"), (dict(on_unknown="raw", when="STOCK=1:PART-CODE"), "not for columns"),
     (dict(decimals="text"), "decimal|float|scaled"), (dict(rows=0), "rows")])
 def test_what_is_refused(parts, options, words):
     with pytest.raises(oxrrec.OptionError, match=words.replace("|", r"\|")):
