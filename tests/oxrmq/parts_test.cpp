@@ -237,14 +237,71 @@ TEST(Outbox, HasWhatIsNotConfirmed) {
   EXPECT_THAT(faultOf([&] { outbox.next(); }), HasSubstr("out of memory"));
 }
 
-TEST(Encoding, HasNothingToMakeOfBlankLines) {
-  const rec::Layout layout = rec::readCopybookFile(OXR_SAMPLES_DIR "/customers.cob");
-  const rec::RecordPlan plan(layout, {});
-  Encoding encoding(plan, {});
-  const std::string lines = "\n\n";
-  const Converted made = encoding.convert({reinterpret_cast<const unsigned char*>(lines.data()), lines.size()}, {});
-  ASSERT_TRUE(made.fault);
-  EXPECT_EQ(made.fault->reason, "the message has no records");
+// Conversions of the sample customers, in a file of which 1000 bytes and 7 records came before.
+class Conversions : public testing::Test {
+ protected:
+  static rec::RecordPlan::Options options() {
+    rec::RecordPlan::Options options;
+    options.form.ccsid = 37;
+    return options;
+  }
+  static Converted converted(Conversion& conversion, const std::string& body) {
+    return conversion.convert({reinterpret_cast<const unsigned char*>(body.data()), body.size()}, {1000, 7});
+  }
+
+  const rec::RecordWorker::Settings records_{.form = {.framing = rec::Framing::rdw}};
+  const rec::Layout layout_ = rec::readCopybookFile(OXR_SAMPLES_DIR "/customers.cob");
+  const rec::RecordPlan plan_{layout_, options()};
+  const std::string bytes_ = rec::test::contentOf(OXR_SAMPLES_DIR "/customers.rdw.bin");
+};
+
+TEST_F(Conversions, TellWhereAFaultIs) {
+  Decoding decoding(plan_, {.records = records_});
+  Encoding encoding(plan_, {.records = records_});
+  const std::string lines(converted(decoding, bytes_).output);
+  const std::string wrong = rec::test::replaced(lines.substr(0, lines.find('\n') + 1), "1250.75", "\"x\"");
+  ASSERT_NE(wrong, lines);
+  struct Case {
+    Conversion& conversion;
+    std::string body;
+    const char* reason;
+    const char* path;
+    int number;
+    std::optional<std::uint64_t> record;
+    std::optional<std::uint64_t> offset;
+  };
+  const std::size_t size = lines.size();
+  const Case cases[] = {
+      {decoding, bytes_ + "no", "record 16 at byte 2350: ", "", 0, 16, 1000 + bytes_.size()},
+      {encoding, "\n\n", "the message has no records", "", 0, {}, {}},
+      {encoding, lines + "\n{\"CUSTOMER-ID\":x}", "line 10, column 16: ", "", 0, 17, 1000 + size + 16},
+      {encoding, "\xEF\xBB\xBF{}", "line 1, ", "CUSTOMER-ID", 0, 8, 1003},
+      {encoding, lines + wrong, "line 9, ", "BALANCE", 0, 16, 1000 + size},
+  };
+  for (const Case& each : cases) {
+    SCOPED_TRACE(each.body.substr(each.body.size() - std::min<std::size_t>(each.body.size(), 80)));
+    const Converted made = converted(each.conversion, each.body);
+    ASSERT_TRUE(made.fault);
+    EXPECT_THAT(made.fault->reason, testing::StartsWith(each.reason));
+    EXPECT_EQ(made.fault->path, each.path);
+    EXPECT_EQ(made.fault->number, each.number);
+    EXPECT_EQ(made.fault->record, each.record);
+    EXPECT_EQ(made.fault->offset, each.offset);
+    EXPECT_TRUE(made.output.empty());
+  }
+}
+
+TEST_F(Conversions, StopWhereTheOutputIsTooLong) {
+  Decoding plain(plan_, {.records = records_});
+  const std::string lines(converted(plain, bytes_).output);
+  for (const std::size_t spare : {0, 1}) {
+    Decoding decoding(plan_, {.records = records_, .longest = lines.size() - spare});
+    Encoding encoding(plan_, {.records = records_, .longest = bytes_.size() - spare});
+    EXPECT_EQ(converted(decoding, bytes_).fault.has_value(), spare == 1);
+    EXPECT_EQ(converted(encoding, lines).fault.has_value(), spare == 1);
+    EXPECT_EQ(converted(decoding, bytes_ + bytes_ + bytes_).records, 9U - spare);
+    EXPECT_EQ(converted(encoding, lines + lines + lines).records, 9U - spare);
+  }
 }
 
 TEST(Metrics, AreLinesThatPrometheusReads) {
@@ -278,7 +335,8 @@ TEST(Oxrmq, TellsWhatItCannotWorkWith) {
       {"feed x --records auto --to /a --resume s --copybook c", "--records auto"},
       {"feed /nowhere --records rdw --to /a", "cannot open /nowhere"},
       {"decode --records auto" + consume, "--records auto is for files"},
-      {"decode --consumers 0" + consume, "--consumers"},
+      {"decode --consumers 0" + consume, "0 is no whole number from 1 to 256"},
+      {"decode --grace -1" + consume, "--grace: -1 is no whole number"},
       {"decode --url amq://x" + consume, "neither amqp:// nor amqps://"},
       {"decode --from a --to /b --copybook c --ccsid 37", "--errors is required"},
       {"decode --credentials /nowhere" + consume, "cannot read the credentials in /nowhere"},

@@ -48,13 +48,15 @@ void addBrokerOptions(CLI::App& command, BrokerOptions& options) {
       .add_option_function<unsigned>(
           "--heartbeat", [&options](unsigned seconds) { options.connection.heartbeat = std::chrono::seconds(seconds); },
           "seconds between signs of life; a broker that is silent for twice that long is gone; 0 for never [30]")
-      ->check(CLI::Range(0U, 3600U))
+      ->check(rec::wholeNumber(0, 3600))
       ->type_name("SECONDS")
       ->group(kTopic);
   command.add_option("--wait", options.wait, "try the first connection for so long [0]")
+      ->check(rec::wholeNumber(0, kMostSeconds))
       ->type_name("SECONDS")
       ->group(kTopic);
   command.add_option("--grace", options.grace, "when asked to end, leave after so long, whatever is under way [30]")
+      ->check(rec::wholeNumber(0, kMostSeconds))
       ->type_name("SECONDS")
       ->group(kTopic);
   command

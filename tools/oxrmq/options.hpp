@@ -22,6 +22,9 @@ struct BrokerOptions {
   std::string metrics;  // path; empty for none
 };
 
+// Of times that options give: ten years.
+inline constexpr std::uint64_t kMostSeconds = 315'360'000;
+
 void addBrokerOptions(CLI::App& command, BrokerOptions& options);
 // Topic "output": what is counted.
 void addMetricsOption(CLI::App& command, BrokerOptions& options);

@@ -21,8 +21,7 @@ constexpr rec::Command kCommands[] = {
 constexpr rec::Topic kTopics[] = {
     {"broker", "Broker", "where the broker is, and who logs in",
      "Where the broker is, who logs in, and how the connection is kept. When it is lost, it is made again, after "
-     "pauses "
-     "that grow from a tenth of a second to ten seconds."},
+     "pauses that grow from a tenth of a second to ten seconds."},
     {"messages", "Messages", "what is taken and what is put in a message",
      "What is taken from queues and what a message holds. A message is acknowledged when the broker has confirmed what "
      "became of it: whatever happens, it is there, once or more, with the same id."},
@@ -36,9 +35,10 @@ constexpr rec::Topic kTopics[] = {
      "--errors, and its headers tell why: oxr-fault (the reason), oxr-fault-number, oxr-fault-record, oxr-fault-path, "
      "oxr-fault-byte, oxr-fault-queue."},
     {"exit-codes", "", "what the exit code tells",
-     "0: all was converted, or the whole file was fed. 1: some message went to --errors, or something was left out; or "
-     "feed was stopped before the end of its file. 2: nothing usable, such as options, a copybook or a file that are "
-     "not understood, a login that the broker refuses, or a queue that is not there."},
+     "0: all was converted, or the whole file was fed, or the queue was taken. 1: some message went to --errors, or "
+     "something was left out; or feed was stopped before the end of its file; or take could not tell the broker that "
+     "its output is complete, so that the messages are in the queue again. 2: nothing usable, such as options, a "
+     "copybook or a file that are not understood, a login that the broker refuses, or a queue that is not there."},
 };
 
 }  // namespace

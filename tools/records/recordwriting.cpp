@@ -114,15 +114,16 @@ std::span<const unsigned char> RecordWriter::writeTree(const FIMessageTree& tree
 
 void RecordWriter::refuseUnknown() const {
   const char* const why = "no condition (--when) tells what record this is";
-  if (settings_.onUnknown == OnUnknown::isSkipped) throw UnknownRecord({}, why);
-  throw WriteError({}, why);
+  if (settings_.onUnknown == OnUnknown::isSkipped) throw UnknownRecord(why);
+  throw WriteError(why);
 }
 
 // Without anything around records, each has the length of the layout.
 std::span<const unsigned char> RecordWriter::writeRaw() {
   if (!settings_.isFramed && raw_.size() != plan_.maxSize())
-    throw WriteError("RAW", "it has " + std::to_string(raw_.size()) + " bytes, not the " +
-                                std::to_string(plan_.maxSize()) + " of a record");
+    throw WriteError(
+        "it has " + std::to_string(raw_.size()) + " bytes, not the " + std::to_string(plan_.maxSize()) + " of a record",
+        "RAW");
   return raw_;
 }
 
@@ -171,7 +172,7 @@ void RecordWriter::checkNames(const Step* group) {
   const unsigned short* const stray = cursor_.strayName();
   if (stray == nullptr) return;
   const std::string path = group == nullptr ? "" : fieldPath(layout(), group->item, arrays_) + '.';
-  throw WriteError(path + toUtf8(UnitView(stray)), "the copybook has no such name here, or it is given twice");
+  throw WriteError("the copybook has no such name here, or it is given twice", path + toUtf8(UnitView(stray)));
 }
 
 const Step* RecordWriter::field(const Step& step) {
@@ -329,7 +330,7 @@ void RecordWriter::put(const Step& step, std::uint64_t at, const PWFData& value)
   } catch (const FieldRefused& refusal) {
     fail(step, refusal.what());
   } catch (const KelRecoverableException& failure) {
-    fail(step, faultText(failure));
+    fail(step, faultText(failure), failure.oxrMessageNumber());
   }
   filled_ = std::max(filled_, at + step.size);
   keepEnd(step, at);
@@ -379,8 +380,8 @@ const char* RecordWriter::textOf(Lack lack) {
   return lack == Lack::name ? "the name is missing" : "null cannot be stored";
 }
 
-void RecordWriter::fail(const Step& step, const std::string& why) const {
-  throw WriteError(fieldPath(layout(), step.item, arrays_), why);
+void RecordWriter::fail(const Step& step, const std::string& why, int number) const {
+  throw WriteError(why, fieldPath(layout(), step.item, arrays_), number);
 }
 
 }  // namespace oxr::rec

@@ -19,9 +19,12 @@ namespace oxr::rec {
 // A tree that does not fit the plan. what() names the place in it: "MOVEMENT(2).AMOUNT: 1234567 has 7 digits, ...".
 class WriteError : public std::runtime_error {
  public:
-  // The path is empty for a record as a whole.
-  WriteError(const std::string& path, const std::string& why)
-      : std::runtime_error(path.empty() ? why : path + ": " + why), path_(path), why_(why) {}
+  // The path is that of the field, empty for a record as a whole; the number that in the catalogue of messages, 0 if
+  // there is none.
+  explicit WriteError(const std::string& why, const std::string& path = {}, int number = 0)
+      : std::runtime_error(path.empty() ? why : path + ": " + why), why_(why), path_(path), number_(number) {}
+  const std::string& path() const { return path_; }
+  int number() const { return number_; }
 
   // what() of a record that stands in another one, at the path `outer`: "LINE(2).AMOUNT: ...".
   std::string within(const std::string& outer) const {
@@ -29,8 +32,9 @@ class WriteError : public std::runtime_error {
   }
 
  private:
-  std::string path_;
   std::string why_;
+  std::string path_;
+  int number_;
 };
 
 // A record of no kind, where such are to be left out.
@@ -130,7 +134,7 @@ class RecordWriter {
   std::size_t stepIndex(const Step& step) const { return static_cast<std::size_t>(&step - plan_.steps().data()); }
   std::uint64_t placeOf(const Step& step) const { return static_cast<std::uint64_t>(step.offset + shift_); }
   const Layout& layout() const { return *kind_->layout; }
-  [[noreturn]] void fail(const Step& step, const std::string& why) const;
+  [[noreturn]] void fail(const Step& step, const std::string& why, int number = 0) const;
 
   const RecordPlan& plan_;
   const Settings settings_;

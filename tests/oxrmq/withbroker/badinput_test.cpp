@@ -121,6 +121,15 @@ TEST_F(WithBroker, ARefusalIsToldInOneMessage) {
       {"feed SAMPLES/customers.rdw.bin --to /refusals --tls-ca " + broker->trusted() + " --url " + byNumber, 2,
        "hostname verification failed"},
       {"feed SAMPLES/customers.rdw.bin --to /refusals --tls-verify no --url " + byNumber, 0, "8 records sent"},
+      {"feed SAMPLES/customers.rdw.bin --to /refusals --tls-ca " + broker->trusted() + ' ' +
+           broker->certificate("client") + " --url " + encrypted,
+       0, "8 records sent"},
+      {"feed SAMPLES/customers.rdw.bin --to /refusals --tls-ca " + broker->trusted() + ' ' +
+           broker->certificate("stranger") + " --url " + encrypted,
+       2, "logging in"},
+      {"feed SAMPLES/customers.rdw.bin --to /refusals --tls-ca " + broker->trusted() + " --tls-key x --tls-cert " +
+           broker->trusted() + " --url " + encrypted,
+       2, "cannot use the certificate"},
       {"decode --from missing --to /refusals --errors /refusals --copybook SAMPLES/customers.cob --ccsid 37 --url " +
            plain,
        2, "queue missing: NOT_FOUND"},

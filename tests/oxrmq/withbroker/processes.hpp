@@ -131,6 +131,10 @@ class Broker {
   std::string url() const { return "amqp://127.0.0.1:" + std::to_string(port_); }
   std::string encryptedUrl(const std::string& host) const { return "amqps://" + host + ':' + std::to_string(tlsPort_); }
   std::string trusted() const { return folder_ + "/ca.pem"; }
+  // Of a client; "client" or "stranger".
+  std::string certificate(const std::string& name) const {
+    return "--tls-cert " + folder_ + '/' + name + ".pem --tls-key " + folder_ + '/' + name + ".key";
+  }
   // Throws if the broker does not do it.
   void command(const std::string& line) {
     std::fputs((line + '\n').c_str(), commands_.get());

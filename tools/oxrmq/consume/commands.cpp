@@ -15,9 +15,10 @@ void refuseAutomatic(const rec::RecordForm& form) {
 }
 
 template <class Made, class Settings>
-int consumeBy(const ConsumeOptions& options, const rec::RecordOptions& record, const Settings& settings,
+int consumeBy(const ConsumeOptions& options, const rec::RecordOptions& record, Settings settings,
               const std::string& name, const rec::Console& console) {
   refuseAutomatic(settings.records.form);
+  settings.longest = options.longestOutput;
   const rec::Description description(record, console);
   const ConversionMaker make = [&] { return std::make_unique<Made>(description.plan(), settings); };
   return consume(options, name, make, console);

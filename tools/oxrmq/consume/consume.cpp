@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "oxrmq/metrics.hpp"
+#include "records/options/choice.hpp"
 
 namespace oxr::mq {
 
@@ -61,20 +62,21 @@ void addConsumeOptions(CLI::App& command, ConsumeOptions& options) {
   addTargetOption(command, "--errors", options.route.errors,
                   "where messages go, whole and unchanged, that cannot be converted; headers tell why");
   command.add_option("--prefetch", options.route.prefetch, "messages of a queue that a consumer has in hand [16]")
-      ->check(CLI::Range(1, 65535))
+      ->check(rec::wholeNumber(1, 65535))
       ->type_name("N")
       ->group(kTopic);
   command.add_option("--consumers", options.consumers, "so many consumers, each on a thread and a connection [1]")
-      ->check(CLI::Range(1U, 256U))
+      ->check(rec::wholeNumber(1, 256))
       ->type_name("N")
       ->group(kTopic);
   command.add_option("--idle", options.route.idle, "end when no message came for so long [wait for ever]")
+      ->check(rec::wholeNumber(0, kMostSeconds))
       ->type_name("SECONDS")
       ->group(kTopic);
   command
-      .add_option("--max-message", options.route.longestMessage,
+      .add_option("--max-message", options.longestOutput,
                   "a result of more bytes is an error; the broker has a limit of its own [134217728]")
-      ->check(CLI::PositiveNumber)
+      ->check(rec::wholeNumber(1))
       ->type_name("BYTES")
       ->group(kTopic);
   addBrokerOptions(command, options.broker);

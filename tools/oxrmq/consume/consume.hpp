@@ -12,7 +12,8 @@ namespace oxr::mq {
 struct ConsumeOptions {
   BrokerOptions broker;
   Route route;
-  unsigned consumers = 1;  // threads, each with a connection of its own
+  unsigned consumers = 1;                   // threads, each with a connection of its own
+  std::uint64_t longestOutput = 134217728;  // bytes that the broker takes
 };
 
 void addConsumeOptions(CLI::App& command, ConsumeOptions& options);

@@ -157,11 +157,6 @@ void ConsumerSession::work(Delivery delivery) {
     const Converted made = converted(delivery);
     if (made.fault)
       publishFault(std::move(delivery), *made.fault, made.badFields);
-    else if (made.output.size() > route_.longestMessage)
-      publishFault(std::move(delivery),
-                   {"the message would become one of " + std::to_string(made.output.size()) +
-                    " bytes, more than the broker takes"},
-                   made.badFields);
     else if (!made.output.empty())
       publishOutput(std::move(delivery), made);
     else

@@ -19,9 +19,8 @@ struct Route {
   std::vector<std::string> queues;
   Target output;
   Target errors;
-  std::uint16_t prefetch = 16;               // messages of each queue in hand at most
-  std::uint64_t longestMessage = 134217728;  // bytes that the broker takes
-  std::optional<unsigned> idle{};            // seconds without a message after which a consumer ends
+  std::uint16_t prefetch = 16;     // messages of each queue in hand at most
+  std::optional<unsigned> idle{};  // seconds without a message after which a consumer ends
 };
 
 // The work of a consumer on one connection: each message is converted, its output is published under the same id, and

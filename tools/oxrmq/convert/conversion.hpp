@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
 #include <string>
@@ -26,6 +27,14 @@ struct Converted {
   std::uint64_t badFields = 0;   // and lines: all that could not be converted
   std::optional<Fault> fault{};  // there is no output then
 };
+
+inline constexpr std::uint64_t kAnyLength = std::numeric_limits<std::uint64_t>::max();
+
+// An output of more bytes than this is none that a broker takes.
+inline Fault tooLong(std::uint64_t longest) {
+  return {.reason = "the message would become one of more than " + std::to_string(longest) +
+                    " bytes, more than the broker takes"};
+}
 
 // What a consumer does with the body of a message. Serves one thread.
 class Conversion {

@@ -8,6 +8,7 @@ namespace oxr::mq {
 
 Decoding::Decoding(const rec::RecordPlan& plan, const Settings& settings)
     : onError_(settings.onError),
+      longest_(settings.longest),
       worker_(rec::RecordWorker::make(plan, settings.records, *this)),
       lines_(plan.names(), settings.json) {
   worker_->setFIHandler(&lines_, false);
@@ -24,12 +25,12 @@ Converted Decoding::convert(std::span<const unsigned char> body, rec::Origin ori
   BodySource source(body, origin);
   try {
     readAll(source);
-    converted_.output = lines_.lines();
+    if (!converted_.fault) converted_.output = lines_.lines();
   } catch (const rec::FieldError&) {
     lines_.discardUnfinished();  // the fault was kept when it was told
   } catch (const rec::FrameError& error) {
     lines_.discardUnfinished();
-    converted_.fault = {.reason = error.what(), .record = origin.records + worker_->recordsRead()};
+    converted_.fault = {.reason = error.what(), .record = worker_->recordNumber(), .offset = error.byte()};
   }
   return std::move(converted_);
 }
@@ -38,18 +39,19 @@ void Decoding::readAll(rec::BufferSource& source) {
   worker_->setSource(&source);
   worker_->initializeParse(-1, nullptr, -1);
   worker_->parseFirst(source.slide(0, 1), nullptr, true, 0, -1);
-  finishRecord();
-  while (worker_->hasNext()) {
+  while (finishRecord() && worker_->hasNext())
     worker_->parseNext();
-    finishRecord();
-  }
 }
 
-void Decoding::finishRecord() {
-  ++converted_.records;
-  if (!std::exchange(isRecordBad_, false) || onError_ != OnError::skip) return;
-  lines_.discard();
-  --converted_.records;
+// Whether the next one may follow.
+bool Decoding::finishRecord() {
+  if (std::exchange(isRecordBad_, false) && onError_ == OnError::skip)
+    lines_.discard();
+  else
+    ++converted_.records;
+  if (lines_.lines().size() <= longest_) return true;
+  converted_.fault = tooLong(longest_);
+  return false;
 }
 
 bool Decoding::goOnAfter(const rec::FieldFault& fault) {

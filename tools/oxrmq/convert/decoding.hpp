@@ -17,8 +17,9 @@ class Decoding final : public Conversion, private rec::FaultListener {
  public:
   struct Settings {
     rec::RecordWorker::Settings records;
-    rec::JsonHandler::Options json;
+    rec::JsonHandler::Options json{};
     OnError onError = OnError::fails;
+    std::uint64_t longest = kAnyLength;  // bytes of an output
   };
 
   // The plan must outlive the object. Throws KelRecoverableException for an unknown code page.
@@ -31,9 +32,10 @@ class Decoding final : public Conversion, private rec::FaultListener {
  private:
   bool goOnAfter(const rec::FieldFault& fault) override;
   void readAll(rec::BufferSource& source);
-  void finishRecord();
+  bool finishRecord();
 
   const OnError onError_;
+  const std::uint64_t longest_;
   const rec::RecordWorker::Owner worker_;
   rec::JsonHandler lines_;
   Converted converted_;

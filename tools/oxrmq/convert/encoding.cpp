@@ -14,6 +14,7 @@ constexpr std::string_view kTypes[] = {"", kLinesType, "application/jsonl", "app
 
 Encoding::Encoding(const rec::RecordPlan& plan, const Settings& settings)
     : onError_(settings.onError),
+      longest_(settings.longest),
       worker_(rec::RecordWorker::make(plan, settings.records, *this)),
       reader_(plan.names()) {}
 
@@ -28,16 +29,19 @@ Converted Encoding::convert(std::span<const unsigned char> body, rec::Origin ori
   isBegun_ = false;
   BodySource source(body, {});
   rec::JsonLines lines(source);
-  std::string why;
-  while (const auto line = lines.next()) {
-    if (add(*line, why)) {
+  while (!isTooLong()) {
+    const auto line = lines.next();
+    if (!line) break;
+    std::optional<Fault> fault = add(*line, origin.bytes + lines.lineStart());
+    if (!fault) {
       ++converted.records;
       continue;
     }
     ++converted.badFields;
     if (onError_ == OnError::skip) continue;
-    converted.fault = {.reason = "line " + std::to_string(lines.lineNumber()) + ", " + why,
-                       .record = origin.records + lines.lineNumber()};
+    fault->reason = "line " + std::to_string(lines.lineNumber()) + ", " + fault->reason;
+    fault->record = origin.records + lines.lineNumber();
+    converted.fault = std::move(fault);
     return converted;
   }
   if (converted.records == 0 && converted.badFields == 0) {
@@ -46,23 +50,25 @@ Converted Encoding::convert(std::span<const unsigned char> body, rec::Origin ori
   }
   worker_->finishWriting(buffer_);
   isBegun_ = true;
-  converted.output = buffer_.bytes();
+  if (isTooLong())
+    converted.fault = tooLong(longest_);
+  else
+    converted.output = buffer_.bytes();
   return converted;
 }
 
-bool Encoding::add(std::string_view line, std::string& fault) {
+std::optional<Fault> Encoding::add(std::string_view line, std::uint64_t lineStart) {
   try {
     worker_->setFIMessageTree(&reader_.read(line), false);
     worker_->write(&buffer_, 0, 0);
-    return true;
+    return std::nullopt;
   } catch (const rec::JsonLineError& error) {
-    fault = error.what();
+    return Fault{.reason = error.what(), .offset = lineStart + error.column() - 1};
   } catch (const rec::WriteError& error) {
-    fault = error.what();
+    return Fault{.reason = error.what(), .path = error.path(), .number = error.number(), .offset = lineStart};
   } catch (const rec::FrameError& error) {
-    fault = error.what();
+    return Fault{.reason = error.what(), .offset = lineStart};
   }
-  return false;
 }
 
 }  // namespace oxr::mq

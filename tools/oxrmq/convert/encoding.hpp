@@ -10,7 +10,8 @@ class Encoding final : public Conversion, private rec::FaultListener {
  public:
   struct Settings {
     rec::RecordWorker::Settings records{.form = {}, .onUnknown = rec::OnUnknown::isRaw};
-    OnError onError = OnError::fails;  // not null
+    OnError onError = OnError::fails;    // not null
+    std::uint64_t longest = kAnyLength;  // bytes of an output
   };
 
   // The plan must outlive the object. Throws KelRecoverableException for an unknown code page.
@@ -22,9 +23,11 @@ class Encoding final : public Conversion, private rec::FaultListener {
 
  private:
   bool goOnAfter(const rec::FieldFault&) override { return false; }
-  bool add(std::string_view line, std::string& fault);
+  std::optional<Fault> add(std::string_view line, std::uint64_t lineStart);
+  bool isTooLong() const { return buffer_.bytes().size() > longest_; }
 
   const OnError onError_;
+  const std::uint64_t longest_;
   const rec::RecordWorker::Owner worker_;
   rec::JsonReader reader_;
   GrowingByteBuffer buffer_;

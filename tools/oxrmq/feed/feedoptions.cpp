@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 
 #include "oxrmq/feed/feed.hpp"
+#include "records/options/choice.hpp"
 
 namespace oxr::mq {
 
@@ -13,12 +14,12 @@ void addMessageOptions(CLI::App& command, FeedOptions& options) {
       .add_option("--message-bytes", options.bytes,
                   "a message ends with the record that reaches so many bytes [65536, or any number with "
                   "--message-records]")
-      ->check(CLI::Range(1U, 1U << 30))
+      ->check(rec::wholeNumber(1, 1U << 30))
       ->type_name("BYTES")
       ->group(kTopic);
   command
       .add_option("--message-records", options.mostRecords, "a message has no more than so many records [any number]")
-      ->check(CLI::PositiveNumber)
+      ->check(rec::wholeNumber(1))
       ->type_name("N")
       ->group(kTopic);
   command.add_option("--source", options.source, "what the messages call the file; standard input needs it [its name]")
@@ -28,7 +29,7 @@ void addMessageOptions(CLI::App& command, FeedOptions& options) {
                   ->type_name("TYPE")
                   ->group(kTopic));
   command.add_option("--window", options.window, "messages that wait for the broker's confirmation at most [64]")
-      ->check(CLI::Range(1U, 65535U))
+      ->check(rec::wholeNumber(1, 65535))
       ->type_name("N")
       ->group(kTopic);
   command

@@ -6,6 +6,7 @@
 
 #include "oxrmq/metrics.hpp"
 #include "oxrmq/reconnecting.hpp"
+#include "records/options/choice.hpp"
 #include "records/options/options.hpp"
 
 namespace oxr::mq {
@@ -97,6 +98,7 @@ void addTakeOptions(CLI::App& command, TakeOptions& options) {
                   ->type_name("QUEUE")
                   ->group("Messages"));
   command.add_option("--idle", options.idle, "end when no message came for so long [2]")
+      ->check(rec::wholeNumber(0, kMostSeconds))
       ->type_name("SECONDS")
       ->group("Messages");
   rec::addOutputOption(command, options.output);

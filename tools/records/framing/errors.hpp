@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <stdexcept>
+#include <string>
 
 namespace oxr::rec {
 
@@ -10,10 +13,16 @@ class ToolError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// An input that cannot be cut into records. what() tells record and byte, but not the input's name.
+// An input that cannot be cut into records, or a record that cannot be put among others. what() tells record and byte,
+// but not the input's name.
 class FrameError : public ToolError {
  public:
-  using ToolError::ToolError;
+  explicit FrameError(const std::string& what, std::optional<std::uint64_t> byte = {}) : ToolError(what), byte_(byte) {}
+  // Of the input, counted from 0, where the record begins; nothing where records are written.
+  std::optional<std::uint64_t> byte() const { return byte_; }
+
+ private:
+  std::optional<std::uint64_t> byte_;
 };
 
 // Lines that cannot be written. what() names where they were to go.

@@ -240,8 +240,9 @@ void RecordReader::refuseShort(std::uint64_t size) const {
 }
 
 void RecordReader::fail(const std::string& what) const {
-  throw FrameError("record " + std::to_string(recordNumber()) + " at byte " +
-                   std::to_string(origin_.bytes + position_) + ": " + what + hint());
+  const std::uint64_t byte = origin_.bytes + position_;
+  throw FrameError(
+      "record " + std::to_string(recordNumber()) + " at byte " + std::to_string(byte) + ": " + what + hint(), byte);
 }
 
 std::string RecordReader::hint() const {

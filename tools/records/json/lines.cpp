@@ -30,7 +30,10 @@ void JsonLines::show(const BitstreamBuffer* buffer) {
 std::optional<std::string_view> JsonLines::next() {
   while (std::optional<std::string_view> line = take()) {
     ++number_;
-    if (number_ == 1 && line->starts_with(kByteOrderMark)) line->remove_prefix(kByteOrderMark.size());
+    if (number_ == 1 && line->starts_with(kByteOrderMark)) {
+      line->remove_prefix(kByteOrderMark.size());
+      lineStart_ += kByteOrderMark.size();
+    }
     if (!isEmpty(*line)) return withPadding(*line, window_.data() + window_.size());
   }
   return std::nullopt;
@@ -50,6 +53,7 @@ std::optional<std::string_view> JsonLines::take() {
   }
   const std::string_view line = window_.substr(at_, end - at_);
   const std::size_t after = std::min(end + 1, window_.size());
+  lineStart_ = position_;
   position_ += after - at_;
   at_ = after;
   return line;

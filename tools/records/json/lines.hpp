@@ -20,6 +20,8 @@ class JsonLines {
   std::optional<std::string_view> next();
   // The number of that line, from 1, empty ones counted.
   std::uint64_t lineNumber() const { return number_; }
+  // Bytes before that line.
+  std::uint64_t lineStart() const { return lineStart_; }
   // Bytes of the lines so far.
   std::uint64_t position() const { return position_; }
 
@@ -33,6 +35,7 @@ class JsonLines {
   std::size_t at_ = 0;       // where the next line begins
   std::uint64_t number_ = 0;
   std::uint64_t position_ = 0;
+  std::uint64_t lineStart_ = 0;
   std::string padded_;
 };
 

@@ -288,7 +288,7 @@ class JsonTreeBuilder {
   }
 
   [[noreturn]] void fail(const char* at, const std::string& why) const {
-    throw JsonLineError("column " + std::to_string(at - line_.data() + 1) + ": " + why);
+    throw JsonLineError(static_cast<std::size_t>(at - line_.data()) + 1, why);
   }
 
   static constexpr std::size_t kShown = 40;

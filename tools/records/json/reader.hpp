@@ -15,7 +15,13 @@ namespace oxr::rec {
 // A line that is no JSON object. what() tells column and reason: "column 17: no value follows".
 class JsonLineError : public ToolError {
  public:
-  using ToolError::ToolError;
+  JsonLineError(std::size_t column, const std::string& why)
+      : ToolError("column " + std::to_string(column) + ": " + why), column_(column) {}
+  // In bytes, from 1.
+  std::size_t column() const { return column_; }
+
+ private:
+  std::size_t column_;
 };
 
 // Names as they stand in JSON lines, for a reader to recognise without a search: mostly a name follows the one that it
