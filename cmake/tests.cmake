@@ -62,7 +62,8 @@ add_test(NAME explain_page COMMAND "${PROJECT_SOURCE_DIR}/tests/oxrrec/explain_p
                                    "${PROJECT_SOURCE_DIR}/tools/oxrrec/samples" "${PROJECT_BINARY_DIR}/explain")
 set_tests_properties(explain_page PROPERTIES TIMEOUT 300)
 add_test(NAME docs_examples COMMAND "${PROJECT_SOURCE_DIR}/tests/oxrrec/docs_examples" "$<TARGET_FILE:oxrrec>"
-                                    "${PROJECT_SOURCE_DIR}/docs/oxrrec.md" "${PROJECT_SOURCE_DIR}/tools/oxrrec/samples")
+                                    "${PROJECT_SOURCE_DIR}/docs/oxrrec.md" "${PROJECT_SOURCE_DIR}/tools/oxrrec/samples"
+                                    "${PROJECT_SOURCE_DIR}/README.md")
 
 # The example of docs/workers.md: what it prints; and that the docs show its code, and the checker's tables, as they are.
 file(GLOB csv_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/examples/csv/*.cpp")

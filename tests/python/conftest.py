@@ -10,6 +10,7 @@ import pytest
 SAMPLES = os.environ["OXR_SAMPLES_DIR"]
 SHARED = os.environ.get("OXR_SHARED_DATA_DIR", "")
 PAGE = os.environ["OXR_PAGE"]
+README = os.environ["OXR_README"]
 PROGRAM = os.environ["OXR_PROGRAM"]
 
 SEGMENTS = {"SEGMENT-ID": {"1": "COMPANY", "2": "DEPT", "3": "EMPLOYEE", "4": "OFFICE", "5": "CUSTOMER",

@@ -8,7 +8,7 @@ import pkgutil
 import pytest
 
 import oxrrec
-from conftest import PAGE, SAMPLES
+from conftest import PAGE, README, SAMPLES
 
 MODULES = ["oxrrec"] + ["oxrrec." + module.name for module in pkgutil.iter_modules(oxrrec.__path__)]
 
@@ -19,10 +19,11 @@ def test_docstrings(name, monkeypatch):
     assert doctest.testmod(importlib.import_module(name), extraglobs={"oxrrec": oxrrec}).failed == 0
 
 
-def test_page(monkeypatch):
+@pytest.mark.parametrize("page, examples", [(PAGE, 6), (README, 2)])
+def test_page(page, examples, monkeypatch):
     monkeypatch.chdir(SAMPLES)
-    result = doctest.testfile(PAGE, module_relative=False, encoding="utf-8", optionflags=doctest.ELLIPSIS)
-    assert result.failed == 0 and result.attempted > 5
+    result = doctest.testfile(page, module_relative=False, encoding="utf-8", optionflags=doctest.ELLIPSIS)
+    assert result.failed == 0 and result.attempted >= examples
 
 
 def test_public_names_are_told():
