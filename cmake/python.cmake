@@ -11,8 +11,6 @@ set(python_folder "${PROJECT_BINARY_DIR}/python")
 
 add_library(oxrrec_python MODULE ${python_sources})
 oxr_settings(oxrrec_python)
-# Python's headers have names such as "getter" for types, which headers of ours have for parameters.
-target_compile_options(oxrrec_python PRIVATE -Wno-shadow)
 target_include_directories(oxrrec_python PRIVATE python/src)
 set_property(SOURCE ${PROJECT_SOURCE_DIR}/python/src/module.cpp
              APPEND PROPERTY COMPILE_DEFINITIONS OXR_VERSION="${PROJECT_VERSION}")

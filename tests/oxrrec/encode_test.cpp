@@ -95,6 +95,7 @@ TEST(Encode, TellsWhatDoesNotFit) {
       {"PIC 99P", R"("A":15)", "A: 15 is no multiple of 10"},
       {"PIC 99", R"("A":-1)", "A: -1 is negative, and the field has no sign"},
       {"PIC 99", R"("A":"1x")", "A: \"1x\" is no number"},
+      {"COMP-2", R"("A":"inf")", "A: \"inf\" is no number"},
       {"PIC 99", R"("A":true)", "A: a number is wanted"},
       {"PIC 99", R"("A":null)", "A: null cannot be stored"},
       {"PIC 99 COMP-3", R"("A":1000)", "A: 1000 needs 4 digits, and the field has 3"},

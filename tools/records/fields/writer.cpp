@@ -53,7 +53,8 @@ double doubleIn(Kind kind, FloatForm form, const std::string& text) {
   double wide = 0;
   const auto read = std::from_chars(text.data(), end, wide);
   if (read.ec == std::errc::result_out_of_range) throw FieldRefused(text + " is too large or too small for a float");
-  if (read.ec != std::errc() || read.ptr != end) throw FieldRefused('"' + text + "\" is no number");
+  if (read.ec != std::errc() || read.ptr != end || !std::isfinite(wide))
+    throw FieldRefused('"' + text + "\" is no number");
   // Below its normal numbers a float has fewer digits, which a hexadecimal one has not.
   const bool isIeee = form == FloatForm::ieeeBig || form == FloatForm::ieeeLittle;
   float narrow = 0;
