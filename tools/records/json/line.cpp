@@ -96,7 +96,7 @@ constexpr bool isLow(unsigned unit) {
 // not escaped.
 constexpr std::array<char, 0x80> kEscapes = [] {
   std::array<char, 0x80> escapes{};
-  std::fill(escapes.begin(), escapes.begin() + ' ', 'u');
+  std::fill_n(escapes.begin(), 0x20, 'u');
   for (const char itself : {'"', '\\'})
     escapes[static_cast<std::size_t>(itself)] = itself;
   escapes['\b'] = 'b', escapes['\f'] = 'f', escapes['\n'] = 'n', escapes['\r'] = 'r', escapes['\t'] = 't';
