@@ -5,6 +5,7 @@
 #include <iterator>
 #include <limits>
 #include <memory>
+#include <span>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -231,6 +232,26 @@ inline std::string readAll(const Job& job, std::size_t more, FieldObserver* obse
   return listener.told + '\0' + std::to_string(parsed) + '\0' + std::string(json.lines());
 }
 
+// Keeps the bytes of the last record: once it has been read, the input may have moved on.
+class Keeper : public JsonHandler {
+ public:
+  Keeper(const Job& job, const RecordWorker& worker)
+      : JsonHandler(job.plan.names(), {job.pointsAsText}), worker_(worker) {}
+  void endMessage(const WorkerInfoPtr& info) override {
+    const auto bytes = worker_.recordInHand();
+    record_.assign(bytes.begin(), bytes.end());
+    JsonHandler::endMessage(info);
+  }
+  // Its first bytes, of which it has `most` at most.
+  std::span<const unsigned char> record(std::size_t most) const {
+    return std::span(record_).first(std::min(most, record_.size()));
+  }
+
+ private:
+  const RecordWorker& worker_;
+  std::vector<unsigned char> record_;
+};
+
 // What is null, unknown or beyond a count that cannot be used is no obstacle to a writer who has the original.
 inline void requireKept(const Job& job) {
   if (job.mode != Mode::null || job.settings.onUnknown == OnUnknown::isSkipped) return;
@@ -238,7 +259,7 @@ inline void requireKept(const Job& job) {
   const auto worker = RecordWorker::make(job.plan, job.settings, listener);
   RecordWriter writer(job.plan, {std::nullopt, job.settings.form.framing != Framing::fixed});
   JsonReader reader(job.plan.names());
-  JsonHandler json(job.plan.names(), {job.pointsAsText});
+  Keeper json(job, *worker);
   Stretches input(job.input, job.input.size());
   worker->setSource(&input);
   worker->initializeParse(-1, nullptr, -1);
@@ -247,8 +268,7 @@ inline void requireKept(const Job& job) {
   try {
     worker->parseFirst(input.slide(0, 1), nullptr, true, 0, -1);
     while (worker->recordsRead() != 0) {
-      const auto size = static_cast<std::size_t>(worker->getNumBytesParsed() - begin);
-      const auto original = worker->recordInHand().first(std::min(size, worker->recordInHand().size()));
+      const auto original = json.record(static_cast<std::size_t>(worker->getNumBytesParsed() - begin));
       const std::string line = std::string(json.lines()) + std::string(JsonReader::kPadding, ' ');
       try {
         const auto written = writer.write(reader.read(std::string_view(line).substr(0, json.lines().size())), original);
