@@ -97,8 +97,8 @@ constexpr bool isLow(unsigned unit) {
 constexpr std::array<char, 0x80> kEscapes = [] {
   std::array<char, 0x80> escapes{};
   std::fill_n(escapes.begin(), 0x20, 'u');
-  for (const char itself : {'"', '\\'})
-    escapes[static_cast<std::size_t>(itself)] = itself;
+  for (const unsigned char itself : {'"', '\\'})
+    escapes[itself] = static_cast<char>(itself);
   escapes['\b'] = 'b', escapes['\f'] = 'f', escapes['\n'] = 'n', escapes['\r'] = 'r', escapes['\t'] = 't';
   return escapes;
 }();
