@@ -138,36 +138,12 @@ void ColumnHandler::discard() {
 
 void ColumnHandler::startMessage(const WorkerInfoPtr&, const WorkerInfoPtr&) {
   rowOf_.push_back(rows_);
-  open_.assign(1, {0, 0, 0});
-}
-
-std::uint32_t ColumnHandler::enter(const unsigned short* name, unsigned short type) {
-  Open& around = open_.back();
-  const auto& nodes = table_.nodes();
-  const std::vector<std::uint32_t>& children = nodes[around.node].children;
-  for (std::size_t tried = 0; tried < children.size(); ++tried, ++around.next) {
-    if (around.next >= children.size()) around.next = 0;
-    const std::uint32_t child = children[around.next];
-    // An array whose count is not known comes as a field that is null.
-    if (nodes[child].name == name && (nodes[child].type == type || type == rec::kFieldElement)) {
-      ++around.next;
-      return child;
-    }
-  }
-  throw FIHandlerException();
-}
-
-void ColumnHandler::startElement(const unsigned short* name, unsigned short type, const WorkerInfoPtr&, int index,
-                                 int) {
-  const std::uint32_t node = enter(name, type);
-  const rec::CsvColumns::Node& here = table_.nodes()[node];
-  const std::uint32_t occurrence = index < 0 ? 0 : static_cast<std::uint32_t>(index) * here.width;
-  open_.push_back({node, open_.back().column + here.column + occurrence, 0});
+  walk_.begin();
 }
 
 void ColumnHandler::data(const PWFData& value, const WorkerInfoPtr&, int, int) {
   if (value.isNull() || value.isNothing()) return;
-  put(columns_[open_.back().column], value);
+  put(columns_[walk_.column()], value);
 }
 
 void ColumnHandler::put(Column& column, const PWFData& value) {

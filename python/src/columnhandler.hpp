@@ -45,26 +45,22 @@ class ColumnHandler : public rec::RecordHandler {
   void startMessage(const WorkerInfoPtr&, const WorkerInfoPtr&) override;
   void endMessage(const WorkerInfoPtr&) override { ++rows_; }
   using RecordHandler::startElement;
-  void startElement(const unsigned short* name, unsigned short type, const WorkerInfoPtr&, int index, int) override;
+  void startElement(const unsigned short* name, unsigned short type, const WorkerInfoPtr&, int index, int) override {
+    walk_.enter(name, type, index);
+  }
   using RecordHandler::endElement;
-  void endElement(const unsigned short*, const WorkerInfoPtr&) override { open_.pop_back(); }
+  void endElement(const unsigned short*, const WorkerInfoPtr&) override { walk_.leave(); }
   void data(const PWFData& value, const WorkerInfoPtr&, int, int) override;
 
  private:
-  struct Open {
-    std::uint32_t node;
-    std::uint32_t column;  // its first
-    std::size_t next;      // the child that is expected: they come in their order
-  };
-  std::uint32_t enter(const unsigned short* name, unsigned short type);
   void put(Column& column, const PWFData& value);
   void putInteger(Column& column, std::int64_t value);
   void putDecimal(Column& column, const PWFData& value);
   bool putMoment(Column& column, UnitView text);
 
   const rec::CsvColumns table_;
+  rec::ColumnWalk walk_{table_};
   std::vector<Column> columns_;
-  std::vector<Open> open_;
   std::vector<std::uint32_t> rowOf_;
   std::uint32_t rows_ = 0;
 };

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <new>
+#include <utility>
 
 namespace py = pybind11;
 
@@ -94,7 +95,7 @@ void setError() {
 void translateErrors() {
   py::register_exception_translator([](std::exception_ptr thrown) {
     try {
-      if (thrown) std::rethrow_exception(thrown);
+      if (thrown) std::rethrow_exception(std::move(thrown));
     } catch (py::error_already_set&) {
       throw;
     } catch (py::builtin_exception&) {

@@ -6,7 +6,7 @@ namespace py = pybind11;
 
 namespace oxr::python {
 
-Source::Source(py::object file) {
+Source::Source(const py::object& file) {
   if (py::isinstance<py::bytes>(file)) {
     path_ = py::cast<std::string>(file);
     return;

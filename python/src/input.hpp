@@ -11,7 +11,7 @@ namespace oxr::python {
 // What records are read from: a path as bytes, or an object with a method read(size) that gives bytes.
 class Source {
  public:
-  explicit Source(pybind11::object file);
+  explicit Source(const pybind11::object& file);
   Source(const Source&) = delete;
   Source& operator=(const Source&) = delete;
   // Holds the interpreter while the object goes.

@@ -66,15 +66,15 @@ using Pairs = std::vector<std::pair<std::string, std::string>>;
 // An iterator of its own, so that a loop calls next() without anything between.
 struct RecordsObject {
   PyObject base;
-  Records* records;  // null once they are closed
+  std::unique_ptr<Records> records;  // null once they are closed
 };
 
-Records*& recordsOf(PyObject* self) {
+std::unique_ptr<Records>& recordsOf(PyObject* self) {
   return reinterpret_cast<RecordsObject*>(self)->records;
 }
 
 PyObject* iterate(PyObject* self) {
-  Records* const records = recordsOf(self);
+  Records* const records = recordsOf(self).get();
   if (records == nullptr) return nullptr;
   try {
     return records->next();
@@ -86,7 +86,7 @@ PyObject* iterate(PyObject* self) {
 
 void deallocate(PyObject* self) {
   PyTypeObject* const type = Py_TYPE(self);
-  delete std::exchange(recordsOf(self), nullptr);
+  std::destroy_at(&recordsOf(self));
   type->tp_free(self);
   Py_DECREF(type);
 }
@@ -98,8 +98,8 @@ std::array<PyType_Slot, 5> slots{{{Py_tp_iter, reinterpret_cast<void*>(PyObject_
                                   {Py_tp_dealloc, reinterpret_cast<void*>(deallocate)},
                                   {Py_tp_doc, const_cast<char*>(kDoc)},
                                   {}}};
-PyType_Spec spec{"oxrrec._oxrrec.Records", sizeof(RecordsObject), 0,
-                 Py_TPFLAGS_DEFAULT | Py_TPFLAGS_DISALLOW_INSTANTIATION, slots.data()};
+PyType_Spec description{"oxrrec._oxrrec.Records", sizeof(RecordsObject), 0,
+                        Py_TPFLAGS_DEFAULT | Py_TPFLAGS_DISALLOW_INSTANTIATION, slots.data()};
 
 PyTypeObject* recordsType = nullptr;
 
@@ -127,20 +127,21 @@ py::tuple open(const Arguments& arguments, py::object file) {
   const std::string notes = records->notes();
   PyObject* const made = recordsType->tp_alloc(recordsType, 0);
   if (made == nullptr) throw py::error_already_set();
-  recordsOf(made) = records.release();
+  std::construct_at(&recordsOf(made), std::move(records));
   return py::make_tuple(py::reinterpret_steal<py::object>(made), notes, pairs, options.onError == rec::OnError::skip);
 }
 
 void close(const py::object& self) {
-  Records* const records = recordsOf(self.ptr());
-  if (records != nullptr) records->requireIdle();
-  delete std::exchange(recordsOf(self.ptr()), nullptr);
+  std::unique_ptr<Records>& records = recordsOf(self.ptr());
+  if (records == nullptr) return;
+  records->requireIdle();
+  records.reset();
 }
 
 }  // namespace
 
 void addRecordsType(py::module_& module) {
-  recordsType = reinterpret_cast<PyTypeObject*>(PyType_FromSpec(&spec));
+  recordsType = reinterpret_cast<PyTypeObject*>(PyType_FromSpec(&description));
   if (recordsType == nullptr) throw py::error_already_set();
   const py::handle type(reinterpret_cast<PyObject*>(recordsType));
   const auto method = [&](const char* name, auto function, const char* doc) {

@@ -79,8 +79,8 @@ std::array<PyType_Slot, 7> slots{{{Py_tp_dealloc, reinterpret_cast<void*>(deallo
                                   {Py_tp_getset, getters.data()},
                                   {Py_tp_doc, const_cast<char*>(kDoc)},
                                   {}}};
-PyType_Spec spec{"oxrrec.Record", sizeof(RecordObject), 0,
-                 Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE | Py_TPFLAGS_HAVE_GC, slots.data()};
+PyType_Spec description{"oxrrec.Record", sizeof(RecordObject), 0,
+                        Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE | Py_TPFLAGS_HAVE_GC, slots.data()};
 
 PyTypeObject* recordType = nullptr;
 PyObject* noArguments = nullptr;
@@ -89,7 +89,7 @@ PyObject* noArguments = nullptr;
 
 void addRecordType(py::module_& module) {
   const py::tuple bases = py::make_tuple(py::handle(reinterpret_cast<PyObject*>(&PyDict_Type)));
-  PyObject* const type = PyType_FromSpecWithBases(&spec, bases.ptr());
+  PyObject* const type = PyType_FromSpecWithBases(&description, bases.ptr());
   if (type == nullptr) throw py::error_already_set();
   recordType = reinterpret_cast<PyTypeObject*>(type);
   noArguments = PyTuple_New(0);

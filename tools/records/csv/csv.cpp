@@ -32,11 +32,11 @@ void CsvHandler::startMessage(const WorkerInfoPtr&, const WorkerInfoPtr&) {
   isInRecord_ = true;
   std::fill(cells_.begin(), cells_.end(), Cell{});
   values_.Clear();
-  open_.assign(1, {0, 0, 0});
+  walk_.begin();
 }
 
 void CsvHandler::endMessage(const WorkerInfoPtr&) {
-  if (open_.size() != 1) throw FIHandlerException();
+  if (walk_.isInElement()) throw FIHandlerException();
   const char* const values = values_.GetString();
   for (const Cell& cell : cells_) {
     lines_.append(values + cell.begin, cell.end - cell.begin);
@@ -48,38 +48,18 @@ void CsvHandler::endMessage(const WorkerInfoPtr&) {
   isInRecord_ = false;
 }
 
-std::uint32_t CsvHandler::enter(const unsigned short* name, unsigned short type) {
-  Open& around = open_.back();
-  const auto& nodes = columns_.nodes();
-  const std::vector<std::uint32_t>& children = nodes[around.node].children;
-  for (std::size_t tried = 0; tried < children.size(); ++tried, ++around.next) {
-    if (around.next >= children.size()) around.next = 0;
-    const std::uint32_t child = children[around.next];
-    // An array whose count is not known comes as a field that is null.
-    if (nodes[child].name == name && (nodes[child].type == type || type == kFieldElement)) {
-      ++around.next;
-      return child;
-    }
-  }
-  throw FIHandlerException();
-}
-
 void CsvHandler::startElement(const unsigned short* name, unsigned short type, const WorkerInfoPtr&, int index, int) {
-  const std::uint32_t node = enter(name, type);
-  const CsvColumns::Node& here = columns_.nodes()[node];
-  const std::uint32_t occurrence = index < 0 ? 0 : static_cast<std::uint32_t>(index) * here.width;
-  open_.push_back({node, open_.back().column + here.column + occurrence, 0});
+  walk_.enter(name, type, index);
 }
 
 void CsvHandler::endElement(const unsigned short*, const WorkerInfoPtr&) {
-  if (open_.size() < 2) throw FIHandlerException();
-  open_.pop_back();
+  walk_.leave();
 }
 
 void CsvHandler::data(const PWFData& value, const WorkerInfoPtr&, int, int) {
   if (value.isNull() || value.isNothing()) return;
-  if (columns_.nodes()[open_.back().node].type != kFieldElement) throw FIHandlerException();
-  Cell& cell = cells_.at(open_.back().column);
+  if (walk_.node().type != kFieldElement) throw FIHandlerException();
+  Cell& cell = cells_.at(walk_.column());
   cell.begin = values_.GetSize();
   if (value.getDataLogicalType() == STRING) {
     const UnitView text = value.getPWFStringValue().view();

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "records/csv/columns.hpp"
+#include "records/csv/columnwalk.hpp"
 #include "records/json/line.hpp"
 #include "records/linehandler.hpp"
 
@@ -44,21 +44,15 @@ class CsvHandler : public LineHandler {
   void clear() override;
 
  private:
-  struct Open {
-    std::uint32_t node;
-    std::uint32_t column;  // its first
-    std::size_t next;      // the child that is expected: they come in their order
-  };
   struct Cell {
     std::size_t begin = 0;  // in `values_`
     std::size_t end = 0;
   };
 
-  std::uint32_t enter(const unsigned short* name, unsigned short type);
   void number(const PWFData& value);
 
-  CsvColumns columns_;
-  std::vector<Open> open_;
+  const CsvColumns columns_;
+  ColumnWalk walk_{columns_};
   std::vector<Cell> cells_;  // of the record in hand
   JsonBuffer values_;
   JsonLine writer_{values_};
