@@ -84,8 +84,8 @@ constexpr std::uint32_t kRowsAtOnce = 1024;
 
 class Columns {
  public:
-  Columns(const rec::DecodeOptions& options, py::object file, std::uint32_t rows, DecimalForm form)
-      : reading_(options, std::move(file)),
+  Columns(const rec::DecodeOptions& options, const py::object& file, std::uint32_t rows, DecimalForm form)
+      : reading_(options, file),
         leavesBadOut_(options.onError == rec::OnError::skip),
         rows_(rows),
         handler_(reading_.plan(), form),
@@ -236,7 +236,7 @@ py::object Columns::wholly(const Column& column, const Arrays& arrays) const {
   return rows;
 }
 
-std::unique_ptr<Columns> open(const Arguments& arguments, py::object file, std::uint32_t rows,
+std::unique_ptr<Columns> open(const Arguments& arguments, const py::object& file, std::uint32_t rows,
                               const std::string& decimals) {
   const auto options = readArguments(arguments, rec::addReadingOptions);
   if (!options.nest.empty()) throw OptionFault("nest is not for columns: a row has no records in it");
@@ -247,7 +247,7 @@ std::unique_ptr<Columns> open(const Arguments& arguments, py::object file, std::
   const auto form = forms.find(decimals);
   if (form == forms.end()) throw OptionFault("decimals: " + decimals + " is none of decimal|float|scaled");
   if (rows == 0) throw OptionFault("rows: a chunk has at least one");
-  return std::make_unique<Columns>(options, std::move(file), rows, form->second);
+  return std::make_unique<Columns>(options, file, rows, form->second);
 }
 
 }  // namespace

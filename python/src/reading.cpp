@@ -4,10 +4,10 @@ namespace py = pybind11;
 
 namespace oxr::python {
 
-Reading::Reading(const rec::DecodeOptions& options, py::object file)
+Reading::Reading(const rec::DecodeOptions& options, const py::object& file)
     : description_(options.record, console()),
       keeper_(options.onError),
-      source_(std::move(file)),
+      source_(file),
       input_(source_.open(options.input.window)),
       worker_(rec::makeWorker(description_.plan(), options.input, input_, keeper_, console())) {
   worker_->setSource(&input_);

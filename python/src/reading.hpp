@@ -31,7 +31,7 @@ class BadFieldKeeper : public rec::FaultListener {
 // Reads the records of an input, one after the other, into a handler. Needs no interpreter once it is made.
 class Reading {
  public:
-  Reading(const rec::DecodeOptions& options, pybind11::object file);
+  Reading(const rec::DecodeOptions& options, const pybind11::object& file);
 
   const rec::RecordPlan& plan() const { return description_.plan(); }
   rec::RecordWorker& worker() { return *worker_; }

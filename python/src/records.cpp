@@ -13,8 +13,8 @@ namespace py = pybind11;
 
 namespace oxr::python {
 
-Records::Records(const rec::DecodeOptions& options, py::object file)
-    : reading_(options, std::move(file)),
+Records::Records(const rec::DecodeOptions& options, const py::object& file)
+    : reading_(options, file),
       batch_(reading_, options.onError == rec::OnError::skip && options.nest.empty()),
       builder_(reading_.plan()) {}
 
@@ -120,9 +120,9 @@ Pairs pairsOf(const rec::DecodeOptions& options, const rec::RecordPlan& plan) {
 
 // An iterator, the notes of how it was opened, the pairs of `nest`, and whether who puts these into each other is to
 // leave out records with a bad field.
-py::tuple open(const Arguments& arguments, py::object file) {
+py::tuple open(const Arguments& arguments, const py::object& file) {
   const auto options = readArguments(arguments, rec::addReadingOptions);
-  auto records = std::make_unique<Records>(options, std::move(file));
+  auto records = std::make_unique<Records>(options, file);
   const Pairs pairs = pairsOf(options, records->plan());
   const std::string notes = records->notes();
   PyObject* const made = recordsType->tp_alloc(recordsType, 0);

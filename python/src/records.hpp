@@ -15,7 +15,7 @@ namespace oxr::python {
 class Records {
  public:
   // Where records are put into each other, those with a bad field come too, even if the options leave them out.
-  Records(const rec::DecodeOptions& options, pybind11::object file);
+  Records(const rec::DecodeOptions& options, const pybind11::object& file);
   Records(const Records&) = delete;
   Records& operator=(const Records&) = delete;
 
