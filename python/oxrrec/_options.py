@@ -4,6 +4,7 @@ import os
 from collections.abc import Iterable, Mapping
 
 from . import _oxrrec
+from ._errors import OptionError
 
 # In a dict, what stands between a key and its value, and between the key and the keys of a dict in it.
 _BETWEEN = {"when": (":", "="), "field": ("=", ":"), "nest": (":", "")}
@@ -28,8 +29,16 @@ def arguments(function, given, own=()):
                 raise TypeError(f"{keyword} is True or False, not {setting!r}")
             result += [name] if setting else []
         else:
-            result += [os.fsencode(f"{name}={text}") for text in _texts(keyword, setting, value, words)]
+            result += [os.fsencode(f"{name}={text}") for text in _filled(keyword, _texts(keyword, setting, value, words))]
     return result
+
+
+def _filled(keyword, texts):
+    """The texts, of which none is empty: a parser of command lines would take the next argument in its place."""
+    for text in texts:
+        if not text:
+            raise OptionError(f"{keyword} is empty: None is its default")
+        yield text
 
 
 def _texts(keyword, setting, value, words):

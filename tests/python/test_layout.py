@@ -46,3 +46,15 @@ def test_options_are_those_of_the_program():
             for word in line.split()[:2] if word.startswith("--")}
     assert {option.removeprefix("--").replace("-", "_") for option in told - without - {"--help"}} == set(oxrrec.options())
     assert PROGRAM and "block_size" in oxrrec.options("write")
+
+
+@pytest.mark.parametrize("function, call", [
+    ("read", lambda options: oxrrec.read("parts.bin", **options)),
+    ("write", lambda options: oxrrec.write("parts.out", [], **options)),
+    ("layout", lambda options: oxrrec.Layout(**options))])
+def test_an_empty_text_is_no_value(function, call, parts):
+    """In a command line the next argument would be its value."""
+    given = {name: value for name, value in parts.items() if name in oxrrec.options(function)}
+    for keyword in oxrrec.options(function):
+        with pytest.raises((oxrrec.OptionError, TypeError), match=f"^{keyword} is (empty|True or False)"):
+            call(dict(given, **{keyword: ""}))
