@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "oxrmq/amqp/acknowledgements.hpp"
 #include "oxrmq/amqp/address.hpp"
 #include "oxrmq/amqp/backoff.hpp"
@@ -176,7 +178,7 @@ TEST(Properties, KeepWhatAMessageHasAndTakeMore) {
 }
 
 TEST(FeedState, IsReadAsWritten) {
-  const FeedState state{"a file", 100, 7, 9, 65536, 3, 42, 5};
+  const FeedState state{"a file", 100, 11, 7, 9, 65536, 3, 42, 5};
   EXPECT_EQ(parseState(textOf(state), "s"), state);
   for (const std::string& wrong : {std::string("x"), textOf(state).substr(0, 40), textOf(state).replace(40, 1, "x")})
     EXPECT_THAT(faultOf([&] { parseState(wrong, "s"); }), HasSubstr("s is no state")) << wrong;
@@ -184,18 +186,28 @@ TEST(FeedState, IsReadAsWritten) {
     FeedState now;
     const char* why;
   };
-  const Case cases[] = {{{"a file", 100, 7, 9, 65536, 3}, "^$"},
-                        {{"other", 100, 7, 9, 65536, 3}, "about a file"},
-                        {{"a file", 101, 7, 9, 65536, 3}, "changed since"},
-                        {{"a file", 100, 8, 9, 65536, 3}, "changed since"},
-                        {{"a file", 100, 7, 8, 65536, 3}, "how the records lie"},
-                        {{"a file", 100, 7, 9, 65536, 0}, "--message-bytes 65536 --message-records 3"}};
+  const Case cases[] = {{{"a file", 100, 11, 7, 9, 65536, 3}, "^$"},
+                        {{"other", 100, 11, 7, 9, 65536, 3}, "about a file"},
+                        {{"a file", 101, 11, 7, 9, 65536, 3}, "changed since"},
+                        {{"a file", 100, 12, 7, 9, 65536, 3}, "changed since"},
+                        {{"a file", 100, 11, 8, 9, 65536, 3}, "changed since"},
+                        {{"a file", 100, 11, 7, 8, 65536, 3}, "how the records lie"},
+                        {{"a file", 100, 11, 7, 9, 65536, 0}, "--message-bytes 65536 --message-records 3"}};
+  const auto idOf = [](const FeedState& run, std::string_view bytes) { return MessageIds(run).at(5, bytes); };
   for (const Case& each : cases) {
     EXPECT_THAT(whyNot(state, each.now), testing::ContainsRegex(each.why));
     // Messages have the same ids where the work may go on.
-    EXPECT_EQ(MessageIds(state).at(5) == MessageIds(each.now).at(5), each.why == std::string("^$")) << each.why;
+    EXPECT_EQ(idOf(state, "abc") == idOf(each.now, "abc"), each.why == std::string("^$")) << each.why;
   }
-  EXPECT_THAT(MessageIds(state).at(5), testing::MatchesRegex("a file:5:[0-9a-f]+"));
+  EXPECT_THAT(idOf(state, ""), testing::MatchesRegex("a file:5:[0-9a-f]+"));
+  // No two messages of other bytes have the same id: each bit counts, and so does the length.
+  std::set<std::string> ids;
+  for (std::size_t length = 0; length <= 20; ++length)
+    for (std::size_t bit = 0; bit <= 8 * length; ++bit) {
+      std::string bytes(length, '\0');
+      if (bit != 0) bytes[(bit - 1) / 8] = static_cast<char>(1U << (bit - 1) % 8);
+      EXPECT_TRUE(ids.insert(idOf(state, bytes)).second) << length << ' ' << bit;
+    }
 }
 
 TEST(FeedState, GoesUpToTheOldestThatIsNotConfirmed) {
@@ -301,6 +313,39 @@ TEST_F(Conversions, StopWhereTheOutputIsTooLong) {
     EXPECT_EQ(converted(encoding, lines).fault.has_value(), spare == 1);
     EXPECT_EQ(converted(decoding, bytes_ + bytes_ + bytes_).records, 9U - spare);
     EXPECT_EQ(converted(encoding, lines + lines + lines).records, 9U - spare);
+  }
+}
+
+TEST_F(Conversions, LeaveOutRecordsOfNoKind) {
+  rec::RecordPlan::Options options;
+  options.form.ccsid = 819;
+  options.conditions = {"T=1:A"};
+  const rec::Layout layout = rec::readCopybook("01 R. 05 T PIC 9. 05 A PIC X. 05 B REDEFINES A PIC X.", "c");
+  const rec::RecordPlan plan(layout, options);
+  const rec::RecordWorker::Settings settings{.form = {.framing = rec::Framing::lines},
+                                             .onUnknown = rec::OnUnknown::isSkipped};
+  Decoding decoding(plan, {.records = settings});
+  Encoding encoding(plan, {.records = settings});
+  struct Case {
+    Conversion& conversion;
+    const char* body;
+    const char* output;
+    std::uint64_t records, leftOut;
+  };
+  const Case cases[] = {
+      {decoding, "1a\n2b\n3c\n", "{\"T\":1,\"A\":\"a\"}\n", 1, 2},
+      {decoding, "2b\n3c\n", "", 0, 2},
+      {encoding, "{\"T\":1,\"A\":\"a\"}\n{\"RAW\":\"41\"}\n", "1a\n", 1, 1},
+      {encoding, "{\"RAW\":\"41\"}\n", "", 0, 1},
+  };
+  for (const Case& each : cases) {
+    SCOPED_TRACE(each.body);
+    const Converted made = converted(each.conversion, each.body);
+    EXPECT_FALSE(made.fault) << made.fault->reason;
+    EXPECT_EQ(made.output, each.output);
+    EXPECT_EQ(made.records, each.records);
+    EXPECT_EQ(made.leftOut, each.leftOut);
+    EXPECT_EQ(made.badFields, 0U);
   }
 }
 

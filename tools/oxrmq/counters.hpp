@@ -10,11 +10,13 @@ namespace oxr::mq {
 struct Counters {
   using Count = std::atomic<std::uint64_t>;
 
-  Count messagesIn{};      // taken from queues
-  Count messagesOut{};     // confirmed by the broker, those with errors not among them
-  Count messagesFailed{};  // that went to the target for errors
-  Count records{};         // in the messages that went out
-  Count bytesIn{};         // of messages' bodies
+  Count messagesIn{};       // taken from queues
+  Count messagesOut{};      // confirmed by the broker, those with errors not among them
+  Count messagesFailed{};   // that went to the target for errors
+  Count records{};          // in the messages that went out
+  Count messagesLeftOut{};  // of which nothing was to go out
+  Count recordsLeftOut{};   // because they are of no kind, or bad, and the options say so
+  Count bytesIn{};          // of messages' bodies
   Count bytesOut{};
   Count badFields{};
   Count redeliveries{};  // messages that had been delivered before

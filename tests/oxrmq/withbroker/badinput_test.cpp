@@ -6,6 +6,7 @@ namespace oxr::mq::test {
 namespace {
 
 using testing::HasSubstr;
+using testing::Pair;
 
 constexpr std::size_t kLongest = 134217728;  // that the broker takes
 
@@ -15,7 +16,7 @@ TEST_F(WithBroker, BadMessagesGoToTheErrorsWhole) {
   const std::string path = folder_.write("c.bin", customers(3) + bad + customers(3));
   ASSERT_EQ(feed(path, "--to /@in --message-records 8")->wait(), 0);
   const std::string types = std::string("application/octet-stream");
-  publish("in", "empty", "", types);
+  publish("in", "empty", "", types, {{"oxr-fault", "old"}, {"oxr-fault-path", "OLD"}, {"mine", "x"}});
   publish("in", "none", "This is no record file.", types);
   publish("in", "picture", customers(1), "image/png");
   publish("in", "long", std::string(kLongest, '\0'), types);
@@ -45,6 +46,9 @@ TEST_F(WithBroker, BadMessagesGoToTheErrorsWhole) {
     EXPECT_THAT(message.headers.at("oxr-fault"), HasSubstr(expected.reason));
     EXPECT_EQ(message.headers.at("oxr-fault-queue"), queue("in"));
   }
+  EXPECT_THAT(errors.at("empty").headers,
+              testing::UnorderedElementsAre(Pair("oxr-fault", "the message is empty"),
+                                            Pair("oxr-fault-queue", queue("in")), Pair("mine", "x")));
   std::map<std::string, std::string> headers = errors.lower_bound("c.bin:4050:")->second.headers;
   EXPECT_EQ(headers["oxr-fault-record"], "25");
   EXPECT_EQ(headers["oxr-fault-path"], "MOVEMENT(1).AMOUNT");
@@ -55,15 +59,18 @@ TEST_F(WithBroker, BadMessagesGoToTheErrorsWhole) {
 TEST_F(WithBroker, BadFieldsMayBeNullAndBadLinesLeftOut) {
   std::string bad = customers(1);
   bad[4 + 106] = static_cast<char>(0xA0);
-  publish("in", "f:0", bad);
+  publish("in", "f:0", bad, {}, {{"oxr-fault", "mended since"}, {"oxr-fault-path", "OLD"}});
   const auto decoding = decode("--on-error null");
   const auto lines = receive("out", 1);
   EXPECT_THAT(lines.at("f:0").body, HasSubstr("null"));
+  EXPECT_THAT(lines.at("f:0").headers, testing::ElementsAre(Pair("oxr-records", "8")));
   EXPECT_EQ(decoding->end(SIGTERM), 1);
   publish("lines", "f:0", linesOf(folder_.write("c", customers(1))) + "{\"x\":1}\n", "application/json");
   const auto skipping = consume("encode", "lines", "back", "--on-error skip");
   EXPECT_EQ(receive("back", 1).at("f:0").body, customers(1));
   EXPECT_EQ(skipping->end(SIGTERM), 1);
+  EXPECT_THAT(skipping->messages(), HasSubstr("1 messages with 8 records converted, 0 sent to"));
+  EXPECT_THAT(skipping->messages(), HasSubstr(", 1 records left out"));
   publish("lines", "f:0", linesOf(folder_.path("c")) + "{\"x\":1}\n");
   const auto encoding = consume("encode", "lines", "back", "");
   EXPECT_THAT(receive("bad", 1).at("f:0").headers.at("oxr-fault"), HasSubstr("line 9, "));

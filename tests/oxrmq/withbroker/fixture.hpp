@@ -85,12 +85,15 @@ class WithBroker : public testing::Test {
     connection.close();
     return all;
   }
-  void publish(const std::string& name, const std::string& id, std::string_view body, std::string_view type = {}) {
+  void publish(const std::string& name, const std::string& id, std::string_view body, std::string_view type = {},
+               const std::map<std::string, std::string>& headers = {}) {
     Connection connection(address(), {});
     connection.declareQueue(queue(name), "classic");
     Properties properties;
     properties.setMessageId(id);
     if (!type.empty()) properties.setContentType(type);
+    for (const auto& [header, text] : headers)
+      properties.setHeader(header.c_str(), text);
     connection.publish({"", queue(name)}, properties, body);
     while (true)
       if (const std::optional<Event> event = connection.next(seconds(10))) break;

@@ -12,6 +12,16 @@ namespace oxr::mq {
 
 namespace {
 
+std::string sumOf(const Counters& counters, const Route& route) {
+  std::string text = std::to_string(counters.messagesOut) + " messages with " + std::to_string(counters.records) +
+                     " records converted, " + std::to_string(counters.messagesFailed) + " sent to " +
+                     shown(route.errors);
+  if (counters.recordsLeftOut != 0) text += ", " + std::to_string(counters.recordsLeftOut) + " records left out";
+  if (counters.messagesLeftOut != 0)
+    text += ", among them all those of " + std::to_string(counters.messagesLeftOut) + " messages";
+  return text;
+}
+
 // The consumers of a run, a thread each. What ends one of them ends all; the first such thing counts.
 class Consumers {
  public:
@@ -94,9 +104,7 @@ int consume(const ConsumeOptions& options, const std::string& name, const Conver
     conversions.push_back(make());
   const MetricsFile metrics(options.broker.metrics, counters, log);
   Consumers(options, name, around).run(conversions);
-  log.tell(std::to_string(counters.messagesOut) + " messages with " + std::to_string(counters.records) +
-           " records converted, " + std::to_string(counters.messagesFailed) + " sent to " +
-           shown(options.route.errors));
+  log.tell(sumOf(counters, options.route));
   return counters.messagesFailed == 0 && counters.badFields == 0 ? rec::kDone : rec::kBadField;
 }
 

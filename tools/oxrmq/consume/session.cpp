@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kLook{200};  // so soon it is seen that an end is asked for
 constexpr char kBrokersOwn[] = "x-";             // what headers begin with that brokers write
+constexpr char kFaultHeader[] = "oxr-fault";     // and what those begin with that tell more of a fault
 
 std::uint64_t headerOr(const amqp_basic_properties_t& properties, const char* name, std::uint64_t otherwise) {
   const std::optional<std::int64_t> value = integerHeader(properties, name);
@@ -106,6 +107,7 @@ void ConsumerSession::take(const Answer& answer) {
     acknowledgements_.done(inHand.delivery.tag);
     ++(inHand.isFault ? around_.counters.messagesFailed : around_.counters.messagesOut);
     around_.counters.records += inHand.records;
+    around_.counters.recordsLeftOut += inHand.leftOut;
     around_.counters.badFields += inHand.badFields;
     around_.counters.bytesOut += inHand.bytes;
   }
@@ -176,13 +178,18 @@ Converted ConsumerSession::converted(const Delivery& delivery) {
 void ConsumerSession::publishOutput(Delivery delivery, const Converted& made) {
   Properties properties(delivery.message.properties());
   properties.dropHeaders(kBrokersOwn);
+  properties.dropHeaders(kFaultHeader);
+  properties.dropHeaders(kOffsetHeader);  // it counts bytes of the other form
+  properties.setHeader(kCountHeader, static_cast<std::int64_t>(made.records));
   properties.setContentType(conversion_.outputType());
-  publish({std::move(delivery), made.records, made.badFields, made.output.size(), false}, route_.output, properties,
-          made.output);
+  publish({std::move(delivery), made.records, made.leftOut, made.badFields, made.output.size(), false}, route_.output,
+          properties, made.output);
 }
 
 // Nothing is left of the message.
 void ConsumerSession::leaveOut(std::uint64_t tag, const Converted& made) {
+  ++around_.counters.messagesLeftOut;
+  around_.counters.recordsLeftOut += made.leftOut;
   around_.counters.badFields += made.badFields;
   acknowledgements_.done(tag);
 }
@@ -190,14 +197,15 @@ void ConsumerSession::leaveOut(std::uint64_t tag, const Converted& made) {
 void ConsumerSession::publishFault(Delivery delivery, const Fault& fault, std::uint64_t badFields) {
   Properties properties(delivery.message.properties());
   properties.dropExpiration();
-  properties.setHeader("oxr-fault", fault.reason);
+  properties.dropHeaders(kFaultHeader);  // of an earlier fault, which had other parts
+  properties.setHeader(kFaultHeader, fault.reason);
   properties.setHeader("oxr-fault-queue", delivery.queue);
   if (fault.number != 0) properties.setHeader("oxr-fault-number", fault.number);
   if (!fault.path.empty()) properties.setHeader("oxr-fault-path", fault.path);
   if (fault.record) properties.setHeader("oxr-fault-record", static_cast<std::int64_t>(*fault.record));
   if (fault.offset) properties.setHeader("oxr-fault-byte", static_cast<std::int64_t>(*fault.offset));
   const auto body = delivery.message.body();
-  publish({std::move(delivery), 0, badFields, body.size(), true}, route_.errors, properties,
+  publish({std::move(delivery), 0, 0, badFields, body.size(), true}, route_.errors, properties,
           {reinterpret_cast<const char*>(body.data()), body.size()});
 }
 

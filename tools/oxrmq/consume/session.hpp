@@ -47,6 +47,7 @@ class ConsumerSession {
   struct InHand {
     Delivery delivery;
     std::uint64_t records = 0;
+    std::uint64_t leftOut = 0;
     std::uint64_t badFields = 0;
     std::uint64_t bytes = 0;
     bool isFault = false;

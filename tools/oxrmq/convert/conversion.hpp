@@ -24,6 +24,7 @@ struct Fault {
 struct Converted {
   std::string_view output;       // until the next conversion
   std::uint64_t records = 0;     // in the output
+  std::uint64_t leftOut = 0;     // records that the options leave out: of no kind, or bad
   std::uint64_t badFields = 0;   // and lines: all that could not be converted
   std::optional<Fault> fault{};  // there is no output then
 };

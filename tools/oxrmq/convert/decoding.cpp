@@ -23,6 +23,7 @@ Converted Decoding::convert(std::span<const unsigned char> body, rec::Origin ori
   lines_.clear();
   isRecordBad_ = false;
   BodySource source(body, origin);
+  const std::uint64_t skippedBefore = worker_->recordsSkipped();
   try {
     readAll(source);
     if (!converted_.fault) converted_.output = lines_.lines();
@@ -32,6 +33,8 @@ Converted Decoding::convert(std::span<const unsigned char> body, rec::Origin ori
     lines_.discardUnfinished();
     converted_.fault = {.reason = error.what(), .record = worker_->recordNumber(), .offset = error.byte()};
   }
+  converted_.leftOut += worker_->recordsSkipped() - skippedBefore;
+  converted_.records = worker_->recordsRead() - converted_.leftOut;
   return std::move(converted_);
 }
 
@@ -45,10 +48,10 @@ void Decoding::readAll(rec::BufferSource& source) {
 
 // Whether the next one may follow.
 bool Decoding::finishRecord() {
-  if (std::exchange(isRecordBad_, false) && onError_ == OnError::skip)
+  if (std::exchange(isRecordBad_, false) && onError_ == OnError::skip) {
     lines_.discard();
-  else
-    ++converted_.records;
+    ++converted_.leftOut;
+  }
   if (lines_.lines().size() <= longest_) return true;
   converted_.fault = tooLong(longest_);
   return false;

@@ -32,19 +32,19 @@ Converted Encoding::convert(std::span<const unsigned char> body, rec::Origin ori
   while (!isTooLong()) {
     const auto line = lines.next();
     if (!line) break;
-    std::optional<Fault> fault = add(*line, origin.bytes + lines.lineStart());
-    if (!fault) {
-      ++converted.records;
+    std::optional<Fault> fault = add(*line, origin.bytes + lines.lineStart(), converted);
+    if (!fault) continue;
+    ++converted.badFields;
+    if (onError_ == OnError::skip) {
+      ++converted.leftOut;
       continue;
     }
-    ++converted.badFields;
-    if (onError_ == OnError::skip) continue;
     fault->reason = "line " + std::to_string(lines.lineNumber()) + ", " + fault->reason;
     fault->record = origin.records + lines.lineNumber();
     converted.fault = std::move(fault);
     return converted;
   }
-  if (converted.records == 0 && converted.badFields == 0) {
+  if (converted.records == 0 && converted.leftOut == 0) {
     converted.fault = {.reason = "the message has no records"};
     return converted;
   }
@@ -57,10 +57,14 @@ Converted Encoding::convert(std::span<const unsigned char> body, rec::Origin ori
   return converted;
 }
 
-std::optional<Fault> Encoding::add(std::string_view line, std::uint64_t lineStart) {
+std::optional<Fault> Encoding::add(std::string_view line, std::uint64_t lineStart, Converted& converted) {
   try {
     worker_->setFIMessageTree(&reader_.read(line), false);
     worker_->write(&buffer_, 0, 0);
+    ++converted.records;
+    return std::nullopt;
+  } catch (const rec::UnknownRecord&) {
+    ++converted.leftOut;
     return std::nullopt;
   } catch (const rec::JsonLineError& error) {
     return Fault{.reason = error.what(), .offset = lineStart + error.column() - 1};

@@ -23,7 +23,8 @@ class Encoding final : public Conversion, private rec::FaultListener {
 
  private:
   bool goOnAfter(const rec::FieldFault&) override { return false; }
-  std::optional<Fault> add(std::string_view line, std::uint64_t lineStart);
+  // Counts the line as a record, or as one that is left out, unless something is wrong with it.
+  std::optional<Fault> add(std::string_view line, std::uint64_t lineStart, Converted& converted);
   bool isTooLong() const { return buffer_.bytes().size() > longest_; }
 
   const OnError onError_;

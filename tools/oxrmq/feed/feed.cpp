@@ -113,6 +113,8 @@ void addFile(FeedState& state, const FeedOptions& options) {
   const char* const bytes = file.slide(0, kFingerprintBytes)->getData(&size, 0);
   const std::string_view start(bytes, std::min<std::size_t>(static_cast<std::size_t>(size), kFingerprintBytes));
   state.size = file.totalSize().value_or(0);
+  state.changed = static_cast<std::uint64_t>(
+      std::chrono::nanoseconds(std::filesystem::last_write_time(options.input.path).time_since_epoch()).count());
   state.start = fingerprint(start);
 }
 

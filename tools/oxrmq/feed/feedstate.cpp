@@ -1,8 +1,10 @@
 #include "oxrmq/feed/feedstate.hpp"
 
 #include <charconv>
+#include <cstring>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 #include "records/framing/errors.hpp"
 #include "records/framing/fileoutput.hpp"
@@ -11,7 +13,7 @@ namespace oxr::mq {
 
 namespace {
 
-constexpr char kFirstLine[] = "oxrmq feed 2";
+constexpr char kFirstLine[] = "oxrmq feed 3";
 constexpr char kFileKey[] = "file ";
 
 struct Member {
@@ -20,9 +22,9 @@ struct Member {
 };
 
 constexpr Member kMembers[] = {
-    {"size ", &FeedState::size},       {"start ", &FeedState::start}, {"form ", &FeedState::form},
-    {"bytes ", &FeedState::bytes},     {"most ", &FeedState::most},   {"offset ", &FeedState::offset},
-    {"records ", &FeedState::records},
+    {"size ", &FeedState::size},     {"changed ", &FeedState::changed}, {"start ", &FeedState::start},
+    {"form ", &FeedState::form},     {"bytes ", &FeedState::bytes},     {"most ", &FeedState::most},
+    {"offset ", &FeedState::offset}, {"records ", &FeedState::records},
 };
 
 [[noreturn]] void refuse(const std::string& file) {
@@ -86,7 +88,8 @@ std::string cutText(const FeedState& state) {
 
 std::string whyNot(const FeedState& state, const FeedState& now) {
   if (state.file != now.file) return "it is about " + state.file;
-  if (state.size != now.size || state.start != now.start) return "the file has changed since";
+  if (state.size != now.size || state.changed != now.changed || state.start != now.start)
+    return "the file has changed since";
   if (state.form != now.form)
     return "the options or the copybook that tell how the records lie, or which part of the file is fed, were others";
   if (state.bytes != now.bytes || state.most != now.most)
@@ -94,23 +97,44 @@ std::string whyNot(const FeedState& state, const FeedState& now) {
   return {};
 }
 
-// FNV-1a.
-std::uint64_t fingerprint(std::string_view bytes) {
-  std::uint64_t number = 14695981039346656037U;
-  for (const char byte : bytes)
-    number = (number ^ static_cast<unsigned char>(byte)) * 1099511628211U;
-  return number;
+namespace {
+
+// Each step loses nothing of the number before, nor of the word: texts that differ in one word differ in their numbers.
+std::uint64_t mixed(std::uint64_t number, std::uint64_t word) {
+  number = (number ^ word) * 0x9E3779B97F4A7C15U;
+  return number ^ (number >> 32);
 }
 
-MessageIds::MessageIds(FeedState state) : file_(state.file) {
+}  // namespace
+
+// Eight bytes at a time, as they lie in this machine's memory: all that is fed goes through here. The length tells
+// bytes from those with zeros after them.
+std::uint64_t fingerprint(std::string_view bytes, std::uint64_t seed) {
+  std::uint64_t number = mixed(seed, bytes.size()), word = 0;
+  for (; bytes.size() >= sizeof word; bytes.remove_prefix(sizeof word)) {
+    std::memcpy(&word, bytes.data(), sizeof word);
+    number = mixed(number, word);
+  }
+  word = 0;
+  if (!bytes.empty()) std::memcpy(&word, bytes.data(), bytes.size());
+  return mixed(number, word);
+}
+
+namespace {
+
+std::uint64_t numberOfRun(FeedState state) {
   state.offset = state.records = 0;
-  char digits[16];
-  const auto written = std::to_chars(std::begin(digits), std::end(digits), fingerprint(textOf(state)), 16);
-  end_ = ':' + std::string(digits, written.ptr);
+  return fingerprint(textOf(state));
 }
 
-std::string MessageIds::at(std::uint64_t offset) const {
-  return file_ + ':' + std::to_string(offset) + end_;
+}  // namespace
+
+MessageIds::MessageIds(FeedState state) : file_(state.file), run_(numberOfRun(std::move(state))) {}
+
+std::string MessageIds::at(std::uint64_t offset, std::string_view bytes) const {
+  char digits[16];
+  const auto written = std::to_chars(std::begin(digits), std::end(digits), fingerprint(bytes, run_), 16);
+  return file_ + ':' + std::to_string(offset) + ':' + std::string(digits, written.ptr);
 }
 
 }  // namespace oxr::mq

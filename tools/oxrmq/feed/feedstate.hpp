@@ -11,6 +11,7 @@ namespace oxr::mq {
 struct FeedState {
   std::string file;           // as messages call it
   std::uint64_t size = 0;     // of all of it
+  std::uint64_t changed = 0;  // when that was: nanoseconds, on the clock of file systems
   std::uint64_t start = 0;    // a number made of its first bytes
   std::uint64_t form = 0;     // a number made of all that tells where records lie, and which of them
   std::uint64_t bytes = 0;    // the cut: bytes of a message,
@@ -30,19 +31,20 @@ std::optional<FeedState> readState(const std::string& path);
 void writeState(const std::string& path, const FeedState& state);
 // Why a state cannot be gone on from; empty if it can. `now` is what would be written at the start.
 std::string whyNot(const FeedState& state, const FeedState& now);
-// A number for bytes: others have another one in all likelihood.
-std::uint64_t fingerprint(std::string_view bytes);
+// A number for bytes: others have another one in all likelihood. `seed` is one for bytes that come before them.
+std::uint64_t fingerprint(std::string_view bytes, std::uint64_t seed = 0);
 
 // Of the messages that a run cuts: "FILE:OFFSET:FINGERPRINT". Another run gives a message the same id if it is about
-// the same file and cuts it in the same way, how far the state may be.
+// the same file and cuts it in the same way, how far the state may be. The fingerprint is made of the message's own
+// bytes too: what is known of a file at its start does not tell it from all others.
 class MessageIds {
  public:
   explicit MessageIds(FeedState state);
-  std::string at(std::uint64_t offset) const;
+  std::string at(std::uint64_t offset, std::string_view bytes) const;
 
  private:
   const std::string file_;
-  std::string end_;
+  const std::uint64_t run_;  // a number made of the state
 };
 // Bytes of a file's name that leave room for the rest of an id.
 inline constexpr std::size_t kLongestFileName = 200;

@@ -121,7 +121,7 @@ void FeedSession::publish(rec::Chunk&& taken) {
   const rec::Chunk& chunk = published_.add(connection_.nextNumber(), std::move(taken));
   Properties properties;
   properties.setContentType(settings_.type);
-  properties.setMessageId(settings_.ids.at(chunk.origin.bytes));
+  properties.setMessageId(settings_.ids.at(chunk.origin.bytes, chunk.bytes));
   properties.setHeader(kFileHeader, settings_.source);
   properties.setHeader(kRecordHeader, static_cast<std::int64_t>(chunk.origin.records + 1));
   properties.setHeader(kOffsetHeader, static_cast<std::int64_t>(chunk.origin.bytes));
