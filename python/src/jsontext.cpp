@@ -6,6 +6,7 @@
 
 #include "kelwstringconvertor.hpp"
 #include "records/fields/datepattern.hpp"
+#include "values.hpp"
 
 namespace py = pybind11;
 
@@ -13,11 +14,14 @@ namespace oxr::python {
 
 namespace {
 
-std::string_view utf8Of(py::handle text) {
+// Of a text that lives on. Half of a surrogate pair is no character.
+std::string_view utf8Of(py::handle text, const ValuePlace& place) {
   Py_ssize_t size = 0;
   const char* const bytes = PyUnicode_AsUTF8AndSize(text.ptr(), &size);
-  if (bytes == nullptr) throw py::error_already_set();
-  return {bytes, static_cast<std::size_t>(size)};
+  if (bytes != nullptr) return {bytes, static_cast<std::size_t>(size)};
+  if (PyErr_ExceptionMatches(PyExc_UnicodeEncodeError) == 0) throw py::error_already_set();
+  PyErr_Clear();
+  throw ValueFault("the text has half of a surrogate pair", place.path());
 }
 
 void quoted(std::string_view text, std::string& line) {
@@ -35,12 +39,52 @@ void quoted(std::string_view text, std::string& line) {
   line += '"';
 }
 
-bool isA(py::handle value, const char* module, const char* name) {
-  const py::object type = py::module_::import(module).attr(name);
-  return py::isinstance(value, type);
+[[noreturn]] void refuse(py::handle value, const ValuePlace& place) {
+  throw ValueFault(std::string("a ") + Py_TYPE(value.ptr())->tp_name + " is no value of a field", place.path());
 }
 
+// What a value was made into. A type or value that refuses that is no field's.
+py::object made(PyObject* result, py::handle value, const ValuePlace& place) {
+  if (result != nullptr) return py::reinterpret_steal<py::object>(result);
+  if (PyErr_ExceptionMatches(PyExc_TypeError) == 0 && PyErr_ExceptionMatches(PyExc_ValueError) == 0)
+    throw py::error_already_set();
+  PyErr_Clear();
+  refuse(value, place);
+}
+
+// The text of a number: what is neither NaN nor infinite.
+void number(py::handle text, const ValuePlace& place, std::string& line) {
+  const std::string_view digits = utf8Of(text, place);
+  if (digits.find_first_of("nNiI") == std::string_view::npos)
+    line += digits;
+  else
+    quoted('<' + std::string(digits) + '>', line);
+}
+
+bool isTrueOrFalse(PyObject* value) {
+  const std::string_view type = Py_TYPE(value)->tp_name;
+  return PyBool_Check(value) != 0 || type == "numpy.bool_" || type == "numpy.bool";
+}
+
+// A record may hold itself.
+class OneDeeper {
+ public:
+  OneDeeper() {
+    if (Py_EnterRecursiveCall(" while a record is written") != 0) throw py::error_already_set();
+  }
+  OneDeeper(const OneDeeper&) = delete;
+  OneDeeper& operator=(const OneDeeper&) = delete;
+  ~OneDeeper() { Py_LeaveRecursiveCall(); }
+};
+
 }  // namespace
+
+std::string ValuePlace::path() const {
+  std::string before = around == nullptr ? std::string() : around->path();
+  if (occurrence != 0) return before + '(' + std::to_string(occurrence) + ')';
+  if (!before.empty()) before += '.';
+  return before.append(name);
+}
 
 RecordText::RecordText(const rec::RecordPlan& plan) {
   for (const rec::Step& step : plan.steps()) {
@@ -52,72 +96,79 @@ RecordText::RecordText(const rec::RecordPlan& plan) {
 }
 
 void RecordText::append(py::handle record, std::string& line) const {
-  if (!py::isinstance<py::dict>(record)) throw py::type_error("a record is a dict");
-  object(record, line);
+  if (!py::isinstance<py::dict>(record))
+    throw py::type_error(std::string("a record is a dict, not a ") + Py_TYPE(record.ptr())->tp_name);
+  object(record, {nullptr, {}, 0}, line);
   line += '\n';
 }
 
-void RecordText::object(py::handle dict, std::string& line) const {
+// Values' own methods are called on the way, which may change the dict: what is in hand is kept.
+void RecordText::object(py::handle dict, const ValuePlace& place, std::string& line) const {
   line += '{';
   bool isFirst = true;
-  for (const auto& [key, member] : py::reinterpret_borrow<py::dict>(dict)) {
-    if (!py::isinstance<py::str>(key)) throw py::type_error("the keys of a record are the names of its fields");
+  PyObject* nextKey = nullptr;
+  PyObject* nextMember = nullptr;
+  for (Py_ssize_t at = 0; PyDict_Next(dict.ptr(), &at, &nextKey, &nextMember) != 0;) {
+    const auto key = py::reinterpret_borrow<py::object>(nextKey);
+    const auto member = py::reinterpret_borrow<py::object>(nextMember);
+    if (!py::isinstance<py::str>(key))
+      throw ValueFault("the keys of a record are the names of its fields", place.path());
     if (!isFirst) line += ',';
     isFirst = false;
-    quoted(utf8Of(key), line);
+    const std::string_view name = utf8Of(key, place);
+    quoted(name, line);
     line += ':';
-    value(member, utf8Of(key), line);
+    value(member, {&place, name, 0}, line);
   }
   line += '}';
 }
 
-void RecordText::value(py::handle value, std::string_view name, std::string& line) const {
+void RecordText::array(py::handle values, const ValuePlace& place, std::string& line) const {
+  line += '[';
+  std::size_t occurrence = 0;
+  for (const py::handle element : py::reinterpret_borrow<py::iterable>(values)) {
+    if (occurrence != 0) line += ',';
+    value(element, {&place, place.name, ++occurrence}, line);
+  }
+  line += ']';
+}
+
+void RecordText::value(py::handle value, const ValuePlace& place, std::string& line) const {
   PyObject* const given = value.ptr();
   if (given == Py_None) {
     line += "null";
   } else if (PyUnicode_Check(given) != 0) {
-    quoted(utf8Of(value), line);
+    quoted(utf8Of(value, place), line);
   } else if (PyDict_Check(given) != 0) {
-    object(value, line);
+    const OneDeeper deeper;
+    object(value, place, line);
   } else if (PyList_Check(given) != 0 || PyTuple_Check(given) != 0) {
-    line += '[';
-    const char* between = "";
-    for (const py::handle element : py::reinterpret_borrow<py::sequence>(value)) {
-      line += between;
-      between = ",";
-      this->value(element, name, line);
-    }
-    line += ']';
-  } else if (PyBool_Check(given) != 0) {
-    line += given == Py_True ? "true" : "false";
+    const OneDeeper deeper;
+    array(value, place, line);
+  } else if (isTrueOrFalse(given)) {
+    line += PyObject_IsTrue(given) != 0 ? "true" : "false";
   } else if (PyIndex_Check(given) != 0) {
-    number(py::str(py::reinterpret_steal<py::object>(PyNumber_Index(given))), line);
-  } else if (isA(value, "decimal", "Decimal")) {
-    number(py::str(value), line);
+    const py::object whole = made(PyNumber_Index(given), value, place);
+    number(made(PyObject_Str(whole.ptr()), value, place), place, line);
+  } else if (py::isinstance(value, Makers::get().decimalType)) {
+    number(made(PyObject_Str(given), value, place), place, line);
   } else if (py::hasattr(value, "isoformat")) {
-    moment(value, name, line);
+    moment(value, place, line);
   } else if (PyNumber_Check(given) != 0) {
-    number(py::repr(py::float_(py::reinterpret_borrow<py::object>(value))), line);
+    number(py::repr(made(PyNumber_Float(given), value, place)), place, line);
   } else {
-    throw py::type_error(std::string(name) + ": a " + Py_TYPE(given)->tp_name + " is no value of a field");
+    refuse(value, place);
   }
 }
 
-void RecordText::number(py::handle text, std::string& line) const {
-  const std::string_view digits = utf8Of(text);
-  const bool isNumber = digits.find_first_of("nNiI") == std::string_view::npos;  // neither NaN nor infinite
-  if (isNumber)
-    line += digits;
-  else
-    quoted('<' + std::string(digits) + '>', line);
-}
-
 // A digit of a second that the field has no place for stays, so that it is refused and not lost.
-void RecordText::moment(py::handle value, std::string_view name, std::string& line) const {
-  if (!py::hasattr(value, "microsecond")) return quoted(utf8Of(py::str(value.attr("isoformat")())), line);
-  std::string text(utf8Of(py::str(value.attr("isoformat")(py::arg("timespec") = "microseconds"))));
+void RecordText::moment(py::handle value, const ValuePlace& place, std::string& line) const {
+  const py::object iso = value.attr("isoformat");
+  const auto textOf = [&](const py::str& given) { return std::string(utf8Of(given, place)); };
+  if (!py::hasattr(value, "microsecond")) return quoted(textOf(iso()), line);
+  std::string text = textOf(iso(py::arg("timespec") = "microseconds"));
   const std::size_t point = text.find('.');
-  const auto known = fractions_.find(name);
+  const auto known = fractions_.find(place.name);
   const std::size_t wanted = known == fractions_.end() ? 0 : known->second;
   std::size_t end = text.find_first_not_of("0123456789", point + 1);
   if (end == std::string::npos) end = text.size();

@@ -33,7 +33,8 @@ const Makers& Makers::get() {
     const py::object exact = attribute("decimal", "Context")(
         py::arg("prec") = attribute("decimal", "MAX_PREC"), py::arg("Emax") = attribute("decimal", "MAX_EMAX"),
         py::arg("Emin") = attribute("decimal", "MIN_EMIN"), py::arg("traps") = py::list());
-    return Makers{py::object(exact.attr("create_decimal")).release().ptr(), fromIso("date"), fromIso("time"),
+    return Makers{py::object(exact.attr("create_decimal")).release().ptr(),
+                  py::object(attribute("decimal", "Decimal")).release().ptr(), fromIso("date"), fromIso("time"),
                   fromIso("datetime")};
   }();
   return makers;

@@ -15,7 +15,8 @@ namespace oxr::python {
 // process.
 struct Makers {
   PyObject* decimal;  // makes a Decimal of a text
-  PyObject* date;     // fromisoformat of each
+  PyObject* decimalType;
+  PyObject* date;  // fromisoformat of each
   PyObject* time;
   PyObject* dateTime;
   static const Makers& get();

@@ -2,6 +2,8 @@
 
 #include <pybind11/stl.h>
 
+#include <algorithm>
+#include <exception>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -28,25 +30,44 @@ constexpr std::uint64_t kToldRecords = 20;
 class Target {
  public:
   Target(const py::object& target, const rec::Layout& layout) {
-    if (py::isinstance<py::bytes>(target))
+    if (py::isinstance<py::bytes>(target)) {
       file_.emplace(rec::FileOutput::open(py::cast<std::string>(target), layout.fileNames, -1));
-    else
-      write_ = target.attr("write");
+      return;
+    }
+    write_ = target.attr("write");
+    isRaw_ = py::isinstance(target, py::module_::import("io").attr("RawIOBase"));
   }
   void write(std::string_view bytes) {
     if (file_)
       file_->write(bytes);
-    else if (!bytes.empty())
-      write_(py::bytes(bytes.data(), bytes.size()));
+    else
+      give(bytes);
   }
   void close() {
     if (file_) file_->close();
   }
 
  private:
+  void give(std::string_view bytes);
+
   std::optional<rec::FileOutput> file_;
   py::object write_;
+  bool isRaw_ = false;
 };
+
+// A raw file may take only the first of the bytes, which it tells, or none with None. Other objects may return nothing.
+void Target::give(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const py::object taken = write_(py::bytes(bytes.data(), bytes.size()));
+    if (taken.is_none() && isRaw_)
+      throw rec::ToolError("the output takes no bytes now: a file that does not wait cannot be written");
+    if (!py::isinstance<py::int_>(taken) || py::isinstance<py::bool_>(taken)) return;
+    const Py_ssize_t count = PyLong_AsSsize_t(taken.ptr());
+    if (PyErr_Occurred() != nullptr) throw py::error_already_set();
+    if (count <= 0) throw rec::ToolError("write() of the output takes none of the bytes");
+    bytes.remove_prefix(std::min(static_cast<std::size_t>(count), bytes.size()));
+  }
+}
 
 // No record is read.
 class NoFaults : public rec::FaultListener {
@@ -65,18 +86,27 @@ class Writing {
     worker_->initializeWrite(nullptr, 0, 0, 0);
   }
 
-  // Throws RecordEnded for a record that does not fit, unless such are left out.
+  // Throw RecordEnded for a record that does not fit, unless such are left out.
+  void addAll(std::string& lines, const std::vector<std::size_t>& ends) {
+    lines.reserve(lines.size() + rec::JsonReader::kPadding);
+    std::size_t begin = 0;
+    for (const std::size_t end : ends) {
+      add(std::string_view(lines).substr(begin, end - 1 - begin));
+      begin = end;
+    }
+  }
   void add(std::string_view line) {
     ++lines_;
-    rec::JsonTree& tree = reader_.read(line);
-    if (!unnesting_) {
-      write(tree, {});
-      return;
+    try {
+      write(reader_.read(line));
+    } catch (const rec::JsonLineError& error) {
+      tell(error.what(), {});
     }
-    const auto left = unnesting_->writeAll(
-        tree, isSkipping_,
-        [this](const rec::JsonTree& record, const std::string& path) { return write(record, path); });
-    left_ += left.withBad;
+  }
+  // A record that no line can be made of.
+  void refuse(const ValueFault& fault) {
+    ++lines_;
+    tell(fault.path.empty() ? fault.what() : fault.path + ": " + fault.what(), fault.path);
   }
   void finish() { worker_->finishWriting(buffer_); }
   std::string_view bytes() const { return buffer_.bytes(); }
@@ -89,6 +119,16 @@ class Writing {
   }
 
  private:
+  void write(rec::JsonTree& tree) {
+    if (!unnesting_) {
+      write(tree, {});
+      return;
+    }
+    const auto left = unnesting_->writeAll(
+        tree, isSkipping_,
+        [this](const rec::JsonTree& record, const std::string& path) { return write(record, path); });
+    left_ += left.withBad;
+  }
   rec::Unnesting::Written write(const rec::JsonTree& tree, const std::string& path) {
     try {
       worker_->setFIMessageTree(&tree, false);
@@ -126,18 +166,19 @@ class Writing {
   std::uint64_t left_ = 0;  // children of records that were left out
 };
 
-// Writes the lines, whose ends are given, and forgets them.
+// Writes the lines, whose ends are given, and forgets them. What ends the work comes after the records before it.
 void writeLines(Writing& writing, std::string& lines, std::vector<std::size_t>& ends, Target& target) {
+  std::exception_ptr ending;
   {
     const py::gil_scoped_release free;
-    lines.reserve(lines.size() + rec::JsonReader::kPadding);
-    std::size_t begin = 0;
-    for (const std::size_t end : ends) {
-      writing.add(std::string_view(lines).substr(begin, end - 1 - begin));
-      begin = end;
+    try {
+      writing.addAll(lines, ends);
+    } catch (...) {
+      ending = std::current_exception();
     }
   }
   target.write(writing.bytes());
+  if (ending) std::rethrow_exception(ending);
   writing.clear();
   lines.clear();
   ends.clear();
@@ -155,8 +196,13 @@ py::tuple write(const Arguments& arguments, const py::object& target, const py::
   std::string lines;
   std::vector<std::size_t> ends;
   for (const py::handle record : records) {
-    text.append(record, lines);
-    ends.push_back(lines.size());
+    try {
+      text.append(record, lines);
+      ends.push_back(lines.size());
+    } catch (const ValueFault& fault) {
+      writeLines(writing, lines, ends, output);  // those before it
+      writing.refuse(fault);
+    }
     if (lines.size() >= kBatchBytes) writeLines(writing, lines, ends, output);
   }
   writeLines(writing, lines, ends, output);

@@ -71,13 +71,70 @@ def test_what_does_not_fit(options, tmp_path, change, words):
     assert sorted(os.listdir(tmp_path)) == ["r.cob"]
 
 
+@pytest.mark.parametrize("change, words", [
+    (dict(T=object()), "T: a object is no value"), (dict(T="\ud800"), "T: the text has half of a surrogate pair"),
+    (dict(A=[1, {2}]), r"A\(2\): a set is no value"), (dict(A=[{"B": b""}]), r"A\(1\).B: a bytes is"), ({7: 1}, "the keys"),
+    (dict(D=numpy.datetime64("2024-02-29")), "D: a numpy.datetime64 is"), (dict(C=numpy.bool_(True)), "C: "),
+    (dict(N=10**5000), "N: a int is"), (dict(A=numpy.array([1, 2])), "A: a numpy.ndarray is")])
+def test_what_is_no_value(options, caplog, change, words):
+    """It is told like what does not fit, after the records before it."""
+    target = io.BytesIO()
+    with pytest.raises(oxrrec.WriteError, match="^record 2, " + words):
+        oxrrec.write(target, [GOOD, GOOD | change, GOOD], **options)
+    one = target.getvalue()
+    assert oxrrec.write(target, [GOOD, GOOD | change, GOOD], on_error="skip", **options) == 2
+    assert target.getvalue() == 3 * one != b"" and "record 2, " in caplog.text
+
+
+def test_values_that_come_and_go(options):
+    """Elements that nobody else keeps, a dict that changes while it is written, and a record that holds itself."""
+    class Made(list):
+        def __iter__(self):
+            return (Decimal(f"{n}.000") for n in (11, 22))
+
+    class Changing(datetime.date):
+        def isoformat(self):
+            record.clear()
+            return "2024-02-29"
+    target = io.BytesIO()
+    assert oxrrec.write(target, [dict(GOOD, A=Made())], **options) == 1
+    assert next(oxrrec.read(io.BytesIO(target.getvalue()), **options))["A"] == [11, 22]
+    record = {"D": Changing(2024, 2, 29), "T": "x" * 7}
+    with pytest.raises(oxrrec.WriteError):
+        oxrrec.write(target, [record], **options)
+    record["A"] = [record]
+    with pytest.raises(RecursionError):
+        oxrrec.write(target, [record], **options)
+
+
+class Taking(io.RawIOBase):
+    """Takes a few bytes at a time, as a pipe may, and then what `last` tells."""
+
+    def __init__(self, last):
+        self.got, self.last = b"", last
+
+    def write(self, given):
+        if len(self.got) > 20:
+            return self.last(given)
+        self.got += given[:7]
+        return len(given[:7])
+
+
+def test_a_file_that_takes_less(options):
+    whole = io.BytesIO()
+    oxrrec.write(whole, [GOOD], **options)
+    some = Taking(lambda given: setattr(some, "got", some.got + given) or len(given))
+    assert oxrrec.write(some, [GOOD], **options) == 1 and some.got == whole.getvalue()
+    for last, words in ((None, "takes no bytes now"), (0, "takes none")):
+        with pytest.raises(oxrrec.FileError, match=words):
+            oxrrec.write(Taking(lambda given, last=last: last), [GOOD], **options)
+
+
 def test_left_out_and_refused(options, caplog):
     target = io.BytesIO()
     assert oxrrec.write(target, [dict(GOOD, N=1000), GOOD], on_error="skip", **options) == 1
     assert "record 1, N: " in caplog.text and "1 records left out" in caplog.text
-    for record, words in ((dict(GOOD, T=object()), "T: a object is no value"), ([1], "a record is a dict"),
-                          ({1: 2}, "names of its fields")):
-        with pytest.raises(TypeError, match=words):
-            oxrrec.write(target, [record], **options)
+    with pytest.raises(TypeError, match="a record is a dict, not a list"):
+        oxrrec.write(target, [[1]], **options)
     with pytest.raises(oxrrec.OptionError, match="has to be said"):
         oxrrec.write(target, [], **dict(options, records="auto"))
