@@ -228,12 +228,12 @@ TEST(FeedState, GoesUpToTheOldestThatIsNotConfirmed) {
 TEST(Outbox, HasWhatIsNotConfirmed) {
   int cut = 0;
   Outbox outbox(
-      [&]() -> std::optional<rec::Chunk> {
+      [&]() -> Part {
         if (++cut == 3) throw std::bad_alloc();
         rec::Chunk chunk;
         chunk.bytes = "ab";
         chunk.origin = {10U * cut, 1U * cut};
-        return chunk;
+        return {chunk};
       },
       {10, 1});
   rec::Chunk first = *outbox.next();
@@ -246,7 +246,9 @@ TEST(Outbox, HasWhatIsNotConfirmed) {
   EXPECT_TRUE(outbox.isConfirmed());
   EXPECT_EQ(outbox.upTo().offset, 22U);
   // Whatever the cut had in hand is gone.
-  EXPECT_THAT(faultOf([&] { outbox.next(); }), HasSubstr("out of memory"));
+  EXPECT_THAT(faultOf([&] { outbox.next(); }), HasSubstr("out of memory where"));
+  outbox.lost();
+  EXPECT_THAT(faultOf([&] { outbox.next(); }), HasSubstr("out of memory for"));
 }
 
 // Conversions of the sample customers, in a file of which 1000 bytes and 7 records came before.

@@ -1,4 +1,4 @@
-// A broker that takes a part of a message, and then no more.
+// A broker that takes a part of a message, and then no more; and an input that does not go on.
 
 #include "oxrmq/withbroker/fixture.hpp"
 
@@ -57,6 +57,27 @@ TEST_F(WithBroker, AMessageThatIsHalfSentHoldsNothingUp) {
       EXPECT_TRUE(receive(name, 1).begin()->second.body == records);
     }
   }
+}
+
+TEST_F(WithBroker, AnInputThatWaitsHoldsNothingUp) {
+  const std::string records = customers(1), arguments = "feed - --source f --declare classic --heartbeat 1 --to /@in ";
+  auto [input, output] = pipe();
+  const auto feeding = oxrmq(arguments + "--records rdw", {}, ::fileno(input.get()));
+  const auto ended = oxrmq(arguments + "--records rdw", {}, ::fileno(input.get()));
+  // The first bytes are to tell how the records lie, before there is a connection.
+  const auto unbegun =
+      oxrmq(arguments + "--records auto --copybook SAMPLES/customers.cob --ccsid 37", {}, ::fileno(input.get()));
+  ASSERT_TRUE(comes([&] { return hasQueue("in"); }));
+  std::this_thread::sleep_for(kLate);
+  for (const auto* const each : {&ended, &unbegun}) {
+    EXPECT_EQ((*each)->end(SIGTERM), 1);
+    EXPECT_THAT((*each)->messages(), HasSubstr("stopped"));
+  }
+  std::fwrite(records.data(), 1, records.size(), output.get());
+  output.reset();
+  EXPECT_EQ(feeding->wait(), 0);
+  EXPECT_THAT(feeding->messages(), testing::Not(HasSubstr("trying again")));
+  EXPECT_EQ(receive("in", 1).begin()->second.body, records);
 }
 
 }  // namespace

@@ -6,7 +6,9 @@
 #include <sstream>
 
 #include "oxrmq/convert/conversion.hpp"
+#include "oxrmq/feed/cutahead.hpp"
 #include "oxrmq/feed/session.hpp"
+#include "oxrmq/feed/waitinginput.hpp"
 #include "oxrmq/metrics.hpp"
 #include "records/program/reading.hpp"
 #include "records/program/settledrecords.hpp"
@@ -181,6 +183,14 @@ class StateFile {
     state_.records = outbox.upTo().records;
     writeState(path_, state_);
   }
+  // After a failure, which is what is told.
+  void saveIfPossible(const Outbox& outbox) {
+    try {
+      save(outbox, true);
+    } catch (const rec::ToolError&) {
+      // The state is then older, which makes doubles.
+    }
+  }
 
  private:
   const std::string path_;
@@ -188,9 +198,20 @@ class StateFile {
   Clock::time_point next_{};
 };
 
-}  // namespace
+// The code of the program's end.
+int endOf(const Outbox& outbox, const std::string& fault, const Stop& stop, Log& log) {
+  if (!fault.empty()) throw rec::ToolError(fault);
+  const std::string upTo = std::to_string(outbox.upTo().offset);
+  if (stop.isAsked()) {
+    log.tell("stopped at byte " + upTo + " of the file");
+    return outbox.hasAny() ? rec::kBadField : rec::kDone;
+  }
+  if (outbox.isConfirmed()) return rec::kDone;
+  throw rec::ToolError("the broker has not confirmed all of the file: only what is before byte " + upTo +
+                       " is sure to be there");
+}
 
-int feed(const FeedOptions& options, const rec::Console& console) {
+int feedAll(const FeedOptions& options, const rec::Console& console) {
   refuse(options);
   Log log(console);
   Stop stop(std::chrono::seconds(options.broker.grace));
@@ -202,28 +223,38 @@ int feed(const FeedOptions& options, const rec::Console& console) {
   FeedState state = stateOf(options, source, description);
   if (!isStream(options.input.path)) addFile(state, options);
   const rec::InputWindow window = options.state.empty() ? options.input.window : restOf(options, state);
-  rec::FileInput input = rec::openInput(options.input.path, window, console);
+  rec::FileInput input = openWaiting(options.input.path, window, console, stop);
   Cutting cutting(options, description, input, console);
-  Outbox outbox([&] { return cutting.next(); }, {input.origin().bytes, input.origin().records});
+  CutAhead ahead([&] { return cutting.next(); }, stop);
+  Outbox outbox([&] { return ahead.next(); }, {input.origin().bytes, input.origin().records});
   StateFile file(options.state, state);
   const MetricsFile metrics(options.broker.metrics, counters, log);
   const FeedSession::Settings settings{options.output, source, options.type.empty() ? kRecordsType : options.type,
                                        MessageIds(state), options.window};
-  keepConnected(around, "oxrmq feed", [&](Connection& connection, Backoff& pauses) {
-    FeedSession(around, settings, outbox, connection, pauses, [&] { file.save(outbox, false); }).run();
-  });
+  try {
+    keepConnected(around, "oxrmq feed", [&](Connection& connection, Backoff& pauses) {
+      FeedSession(around, settings, outbox, connection, pauses, [&] { file.save(outbox, false); }).run();
+    });
+  } catch (...) {
+    file.saveIfPossible(outbox);
+    throw;
+  }
   file.save(outbox, true);
   log.tell(std::to_string(counters.messagesOut) + " messages with " + std::to_string(counters.records) +
            " records sent to " + shown(options.output));
-  const FeedProgress::Place upTo = outbox.upTo();
-  if (!cutting.fault().empty()) throw rec::ToolError(cutting.fault());
-  if (!stop.isAsked()) {
-    if (outbox.isConfirmed()) return rec::kDone;
-    throw rec::ToolError("the broker has not confirmed all of the file: only what is before byte " +
-                         std::to_string(upTo.offset) + " is sure to be there");
+  // Before the end it is still being cut.
+  return endOf(outbox, outbox.hasAny() ? std::string() : cutting.fault(), stop, log);
+}
+
+}  // namespace
+
+int feed(const FeedOptions& options, const rec::Console& console) {
+  try {
+    return feedAll(options, console);
+  } catch (const InputLeft& left) {
+    Log(console).tell(left.what());
+    return rec::kBadField;
   }
-  log.tell("stopped at byte " + std::to_string(upTo.offset) + " of the file");
-  return outbox.hasAny() ? rec::kBadField : rec::kDone;
 }
 
 }  // namespace oxr::mq

@@ -14,6 +14,7 @@ constexpr std::chrono::milliseconds kLook{200};  // so soon it is seen that an e
 }  // namespace
 
 std::optional<rec::Chunk> Outbox::next() {
+  if (isLost_) throw rec::ToolError("out of memory for what was on its way");
   if (again_.empty()) cut();
   if (again_.empty()) return std::nullopt;
   std::optional<rec::Chunk> chunk(std::move(again_.front()));
@@ -25,12 +26,12 @@ std::optional<rec::Chunk> Outbox::next() {
 void Outbox::cut() {
   if (isAtEnd_) return;
   try {
-    std::optional<rec::Chunk> chunk = take_();
-    isAtEnd_ = !chunk.has_value();
-    if (!chunk) return;
-    progress_.sent(beginOf(*chunk),
-                   {chunk->origin.bytes + chunk->bytes.size(), chunk->origin.records + chunk->records});
-    again_.push_back(std::move(*chunk));
+    Part part = take_();
+    isAtEnd_ = part.isEnd;
+    if (!part.chunk) return;
+    const rec::Chunk& chunk = *part.chunk;
+    progress_.sent(beginOf(chunk), {chunk.origin.bytes + chunk.bytes.size(), chunk.origin.records + chunk.records});
+    again_.push_back(*std::move(part.chunk));
   } catch (const std::bad_alloc&) {
     throw rec::ToolError("out of memory where the file is cut");
   }
@@ -51,7 +52,11 @@ FeedSession::FeedSession(const Surroundings& around, const Settings& settings, O
       notTakenPauses_(pauses) {}
 
 FeedSession::~FeedSession() {
-  outbox_.giveBack(published_.takeAll());
+  try {
+    outbox_.giveBack(published_.takeAll());
+  } catch (const std::bad_alloc&) {
+    outbox_.lost();
+  }
 }
 
 void FeedSession::run() {

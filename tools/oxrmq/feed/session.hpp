@@ -13,18 +13,26 @@
 
 namespace oxr::mq {
 
+// What is cut of a file at a time, if it is there by now; `isEnd` if nothing is left.
+struct Part {
+  std::optional<rec::Chunk> chunk{};
+  bool isEnd = false;
+};
+
 // Messages that are to be published, across connections: those that were not confirmed on a connection that was lost
 // come first again.
 class Outbox {
  public:
-  using Take = std::function<std::optional<rec::Chunk>()>;
-  // `take` gives the next part of the file, nothing at its end.
+  // Gives the next part of the file.
+  using Take = std::function<Part()>;
   Outbox(Take take, FeedProgress::Place start) : take_(std::move(take)), progress_(start) {}
 
-  // Throws ToolError if memory runs out.
+  // Nothing if the next part is not there yet, too. Throws ToolError if memory runs out, or did.
   std::optional<rec::Chunk> next();
   // To be sent again, before all others.
   void giveBack(std::vector<rec::Chunk> chunks);
+  // Without memory to keep what is to be sent again, nothing can be sent any more.
+  void lost() { isLost_ = true; }
   void confirmed(const rec::Chunk& chunk) { progress_.confirmed(beginOf(chunk)); }
   bool hasAny() const { return !isAtEnd_ || !again_.empty(); }
   // All before it is confirmed.
@@ -40,6 +48,7 @@ class Outbox {
   FeedProgress progress_;
   std::deque<rec::Chunk> again_;
   bool isAtEnd_ = false;
+  bool isLost_ = false;
 };
 
 // The work of a feed on one connection.
