@@ -13,7 +13,8 @@
 #include "records/fields/fields.hpp"
 
 // What a field of any kind reads as is written so that it reads as the same; and the canonical bytes of a value come
-// back as they were, once they were written.
+// back as they were, once they were written. Any text is written as the converter of the code page does, or refused
+// where that changes it.
 
 namespace oxr::fuzz {
 
@@ -187,10 +188,44 @@ inline void checkEdited(Choices& choices, const Step& step, const PhysicalForm& 
   require(twice == written, "the characters of " + textOf(value) + " change: " + step.edited->symbols());
 }
 
+// Characters of all alphabets, most of which the code page lacks.
+inline void checkText(Choices& choices) {
+  constexpr int kPages[] = {37, 819, 875, 1025, 1047, 1140, 1252, 420, 424, 437};
+  constexpr unsigned short kLast[] = {0x7F, 0xFF, 0x400, 0x7FF, 0xD7FF};
+  PhysicalForm form;
+  form.ccsid = choices.oneOf(kPages);
+  Step step;
+  step.kind = Kind::text;
+  step.size = 4;
+  std::basic_string<unsigned short> units(choices.upTo(3) + 1, 0);
+  const unsigned last = choices.oneOf(kLast);
+  for (unsigned short& unit : units)
+    unit = static_cast<unsigned short>(choices.any<std::uint16_t>() % (last + 1));
+  if (units.back() == ' ') return;
+  const KelWstring text{UnitView(units)};
+  DataCnv page(form.ccsid, eEndianBig, eEndianBig, eFloatIeeeBig, 53, nullptr, false, nullptr, 0, true, 'C', false,
+               eMessageStandardDefault, nullptr);
+  std::vector<unsigned char> wanted(step.size), written(step.size);
+  int size = static_cast<int>(step.size);
+  KelWstring back;
+  const bool isKept = U_SUCCESS(page.fromUnicodeString(text, wanted.data(), size)) && size != 0 &&
+                      U_SUCCESS(page.toUnicodeString(back, wanted.data(), size)) && back == text;
+  FieldWriter writer(form);
+  try {
+    writer.write(step, PWFData(text), written.data());
+  } catch (const FieldRefused&) {
+    return require(!isKept, "refused in page " + std::to_string(form.ccsid) + ": " + toUtf8(text.view()));
+  }
+  written.resize(static_cast<std::size_t>(size));
+  wanted.resize(static_cast<std::size_t>(size));
+  require(isKept && written == wanted, "changed in page " + std::to_string(form.ccsid) + ": " + toUtf8(text.view()));
+}
+
 }  // namespace fieldwriter
 
 inline void checkFieldWriter(Choices& choices) {
   using namespace fieldwriter;
+  if (choices.upTo(7) == 0) return checkText(choices);
   const PhysicalForm form = drawForm(choices);
   const Step step = drawStep(choices);
   // Characters of two bytes leave the last one of an odd number as it was.

@@ -36,40 +36,39 @@ std::optional<int> exponentIn(UnitView text) {
 
 }  // namespace
 
-bool DecimalText::isZero() const {
-  return areZeros(whole) && areZeros(places);
-}
-
-std::optional<DecimalText> decimalIn(UnitView text) {
-  DecimalText number;
+bool readDecimal(UnitView text, DecimalText& number) {
   number.isNegative = !text.empty() && text[0] == '-';
   if (number.isNegative) text.remove_prefix(1);
-  std::size_t at = 0;
-  while (at < text.size() && isDigit(text[at]))
-    ++at;
-  number.whole = text.substr(0, at);
-  if (at < text.size() && text[at] == '.') {
-    const std::size_t places = ++at;
-    while (at < text.size() && isDigit(text[at]))
-      ++at;
-    number.places = text.substr(places, at - places);
+  unsigned values = 0;  // those of all digits in one
+  const auto digitsFrom = [&](std::size_t begin) {
+    std::size_t end = begin;
+    for (; end < text.size() && isDigit(text[end]); ++end)
+      values |= text[end] - unsigned{'0'};
+    return text.substr(begin, end - begin);
+  };
+  number.whole = digitsFrom(0);
+  number.places = {};
+  std::size_t end = number.whole.size();
+  if (end < text.size() && text[end] == '.') {
+    number.places = digitsFrom(end + 1);
+    end += 1 + number.places.size();
   }
-  if (at != text.size() || (number.whole.empty() && number.places.empty())) return std::nullopt;
-  return number;
+  number.isZero = values == 0;
+  return end == text.size() && !(number.whole.empty() && number.places.empty());
 }
 
 std::optional<Units> withoutExponent(UnitView text) {
   const std::size_t mark = std::min({text.find('e'), text.find('E'), text.size()});
-  const std::optional<DecimalText> number = decimalIn(text.substr(0, mark));
-  if (!number) return std::nullopt;
+  DecimalText number;
+  if (!readDecimal(text.substr(0, mark), number)) return std::nullopt;
   if (mark == text.size()) return Units(text);
   const std::optional<int> exponent = exponentIn(text.substr(mark + 1));
   if (!exponent) return std::nullopt;
-  Units digits(number->whole);
-  digits += number->places;
-  if (number->isZero()) digits.assign(1, '0');
+  Units digits(number.whole);
+  digits += number.places;
+  if (number.isZero) digits.assign(1, '0');
   // Where the point comes to stand among the digits.
-  std::ptrdiff_t point = number->isZero() ? 1 : static_cast<std::ptrdiff_t>(number->whole.size()) + *exponent;
+  std::ptrdiff_t point = number.isZero ? 1 : static_cast<std::ptrdiff_t>(number.whole.size()) + *exponent;
   if (point < 0 && -point < static_cast<std::ptrdiff_t>(kMostDigits)) {
     digits.insert(0, static_cast<std::size_t>(-point), '0');
     point = 0;
@@ -79,7 +78,7 @@ std::optional<Units> withoutExponent(UnitView text) {
   if (whole > digits.size()) digits.append(whole - digits.size(), '0');
   if (whole < digits.size()) digits.insert(whole, 1, '.');
   if (whole == 0) digits.insert(0, 1, '0');
-  if (number->isNegative) digits.insert(0, 1, '-');
+  if (number.isNegative) digits.insert(0, 1, '-');
   return digits;
 }
 
@@ -97,7 +96,7 @@ StoredDigits storedDigits(const DecimalText& number, int scale) {
   const std::size_t zeros = leadingZeros(number.whole);
   stored.count = number.whole.size() - zeros + places;
   if (zeros == number.whole.size()) stored.count -= std::min(places, leadingZeros(number.places));
-  if (number.isZero()) stored.count = 0;
+  if (number.isZero) stored.count = 0;
   return stored;
 }
 

@@ -15,12 +15,11 @@ struct DecimalText {
   bool isNegative = false;
   UnitView whole;
   UnitView places;
-
-  bool isZero() const;
+  bool isZero = false;
 };
 
-// The parts of a text; nothing if it is no such number.
-std::optional<DecimalText> decimalIn(UnitView text);
+// Finds the parts of a text, without a copy of them on the way. False if it is no such number.
+bool readDecimal(UnitView text, DecimalText& number);
 
 // The same number without its exponent: "-1.5e+3" is "-1500". Nothing if the text is no number, or one of more than
 // 400 digits.

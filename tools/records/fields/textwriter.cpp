@@ -12,7 +12,8 @@
 // been changed is converted back and compared: in a single-byte page that is text which is not ASCII, or whose bytes
 // hold the substitute; in any other page all text that is not ASCII.
 //
-// Most text is ASCII for a single-byte page. What the converter makes of these characters is asked for once.
+// Most text for a single-byte page is of the alphabets that Unicode begins with. What the converter makes of each of
+// their characters, and what it makes of that, is asked for once.
 
 namespace oxr::rec {
 
@@ -37,6 +38,11 @@ bool isAscii(UnitView text) {
   return all < 0x80;
 }
 
+// With the character before it such a one might have a byte of its own.
+bool combines(unsigned short unit) {
+  return unit >= 0x300 && unit < 0x370;
+}
+
 std::string plural(std::size_t count, const char* what) {
   return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
 }
@@ -54,45 +60,57 @@ FieldTextWriter::FieldTextWriter(DataCnv& cnv, int ccsid, Part part) : cnv_(cnv)
   blank_ = bytesOf(part == Part::whole ? kBlank : kWideBlank);
   if (!isSingleByte_) return;
   substitute_ = bytesOf(&kPrivate).front();
-  findAscii();
+  findUsual();
 }
 
-void FieldTextWriter::findAscii() {
-  std::array<unsigned short, 128> characters;
-  std::iota(characters.begin(), characters.end(), static_cast<unsigned short>(0));
-  hasAscii_ = convert(KelWstring(characters.data(), 128), 128) == 128;
-  std::copy_n(converted_.begin(), 128, ascii_.begin());
+void FieldTextWriter::findUsual() {
+  std::array<unsigned char, 256> bytes;
+  std::iota(bytes.begin(), bytes.end(), static_cast<unsigned char>(0));
+  KelWstring all;
+  if (U_FAILURE(cnv_.toUnicodeString(all, bytes.data(), 256))) return;
+  std::basic_string<unsigned short> units;
+  for (const unsigned short unit : all.view())
+    if (unit < usual_.size() && !combines(unit)) units += unit;
+  const KelWstring known{UnitView(units)};
+  const auto count = static_cast<std::uint32_t>(known.length());
+  if (convert(known, count) != count) return;
+  KelWstring back;
+  hasUsual_ = U_SUCCESS(cnv_.toUnicodeString(back, converted_.data(), static_cast<int>(count))) && back == known;
+  usual_.fill(kOdd);
+  for (std::uint32_t i = 0; i < count; ++i)
+    if (converted_[i] != substitute_) usual_[known.view()[i]] = converted_[i];
 }
 
 // False for text that needs the converter. Its bytes come to stand in converted_, as many as it has characters.
-bool FieldTextWriter::convertAscii(UnitView text) {
-  if (!hasAscii_) return false;
+bool FieldTextWriter::convertUsual(UnitView text) {
+  if (!hasUsual_) return false;
   if (converted_.size() < text.size()) converted_.resize(text.size());
-  unsigned all = 0;
-  bool isOdd = false;
+  constexpr unsigned kMask = std::tuple_size_v<decltype(usual_)> - 1;
+  unsigned units = 0, bytes = 0;  // all in one
   unsigned char* to = converted_.data();
   for (const unsigned short unit : text) {
-    all |= unit;
-    *to = ascii_[unit & 0x7F];
-    isOdd |= *to++ == substitute_;
+    const unsigned byte = usual_[unit & kMask];
+    units |= unit;
+    bytes |= byte;
+    *to++ = static_cast<unsigned char>(byte);
   }
-  return all < 0x80 && !isOdd;
+  return units <= kMask && (bytes & kOdd) == 0;
 }
 
 void FieldTextWriter::write(const KelWstring& text, bool isAtRight, unsigned char* bytes, std::uint32_t size) {
   const UnitView shown = text.length() <= size ? text.view() : withoutTrailingBlanks(text.view());
   if (isSingleByte_ && shown.size() > size) refuseLong(shown, size);
   const bool isCut = shown.size() != text.length();
-  const bool isAsciiText = convertAscii(shown);
+  const bool isUsual = convertUsual(shown);
   const std::uint32_t used = shown.empty() ? 0
-                             : isAsciiText ? static_cast<std::uint32_t>(shown.size())
+                             : isUsual     ? static_cast<std::uint32_t>(shown.size())
                                            : convert(isCut ? KelWstring(shown) : text, size);
   if (used > size) {
     if (const UnitView shorter = withoutTrailingBlanks(shown); shorter.size() < shown.size())
       return write(KelWstring(shorter), isAtRight, bytes, size);
     refuseLong(shown, size);
   }
-  if (!isAsciiText && isSuspect(shown, used)) requireSame(isCut ? KelWstring(shown) : text, used);
+  if (!isUsual && isSuspect(shown, used)) requireSame(isCut ? KelWstring(shown) : text, used);
   unsigned char* const at = isAtRight ? bytes + (size - used) : bytes;
   fillWithBlanks(isAtRight ? bytes : bytes + used, size - used);
   std::memcpy(at, converted_.data(), used);
@@ -147,8 +165,9 @@ void FieldTextWriter::requireSame(const KelWstring& text, std::uint32_t size) {
     bytes.push_back(0x0F);
   }
   KelWstring back;
-  const UErrorCode status = cnv_.toUnicodeString(back, bytes.data(), static_cast<int>(bytes.size()));
-  if (U_SUCCESS(status) && back == text) return;
+  // A character that means nothing by itself may be left out.
+  if (size != 0 && U_SUCCESS(cnv_.toUnicodeString(back, bytes.data(), static_cast<int>(bytes.size()))) && back == text)
+    return;
   const UnitView was = text.view(), is = back.view();
   const auto at =
       static_cast<std::size_t>(std::mismatch(was.begin(), was.end(), is.begin(), is.end()).first - was.begin());

@@ -27,8 +27,8 @@ class FieldTextWriter {
   void fillWithBlanks(unsigned char* bytes, std::uint32_t size) const;
 
  private:
-  void findAscii();
-  bool convertAscii(UnitView text);
+  void findUsual();
+  bool convertUsual(UnitView text);
   std::uint32_t convert(const KelWstring& text, std::uint32_t size);
   std::uint32_t withoutShifts(std::uint32_t size);
   bool isSuspect(UnitView text, std::uint32_t size) const;
@@ -40,10 +40,12 @@ class FieldTextWriter {
   const int ccsid_;
   const Part part_;
   bool isSingleByte_ = false;
-  bool hasShifts_ = false;                // around what the converter takes
-  unsigned char substitute_ = 0;          // single byte: what stands for a character that the page lacks
-  std::array<unsigned char, 128> ascii_;  // single byte: the ASCII characters as the converter writes them
-  bool hasAscii_ = false;                 // it does so for all of them
+  bool hasShifts_ = false;        // around what the converter takes
+  unsigned char substitute_ = 0;  // single byte: what stands for a character that the page lacks
+  // Single byte: the usual characters as the converter writes them, or kOdd for those that it is asked about each time.
+  static constexpr std::uint16_t kOdd = 0x100;
+  std::array<std::uint16_t, 0x800> usual_;
+  bool hasUsual_ = false;
   std::vector<unsigned char> blank_;      // a blank as it stands in a field
   std::vector<unsigned char> converted_;  // the text at hand
 };

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "kelwstringconvertor.hpp"
 #include "records/fields/converter.hpp"
@@ -39,6 +40,23 @@ Wide limitOf(std::uint32_t size, bool isSigned, bool isNegative) {
   const unsigned bits = 8 * size - (isSigned ? 1 : 0);
   const Wide end = bits == 128 ? 0 : static_cast<Wide>(1) << bits;
   return isNegative && isSigned ? end : end - 1;
+}
+
+// The stored digits as a number, and whether they are too many for one.
+std::pair<Wide, bool> magnitudeOf(const DecimalText& number, int scale) {
+  constexpr int kDigitsOfWord = 19;
+  std::uint64_t word = 0;
+  if (static_cast<int>(number.whole.size()) + scale <= kDigitsOfWord) {
+    forEachStoredDigit(number, scale, [&](unsigned digit) { word = 10 * word + digit; });
+    return {word, false};
+  }
+  Wide wide = 0;
+  bool isTooLarge = false;
+  forEachStoredDigit(number, scale, [&](unsigned digit) {
+    isTooLarge |= __builtin_mul_overflow(wide, static_cast<unsigned>(10), &wide);
+    isTooLarge |= __builtin_add_overflow(wide, digit, &wide);
+  });
+  return {wide, isTooLarge};
 }
 
 // Moves the sign of a packed field from its last half byte to its first.
@@ -144,11 +162,16 @@ FieldWriter::Number FieldWriter::numberOf(const PWFData& value) {
     default:
       throw FieldRefused("a number is wanted");
   }
-  if (const auto parts = decimalIn(text)) return {text.data(), *parts};
-  const auto plain = withoutExponent(text);
-  if (!plain) throw FieldRefused('"' + shown(text) + "\" is no number");
-  scratch_ = *plain;
-  return {scratch_.data(), *decimalIn(scratch_)};
+  Number number;
+  if (!readDecimal(text, number.parts)) {
+    const auto plain = withoutExponent(text);
+    if (!plain) throw FieldRefused('"' + shown(text) + "\" is no number");
+    scratch_ = *plain;
+    text = scratch_;
+    readDecimal(text, number.parts);
+  }
+  number.text = text.data();
+  return number;
 }
 
 // The number, if it fits `digits` digits with the places of the step and the sign that it has.
@@ -171,7 +194,7 @@ FieldWriter::Number FieldWriter::fitting(const Step& step, const PWFData& value,
 void FieldWriter::external(const Step& step, const PWFData& value, unsigned char* bytes) {
   const std::size_t digits = step.size - (isSeparate(step.sign) ? 1 : 0);
   const Number number = fitting(step, value, digits);
-  const bool isZero = number.parts.isZero();
+  const bool isZero = number.parts.isZero;
   if (isZero && step.isBlankWhenZero) return text_.fillWithBlanks(bytes, step.size);
   // Zero has no places to move, and would lose its sign with its digit.
   const int scale = isZero ? 0 : step.scale;
@@ -189,7 +212,7 @@ void FieldWriter::external(const Step& step, const PWFData& value, unsigned char
 
 void FieldWriter::packed(const Step& step, const PWFData& value, unsigned char* bytes) {
   const Number number = fitting(step, value, 2 * std::size_t{step.size} - 1);
-  const int scale = number.parts.isZero() ? 0 : step.scale;
+  const int scale = number.parts.isZero ? 0 : step.scale;
   cnv_.PckdDecFromDec(number.text, bytes, static_cast<int>(step.size), scale, step.sign);
   if (form_.plus != 0 && step.sign == eSignNone)
     bytes[step.size - 1] = static_cast<unsigned char>((bytes[step.size - 1] & 0xF0) | form_.plus);
@@ -250,7 +273,7 @@ void FieldWriter::date(const Step& step, const PWFData& value, unsigned char* by
 // The digits of a packed number that is a byte longer, without its first half byte, which is zero, and its last.
 void FieldWriter::unsignedPacked(const Step& step, const PWFData& value, unsigned char* bytes) {
   const Number number = fitting(step, value, 2 * std::size_t{step.size});
-  const int scale = number.parts.isZero() ? 0 : step.scale;
+  const int scale = number.parts.isZero ? 0 : step.scale;
   std::vector<unsigned char> packed(std::size_t{step.size} + 1);
   cnv_.PckdDecFromDec(number.text, packed.data(), static_cast<int>(packed.size()), scale, eSignNone);
   for (std::size_t i = 0; i < step.size; ++i)
@@ -260,12 +283,7 @@ void FieldWriter::unsignedPacked(const Step& step, const PWFData& value, unsigne
 void FieldWriter::binary(const Step& step, const PWFData& value, unsigned char* bytes) {
   constexpr std::size_t kMostDigits = 39;  // of 16 bytes: they fit 128 bits if the last one does
   const Number number = fitting(step, value, kMostDigits);
-  Wide magnitude = 0;
-  bool isTooLarge = false;
-  forEachStoredDigit(number.parts, step.scale, [&](unsigned digit) {
-    isTooLarge |= __builtin_mul_overflow(magnitude, static_cast<unsigned>(10), &magnitude);
-    isTooLarge |= __builtin_add_overflow(magnitude, digit, &magnitude);
-  });
+  const auto [magnitude, isTooLarge] = magnitudeOf(number.parts, step.scale);
   const bool isSigned = step.sign != eSignNone;
   const bool isNegative = number.parts.isNegative && isSigned;
   if (isTooLarge || magnitude > limitOf(step.size, isSigned, isNegative))

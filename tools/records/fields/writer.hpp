@@ -32,7 +32,7 @@ class FieldWriter {
  private:
   // A number as canonical text, which a terminator follows, and its parts.
   struct Number {
-    const unsigned short* text;
+    const unsigned short* text = nullptr;
     DecimalText parts;
   };
   Number numberOf(const PWFData& value);

@@ -107,24 +107,29 @@ bool widenPlain(std::string_view text, unsigned short* to) {
 
 }  // namespace
 
+JsonNames::Entry::Entry(const unsigned short* units, const std::string& text)
+    : units_(units), size_(text.size()), text_(text) {
+  constexpr std::size_t kWord = sizeof lastBits_;
+  std::memset(&lastBits_, 0xFF, (size_ - 1) % kWord + 1);
+  text_.resize((size_ + kWord - 1) / kWord * kWord);
+}
+
 JsonNames::JsonNames(const std::vector<unsigned short>& names) {
   for (std::size_t at = 0; at < names.size();) {
     const UnitView name(names.data() + at);
-    entries_.push_back({names.data() + at, toUtf8(name) + '"'});
+    entries_.emplace_back(names.data() + at, toUtf8(name) + '"');
     at += name.size() + 1;
   }
-  next_.assign(std::bit_ceil(4 * (entries_.size() + 1)), kNone);
-  for (std::uint32_t entry = 0; entry < entries_.size(); ++entry) {
-    const std::string_view text = entries_[entry].text;
-    byText_.emplace(text.substr(0, text.size() - 1), entry);
-  }
+  next_.assign(std::bit_ceil(16 * (entries_.size() + 1)), kNone);
+  for (std::uint32_t entry = 0; entry < entries_.size(); ++entry)
+    byText_.emplace(entries_[entry].name(), entry);
 }
 
 std::uint32_t JsonNames::find(std::uint32_t container, std::uint32_t previous, std::string_view text) {
   if (const auto known = byText_.find(text); known != byText_.end())
     return next_[slot(container, previous)] = known->second;
   foreign_.push_back(fromUtf8(text));
-  return static_cast<std::uint32_t>(entries_.size() + foreign_.size() - 1);
+  return kForeign + static_cast<std::uint32_t>(foreign_.size() - 1);
 }
 
 struct JsonReader::Parser {
@@ -169,7 +174,8 @@ class JsonTreeBuilder {
     const std::uint32_t parent = last();
     std::uint32_t previous = JsonNames::kNone;
     for (auto found : object) {
-      od::field field = std::move(found);
+      // No copy: that would wait for what was just written.
+      od::field&& field = std::move(found);
       const char* const text = field.key().raw();
       std::uint32_t name = names_.expected(container, previous, text, left(text));
       if (name == JsonNames::kNone) name = names_.find(container, previous, field.unescaped_key());
@@ -184,7 +190,7 @@ class JsonTreeBuilder {
       value(element.value(), units, name, parent);
   }
 
-  void value(od::value value, const unsigned short* units, std::uint32_t name, std::uint32_t parent) {
+  void value(od::value& value, const unsigned short* units, std::uint32_t name, std::uint32_t parent) {
     const std::string_view token = withoutTrailingSpace(value.raw_json_token());
     const char* const at = token.data();
     switch (*at) {

@@ -37,31 +37,55 @@ class JsonNames {
   // name of the object, `previous` the name before this one in it, kNone for none. `room` bytes may be read.
   std::uint32_t expected(std::uint32_t container, std::uint32_t previous, const char* text, std::size_t room) const {
     const std::uint32_t entry = next_[slot(container, previous)];
-    if (entry == kNone) return kNone;
-    const std::string& wanted = entries_[entry].text;
-    return wanted.size() <= room && std::memcmp(wanted.data(), text, wanted.size()) == 0 ? entry : kNone;
+    return entry != kNone && entries_[entry].begins(text, room) ? entry : kNone;
   }
   // The name of this text, which is expected in this place from now on; one that is not among the names is kept for
   // this line.
   std::uint32_t find(std::uint32_t container, std::uint32_t previous, std::string_view text);
   // Zero-terminated.
   const unsigned short* units(std::uint32_t entry) const {
-    return entry < entries_.size() ? entries_[entry].units : foreign_[entry - entries_.size()].characters();
+    return entry < kForeign ? entries_[entry].units() : foreign_[entry - kForeign].characters();
   }
   // To be called before each line: forgets the names that only the last one had.
   void begin() { foreign_.clear(); }
 
  private:
-  struct Entry {
-    const unsigned short* units;
-    std::string text;  // UTF-8, with the quote after it
+  // Compared by words, of which the last one may go beyond both texts.
+  class Entry {
+   public:
+    // The text is UTF-8, with the quote after it.
+    Entry(const unsigned short* units, const std::string& text);
+    const unsigned short* units() const { return units_; }
+    std::string_view name() const { return {text_.data(), size_ - 1}; }
+    bool begins(const char* text, std::size_t room) const {
+      if (size_ > room) return false;
+      const char* wanted = text_.data();
+      for (const char* const last = wanted + text_.size() - sizeof lastBits_; wanted != last;
+           wanted += sizeof lastBits_, text += sizeof lastBits_)
+        if (word(wanted) != word(text)) return false;
+      return ((word(wanted) ^ word(text)) & lastBits_) == 0;
+    }
+
+   private:
+    static std::uint64_t word(const char* at) {
+      std::uint64_t bits;
+      std::memcpy(&bits, at, sizeof bits);
+      return bits;
+    }
+
+    const unsigned short* units_;
+    std::size_t size_;
+    std::uint64_t lastBits_ = 0;  // those of the last word that belong to the text
+    std::string text_;            // whole words
   };
+  static constexpr std::uint32_t kForeign = 0x8000'0000U;  // where their numbers begin
+
   // Two places may share a slot: they are then searched for in turn.
   std::size_t slot(std::uint32_t container, std::uint32_t previous) const {
     return (container * 31U + previous) & (next_.size() - 1);
   }
 
-  std::vector<Entry> entries_;  // numbers above theirs are of foreign names
+  std::vector<Entry> entries_;
   std::vector<std::uint32_t> next_;
   std::unordered_map<std::string_view, std::uint32_t> byText_;
   std::deque<KelWstring> foreign_;
