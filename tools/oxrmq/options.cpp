@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdlib>
 
+#include "records/framing/fileoutput.hpp"
 #include "records/options/choice.hpp"
 
 namespace oxr::mq {
@@ -72,6 +73,17 @@ void addMetricsOption(CLI::App& command, BrokerOptions& options) {
       ->group("Output");
 }
 
+std::vector<std::string> filesOf(const BrokerOptions& options) {
+  const ConnectionSettings& connection = options.connection;
+  return {options.credentials, connection.trusted, connection.certificate, connection.key};
+}
+
+void refuseInputs(const std::string& output, const std::vector<std::string>& inputs) {
+  for (const std::string& input : inputs)
+    if (!output.empty() && !input.empty() && rec::FileOutput::isSame(output, input))
+      throw rec::OutputError("cannot write " + output + ": it is an input, too");
+}
+
 void checkNames(CLI::Option& option) {
   option.check([](const std::string& name) {
     return name.size() <= kLongestName ? std::string() : "is longer than " + std::to_string(kLongestName) + " bytes";
@@ -101,7 +113,9 @@ Address addressOf(const BrokerOptions& options) {
   const char* const password = std::getenv("OXRMQ_PASSWORD");
   if (!options.credentials.empty())
     address.credentials = readCredentials(options.credentials);
-  else if (user != nullptr && password != nullptr)
+  else if ((user != nullptr) != (password != nullptr))
+    throw rec::ToolError("OXRMQ_USER and OXRMQ_PASSWORD belong together: the environment has one of them only");
+  else if (user != nullptr)
     address.credentials = {user, password};
   else if (!address.credentials)
     address.credentials = {"guest", "guest"};

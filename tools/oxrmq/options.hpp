@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "oxrmq/amqp/connection.hpp"
 
@@ -31,11 +32,16 @@ void addMetricsOption(CLI::App& command, BrokerOptions& options);
 // EXCHANGE/KEY into `target`; the option `name` has to be given.
 void addTargetOption(CLI::App& command, const std::string& name, Target& target, const std::string& help);
 
+// The files of the options that are read: who logs in, and certificates.
+std::vector<std::string> filesOf(const BrokerOptions& options);
+// Throws ToolError if the file that is to be written is one of those that are read. An empty path is none.
+void refuseInputs(const std::string& output, const std::vector<std::string>& inputs);
+
 // Refuses the names that a broker cannot know.
 void checkNames(CLI::Option& option);
 
 // The address with the credentials that hold: those of the file, else those of the environment (OXRMQ_USER and
-// OXRMQ_PASSWORD), else those of the URL, else guest. Throws ToolError.
+// OXRMQ_PASSWORD), else those of the URL, else guest. Throws ToolError, for half of the environment's too.
 Address addressOf(const BrokerOptions& options);
 
 }  // namespace oxr::mq

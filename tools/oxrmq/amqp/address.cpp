@@ -100,6 +100,9 @@ Credentials parseCredentials(const std::string& text, const std::string& file) {
 Credentials readCredentials(const std::string& path) {
   std::ifstream file(path);
   std::string line;
+  // The words that belong in the file may stand in the place of its name.
+  if (!file.is_open() && path.find(':') != std::string::npos)
+    throw rec::ToolError("cannot read the file of --credentials; its first line is to be USER:PASSWORD");
   if (!file.is_open()) throw rec::ToolError("cannot read the credentials in " + path);
   std::getline(file, line);
   return parseCredentials(line, path);

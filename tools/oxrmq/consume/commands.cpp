@@ -20,6 +20,8 @@ int consumeBy(const ConsumeOptions& options, const rec::RecordOptions& record, S
   refuseAutomatic(settings.records.form);
   settings.longest = options.longestOutput;
   const rec::Description description(record, console);
+  refuseInputs(options.broker.metrics, filesOf(options.broker));
+  refuseInputs(options.broker.metrics, description.files());
   const ConversionMaker make = [&] { return std::make_unique<Made>(description.plan(), settings); };
   return consume(options, name, make, console);
 }

@@ -96,6 +96,18 @@ std::string formOf(const FeedOptions& options, const std::optional<rec::Descript
   return text.str();
 }
 
+// What is written must be nothing that is read, and the state must be one that can be written: it is too late when
+// messages are on their way.
+void refuseOutputs(const FeedOptions& options, const std::optional<rec::Description>& description) {
+  std::vector<std::string> inputs = filesOf(options.broker);
+  inputs.push_back(options.input.path == rec::kStandardStream ? "/dev/stdin" : options.input.path);
+  if (description) inputs.insert(inputs.end(), description->files().begin(), description->files().end());
+  refuseInputs(options.state, inputs);
+  if (!options.state.empty()) rec::FileOutput::open(options.state, {}, -1);
+  inputs.push_back(options.state);
+  refuseInputs(options.broker.metrics, inputs);
+}
+
 // A stream, of which nothing is known before it is read.
 FeedState stateOf(const FeedOptions& options, const std::string& source,
                   const std::optional<rec::Description>& description) {
@@ -220,6 +232,7 @@ int feedAll(const FeedOptions& options, const rec::Console& console) {
   const std::string source = sourceOf(options);
   refuseLong(source);
   const std::optional<rec::Description> description = describe(options, console);
+  refuseOutputs(options, description);
   FeedState state = stateOf(options, source, description);
   if (!isStream(options.input.path)) addFile(state, options);
   const rec::InputWindow window = options.state.empty() ? options.input.window : restOf(options, state);

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <utility>
@@ -61,8 +62,10 @@ FeedState parseState(const std::string& text, const std::string& file) {
 }
 
 std::optional<FeedState> readState(const std::string& path) {
+  std::error_code error;
+  if (!std::filesystem::exists(path, error) && !error) return std::nullopt;
   std::ifstream file(path);
-  if (!file.is_open()) return std::nullopt;
+  if (!file.is_open()) throw rec::ToolError("cannot read " + path);
   std::ostringstream text;
   text << file.rdbuf();
   return parseState(text.str(), path);
@@ -71,7 +74,7 @@ std::optional<FeedState> readState(const std::string& path) {
 void writeState(const std::string& path, const FeedState& state) {
   rec::FileOutput file = rec::FileOutput::open(path, {}, -1);
   file.write(textOf(state));
-  file.close();
+  file.closeDurably();
 }
 
 namespace {

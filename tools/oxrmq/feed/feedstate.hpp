@@ -27,7 +27,8 @@ std::string textOf(const FeedState& state);
 FeedState parseState(const std::string& text, const std::string& file);
 // Nothing if there is no file of the path. Throws ToolError.
 std::optional<FeedState> readState(const std::string& path);
-// Under a temporary name that becomes the path: whoever reads it finds the old state or the new one. Throws ToolError.
+// Under a temporary name that becomes the path: whoever reads it finds the old state or the new one, after a loss of
+// power too. Throws ToolError.
 void writeState(const std::string& path, const FeedState& state);
 // Why a state cannot be gone on from; empty if it can. `now` is what would be written at the start.
 std::string whyNot(const FeedState& state, const FeedState& now);

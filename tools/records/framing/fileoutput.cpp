@@ -83,6 +83,19 @@ void FileOutput::write(std::string_view bytes) {
   }
 }
 
+void FileOutput::closeDurably() {
+  // What is no file of a disk cannot be held to it.
+  const auto sync = [this](int fd) {
+    if (::fsync(fd) != 0 && errno != EINVAL && errno != ENOTSUP) fail(name_, errno);
+  };
+  sync(file_.get());
+  close();
+  // Its name is part of its folder.
+  const std::string folder = std::filesystem::path(withoutLinks(name_)).parent_path().string();
+  const FileDescriptor open = FileDescriptor::owned(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (open.get() >= 0) sync(open.get());
+}
+
 void FileOutput::close() {
   if (file_.close() != 0) fail(name_, errno);
   if (!temporary_.keep()) fail(name_, errno);

@@ -29,6 +29,8 @@ class FileOutput {
   void write(std::string_view bytes);
   // To be called last: some systems tell only now that there was no room.
   void close();
+  // The same for what is to be there, whole, after a loss of power: returns when the disk has it.
+  void closeDurably();
 
  private:
   FileDescriptor file_;

@@ -14,6 +14,8 @@ class Description {
   Description(const RecordOptions& options, const Console& console);
 
   const RecordPlan& plan() const { return plan_; }
+  // What was read for it: the copybook, texts that it copies, settings of fields.
+  const std::vector<std::string>& files() const { return files_; }
   // Where a result goes. Throws OutputError if that is a file which the command reads: the input, the copybook, a text
   // that it copies, settings of fields.
   FileOutput openOutput(const std::string& path, const FileInput& input, const Console& console) const;
