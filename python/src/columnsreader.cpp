@@ -16,6 +16,7 @@
 
 #include "arguments.hpp"
 #include "columnhandler.hpp"
+#include "interpreter.hpp"
 #include "reading.hpp"
 #include "values.hpp"
 
@@ -85,7 +86,7 @@ constexpr std::uint32_t kRowsAtOnce = 1024;
 class Columns {
  public:
   Columns(const rec::DecodeOptions& options, const py::object& file, std::uint32_t rows, DecimalForm form)
-      : reading_(options, file),
+      : reading_(Reading::open(options, file)),
         leavesBadOut_(options.onError == rec::OnError::skip),
         rows_(rows),
         handler_(reading_.plan(), form),
@@ -174,7 +175,7 @@ py::object Columns::next() {
   while (!isAtEnd_ && handler_.rows() < rows_) {
     if (PyErr_CheckSignals() != 0) throw py::error_already_set();
     {
-      const py::gil_scoped_release free;
+      const Released interpreter;
       fill(rows_ - handler_.rows() < kRowsAtOnce ? rows_ : handler_.rows() + kRowsAtOnce);
     }
     makeObjects(arrays);

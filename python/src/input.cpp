@@ -2,6 +2,9 @@
 
 #include <cstring>
 
+#include "interpreter.hpp"
+#include "values.hpp"
+
 namespace py = pybind11;
 
 namespace oxr::python {
@@ -18,7 +21,7 @@ Source::Source(const py::object& file) {
 
 Source::~Source() {
   if (!read_) return;
-  const py::gil_scoped_acquire held;
+  const Held interpreter;
   read_ = py::object();
 }
 
@@ -28,8 +31,8 @@ rec::FileInput Source::open(const rec::InputWindow& window) {
 }
 
 std::size_t Source::read(char* to, std::size_t most) {
-  const py::gil_scoped_acquire held;
-  const py::object given = read_(most);
+  const Held interpreter;
+  const py::object given = owned(orStay([&] { return PyObject_CallFunction(read_.ptr(), "n", most); }));
   char* bytes = nullptr;
   Py_ssize_t size = 0;
   if (given.is_none()) throw rec::ToolError(name_ + " has no bytes yet: a file that does not wait cannot be read");

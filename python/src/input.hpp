@@ -17,7 +17,8 @@ class Source {
   // Holds the interpreter while the object goes.
   ~Source();
 
-  // Needs no interpreter: reading from an object takes it for as long as that lasts.
+  // Needs no interpreter, and is better called without: a pipe waits for who writes to it. Reading from an object takes
+  // it for as long as that lasts.
   rec::FileInput open(const rec::InputWindow& window);
 
  private:

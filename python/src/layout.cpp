@@ -6,6 +6,7 @@
 #include <string>
 
 #include "arguments.hpp"
+#include "interpreter.hpp"
 
 namespace py = pybind11;
 
@@ -38,7 +39,7 @@ py::tuple tupleOf(const rec::Layout& layout, rec::ItemIndex index) {
 // Record name, names of all records, bytes, whether they differ, the table for people, and the items.
 py::tuple layout(const Arguments& arguments) {
   const rec::CopybookSource source = readArguments(arguments, addLayoutOptions);
-  const rec::Copybook copybook = rec::Copybook::readFile(source.path, source.options);
+  const rec::Copybook copybook = released([&] { return rec::Copybook::readFile(source.path, source.options); });
   const rec::Layout layout = copybook.layout(source.options.record);
   py::list items;
   for (rec::ItemIndex index = 0; index < layout.items.size(); ++index)

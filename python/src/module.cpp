@@ -6,6 +6,7 @@
 #include "layout.hpp"
 #include "records.hpp"
 #include "recordtype.hpp"
+#include "values.hpp"
 #include "writing.hpp"
 
 // The part of the package oxrrec that is not Python: options, layouts, and the ways between records and objects. The
@@ -14,6 +15,7 @@
 PYBIND11_MODULE(_oxrrec, module) {
   module.attr("version") = OXR_VERSION;
   oxr::python::translateErrors();
+  oxr::python::Makers::find();
   oxr::python::addArguments(module);
   oxr::python::addLayout(module);
   oxr::python::addRecordType(module);

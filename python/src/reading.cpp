@@ -1,14 +1,24 @@
 #include "reading.hpp"
 
+#include <utility>
+
+#include "interpreter.hpp"
+
 namespace py = pybind11;
 
 namespace oxr::python {
 
-Reading::Reading(const rec::DecodeOptions& options, const py::object& file)
+Reading Reading::open(const rec::DecodeOptions& options, const py::object& file) {
+  auto source = std::make_unique<Source>(file);
+  const Released interpreter;
+  return {options, std::move(source)};
+}
+
+Reading::Reading(const rec::DecodeOptions& options, std::unique_ptr<Source> source)
     : description_(options.record, console()),
       keeper_(options.onError),
-      source_(file),
-      input_(source_.open(options.input.window)),
+      source_(std::move(source)),
+      input_(source_->open(options.input.window)),
       worker_(rec::makeWorker(description_.plan(), options.input, input_, keeper_, console())) {
   worker_->setSource(&input_);
   worker_->initializeParse(-1, nullptr, -1);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <memory>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -31,7 +32,10 @@ class BadFieldKeeper : public rec::FaultListener {
 // Reads the records of an input, one after the other, into a handler. Needs no interpreter once it is made.
 class Reading {
  public:
-  Reading(const rec::DecodeOptions& options, const pybind11::object& file);
+  // With the interpreter held, which is released while the input is opened.
+  static Reading open(const rec::DecodeOptions& options, const pybind11::object& file);
+  Reading(const Reading&) = delete;
+  Reading& operator=(const Reading&) = delete;
 
   const rec::RecordPlan& plan() const { return description_.plan(); }
   rec::RecordWorker& worker() { return *worker_; }
@@ -45,12 +49,13 @@ class Reading {
   std::string notes() const { return notes_.str(); }
 
  private:
+  Reading(const rec::DecodeOptions& options, std::unique_ptr<Source> source);
   rec::Console console() { return {0, 1, notes_, false, "oxrrec"}; }
 
   std::ostringstream notes_;
   const rec::Description description_;
   BadFieldKeeper keeper_;
-  Source source_;
+  const std::unique_ptr<Source> source_;
   rec::FileInput input_;
   rec::RecordWorker::Owner worker_;
   bool isBegun_ = false;

@@ -6,6 +6,7 @@
 #include <array>
 
 #include "arguments.hpp"
+#include "interpreter.hpp"
 #include "oxrrec/nesting.hpp"
 #include "records/plan/itempath.hpp"
 
@@ -14,7 +15,7 @@ namespace py = pybind11;
 namespace oxr::python {
 
 Records::Records(const rec::DecodeOptions& options, const py::object& file)
-    : reading_(options, file),
+    : reading_(Reading::open(options, file)),
       batch_(reading_, options.onError == rec::OnError::skip && options.nest.empty()),
       builder_(reading_.plan()) {}
 
@@ -26,7 +27,7 @@ PyObject* Records::next() {
     if (const std::exception_ptr ending = batch_.takeEnding()) std::rethrow_exception(ending);
     if (batch_.isAtEnd()) return nullptr;
     if (PyErr_CheckSignals() != 0) throw py::error_already_set();
-    const py::gil_scoped_release free;
+    const Released interpreter;
     made_ = 0;
     batch_.fill();
   }
@@ -78,6 +79,8 @@ PyObject* iterate(PyObject* self) {
   if (records == nullptr) return nullptr;
   try {
     return records->next();
+  } catch (const abi::__forced_unwind&) {
+    throw;  // the thread ends with its process
   } catch (...) {
     setError();
     return nullptr;

@@ -16,28 +16,37 @@ PyObject* checked(PyObject* made) {
   return made;
 }
 
-// Owns a new reference until it is given away.
+}  // namespace
+
 py::object owned(PyObject* made) {
   return py::reinterpret_steal<py::object>(checked(made));
+}
+
+namespace {
+
+Makers& makers() {
+  static Makers found{};
+  return found;
 }
 
 }  // namespace
 
 const Makers& Makers::get() {
-  static const Makers makers = [] {
-    const auto attribute = [](const char* module, const char* name) { return py::module_::import(module).attr(name); };
-    const auto fromIso = [&](const char* name) {
-      return py::object(attribute("datetime", name).attr("fromisoformat")).release().ptr();
-    };
-    // A context that rounds nothing: its method takes a text with less ado than the type does.
-    const py::object exact = attribute("decimal", "Context")(
-        py::arg("prec") = attribute("decimal", "MAX_PREC"), py::arg("Emax") = attribute("decimal", "MAX_EMAX"),
-        py::arg("Emin") = attribute("decimal", "MIN_EMIN"), py::arg("traps") = py::list());
-    return Makers{py::object(exact.attr("create_decimal")).release().ptr(),
-                  py::object(attribute("decimal", "Decimal")).release().ptr(), fromIso("date"), fromIso("time"),
-                  fromIso("datetime")};
-  }();
-  return makers;
+  return makers();
+}
+
+void Makers::find() {
+  const auto attribute = [](const char* module, const char* name) { return py::module_::import(module).attr(name); };
+  const auto fromIso = [&](const char* name) {
+    return py::object(attribute("datetime", name).attr("fromisoformat")).release().ptr();
+  };
+  // A context that rounds nothing: its method takes a text with less ado than the type does.
+  const py::object exact = attribute("decimal", "Context")(
+      py::arg("prec") = attribute("decimal", "MAX_PREC"), py::arg("Emax") = attribute("decimal", "MAX_EMAX"),
+      py::arg("Emin") = attribute("decimal", "MIN_EMIN"), py::arg("traps") = py::list());
+  makers() = {py::object(exact.attr("create_decimal")).release().ptr(),
+              py::object(attribute("decimal", "Decimal")).release().ptr(), fromIso("date"), fromIso("time"),
+              fromIso("datetime")};
 }
 
 PyObject* newText(Token token, const char* bytes, std::size_t size) {

@@ -11,7 +11,8 @@
 
 namespace oxr::python {
 
-// Python's types and functions that values are made by, looked up once. Each is borrowed for ever: they go with the
+// Python's types and functions that values are made by, looked up where the module is made: an import may let
+// another thread run, which must not wait for the first one to be done. Each is borrowed for ever: they go with the
 // process.
 struct Makers {
   PyObject* decimal;  // makes a Decimal of a text
@@ -20,7 +21,11 @@ struct Makers {
   PyObject* time;
   PyObject* dateTime;
   static const Makers& get();
+  static void find();
 };
+
+// Owns what a call has made; throws error_already_set if it made nothing.
+pybind11::object owned(PyObject* made);
 
 // Each returns a new reference. Throw error_already_set.
 PyObject* newText(Token token, const char* bytes, std::size_t size);

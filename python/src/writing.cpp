@@ -12,10 +12,12 @@
 
 #include "arguments.hpp"
 #include "growingbytebuffer.hpp"
+#include "interpreter.hpp"
 #include "jsontext.hpp"
 #include "oxrrec/encode/unnesting.hpp"
 #include "oxrrec/nesting.hpp"
 #include "records/program/reading.hpp"
+#include "values.hpp"
 
 namespace py = pybind11;
 
@@ -31,7 +33,8 @@ class Target {
  public:
   Target(const py::object& target, const rec::Layout& layout) {
     if (py::isinstance<py::bytes>(target)) {
-      file_.emplace(rec::FileOutput::open(py::cast<std::string>(target), layout.fileNames, -1));
+      const auto path = py::cast<std::string>(target);
+      file_.emplace(released([&] { return rec::FileOutput::open(path, layout.fileNames, -1); }));
       return;
     }
     write_ = target.attr("write");
@@ -39,12 +42,12 @@ class Target {
   }
   void write(std::string_view bytes) {
     if (file_)
-      file_->write(bytes);
+      released([&] { file_->write(bytes); });
     else
       give(bytes);
   }
   void close() {
-    if (file_) file_->close();
+    if (file_) released([&] { file_->close(); });
   }
 
  private:
@@ -58,7 +61,8 @@ class Target {
 // A raw file may take only the first of the bytes, which it tells, or none with None. Other objects may return nothing.
 void Target::give(std::string_view bytes) {
   while (!bytes.empty()) {
-    const py::object taken = write_(py::bytes(bytes.data(), bytes.size()));
+    const py::bytes given(bytes.data(), bytes.size());
+    const py::object taken = owned(orStay([&] { return PyObject_CallOneArg(write_.ptr(), given.ptr()); }));
     if (taken.is_none() && isRaw_)
       throw rec::ToolError("the output takes no bytes now: a file that does not wait cannot be written");
     if (!py::isinstance<py::int_>(taken) || py::isinstance<py::bool_>(taken)) return;
@@ -170,7 +174,7 @@ class Writing {
 void writeLines(Writing& writing, std::string& lines, std::vector<std::size_t>& ends, Target& target) {
   std::exception_ptr ending;
   {
-    const py::gil_scoped_release free;
+    const Released interpreter;
     try {
       writing.addAll(lines, ends);
     } catch (...) {
@@ -184,18 +188,26 @@ void writeLines(Writing& writing, std::string& lines, std::vector<std::size_t>& 
   ends.clear();
 }
 
-py::tuple write(const Arguments& arguments, const py::object& target, const py::iterable& records) {
+// Null after the last one.
+py::object nextOf(const py::object& records) {
+  PyObject* const record = orStay([&] { return PyIter_Next(records.ptr()); });
+  if (record == nullptr && PyErr_Occurred() != nullptr) throw py::error_already_set();
+  return py::reinterpret_steal<py::object>(record);
+}
+
+py::tuple write(const Arguments& arguments, const py::object& target, const py::object& given) {
   const auto options = readArguments(arguments, rec::addRecordWritingOptions);
   if (options.records.form.framing == rec::Framing::automatic)
     throw OptionFault("records=\"auto\" tells how an input lies; how records are to be written has to be said");
   std::ostringstream notes;
-  const rec::Description description(options.record, {0, 1, notes, false, "oxrrec"});
+  const auto description = released([&] { return rec::Description(options.record, {0, 1, notes, false, "oxrrec"}); });
   Writing writing(options, description.plan());
   const RecordText text(description.plan());
   Target output(target, description.plan().layout());
+  const py::object records = owned(PyObject_GetIter(given.ptr()));
   std::string lines;
   std::vector<std::size_t> ends;
-  for (const py::handle record : records) {
+  while (const py::object record = nextOf(records)) {
     try {
       text.append(record, lines);
       ends.push_back(lines.size());
