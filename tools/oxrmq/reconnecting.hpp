@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <chrono>
 #include <functional>
 
 #include "oxrmq/amqp/backoff.hpp"
@@ -27,6 +29,13 @@ using SessionWork = std::function<void(Connection& connection, Backoff& pauses)>
 // BrokerRefused, and BrokerGone if the first connection is not made in the time that the options give; returns when the
 // work is done, or when an end is asked for between two connections.
 void keepConnected(const Surroundings& around, const std::string& name, const SessionWork& work);
+
+// For how long no message is to come before nobody waits any more, as --idle tells: a broker takes its time to send
+// what it has, and 0 is for that.
+inline std::chrono::milliseconds pauseOf(unsigned idleSeconds) {
+  constexpr std::chrono::milliseconds kLeast{500};
+  return std::max<std::chrono::milliseconds>(std::chrono::seconds(idleSeconds), kLeast);
+}
 
 // Makes sure that what the options name is there: the queue, or the exchange of a target and the queue of the broker's
 // own exchange. Queues that are missing are made if the options say so.

@@ -20,8 +20,11 @@ TEST_F(WithBroker, BadMessagesGoToTheErrorsWhole) {
   publish("in", "none", "This is no record file.", types);
   publish("in", "picture", customers(1), "image/png");
   publish("in", "long", std::string(kLongest, '\0'), types);
+  // All but 10 bytes of what goes in a frame.
+  publish("in", "crowded", customers(1), types, {{"mine", std::string(131072 - 20 - 50 - 10, 'x')}});
   const auto decoding = decode("--prefetch 3");
-  const auto errors = receive("bad", 5);
+  const auto errors = receive("bad", 6);
+
   EXPECT_EQ(receive("out", 6).size(), 6U);
   EXPECT_EQ(decoding->end(SIGTERM), 1) << decoding->messages();
 
@@ -35,6 +38,7 @@ TEST_F(WithBroker, BadMessagesGoToTheErrorsWhole) {
       {"empty", "", "the message is empty"},
       {"none", "This is no record file.", "record 1 at byte 0"},
       {"picture", customers(1), "image/png"},
+      {"crowded", customers(1), "the message has headers that leave no room"},
       {"long", std::string(kLongest, '\0'), "record 1 at byte 0"},
   };
   for (const Case& expected : cases) {
@@ -49,11 +53,26 @@ TEST_F(WithBroker, BadMessagesGoToTheErrorsWhole) {
   EXPECT_THAT(errors.at("empty").headers,
               testing::UnorderedElementsAre(Pair("oxr-fault", "the message is empty"),
                                             Pair("oxr-fault-queue", queue("in")), Pair("mine", "x")));
+  EXPECT_EQ(errors.at("crowded").headers.count("mine"), 0U);
+  EXPECT_THAT(errors.at("crowded").headers.at("oxr-fault-headers"), HasSubstr("left out"));
   std::map<std::string, std::string> headers = errors.lower_bound("c.bin:4050:")->second.headers;
   EXPECT_EQ(headers["oxr-fault-record"], "25");
   EXPECT_EQ(headers["oxr-fault-path"], "MOVEMENT(1).AMOUNT");
   EXPECT_EQ(headers["oxr-fault-byte"], "4159");
   EXPECT_THAT(headers["oxr-fault-number"], testing::MatchesRegex("[0-9]+"));
+}
+
+TEST_F(WithBroker, AResultThatTheBrokerDoesNotTakeIsNamed) {
+  publish("in", "small", customers(1));
+  publish("in", "large", customers(20));
+  broker->command("ctl eval 'application:set_env(rabbit, max_message_size, 40000).'");
+  const auto refused = decode();
+  EXPECT_EQ(refused->wait(), 2);
+  EXPECT_THAT(refused->messages(), HasSubstr("message large of queue " + queue("in") + ", and --max-message"));
+  const auto decoding = decode("--max-message 40000 --idle 0");
+  EXPECT_EQ(decoding->wait(), 1);
+  broker->command("ctl eval 'application:set_env(rabbit, max_message_size, 134217728).'");
+  EXPECT_EQ(receive("out", 1).count("small") + receive("bad", 1).count("large"), 2U);
 }
 
 TEST_F(WithBroker, BadFieldsMayBeNullAndBadLinesLeftOut) {

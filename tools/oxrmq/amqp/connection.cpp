@@ -136,6 +136,8 @@ std::optional<Event> Connection::next(std::chrono::milliseconds wait) {
     early_.pop_front();
     return event;
   }
+  // Signs of life are sent meanwhile.
+  const StallGuard::Operation operation(*guard_);
   amqp_maybe_release_buffers(state_.get());
   const timeval timeout = timevalOf(wait);
   amqp_frame_t frame;
@@ -222,6 +224,14 @@ void Connection::acknowledge(std::uint64_t tag, bool isForAllBefore) {
 void Connection::giveBack(std::uint64_t tag) {
   const StallGuard::Operation operation(*guard_);
   check(amqp_basic_nack(state_.get(), kChannel, tag, 0, 1), "giving a message back");
+}
+
+// The client library tells how long properties are by writing them.
+bool Connection::hasRoomFor(Properties& properties) {
+  constexpr int kAround = 20;  // bytes of the frame around them
+  if (frame_.empty()) frame_.resize(static_cast<std::size_t>(amqp_get_frame_max(state_.get()) - kAround));
+  const amqp_bytes_t room{frame_.size(), frame_.data()};
+  return amqp_encode_properties(AMQP_BASIC_CLASS, const_cast<amqp_basic_properties_t*>(&properties.raw()), room) >= 0;
 }
 
 void Connection::publish(const Target& target, Properties& properties, std::string_view body) {

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <type_traits>
 #include <variant>
+#include <vector>
 
 #include "oxrmq/amqp/address.hpp"
 #include "oxrmq/amqp/errors.hpp"
@@ -86,6 +87,8 @@ class Connection {
 
   // The number that the next message will have.
   std::uint64_t nextNumber() const { return published_ + 1; }
+  // Whether a message can have these: all of it but its body goes in one frame.
+  bool hasRoomFor(Properties& properties);
   // Publishes a message, for which an Answer comes. Body and properties may go afterwards.
   void publish(const Target& target, Properties& properties, std::string_view body);
 
@@ -115,6 +118,7 @@ class Connection {
   std::optional<StallGuard> guard_;  // of the open socket
   std::deque<Event> early_;          // that came in the middle of a message
   std::uint64_t published_ = 0;
+  std::vector<char> frame_;  // room for what properties may take
 };
 
 }  // namespace oxr::mq

@@ -29,4 +29,8 @@ bool isRefusal(std::uint16_t code, std::string_view text) {
                                  [&](std::string_view part) { return text.find(part) != std::string_view::npos; });
 }
 
+bool isTooLarge(std::string_view text) {
+  return text.find(" is larger than ") != std::string_view::npos;
+}
+
 }  // namespace oxr::mq

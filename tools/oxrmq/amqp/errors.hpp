@@ -24,5 +24,7 @@ class BrokerRefused : public rec::ToolError {
 // Whether a broker that closes a channel or a connection with this code and text will do so again. What passes,
 // such as a queue that is down while its broker starts, shares its code with what does not.
 bool isRefusal(std::uint16_t code, std::string_view text);
+// Whether the broker says no because a message has more bytes than it takes.
+bool isTooLarge(std::string_view text);
 
 }  // namespace oxr::mq

@@ -99,6 +99,10 @@ void Properties::dropHeaders(std::string_view prefix) {
   std::erase_if(headers_, [&](const amqp_table_entry_t& entry) { return textOf(entry.key).starts_with(prefix); });
 }
 
+void Properties::dropHeadersBut(std::string_view prefix) {
+  std::erase_if(headers_, [&](const amqp_table_entry_t& entry) { return !textOf(entry.key).starts_with(prefix); });
+}
+
 amqp_field_value_t& Properties::header(const char* name) {
   for (amqp_table_entry_t& entry : headers_)
     if (textOf(entry.key) == name) return entry.value;

@@ -46,6 +46,8 @@ class Properties {
   void dropExpiration() { raw_._flags &= ~static_cast<amqp_flags_t>(AMQP_BASIC_EXPIRATION_FLAG); }
   // Drops the headers whose name begins so.
   void dropHeaders(std::string_view prefix);
+  // Drops all others.
+  void dropHeadersBut(std::string_view prefix);
   // In the place of a header of this name, or after the others. `name` is a literal.
   void setHeader(const char* name, std::int64_t value);
   void setHeader(const char* name, std::string_view value);

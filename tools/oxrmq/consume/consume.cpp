@@ -32,8 +32,13 @@ class Consumers {
     {
       std::vector<std::jthread> threads;
       threads.reserve(conversions.size());
-      for (const std::unique_ptr<Conversion>& conversion : conversions)
-        threads.emplace_back([this, &conversion] { consume(*conversion); });
+      try {
+        for (const std::unique_ptr<Conversion>& conversion : conversions)
+          threads.emplace_back([this, &conversion] { consume(*conversion); });
+      } catch (...) {
+        around_.stop.ask();  // else those that have begun would go on
+        throw;
+      }
     }
     if (failure_) std::rethrow_exception(failure_);
   }
@@ -79,7 +84,9 @@ void addConsumeOptions(CLI::App& command, ConsumeOptions& options) {
       ->check(rec::wholeNumber(1, 256))
       ->type_name("N")
       ->group(kTopic);
-  command.add_option("--idle", options.route.idle, "end when no message came for so long [wait for ever]")
+  command
+      .add_option("--idle", options.route.idle,
+                  "end when no message came for so long; 0 takes what is there [wait for ever]")
       ->check(rec::wholeNumber(0, kMostSeconds))
       ->type_name("SECONDS")
       ->group(kTopic);

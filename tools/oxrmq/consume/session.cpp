@@ -1,5 +1,6 @@
 #include "oxrmq/consume/session.hpp"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -44,6 +45,15 @@ ConsumerSession::ConsumerSession(const Surroundings& around, const Route& route,
       apartPauses_(pauses) {}
 
 void ConsumerSession::run() {
+  try {
+    work();
+  } catch (const BrokerRefused& refused) {
+    if (!isTooLarge(refused.what())) throw;
+    throw BrokerRefused(refused.what() + largest());
+  }
+}
+
+void ConsumerSession::work() {
   prepare();
   while (!isDone()) {
     const bool isReady = mayConvert();
@@ -53,7 +63,7 @@ void ConsumerSession::run() {
     if (!mayConvert()) continue;
     Delivery delivery = std::move(waiting_.front());
     waiting_.pop_front();
-    work(std::move(delivery));
+    workOn(std::move(delivery));
   }
 }
 
@@ -64,11 +74,12 @@ void ConsumerSession::prepare() {
   prepareTarget(around_.options, connection_, route_.errors);
   for (const std::string& queue : route_.queues)
     connection_.consume(queue, route_.prefetch);
+  last_ = Clock::now();
 }
 
 bool ConsumerSession::isDone() {
   if (!around_.stop.isAsked())
-    return route_.idle && acknowledgements_.isEmpty() && Clock::now() - last_ >= std::chrono::seconds(*route_.idle);
+    return route_.idle && acknowledgements_.isEmpty() && Clock::now() - last_ >= pauseOf(*route_.idle);
   return published_.size() == 0 || around_.stop.isOver();
 }
 
@@ -135,8 +146,10 @@ void ConsumerSession::take(const Blocked& blocked) {
 }
 
 void ConsumerSession::acknowledge() {
-  while (const std::optional<Acknowledgements::Next> next = acknowledgements_.next())
+  while (const std::optional<Acknowledgements::Next> next = acknowledgements_.next()) {
     connection_.acknowledge(next->tag, next->isForAllBefore);
+    last_ = Clock::now();
+  }
 }
 
 void ConsumerSession::setApart(std::uint64_t tag, std::uint64_t bytes) {
@@ -153,7 +166,7 @@ void ConsumerSession::returnApart() {
   }
 }
 
-void ConsumerSession::work(Delivery delivery) {
+void ConsumerSession::workOn(Delivery delivery) {
   const std::uint64_t tag = delivery.tag, bytes = delivery.message.body().size();
   try {
     const Converted made = converted(delivery);
@@ -182,6 +195,11 @@ void ConsumerSession::publishOutput(Delivery delivery, const Converted& made) {
   properties.dropHeaders(kOffsetHeader);  // it counts bytes of the other form
   properties.setHeader(kCountHeader, static_cast<std::int64_t>(made.records));
   properties.setContentType(conversion_.outputType());
+  if (!connection_.hasRoomFor(properties)) {
+    publishFault(std::move(delivery), {.reason = "the message has headers that leave no room for others"},
+                 made.badFields);
+    return;
+  }
   publish({std::move(delivery), made.records, made.leftOut, made.badFields, made.output.size(), false}, route_.output,
           properties, made.output);
 }
@@ -204,9 +222,24 @@ void ConsumerSession::publishFault(Delivery delivery, const Fault& fault, std::u
   if (!fault.path.empty()) properties.setHeader("oxr-fault-path", fault.path);
   if (fault.record) properties.setHeader("oxr-fault-record", static_cast<std::int64_t>(*fault.record));
   if (fault.offset) properties.setHeader("oxr-fault-byte", static_cast<std::int64_t>(*fault.offset));
+  if (!connection_.hasRoomFor(properties)) {
+    properties.dropHeadersBut(kFaultHeader);
+    properties.setHeader("oxr-fault-headers", "the message's own are left out: there is no room for them");
+  }
   const auto body = delivery.message.body();
   publish({std::move(delivery), 0, 0, badFields, body.size(), true}, route_.errors, properties,
           {reinterpret_cast<const char*>(body.data()), body.size()});
+}
+
+// Of what is on its way, for a message after which the session is of no more use.
+std::string ConsumerSession::largest() {
+  const std::vector<InHand> all = published_.takeAll();
+  const auto found =
+      std::max_element(all.begin(), all.end(), [](const InHand& a, const InHand& b) { return a.bytes < b.bytes; });
+  if (found == all.end()) return {};
+  const std::string id(messageIdOf(found->delivery.message.properties()));
+  return "; that was to be made of message " + (id.empty() ? "without an id" : id) + " of queue " +
+         found->delivery.queue + ", and --max-message has to be the broker's limit";
 }
 
 void ConsumerSession::publish(InHand&& inHand, const Target& target, Properties& properties, std::string_view body) {

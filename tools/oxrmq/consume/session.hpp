@@ -20,7 +20,7 @@ struct Route {
   Target output;
   Target errors;
   std::uint16_t prefetch = 16;     // messages of each queue in hand at most
-  std::optional<unsigned> idle{};  // seconds without a message after which a consumer ends
+  std::optional<unsigned> idle{};  // seconds without a message after which a consumer ends, see pauseOf
 };
 
 // The work of a consumer on one connection: each message is converted, its output is published under the same id, and
@@ -53,6 +53,7 @@ class ConsumerSession {
     bool isFault = false;
   };
 
+  void work();
   void prepare();
   bool isDone();
   bool mayConvert() const;
@@ -64,11 +65,12 @@ class ConsumerSession {
   void acknowledge();
   void setApart(std::uint64_t tag, std::uint64_t bytes);
   void returnApart();
-  void work(Delivery delivery);
+  void workOn(Delivery delivery);
   Converted converted(const Delivery& delivery);
   void leaveOut(std::uint64_t tag, const Converted& made);
   void publishOutput(Delivery delivery, const Converted& converted);
   void publishFault(Delivery delivery, const Fault& fault, std::uint64_t badFields);
+  std::string largest();
   void publish(InHand&& inHand, const Target& target, Properties& properties, std::string_view body);
 
   const Surroundings& around_;
@@ -87,8 +89,8 @@ class ConsumerSession {
   std::deque<Apart> apart_;  // to be returned to their queues
   Backoff apartPauses_;
   bool isBlocked_ = false;
-  Clock::time_point notBefore_{};          // no conversion before that
-  Clock::time_point last_ = Clock::now();  // when a message came in
+  Clock::time_point notBefore_{};  // no conversion before that
+  Clock::time_point last_{};       // when a message came in, or made room for others
 };
 
 }  // namespace oxr::mq

@@ -29,7 +29,7 @@ class Taking {
     prepareQueue(options_.broker, connection, options_.queue);
     connection.consume(options_.queue, kAnyNumber);
     std::optional<std::uint64_t> last;
-    auto end = Clock::now() + std::chrono::seconds(options_.idle);
+    auto end = Clock::now() + pauseOf(options_.idle);
     while (Clock::now() < end && !around_.stop.isAsked()) {
       const std::optional<Event> event = connection.next(kLook);
       const auto* const delivery = event ? std::get_if<Delivery>(&*event) : nullptr;
@@ -38,7 +38,7 @@ class Taking {
       pauses.reset();
       keep(delivery->message);
       last = delivery->tag;
-      end = Clock::now() + std::chrono::seconds(options_.idle);
+      end = Clock::now() + pauseOf(options_.idle);
     }
     output_.close();
     isComplete_ = true;
@@ -97,7 +97,7 @@ void addTakeOptions(CLI::App& command, TakeOptions& options) {
                   ->required()
                   ->type_name("QUEUE")
                   ->group("Messages"));
-  command.add_option("--idle", options.idle, "end when no message came for so long [2]")
+  command.add_option("--idle", options.idle, "end when no message came for so long; 0 takes what is there [2]")
       ->check(rec::wholeNumber(0, kMostSeconds))
       ->type_name("SECONDS")
       ->group("Messages");

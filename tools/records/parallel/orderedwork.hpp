@@ -6,6 +6,7 @@
 #include <exception>
 #include <functional>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <thread>
 #include <vector>
@@ -84,7 +85,8 @@ class OrderedWork {
       std::unique_lock lock(mutex_);
       changed_.wait(lock, [this] { return isStopped_ || places_.size() < room_; });
       if (isStopped_ || isAtEnd_) return std::nullopt;
-      place = &places_.emplace_back();
+      place = newPlace();
+      if (place == nullptr) return std::nullopt;
     }
     std::optional<Piece> piece;
     Place end;
@@ -102,6 +104,17 @@ class OrderedWork {
     return std::nullopt;
   }
 
+  // Null if memory runs out: the caller's thread then ends the work. The lock is held.
+  Place* newPlace() {
+    try {
+      return &places_.emplace_back();
+    } catch (const std::bad_alloc&) {
+      isStopped_ = isOutOfMemory_ = true;
+      changed_.notify_all();
+      return nullptr;
+    }
+  }
+
   void finish(Place& place, Place done) {
     const std::lock_guard lock(mutex_);
     place = std::move(done);
@@ -115,7 +128,8 @@ class OrderedWork {
       Place place;
       {
         std::unique_lock lock(mutex_);
-        changed_.wait(lock, [this] { return !places_.empty() && places_.front().isDone; });
+        changed_.wait(lock, [this] { return isOutOfMemory_ || (!places_.empty() && places_.front().isDone); });
+        if (isOutOfMemory_) throw std::bad_alloc();
         place = std::move(places_.front());
         places_.pop_front();
         changed_.notify_all();
@@ -134,6 +148,7 @@ class OrderedWork {
   std::size_t room_ = 0;
   bool isAtEnd_ = false;
   bool isStopped_ = false;
+  bool isOutOfMemory_ = false;
 };
 
 }  // namespace oxr::rec
