@@ -24,6 +24,8 @@ class Columns:
 
     def close(self):
         """Close the input; no chunk comes any more."""
+        if self._columns is not None:
+            self._columns.require_idle()
         self._columns = None
 
     def __enter__(self):

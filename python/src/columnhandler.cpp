@@ -1,5 +1,6 @@
 #include "columnhandler.hpp"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
@@ -129,10 +130,17 @@ void ColumnHandler::clearObjects() {
 void ColumnHandler::discard() {
   rowOf_.back() = kNoRow;
   --rows_;
+  prepare(rows_, rows_ + 1);
+}
+
+void ColumnHandler::prepare(std::uint32_t from, std::uint32_t to) {
+  if (to <= from) return;
+  const std::size_t count = to - from;
   for (Column& column : columns_) {
-    if (column.isMissing != nullptr) column.isMissing[rows_] = 1;
-    if (column.reals != nullptr) column.reals[rows_] = std::nan("");
-    if (column.numbers != nullptr) column.numbers[rows_] = column.isMissing == nullptr ? kNoInstant : 0;
+    if (column.isMissing != nullptr) std::fill_n(column.isMissing + from, count, 1);
+    if (column.reals != nullptr) std::fill_n(column.reals + from, count, std::nan(""));
+    if (column.numbers != nullptr)
+      std::fill_n(column.numbers + from, count, column.isMissing == nullptr ? kNoInstant : 0);
   }
 }
 

@@ -17,7 +17,7 @@ struct Column {
   ColumnShape shape{};
   std::int64_t* numbers = nullptr;     // integer, scaled, days, instants
   double* reals = nullptr;             // real, decimal
-  unsigned char* isMissing = nullptr;  // integer, scaled: by row, all true at first
+  unsigned char* isMissing = nullptr;  // integer, scaled: by row
   // Objects, and numbers that have no place in 64 bits: names are numbers of begun rows, see rowOf.
   Tape objects;
 };
@@ -33,6 +33,8 @@ class ColumnHandler : public rec::RecordHandler {
   void clear();
   // Forgets the objects of the rows so far, and how these were begun.
   void clearObjects();
+  // Makes rows empty, from the first up to before the last: what a row does not bring stays so.
+  void prepare(std::uint32_t from, std::uint32_t to);
   // Forgets the last row, which is finished.
   void discard();
   std::uint32_t rows() const { return rows_; }

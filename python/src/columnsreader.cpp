@@ -15,10 +15,11 @@
 #include <vector>
 
 #include "arguments.hpp"
+#include "busy.hpp"
 #include "columnhandler.hpp"
 #include "interpreter.hpp"
 #include "reading.hpp"
-#include "values.hpp"
+#include "textcache.hpp"
 
 namespace py = pybind11;
 
@@ -33,55 +34,40 @@ struct Arrays {
   py::array objects{};    // object, and numbers of which one is too large: null where there is none
 };
 
-// The objects that texts become, so that one that comes again is not made again: columns of codes have few values. A
-// column whose texts hardly ever come again is no longer looked up.
-class TextCache {
- public:
-  py::object get(const Head& head, const char* bytes);
-
- private:
-  static constexpr std::size_t kSlots = 2048, kLongest = 24;
-  struct Slot {
-    char bytes[kLongest];
-    std::size_t size = 0;
-    py::object text{};
-  };
-  std::vector<Slot> slots_;
-  std::uint32_t hits_ = 0;
-  std::uint32_t misses_ = 0;
-};
-
-py::object TextCache::get(const Head& head, const char* bytes) {
-  constexpr std::uint32_t kTried = 4096;
-  const auto made = [&] { return py::reinterpret_steal<py::object>(newScalar(head, bytes)); };
-  if (head.size > kLongest || (head.token != Token::ascii && head.token != Token::decimal)) return made();
-  if (misses_ >= kTried && hits_ < misses_) return made();
-  if (slots_.empty()) slots_.resize(kSlots);
-  const std::size_t hash = std::hash<std::string_view>()({bytes, head.size});
-  Slot& slot = slots_[hash % kSlots];
-  if (slot.text && slot.size == head.size && std::memcmp(slot.bytes, bytes, head.size) == 0) {
-    ++hits_;
-    return slot.text;
-  }
-  ++misses_;
-  slot.size = head.size;
-  std::memcpy(slot.bytes, bytes, head.size);
-  return slot.text = made();
-}
-
 py::array emptyArray(const char* type, std::uint32_t rows) {
   return py::array(py::dtype(type), std::vector<py::ssize_t>{rows});
 }
 
-template <class Value>
-Value* filled(py::array& array, Value value) {
-  auto* const data = static_cast<Value*>(array.mutable_data());
-  std::fill_n(data, array.size(), value);
-  return data;
+const char* arrayType(ColumnType type) {
+  switch (type) {
+    case ColumnType::integer:
+    case ColumnType::scaled:
+      return "int64";
+    case ColumnType::real:
+    case ColumnType::decimal:
+      return "float64";
+    case ColumnType::days:
+      return "datetime64[D]";
+    case ColumnType::instants:
+      return "datetime64[us]";
+    case ColumnType::object:
+      break;
+  }
+  return "object";
 }
 
-// So many rows at a time stay in the processor's cache until their objects are made.
-constexpr std::uint32_t kRowsAtOnce = 1024;
+// The array with more rows, which takes what is in it: objects have one owner.
+py::array grown(py::array& array, std::uint32_t rows) {
+  py::array larger(array.dtype(), std::vector<py::ssize_t>{rows});
+  const auto bytes = static_cast<std::size_t>(array.nbytes());
+  std::memcpy(larger.mutable_data(), array.data(), bytes);
+  if (array.dtype().kind() == 'O') std::memset(array.mutable_data(), 0, bytes);
+  return larger;
+}
+
+// So many values at a time stay in the processor's cache until their objects are made; of few columns no more rows than
+// help.
+constexpr std::uint32_t kValuesAtOnce = 32768, kLeastRowsAtOnce = 32, kMostRowsAtOnce = 1024;
 
 class Columns {
  public:
@@ -90,7 +76,10 @@ class Columns {
         leavesBadOut_(options.onError == rec::OnError::skip),
         rows_(rows),
         handler_(reading_.plan(), form),
-        caches_(handler_.columns().size()) {
+        rowsAtOnce_(std::clamp(kValuesAtOnce / static_cast<std::uint32_t>(handler_.columns().size() + 1),
+                               kLeastRowsAtOnce, kMostRowsAtOnce)),
+        caches_(handler_.columns().size(), TextCache(handler_.columns().size())),
+        capacity_(std::min(rows_, rowsAtOnce_)) {
     for (const std::string& name : handler_.names().names())
       names_.emplace_back(name);
     reading_.setHandler(handler_, nullptr);
@@ -99,11 +88,15 @@ class Columns {
   // Names and arrays of the next chunk, an array and what is missing in it; None at the end.
   py::object next();
   std::string notes() const { return reading_.notes(); }
+  void requireIdle() const { busy_.requireIdle(); }
 
  private:
-  std::vector<Arrays> begin();
+  void begin();
+  void reserve(std::uint32_t rows);
+  void attach();
   void fill(std::uint32_t most);
-  void makeObjects(std::vector<Arrays>& arrays);
+  void makeObjects();
+  py::object shortened(const py::array& array) const;
   py::object finish(const Column& column, const Arrays& arrays) const;
   py::object wholly(const Column& column, const Arrays& arrays) const;
 
@@ -111,49 +104,63 @@ class Columns {
   const bool leavesBadOut_;
   const std::uint32_t rows_;
   ColumnHandler handler_;
+  const std::uint32_t rowsAtOnce_;
   std::vector<TextCache> caches_;
   std::vector<py::str> names_;
+  std::vector<Arrays> arrays_;  // of the chunk in hand, by column; none before it is begun
+  std::uint32_t capacity_;      // rows that they have room for
+  std::uint32_t prepared_ = 0;  // rows of it
   std::exception_ptr ending_;
   bool isAtEnd_ = false;
-  bool isBusy_ = false;
+  Busy busy_{"these columns"};
 };
 
-// Arrays, for the largest chunk: rows that do not come cost nothing, since nobody touches their memory.
-std::vector<Arrays> Columns::begin() {
+// Arrays for as many rows as the chunk before had, at first for a few: a file may have far fewer than a chunk may.
+void Columns::begin() {
   handler_.clear();
-  std::vector<Arrays> arrays(handler_.columns().size());
-  for (std::size_t i = 0; i < arrays.size(); ++i) {
-    Column& column = handler_.columns()[i];
-    switch (column.shape.type) {
-      case ColumnType::integer:
-      case ColumnType::scaled:
-        arrays[i] = {emptyArray("int64", rows_), emptyArray("bool", rows_)};
-        column.numbers = filled(arrays[i].values, std::int64_t{0});
-        column.isMissing = reinterpret_cast<unsigned char*>(filled(arrays[i].isMissing, true));
-        break;
-      case ColumnType::real:
-      case ColumnType::decimal:
-        arrays[i].values = emptyArray("float64", rows_);
-        column.reals = filled(arrays[i].values, std::nan(""));
-        break;
-      case ColumnType::days:
-      case ColumnType::instants:
-        arrays[i].values =
-            emptyArray(column.shape.type == ColumnType::days ? "datetime64[D]" : "datetime64[us]", rows_);
-        column.numbers = filled(arrays[i].values, kNoInstant);
-        break;
-      case ColumnType::object:
-        break;
-    }
+  prepared_ = 0;
+  std::vector<Arrays> all(handler_.columns().size());
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    const ColumnType type = handler_.columns()[i].shape.type;
+    if (type == ColumnType::object) continue;
+    all[i].values = emptyArray(arrayType(type), capacity_);
+    if (type == ColumnType::integer || type == ColumnType::scaled) all[i].isMissing = emptyArray("bool", capacity_);
   }
-  return arrays;
+  arrays_ = std::move(all);
+  attach();
+}
+
+// Makes room for so many rows.
+void Columns::reserve(std::uint32_t rows) {
+  if (rows <= capacity_) return;
+  const std::uint32_t most = std::min(rows_, std::max(rows, 2 * capacity_));
+  for (Arrays& arrays : arrays_)
+    for (py::array* const array : {&arrays.values, &arrays.isMissing, &arrays.objects})
+      if (array->size() != 0) *array = grown(*array, most);
+  capacity_ = most;
+  attach();
+}
+
+// Has the handler write into the arrays.
+void Columns::attach() {
+  for (std::size_t i = 0; i < arrays_.size(); ++i) {
+    Column& column = handler_.columns()[i];
+    if (column.shape.type == ColumnType::object) continue;
+    void* const values = arrays_[i].values.mutable_data();
+    if (column.shape.type == ColumnType::real || column.shape.type == ColumnType::decimal)
+      column.reals = static_cast<double*>(values);
+    else
+      column.numbers = static_cast<std::int64_t*>(values);
+    if (arrays_[i].isMissing.size() != 0)
+      column.isMissing = static_cast<unsigned char*>(arrays_[i].isMissing.mutable_data());
+  }
 }
 
 // Without the interpreter: up to so many rows, and not much more of those that are left out. What ends the work is kept
 // behind the rows before it.
 void Columns::fill(std::uint32_t most) {
   try {
-    while (handler_.rows() < most && handler_.begun() < 2 * std::size_t{kRowsAtOnce}) {
+    while (handler_.rows() < most && handler_.begun() < 2 * std::size_t{rowsAtOnce_}) {
       const std::uint32_t before = handler_.rows();
       if (!reading_.next()) {
         isAtEnd_ = true;
@@ -167,19 +174,23 @@ void Columns::fill(std::uint32_t most) {
   }
 }
 
+// What was read stays for the next call if a signal's handler throws.
 py::object Columns::next() {
-  if (isBusy_) throw py::value_error("another thread reads these columns");
-  isBusy_ = true;
-  const std::unique_ptr<bool, void (*)(bool*)> busy(&isBusy_, [](bool* flag) { *flag = false; });
-  std::vector<Arrays> arrays = begin();
+  const Busy::Turn turn(busy_);
+  if (arrays_.empty()) begin();
   while (!isAtEnd_ && handler_.rows() < rows_) {
     if (PyErr_CheckSignals() != 0) throw py::error_already_set();
+    const std::uint32_t most = std::min(rows_ - handler_.rows(), rowsAtOnce_) + handler_.rows();
+    reserve(most);
     {
       const Released interpreter;
-      fill(rows_ - handler_.rows() < kRowsAtOnce ? rows_ : handler_.rows() + kRowsAtOnce);
+      handler_.prepare(prepared_, most);
+      prepared_ = std::max(prepared_, most);
+      fill(most);
     }
-    makeObjects(arrays);
+    makeObjects();
   }
+  const std::vector<Arrays> arrays = std::exchange(arrays_, {});
   if (handler_.rows() != 0) {
     py::list columns;
     for (std::size_t i = 0; i < arrays.size(); ++i)
@@ -191,12 +202,12 @@ py::object Columns::next() {
 }
 
 // Of the rows that were filled last.
-void Columns::makeObjects(std::vector<Arrays>& arrays) {
-  for (std::size_t i = 0; i < arrays.size(); ++i) {
+void Columns::makeObjects() {
+  for (std::size_t i = 0; i < arrays_.size(); ++i) {
     const Tape& tape = handler_.columns()[i].objects;
     if (tape.size() == 0) continue;
-    if (arrays[i].objects.size() == 0) arrays[i].objects = emptyArray("object", rows_);
-    auto** const values = static_cast<PyObject**>(arrays[i].objects.mutable_data());
+    if (arrays_[i].objects.size() == 0) arrays_[i].objects = emptyArray("object", capacity_);
+    auto** const values = static_cast<PyObject**>(arrays_[i].objects.mutable_data());
     for (const char *at = tape.data(), *const end = at + tape.size(); at != end;) {
       Head head;
       std::memcpy(&head, at, sizeof head);
@@ -209,24 +220,28 @@ void Columns::makeObjects(std::vector<Arrays>& arrays) {
   handler_.clearObjects();
 }
 
+// The rows that there are; of the last chunk alone, not as a part of an array for more.
+py::object Columns::shortened(const py::array& array) const {
+  if (handler_.rows() == array.size()) return array;
+  return array[py::slice(0, handler_.rows(), 1)].attr("copy")();
+}
+
 // An array of a chunk's rows, and an array that tells which ones are missing, or None.
 py::object Columns::finish(const Column& column, const Arrays& arrays) const {
-  const py::slice rows(0, handler_.rows(), 1);
   if (column.shape.type == ColumnType::object || arrays.objects.size() != 0)
     return py::make_tuple(wholly(column, arrays), py::none());
-  const py::object values = arrays.values[rows];
+  const py::object values = shortened(arrays.values);
   if (column.isMissing == nullptr) return py::make_tuple(values, py::none());
   const bool isWhole =
       std::find(column.isMissing, column.isMissing + handler_.rows(), 1) == column.isMissing + handler_.rows();
-  return py::make_tuple(values, isWhole ? py::object(py::none()) : py::object(arrays.isMissing[rows]));
+  return py::make_tuple(values, isWhole ? py::object(py::none()) : shortened(arrays.isMissing));
 }
 
 // An array of objects. Of a column of numbers that one of them is too large for, all are.
 py::object Columns::wholly(const Column& column, const Arrays& arrays) const {
-  py::array made = arrays.objects.size() != 0 ? arrays.objects : emptyArray("object", rows_);
+  py::array made = arrays.objects.size() != 0 ? arrays.objects : emptyArray("object", handler_.rows());
   auto** const values = static_cast<PyObject**>(made.mutable_data());
   const bool hasNumbers = arrays.values.size() != 0;
-  py::object rows = made[py::slice(0, handler_.rows(), 1)];
   const py::list plain =
       hasNumbers ? py::list(arrays.values[py::slice(0, handler_.rows(), 1)].attr("tolist")()) : py::list();
   for (std::uint32_t row = 0; row < handler_.rows(); ++row) {
@@ -234,7 +249,7 @@ py::object Columns::wholly(const Column& column, const Arrays& arrays) const {
     const bool isThere = hasNumbers && (column.isMissing == nullptr || column.isMissing[row] == 0);
     values[row] = isThere ? py::object(plain[row]).release().ptr() : Py_NewRef(Py_None);
   }
-  return rows;
+  return shortened(made);
 }
 
 std::unique_ptr<Columns> open(const Arguments& arguments, const py::object& file, std::uint32_t rows,
@@ -254,7 +269,10 @@ std::unique_ptr<Columns> open(const Arguments& arguments, const py::object& file
 }  // namespace
 
 void addColumnsType(py::module_& module) {
-  py::class_<Columns>(module, "Columns").def("next", &Columns::next).def("notes", &Columns::notes);
+  py::class_<Columns>(module, "Columns")
+      .def("next", &Columns::next)
+      .def("notes", &Columns::notes)
+      .def("require_idle", &Columns::requireIdle);
   module.def("columns", &open);
 }
 

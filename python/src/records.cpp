@@ -20,9 +20,7 @@ Records::Records(const rec::DecodeOptions& options, const py::object& file)
       builder_(reading_.plan()) {}
 
 PyObject* Records::next() {
-  requireIdle();
-  isBusy_ = true;
-  const std::unique_ptr<bool, void (*)(bool*)> busy(&isBusy_, [](bool* flag) { *flag = false; });
+  const Busy::Turn turn(busy_);
   while (made_ == batch_.entries().size()) {
     if (const std::exception_ptr ending = batch_.takeEnding()) std::rethrow_exception(ending);
     if (batch_.isAtEnd()) return nullptr;
@@ -32,10 +30,6 @@ PyObject* Records::next() {
     batch_.fill();
   }
   return make(batch_.entries()[made_++]);
-}
-
-void Records::requireIdle() const {
-  if (isBusy_) throw py::value_error("another thread reads these records");
 }
 
 PyObject* Records::make(const Batch::Entry& entry) {

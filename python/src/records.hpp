@@ -7,6 +7,7 @@
 #include <unordered_map>
 
 #include "batch.hpp"
+#include "busy.hpp"
 #include "values.hpp"
 
 namespace oxr::python {
@@ -24,7 +25,7 @@ class Records {
   const rec::RecordPlan& plan() const { return reading_.plan(); }
   std::string notes() const { return reading_.notes(); }
   // Throws value_error while next() is at work.
-  void requireIdle() const;
+  void requireIdle() const { busy_.requireIdle(); }
 
  private:
   PyObject* make(const Batch::Entry& entry);
@@ -35,7 +36,7 @@ class Records {
   Builder builder_;
   std::size_t made_ = 0;  // of the entries of the batch
   std::unordered_map<std::string_view, pybind11::object> kinds_;
-  bool isBusy_ = false;
+  Busy busy_{"these records"};
 };
 
 // Makes the class Records and puts it into the module.

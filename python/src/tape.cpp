@@ -30,7 +30,7 @@ std::size_t pointOf(UnitView digits) {
 }  // namespace
 
 void Tape::grow(std::size_t more) {
-  constexpr std::size_t kLeast = std::size_t{64} << 10;
+  constexpr std::size_t kLeast = std::size_t{1} << 10;  // a table has a tape for each column
   const std::size_t capacity = std::max({kLeast, 2 * capacity_, size_ + more});
   auto bytes = std::unique_ptr<char[]>(new char[capacity]);
   std::copy_n(bytes_.get(), size_, bytes.get());

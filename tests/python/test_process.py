@@ -1,4 +1,4 @@
-"""What the package owes to other threads, to signals and to the end of the process; in processes of their own."""
+"""What the package owes to its process: to other threads, to signals, to its end, and in memory. Each in its own."""
 
 import os
 import subprocess
@@ -22,7 +22,9 @@ BEGIN = """
             return content * (size // len(content) // 50)
         write = lambda self, given: time.sleep(0.0001)
     def in_thread(work, **how):
-        threading.Thread(target=work, **how).start()
+        thread = threading.Thread(target=work, **how)
+        thread.start()
+        return thread
     os.mkfifo(sys.argv[1])
 """
 
@@ -57,9 +59,51 @@ def test_a_pipe_of_the_same_process(tmp_path):
         copies = []
         in_thread(lambda: open(sys.argv[1], "wb").write(content))
         records = list(oxrrec.read(sys.argv[1], **options))
-        in_thread(lambda: copies.append(open(sys.argv[1], "rb").read()))
+        reader = in_thread(lambda: copies.append(open(sys.argv[1], "rb").read()))
         print(oxrrec.write(sys.argv[1], records, **options))
+        reader.join()
         in_thread(lambda: open(sys.argv[1], "wb").write(content * 3))
         print([len(chunk["STOCK"]) for chunk in oxrrec.columns(sys.argv[1], **options)])
         print(copies == [content])
     """, tmp_path) == "5\n[15]\nTrue\n"
+
+
+def test_a_signal_loses_no_rows(tmp_path):
+    """The exception of its handler leaves a chunk half read, to be gone on with."""
+    assert run("""
+        def handle(number, frame):
+            if frame.f_code.co_name == "__next__":
+                raise TimeoutError
+            signal.setitimer(signal.ITIMER_REAL, 0.001)
+        signal.signal(signal.SIGALRM, handle)
+        chunks = oxrrec.columns(io.BytesIO(content * 60000), rows=300000, **options)
+        signal.setitimer(signal.ITIMER_REAL, 0.02)
+        try:
+            next(chunks)
+        except TimeoutError:
+            print([len(chunk["STOCK"]) for chunk in chunks])
+    """, tmp_path) == "[300000]\n"
+
+
+@pytest.mark.parametrize("work, most", [
+    ("next(oxrrec.columns(path, rows=5_000_000, **options))", 20),
+    ("wide(10)", 40), ("wide(500, rows=100)", 80),
+    ("oxrrec.write(Slow(), itertools.islice(itertools.cycle(oxrrec.read(path, **options)), 100000), **options)", 10)])
+def test_memory(tmp_path, work, most):
+    """It goes by what a file holds, or by what is read at a time; in MiB."""
+    assert int(run(f"""
+        import numpy, resource
+        def most():
+            return resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
+        copybook = sys.argv[1] + ".cob"
+        with open(copybook, "w") as file:
+            print(" 01 R.", "05 A OCCURS 1000.", "10 B PIC X(4).", "10 C PIC 9(4).", "10 D PIC S9(3)V99.",
+                  sep="\\n           ", file=file)
+        def wide(count, **more):
+            records = io.BytesIO(b"abcd000100120" * 1000 * count)
+            for chunk in oxrrec.columns(records, copybook=copybook, ccsid=819, **more):
+                pass
+        before = most()
+        {work}
+        print((most() - before) >> 10)
+    """, tmp_path)) < most
