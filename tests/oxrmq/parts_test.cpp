@@ -407,6 +407,7 @@ TEST(Oxrmq, TellsWhatItCannotWorkWith) {
       {"feed /nowhere --records rdw --to /a", "cannot open /nowhere"},
       {"decode --records auto" + consume, "--records auto is for files"},
       {"decode --consumers 0" + consume, "0 is no whole number from 1 to 256"},
+      {"decode --from b --from a" + consume, "--from a is given twice"},
       {"decode --grace -1" + consume, "--grace: -1 is no whole number"},
       {"decode --url amq://x" + consume, "neither amqp:// nor amqps://"},
       {"decode --from a --to /b --copybook c --ccsid 37", "--errors is required"},

@@ -15,8 +15,14 @@ constexpr std::chrono::milliseconds kLook{50};
 constinit Stop::Time Stop::signalledAt_ = kNever;
 
 void Stop::listenToSignals() {
-  for (const int number : {SIGTERM, SIGINT})
-    std::signal(number, [](int) { setNow(signalledAt_); });
+  for (const int number : {SIGTERM, SIGINT}) {
+    struct sigaction action {};
+    if (::sigaction(number, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) continue;
+    action = {};
+    action.sa_handler = [](int) { setNow(signalledAt_); };
+    action.sa_flags = SA_RESTART;
+    ::sigaction(number, &action, nullptr);
+  }
 }
 
 void Stop::setNow(Time& time) {

@@ -13,7 +13,7 @@ class Stop {
  public:
   explicit Stop(std::chrono::seconds grace) : grace_(grace) {}
 
-  // From now on the signals ask all objects of the class.
+  // From now on the signals ask all objects of the class; one that was ignored, as by nohup, stays ignored.
   static void listenToSignals();
 
   void ask() { setNow(askedAt_); }

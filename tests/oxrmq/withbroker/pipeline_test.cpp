@@ -159,6 +159,29 @@ TEST_F(WithBroker, NothingIsLostWhenTheBrokerGoesAway) {
   EXPECT_EQ(encoding->end(SIGTERM), 0) << encoding->messages();
 }
 
+TEST_F(WithBroker, WhatIsTakenIsThereOnceAfterALostConnectionToo) {
+  for (const char* const id : {"a", "b", "a"})
+    publish("in", id, id);
+  for (const char* const id : {"a", ""})
+    publish("nameless", id, "x");
+  const std::string path = folder_.path("taken");
+  const auto taking = oxrmq("take --idle 2 --from @in -o " + path), failing = oxrmq("take --idle 9 --from @nameless");
+  {
+    QueueCounts counts(address());
+    for (const char* const name : {"in", "nameless"})
+      ASSERT_TRUE(comes([&] { return counts.of(queue(name)) == std::pair(0U, 1U); }));
+  }
+  broker->command("ctl close_all_connections test");
+  EXPECT_EQ(taking->wait(), 0) << taking->messages();
+  EXPECT_THAT(taking->messages(), HasSubstr("2 messages taken from queue " + queue("in") + ", 4 doubles dropped"));
+  EXPECT_EQ(rec::test::contentOf(path), "ab");
+  EXPECT_EQ(failing->wait(), 2);
+  EXPECT_THAT(failing->messages(), HasSubstr("would be written twice; the messages are still in queue"));
+  QueueCounts counts(address());
+  EXPECT_EQ(counts.of(queue("in")).first, 0U);
+  EXPECT_EQ(counts.of(queue("nameless")).first, 2U);
+}
+
 TEST_F(WithBroker, AFullQueueOnlyDelays) {
   const std::string path = folder_.write("c.bin", customers(20));
   Connection(address(), {}).declareQueue(queue("out"), "classic", 5);

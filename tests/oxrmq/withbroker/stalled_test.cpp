@@ -1,5 +1,7 @@
 // A broker that takes a part of a message, and then no more; and an input that does not go on.
 
+#include <sys/stat.h>
+
 #include "oxrmq/withbroker/fixture.hpp"
 
 namespace oxr::mq::test {
@@ -67,9 +69,11 @@ TEST_F(WithBroker, AnInputThatWaitsHoldsNothingUp) {
   // The first bytes are to tell how the records lie, before there is a connection.
   const auto unbegun =
       oxrmq(arguments + "--records auto --copybook SAMPLES/customers.cob --ccsid 37", {}, ::fileno(input.get()));
+  ASSERT_EQ(::mkfifo(folder_.path("pipe").c_str(), 0600), 0);
+  const auto unopened = oxrmq("feed " + folder_.path("pipe") + " --source f --records rdw --to /@in");
   ASSERT_TRUE(comes([&] { return hasQueue("in"); }));
   std::this_thread::sleep_for(kLate);
-  for (const auto* const each : {&ended, &unbegun}) {
+  for (const auto* const each : {&ended, &unbegun, &unopened}) {
     EXPECT_EQ((*each)->end(SIGTERM), 1);
     EXPECT_THAT((*each)->messages(), HasSubstr("stopped"));
   }

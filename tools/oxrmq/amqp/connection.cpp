@@ -1,6 +1,7 @@
 #include "oxrmq/amqp/connection.hpp"
 
 #include <new>
+#include <utility>
 
 namespace oxr::mq {
 
@@ -245,11 +246,12 @@ void Connection::publish(const Target& target, Properties& properties, std::stri
   ++published_;
 }
 
-void Connection::close() noexcept {
+bool Connection::close() noexcept {
+  if (std::exchange(isClosed_, true)) return true;
   const StallGuard::Operation operation(*guard_);
   const timeval timeout = timevalOf(kLeaveTimeout);
   amqp_set_rpc_timeout(state_.get(), &timeout);
-  amqp_connection_close(state_.get(), AMQP_REPLY_SUCCESS);
+  return amqp_connection_close(state_.get(), AMQP_REPLY_SUCCESS).reply_type == AMQP_RESPONSE_NORMAL;
 }
 
 }  // namespace oxr::mq

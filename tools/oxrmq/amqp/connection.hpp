@@ -92,8 +92,9 @@ class Connection {
   // Publishes a message, for which an Answer comes. Body and properties may go afterwards.
   void publish(const Target& target, Properties& properties, std::string_view body);
 
-  // Leaves in good order, as far as that can be done in a short time.
-  void close() noexcept;
+  // Leaves in good order, as far as that can be done in a short time. True if the broker has answered: it has done all
+  // that it was told before. Nothing else can be done afterwards.
+  bool close() noexcept;
 
  private:
   struct Release {
@@ -118,6 +119,7 @@ class Connection {
   std::optional<StallGuard> guard_;  // of the open socket
   std::deque<Event> early_;          // that came in the middle of a message
   std::uint64_t published_ = 0;
+  bool isClosed_ = false;
   std::vector<char> frame_;  // room for what properties may take
 };
 

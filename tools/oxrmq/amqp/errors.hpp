@@ -26,5 +26,7 @@ class BrokerRefused : public rec::ToolError {
 bool isRefusal(std::uint16_t code, std::string_view text);
 // Whether the broker says no because a message has more bytes than it takes.
 bool isTooLarge(std::string_view text);
+// Whether the broker has waited too long for an acknowledgement.
+bool isTooLate(std::string_view text);
 
 }  // namespace oxr::mq

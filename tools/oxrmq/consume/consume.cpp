@@ -1,6 +1,7 @@
 #include "oxrmq/consume/consume.hpp"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <mutex>
 #include <thread>
@@ -11,6 +12,13 @@
 namespace oxr::mq {
 
 namespace {
+
+// A queue's name tells the broker which consumer of a connection is meant.
+void refuseTwice(std::vector<std::string> queues) {
+  std::sort(queues.begin(), queues.end());
+  const auto twice = std::adjacent_find(queues.begin(), queues.end());
+  if (twice != queues.end()) throw rec::ToolError("--from " + *twice + " is given twice; --consumers makes more");
+}
 
 std::string sumOf(const Counters& counters, const Route& route) {
   std::string text = std::to_string(counters.messagesOut) + " messages with " + std::to_string(counters.records) +
@@ -102,6 +110,7 @@ void addConsumeOptions(CLI::App& command, ConsumeOptions& options) {
 
 int consume(const ConsumeOptions& options, const std::string& name, const ConversionMaker& make,
             const rec::Console& console) {
+  refuseTwice(options.route.queues);
   Log log(console);
   Stop stop(std::chrono::seconds(options.broker.grace));
   Counters counters;

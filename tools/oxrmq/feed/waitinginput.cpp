@@ -16,6 +16,9 @@ namespace {
 
 constexpr int kLookMilliseconds = 100;  // so soon it is seen that an end is asked for
 
+// A pipe whose other end nobody has opened is waited for like one without bytes.
+constexpr int kOpening = O_RDONLY | O_CLOEXEC | O_NONBLOCK;
+
 // The bytes that are there on a descriptor.
 class Waiting {
  public:
@@ -46,7 +49,7 @@ rec::FileInput openWaiting(const std::string& path, const rec::InputWindow& wind
                            const Stop& stop) {
   const bool isStandard = path == rec::kStandardStream;
   rec::FileDescriptor file = isStandard ? rec::FileDescriptor::borrowed(console.input)
-                                        : rec::FileDescriptor::owned(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+                                        : rec::FileDescriptor::owned(::open(path.c_str(), kOpening));
   struct stat status {};
   const bool isThere = file.get() >= 0 && ::fstat(file.get(), &status) == 0;
   if (!isThere || S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)) return rec::openInput(path, window, console);

@@ -26,6 +26,33 @@ class Taking {
 
   // One connection's work. After a lost one all messages come again.
   void run(Connection& connection, Backoff& pauses) {
+    try {
+      takeAll(connection, pauses);
+    } catch (const std::bad_alloc&) {
+      refuse("out of memory");
+    } catch (const BrokerGone& gone) {
+      // It would come to that again.
+      if (isTooLate(gone.what()))
+        refuse(std::string(gone.what()) + "; the broker's consumer_timeout has to be longer than what this takes");
+      if (hasNameless_)
+        refuse(std::string(gone.what()) + "; messages without an id come again, and would be written twice");
+      throw;
+    }
+  }
+
+  // The code of the program's end. Throws ToolError if the work was ended while there was no connection.
+  int end() const {
+    if (!isComplete_) refuse("stopped before the broker was there again");
+    tellSum();
+    return isAcknowledged_ ? rec::kDone : rec::kBadField;
+  }
+
+ private:
+  [[noreturn]] void refuse(const std::string& why) const {
+    throw rec::ToolError(why + "; the messages are still in queue " + options_.queue);
+  }
+
+  void takeAll(Connection& connection, Backoff& pauses) {
     prepareQueue(options_.broker, connection, options_.queue);
     connection.consume(options_.queue, kAnyNumber);
     std::optional<std::uint64_t> last;
@@ -34,7 +61,8 @@ class Taking {
       const std::optional<Event> event = connection.next(kLook);
       const auto* const delivery = event ? std::get_if<Delivery>(&*event) : nullptr;
       if (delivery == nullptr) continue;
-      if (delivery->message.missing() != 0) throw std::bad_alloc();
+      if (const std::uint64_t bytes = delivery->message.missing(); bytes != 0)
+        refuse("out of memory for a message of " + std::to_string(bytes) + " bytes");
       pauses.reset();
       keep(delivery->message);
       last = delivery->tag;
@@ -45,24 +73,18 @@ class Taking {
     if (last) acknowledge(connection, *last);
   }
 
-  // The code of the program's end. Throws ToolError if the work was ended while there was no connection.
-  int end() const {
-    if (!isComplete_)
-      throw rec::ToolError("stopped before the broker was there again; the messages are still in queue " +
-                           options_.queue);
-    tellSum();
-    return isAcknowledged_ ? rec::kDone : rec::kBadField;
-  }
-
- private:
   // Nothing can be added to the output any more, so there is no other attempt.
   void acknowledge(Connection& connection, std::uint64_t last) {
+    std::string why = "the broker has not answered at the end";
     try {
       connection.acknowledge(last, true);
+      isAcknowledged_ = connection.close();
     } catch (const BrokerGone& gone) {
+      why = gone.what();
       isAcknowledged_ = false;
-      around_.log.tell(std::string(gone.what()) + "; the output is complete, but the messages are in the queue again");
     }
+    if (!isAcknowledged_)
+      around_.log.tell(why + "; the output is complete, but the messages may be in the queue again");
   }
 
   void tellSum() const {
@@ -76,6 +98,7 @@ class Taking {
       ++doubles_;
       return;
     }
+    hasNameless_ = hasNameless_ || id.empty();
     ++messages_;
     output_.write({reinterpret_cast<const char*>(message.body().data()), message.body().size()});
   }
@@ -86,6 +109,7 @@ class Taking {
   std::unordered_set<std::string> ids_;
   std::uint64_t messages_ = 0;
   std::uint64_t doubles_ = 0;
+  bool hasNameless_ = false;  // messages without an id were written
   bool isComplete_ = false;
   bool isAcknowledged_ = true;
 };
