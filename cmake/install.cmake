@@ -13,7 +13,10 @@ install(TARGETS kelhost EXPORT oxrbitstreamutilitiesTargets
         LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT ${kelhost_package} NAMELINK_COMPONENT ${dev_package})
 install(TARGETS oxrbitstreamutilities EXPORT oxrbitstreamutilitiesTargets
         LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT ${library_package} NAMELINK_COMPONENT ${dev_package})
-foreach(program oxrrec oxrmq)
+if(OXR_BUILD_TOOLS OR OXR_BUILD_TESTS)
+  set(programs oxrrec oxrmq)
+endif()
+foreach(program ${programs})
   if(TARGET ${program})
     install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT ${program})
     install(FILES "${PROJECT_BINARY_DIR}/${program}.bash" RENAME ${program}
@@ -31,7 +34,7 @@ if(NOT OXR_PACKAGES)
   # Programs and libraries find each other from their own place, so that any prefix works.
   set_target_properties(oxrbitstreamutilities kelhost PROPERTIES INSTALL_RPATH "$ORIGIN")
   file(RELATIVE_PATH lib_from_bin "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
-  foreach(program oxrrec oxrmq)
+  foreach(program ${programs})
     if(TARGET ${program})
       set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
     endif()

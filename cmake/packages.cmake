@@ -73,7 +73,7 @@ oxr_package(${dev_package} SECTION libdevel NEEDS ${kelhost_package} ${library_p
                         "Reads and writes packed and external decimals, binary integers, IEEE and"
                         "hexadecimal floats, text in any code page, numbers and date-times as text."
                         "." "This package has the headers and what CMake and pkg-config need.")
-if(TARGET oxrrec)
+if("oxrrec" IN_LIST programs)
   oxr_package(oxrrec SECTION utils NEEDS ${kelhost_package} ${library_package}
               DESCRIPTION "mainframe record files to JSON or CSV, and back, by their COBOL copybook"
                           "Decodes the records of a file in EBCDIC or any other code page, with packed"
@@ -81,7 +81,7 @@ if(TARGET oxrrec)
                           "them again, shows where each field lies and what is in it, and finds what"
                           "would make bad fields readable.")
 endif()
-if(TARGET oxrmq)
+if("oxrmq" IN_LIST programs)
   oxr_package(oxrmq SECTION net NEEDS ${kelhost_package} ${library_package}
               DESCRIPTION "mainframe records in the messages of a broker to JSON, and back"
                           "Takes messages with records, as a COBOL copybook lays them out, from a queue of"
