@@ -84,12 +84,13 @@ TEST_F(WithBroker, BadFieldsMayBeNullAndBadLinesLeftOut) {
   EXPECT_THAT(lines.at("f:0").body, HasSubstr("null"));
   EXPECT_THAT(lines.at("f:0").headers, testing::ElementsAre(Pair("oxr-records", "8")));
   EXPECT_EQ(decoding->end(SIGTERM), 1);
+  publish("lines", "f:1", "{\"x\":1}\n");  // nothing is left of it
   publish("lines", "f:0", linesOf(folder_.write("c", customers(1))) + "{\"x\":1}\n", "application/json");
   const auto skipping = consume("encode", "lines", "back", "--on-error skip");
   EXPECT_EQ(receive("back", 1).at("f:0").body, customers(1));
   EXPECT_EQ(skipping->end(SIGTERM), 1);
   EXPECT_THAT(skipping->messages(), HasSubstr("1 messages with 8 records converted, 0 sent to"));
-  EXPECT_THAT(skipping->messages(), HasSubstr(", 1 records left out"));
+  EXPECT_THAT(skipping->messages(), HasSubstr(", 2 records left out, among them all those of 1 messages"));
   publish("lines", "f:0", linesOf(folder_.path("c")) + "{\"x\":1}\n");
   const auto encoding = consume("encode", "lines", "back", "");
   EXPECT_THAT(receive("bad", 1).at("f:0").headers.at("oxr-fault"), HasSubstr("line 9, "));
@@ -156,6 +157,12 @@ TEST_F(WithBroker, ARefusalIsToldInOneMessage) {
       {"feed SAMPLES/customers.rdw.bin --to /refusals --tls-ca " + broker->trusted() + " --tls-key x --tls-cert " +
            broker->trusted() + " --url " + encrypted,
        2, "cannot use the certificate"},
+      {"feed SAMPLES/customers.rdw.bin --to /refusals.quorum --declare quorum --url " + plain, 0, "8 records sent"},
+      {"decode --from refusals.quorum --to /refusals --errors /refusals --idle 0 --copybook SAMPLES/customers.cob "
+       "--ccsid "
+       "37 --tls-ca " +
+           broker->trusted() + " --url " + encrypted,
+       0, "1 messages with 8 records converted"},
       {"decode --from missing --to /refusals --errors /refusals --copybook SAMPLES/customers.cob --ccsid 37 --url " +
            plain,
        2, "queue missing: NOT_FOUND"},

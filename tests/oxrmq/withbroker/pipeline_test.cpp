@@ -123,6 +123,32 @@ TEST_F(WithBroker, NothingIsLostWhenConsumersAreKilled) {
   std::cout << killed << " kills with " << files << " files: " << doubles_ << " doubles\n";
 }
 
+TEST_F(WithBroker, AConsumerThatIsAskedToEndLeavesNothingHalfDone) {
+  constexpr unsigned kMessages = 4000;
+  const std::string bytes = customers(kMessages / 8), lines = linesOf(folder_.write("c.bin", bytes));
+  ASSERT_EQ(oxrmq("feed " + folder_.write("c", lines) +
+                  " --records lines --ccsid 819 --message-records 1 --window 1000 "
+                  "--to /@lines --declare classic --type application/x-ndjson")
+                ->wait(),
+            0);
+  QueueCounts counts(address());
+  Connection(address(), {}).declareQueue(queue("back"), "classic");
+  const auto comesBack = [&](unsigned more) {
+    const unsigned before = counts.of(queue("back")).first;
+    return comes([&] { return counts.of(queue("back")).first > before + more; });
+  };
+  const auto ended = consume("encode", "lines", "back", "");
+  EXPECT_TRUE(comesBack(5));
+  EXPECT_EQ(ended->end(SIGTERM), 0) << ended->messages();
+  EXPECT_TRUE(comes([&] { return counts.of(queue("lines")).first + counts.of(queue("back")).first == kMessages; }));
+  EXPECT_LT(counts.of(queue("back")).first, kMessages);
+  const auto killed = consume("encode", "lines", "back", ""), last = consume("encode", "lines", "back", "");
+  EXPECT_TRUE(comesBack(5));
+  killed->end(SIGKILL);
+  EXPECT_EQ(joined(receive("back", kMessages), "c"), bytes);
+  EXPECT_EQ(last->end(SIGTERM), 0) << last->messages();
+}
+
 TEST_F(WithBroker, AFeedThatIsKilledGoesOnWhereItWas) {
   const std::string path = folder_.write("c.bin", customers(2000)), state = folder_.path("state");
   const std::string arguments = "--to /@in --message-records 2 --window 20 --resume " + state;
@@ -147,7 +173,8 @@ TEST_F(WithBroker, AFeedThatIsKilledGoesOnWhereItWas) {
 
 TEST_F(WithBroker, NothingIsLostWhenTheBrokerGoesAway) {
   const std::string path = folder_.write("c.bin", customers(3000));
-  const auto decoding = decode("--consumers 2"), encoding = consume("encode", "out", "back", "");
+  const std::string encrypted = "--tls-ca " + broker->trusted() + " --url " + broker->encryptedUrl("localhost");
+  const auto decoding = decode("--consumers 2"), encoding = consume("encode", "out", "back", encrypted);
   const auto feeding = feed(path, "--to /@in --message-records 3");
   std::this_thread::sleep_for(milliseconds(300));
   broker->command("restart");
