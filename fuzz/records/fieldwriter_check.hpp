@@ -246,7 +246,7 @@ inline void checkFieldWriter(Choices& choices) {
     const bool isText = step.kind == Kind::text || step.kind == Kind::national || step.kind == Kind::dbcs;
     // A hexadecimal float with zeros in front of its fraction may be smaller than any without, which are written.
     const bool isTiny = found->getDataLogicalType() == FLOAT && std::abs(found->getDoubleValue()) < 0x1p-256 &&
-                        (form.floats == FloatForm::hexBig || form.floats == FloatForm::hexLittle);
+                        isHexadecimal(form.floats);
     require(isText || isTiny, "the value " + textOf(*value) + " is refused: " + refusal.what());
     require(written == std::vector<unsigned char>(step.size, 0x55), "a field was refused and written");
     return;

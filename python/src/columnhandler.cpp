@@ -150,7 +150,7 @@ void ColumnHandler::startMessage(const WorkerInfoPtr&, const WorkerInfoPtr&) {
 }
 
 void ColumnHandler::data(const PWFData& value, const WorkerInfoPtr&, int, int) {
-  if (value.isNull() || value.isNothing()) return;
+  if (value.isNull() || value.isNothing() || !walk_.hasColumn()) return;
   put(columns_[walk_.column()], value);
 }
 

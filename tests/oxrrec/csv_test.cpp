@@ -24,6 +24,11 @@ constexpr const char* kCases[][4] = {
     {"05 A PIC X. 05 N PIC 9.", "A1Bx", "--on-error null", "A,N|A,1|B,|"},
     {"05 A PIC X. 05 N PIC 9.", "A1Bx", "--on-error skip", "A,N|A,1|"},
     {"05 A PIC X. 05 N PIC 9.", "A1Bx", "", "A,N|A,1|"},
+    // A record of no kind has no column.
+    {"01 C. 05 T PIC X. 05 N PIC 9. 01 D. 05 T PIC X.", "C1Z2D ", "--when T=C:C --when T=D:D --on-error null",
+     "T,N|C,1|,|D,|"},
+    {"01 C. 05 T PIC X. 05 N PIC 9. 01 D. 05 T PIC X.", "C1Z2D ", "--when T=C:C --when T=D:D --on-error skip",
+     "T,N|C,1|D,|"},
     {"05 FILLER PIC X.", "ab", "", "|||"},
     {"05 A PIC X OCCURS 70000.", "", "", ""},
 };

@@ -91,7 +91,9 @@ constexpr char kFieldCases[] =
 constexpr char kFloatCases[] =
     "1 434D2000 1234; 1 C11921FB -1.570796; 2 4110000000000000 1; 1 40490FDB 3.1415927 ieee-be; 1 7FC00000 "
     "!not_a_number "
-    "ieee-be; 2 000000000000F07F !an_infinite_number ieee-le; 2 3FB999999999999A 0.1 ieee-be; 1 00204D43 1234 hex-le";
+    "ieee-be; 2 000000000000F07F !an_infinite_number ieee-le; 2 3FB999999999999A 0.1 ieee-be; 1 00204D43 1234 hex-le; "
+    "1 7F100000 4.523128485832664e+74; 1 1F100000 1.1479437019748901e-41; 1 4A000000 0; 2 4000000000000001 "
+    "1.3877787807814457e-17; 1 00000100 !a_number_too_small";
 
 TEST(Decode, ReadsFloats) {
   for (const Row& c : rows(kFloatCases)) {

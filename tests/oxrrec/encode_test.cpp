@@ -217,6 +217,9 @@ TEST(Encode, TakesRecordsApartThatDecodePutTogether) {
        "\n"
        R"({"K":"x","N":1,"B":[{"K":"b","N":2}]})",
        "a1"},
+      // Without headers all kinds have the length of the longest.
+      {"01 A. 05 K PIC X. 01 B. 05 K PIC X. 05 N PIC 9(2).", "--when K=a:A --when K=b:B",
+       "{\"K\":\"a\"}\n{\"K\":\"b\",\"N\":12}", "a<0000>b12"},
       {kAreas, "--when T=p:P --on-unknown skip", R"({"G":[{"T":"x"},{"T":"p","P":"7"}]})", "x  p7 "},
       {kAreas, "--when T=p:P --records length2", R"({"G":[{"T":"p","P":"7"},{"T":"x","RAW":"2A"}]})", "<0005>p7 x*"},
       {kAreas, "--when T=p:P", R"({"G":[{"T":"p","P":"7","Z":1},{"T":"p","P":"7"}]})",

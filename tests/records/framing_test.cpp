@@ -136,6 +136,20 @@ TEST(Framing, IsFoundOutAndSuggested) {
   }
 }
 
+// More than what `--records auto` looks at, in blocks whose length takes more than 15 bits.
+TEST(Framing, IsFoundOutInLargeFiles) {
+  for (const RecordForm& form : {RecordForm{Framing::bdw}, RecordForm{Framing::spanned}}) {
+    RecordFramer framer(form, 40'000);
+    const std::vector<unsigned char> record(16, 'x');
+    std::string file;
+    for (int i = 0; i < 6000; ++i)
+      framer.add(record, file);
+    framer.finish(file);
+    const Outcome outcome = decodeBytes(kDots, file, "--records auto --ccsid 819");
+    EXPECT_EQ(std::count(outcome.lines.begin(), outcome.lines.end(), '\n'), 6000) << outcome.messages;
+  }
+}
+
 TEST(Framing, IsNotGuessed) {
   const struct {
     const char* copybook;

@@ -54,7 +54,9 @@ bool RecordWriter::putRaw(const Step& step, const Choice& choice) {
 // behind the last value, is kept so long.
 std::uint64_t RecordWriter::sizeOfRecord() const {
   if (isLost_) return filled_;
-  const auto most = static_cast<std::uint64_t>(kind_->maxSize + shift_);
+  // Without anything around records, all have the length of the longest kind, unless each tells its own.
+  const bool isAligned = !settings_.isFramed && !plan_.isVariable();
+  const std::uint64_t most = isAligned ? plan_.maxSize() : static_cast<std::uint64_t>(kind_->maxSize + shift_);
   std::uint64_t least = std::min({end_.value_or(most), cutAt_.value_or(most), most});
   if (!original_) return least;
   if (settings_.isFramed) least = std::min(least, givenEnd_);

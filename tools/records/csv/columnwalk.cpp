@@ -1,11 +1,13 @@
 #include "records/csv/columnwalk.hpp"
 
 #include "bitstreamworker.hpp"
+#include "records/rawbytes.hpp"
 #include "records/recordhandler.hpp"
 
 namespace oxr::rec {
 
 void ColumnWalk::enter(const unsigned short* name, unsigned short type, int index) {
+  if (name == kRawName) return open_.push_back({kNoNode, 0, 0});
   Open& around = open_.back();
   const std::uint32_t child = childOf(around, name, type);
   const CsvColumns::Node& node = columns_.nodes()[child];

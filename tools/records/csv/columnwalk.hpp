@@ -20,7 +20,9 @@ class ColumnWalk {
   // Goes out of the element that was entered last. Throws FIHandlerException if all were left.
   void leave();
   bool isInElement() const { return open_.size() > 1; }
-  // Of the element that was entered last: its node, and its first column.
+  // Not so in the element that has the bytes of a record of no kind.
+  bool hasColumn() const { return open_.back().node != kNoNode; }
+  // Of the element that was entered last: its node, and its first column. REQUIRES: hasColumn().
   const CsvColumns::Node& node() const { return columns_.nodes()[open_.back().node]; }
   std::uint32_t column() const { return open_.back().column; }
 
@@ -30,6 +32,8 @@ class ColumnWalk {
     std::uint32_t column;  // its first
     std::size_t next;      // the child that is expected: they come in their order
   };
+
+  static constexpr std::uint32_t kNoNode = 0xFFFFFFFFU;
 
   std::uint32_t childOf(Open& around, const unsigned short* name, unsigned short type) const;
 

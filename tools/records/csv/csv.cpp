@@ -57,7 +57,7 @@ void CsvHandler::endElement(const unsigned short*, const WorkerInfoPtr&) {
 }
 
 void CsvHandler::data(const PWFData& value, const WorkerInfoPtr&, int, int) {
-  if (value.isNull() || value.isNothing()) return;
+  if (value.isNull() || value.isNothing() || !walk_.hasColumn()) return;
   if (walk_.node().type != kFieldElement) throw FIHandlerException();
   Cell& cell = cells_.at(walk_.column());
   cell.begin = values_.GetSize();

@@ -9,6 +9,7 @@
 #include "kelwstringconvertor.hpp"
 #include "records/fields/datepattern.hpp"
 #include "records/fields/editedpicture.hpp"
+#include "records/fields/hexfloat.hpp"
 #include "records/fields/numbers.hpp"
 
 // Each kind of field goes to the operation of DataCnv that reads it. What is done beside that is said where it is done:
@@ -233,14 +234,18 @@ PWFData FieldConverter::wideBinary(const Step& step, const unsigned char* bytes,
 }
 
 PWFData FieldConverter::real(const Step& step, const unsigned char* bytes, std::uint32_t size) {
-  unsigned char turned[8];
-  if (form_.floats == FloatForm::hexLittle) {
-    DataCnv::SwapEnds(turned, bytes, static_cast<int>(size));
-    bytes = turned;
+  std::optional<LongFloat> hexadecimal;
+  if (isHexadecimal(form_.floats)) {
+    hexadecimal = normalized({bytes, size}, form_.floats == FloatForm::hexLittle);
+    if (!hexadecimal) throw FieldRefused("a number too small for a fraction that begins with no zero");
+    bytes = hexadecimal->data();
+    size = sizeof *hexadecimal;
   }
   const double value = cnv_.FltToDbl(bytes, static_cast<int>(size));
   if (!std::isfinite(value)) throw FieldRefused(std::isnan(value) ? "not a number (NaN)" : "an infinite number");
-  return PWFData(step.kind == Kind::shortFloat ? withDigitsOfFloat(value) : value);
+  // Below the normal IEEE floats the digits of one are too few.
+  const bool isFloat = step.kind == Kind::shortFloat && (!hexadecimal || std::isnormal(static_cast<float>(value)));
+  return PWFData(isFloat ? withDigitsOfFloat(value) : value);
 }
 
 // An S among editing symbols has no character of its own: the sign shares the byte of the last digit.

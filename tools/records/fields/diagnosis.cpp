@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "records/fields/editedpicture.hpp"
+#include "records/fields/hexfloat.hpp"
 #include "records/fields/numbers.hpp"
 
 namespace oxr::rec {
@@ -84,9 +85,12 @@ FaultReason editedFault(const Step& step, const PageBytes& page, std::span<const
           .numbers = {static_cast<std::int64_t>(badAt), bytes[badAt], units[badAt]}};
 }
 
-// Numbers that no IEEE format has have no exponent that is all ones.
+// What is no number in an IEEE format has an exponent that is all ones.
 FaultReason floatFault(std::span<const unsigned char> bytes, FloatForm form) {
-  if (form != FloatForm::ieeeBig && form != FloatForm::ieeeLittle) return {};
+  if (isHexadecimal(form)) {
+    if (normalized(bytes, form == FloatForm::hexLittle)) return {};
+    return {.code = FaultCode::belowNormal};
+  }
   std::uint64_t bits = 0;
   for (std::size_t i = 0; i < bytes.size(); ++i)
     bits = bits << 8 | bytes[form == FloatForm::ieeeBig ? i : bytes.size() - 1 - i];

@@ -9,6 +9,9 @@ namespace oxr::rec {
 
 // How floating-point numbers (COMP-1, COMP-2) are stored.
 enum class FloatForm : std::uint8_t { hexBig, hexLittle, ieeeBig, ieeeLittle };
+constexpr bool isHexadecimal(FloatForm form) {
+  return form == FloatForm::hexBig || form == FloatForm::hexLittle;
+}
 
 // What a number field is that holds no number, but the same byte all over.
 enum class EmptyNumber : std::uint8_t { isError, isNull, isZero };

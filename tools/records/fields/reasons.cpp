@@ -41,6 +41,7 @@ constexpr Words kWords[] = {
     {FaultCode::editedEmpty, "no edited number"},
     {FaultCode::notANumber, "not a number (NaN)", false},
     {FaultCode::infinite, "an infinite number", false},
+    {FaultCode::belowNormal, "a number too small for a fraction that begins with no zero", false},
     {FaultCode::singleBytesOnly, "its code page has no double-byte characters", false},
     {FaultCode::negativeDate, "no date", false},
     {FaultCode::dateLength, "no date", false},

@@ -39,6 +39,7 @@ enum class FaultCode : std::uint8_t {
   // Of values.
   notANumber,       // a float that is NaN
   infinite,         // a float that is infinite
+  belowNormal,      // a hexadecimal float smaller than any whose fraction begins with no zero, and not zero
   singleBytesOnly,  // the code page numbers[0] has no double-byte characters
   negativeDate,     // a number below zero is no date
   dateLength,       // numbers[0] characters, and the pattern has numbers[1]

@@ -10,6 +10,7 @@
 #include "records/fields/converter.hpp"
 #include "records/fields/datepattern.hpp"
 #include "records/fields/editedpicture.hpp"
+#include "records/fields/hexfloat.hpp"
 
 // Each kind of field goes to the operation of DataCnv that writes it. The operations cut what does not fit, drop the
 // sign of an unsigned field, or say too little about it; so a number is looked at before, as text.
@@ -74,10 +75,9 @@ double doubleIn(Kind kind, FloatForm form, const std::string& text) {
   if (read.ec != std::errc() || read.ptr != end || !std::isfinite(wide))
     throw FieldRefused('"' + text + "\" is no number");
   // Below its normal numbers a float has fewer digits, which a hexadecimal one has not.
-  const bool isIeee = form == FloatForm::ieeeBig || form == FloatForm::ieeeLittle;
   float narrow = 0;
   const bool isNarrow = kind == Kind::shortFloat && std::from_chars(text.data(), end, narrow).ec == std::errc() &&
-                        (isIeee || narrow == 0 || std::isnormal(narrow));
+                        (!isHexadecimal(form) || narrow == 0 || std::isnormal(narrow));
   return isNarrow ? double{narrow} : wide;
 }
 
@@ -325,14 +325,25 @@ double FieldWriter::doubleOf(const Step& step, const PWFData& value) {
 void FieldWriter::floating(const Step& step, const PWFData& value, unsigned char* bytes) {
   constexpr double kNearly = 0x1p-20;  // a hexadecimal fraction of four bytes keeps more bits than that
   const double number = doubleOf(step, value);
-  const auto size = static_cast<int>(step.size);
-  unsigned char written[sizeof(double)];
-  cnv_.FltFromDbl(number, written, size);
-  const double back = cnv_.FltToDbl(written, size);
-  if (!(std::abs(back - number) <= std::abs(number) * kNearly))
-    throw FieldRefused("the number is too large or too small for the field's float");
-  if (form_.floats == FloatForm::hexLittle) std::reverse(written, written + size);
-  std::memcpy(bytes, written, step.size);
+  // A short hexadecimal float is a long one that ends with zeros, and has the range of one.
+  const bool isShortHex = isHexadecimal(form_.floats) && step.size < sizeof(LongFloat);
+  const auto isNearly = [&](const LongFloat& written) {
+    const double back = cnv_.FltToDbl(written.data(), static_cast<int>(isShortHex ? sizeof written : step.size));
+    return std::abs(back - number) <= std::abs(number) * kNearly;
+  };
+  LongFloat written{};
+  cnv_.FltFromDbl(number, written.data(), static_cast<int>(step.size));
+  if (isShortHex) {
+    LongFloat whole{};
+    cnv_.FltFromDbl(number, whole.data(), sizeof whole);
+    const bool isExact =
+        std::all_of(whole.begin() + step.size, whole.end(), [](unsigned char byte) { return byte == 0; });
+    std::fill(whole.begin() + step.size, whole.end(), static_cast<unsigned char>(0));
+    if (isExact || !isNearly(written)) written = whole;
+  }
+  if (!isNearly(written)) throw FieldRefused("the number is too large or too small for the field's float");
+  if (form_.floats == FloatForm::hexLittle) std::reverse(written.begin(), written.begin() + step.size);
+  std::memcpy(bytes, written.data(), step.size);
 }
 
 FieldTextWriter& FieldWriter::textOf(Kind kind) {

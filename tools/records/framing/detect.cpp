@@ -65,7 +65,8 @@ class Walk {
     return !isInRecord_ || isCut_;
   }
   std::uint64_t records() const { return records_; }
-  std::uint64_t segments() const { return segments_; }
+  // Some of the records are in parts.
+  bool hasParts() const { return hasParts_; }
   bool isWhole() const { return isWhole_; }
 
  private:
@@ -114,7 +115,7 @@ class Walk {
     if (begins == isInRecord_) return false;
     soFar_ = begins ? size : soFar_ + size;
     isInRecord_ = segment == Segment::first || segment == Segment::middle;
-    ++segments_;
+    hasParts_ = hasParts_ || segment != Segment::whole;
     if (isInRecord_) return soFar_ <= sizes_.max;
     if (!sizes_.hold(soFar_)) return false;
     if (left_.size() - shape_.bytes >= size) ++records_;
@@ -131,7 +132,7 @@ class Walk {
   bool isInRecord_ = false;  // its last segment is to come
   bool isCut_ = false;
   std::uint64_t records_ = 0;
-  std::uint64_t segments_ = 0;
+  bool hasParts_ = false;
 };
 
 struct Candidate {
@@ -139,7 +140,7 @@ struct Candidate {
   bool countsHeader;
 };
 
-constexpr std::array<Candidate, 13> kCandidates{{{Framing::rdw, true},
+constexpr std::array<Candidate, 16> kCandidates{{{Framing::rdw, true},
                                                  {Framing::rdwLittle, true},
                                                  {Framing::bdw, true},
                                                  {Framing::spanned, true},
@@ -151,7 +152,10 @@ constexpr std::array<Candidate, 13> kCandidates{{{Framing::rdw, true},
                                                  {Framing::rdwLittle, false},
                                                  {Framing::length4, true},
                                                  {Framing::length4Little, true},
-                                                 {Framing::length2, true}}};
+                                                 {Framing::length2, true},
+                                                 {Framing::length2Little, true},
+                                                 {Framing::bdw, false},
+                                                 {Framing::spanned, false}}};
 
 std::optional<Reading> withHeaders(const Candidate& candidate, const RecordForm& layout, const InputStart& start,
                                    const Sizes& sizes) {
@@ -160,7 +164,7 @@ std::optional<Reading> withHeaders(const Candidate& candidate, const RecordForm&
   Walk walk(candidate.framing, form, start, sizes);
   if (!walk.run() || walk.records() == 0) return std::nullopt;
   // Where all segments are whole, blocks say the same in fewer words.
-  if (candidate.framing == Framing::spanned && walk.segments() == walk.records()) return std::nullopt;
+  if (candidate.framing == Framing::spanned && !walk.hasParts()) return std::nullopt;
   const HeaderShape shape = headerShape(candidate.framing);
   Reading reading{candidate.framing, std::nullopt, false, walk.records(), walk.isWhole(), 0};
   if (candidate.countsHeader != shape.countsHeader) reading.countsHeader = candidate.countsHeader;

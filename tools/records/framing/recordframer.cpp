@@ -15,6 +15,13 @@ void append(std::string& out, std::span<const unsigned char> bytes) {
   out.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
 }
 
+// The length of a block in two bytes, or in 31 bits behind one that tells so.
+std::string blockHeader(std::uint32_t length) {
+  constexpr std::uint32_t kLong = 0x8000;
+  if (length < kLong) return {static_cast<char>(length >> 8), static_cast<char>(length), 0, 0};
+  return {static_cast<char>(0x80), 0, static_cast<char>(length >> 8), static_cast<char>(length)};
+}
+
 }  // namespace
 
 RecordFramer::RecordFramer(const RecordForm& form, std::uint32_t blockSize)
@@ -54,8 +61,7 @@ void RecordFramer::addLine(Bytes record, std::string& out) const {
 
 void RecordFramer::finish(std::string& out) {
   if (block_.empty()) return;
-  const auto length = static_cast<std::uint32_t>(block_.size() + counted_);
-  out += {static_cast<char>(length >> 8), static_cast<char>(length), 0, 0};
+  out += blockHeader(static_cast<std::uint32_t>(block_.size() + counted_));
   out += block_;
   block_.clear();
 }
