@@ -12,7 +12,7 @@
 #include "oxrmq/amqp/errors.hpp"
 #include "oxrmq/amqp/properties.hpp"
 #include "oxrmq/convert/encoding.hpp"
-#include "oxrmq/feed/session.hpp"
+#include "oxrmq/feed/cutahead.hpp"
 #include "oxrmq/metrics.hpp"
 #include "oxrmq/program.hpp"
 #include "oxrrec/runs.hpp"
@@ -269,6 +269,33 @@ TEST(Outbox, HasWhatIsNotConfirmed) {
   EXPECT_THAT(faultOf([&] { outbox.next(); }), HasSubstr("out of memory where"));
   outbox.lost();
   EXPECT_THAT(faultOf([&] { outbox.next(); }), HasSubstr("out of memory for"));
+}
+
+TEST(CutAhead, ThreadsGiveAllInOrderAndThenWhatWentWrong) {
+  Stop stop(std::chrono::seconds(1));
+  std::uint64_t cut = 0;
+  const auto next = [&]() -> std::optional<rec::Chunk> {
+    if (++cut > 100) throw ToolError("the 101st");
+    rec::Chunk chunk;
+    chunk.records = cut;
+    return chunk;
+  };
+  {
+    CutAhead ahead(next, stop);
+    std::uint64_t given = 0;
+    const std::string why = faultOf([&] {
+      while (true) {
+        const Part part = ahead.next();
+        if (part.chunk) EXPECT_EQ(part.chunk->records, ++given);
+      }
+    });
+    EXPECT_EQ(given, 100U);
+    EXPECT_EQ(why, "the 101st");
+  }
+  cut = 0;
+  CutAhead(next, stop).next();  // goes while there is no room for more
+  EXPECT_TRUE(stop.isAsked());
+  EXPECT_LT(cut, 100U);
 }
 
 // Conversions of the sample customers, in a file of which 1000 bytes and 7 records came before.

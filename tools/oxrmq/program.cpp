@@ -33,7 +33,8 @@ constexpr rec::Topic kTopics[] = {
     {"errors", "Errors", "what becomes of what cannot be converted",
      "What becomes of a message in which something cannot be converted. It goes, whole and unchanged, to the target of "
      "--errors, and its headers tell why: oxr-fault (the reason), oxr-fault-number, oxr-fault-record, oxr-fault-path, "
-     "oxr-fault-byte, oxr-fault-queue."},
+     "oxr-fault-byte, oxr-fault-queue; oxr-fault-headers stands where there was no room for its own. What is left out, "
+     "of no kind or bad, as options say, is counted in the last line."},
     {"exit-codes", "", "what the exit code tells",
      "0: all was converted, or the whole file was fed, or the queue was taken. 1: some message went to --errors, or "
      "something was left out; or feed was stopped before the end of its file; or take could not tell the broker that "
