@@ -11,6 +11,7 @@ options() tells them. Where the program takes an option again and again, a list 
 """
 
 import logging
+import operator
 import os
 
 from . import _oxrrec
@@ -91,7 +92,10 @@ def columns(file, *, rows=16384, decimals="decimal", **options):
 
     pandas takes a chunk as it is: pandas.concat(map(pandas.DataFrame, oxrrec.columns(...))).
     """
-    opened = _oxrrec.columns(arguments("read", options, own=("rows", "decimals")), _source(file), rows, decimals)
+    given = arguments("columns", options, own=("rows", "decimals"), options_of="read")
+    if not 0 < operator.index(rows) < 2**31:
+        raise OptionError(f"rows: a chunk has from 1 to {2**31 - 1}, not {rows}")
+    opened = _oxrrec.columns(given, _source(file), operator.index(rows), str(decimals))
     _tell(opened.notes())
     return _Columns(opened)
 

@@ -11,9 +11,12 @@ _BETWEEN = {"when": (":", "="), "field": ("=", ":"), "nest": (":", "")}
 _YES_NO = {True: "yes", False: "no"}
 
 
-def arguments(function, given, own=()):
-    """The arguments of a call. `given` has the keywords of the caller; `own` are those that it deals with itself."""
-    table = _oxrrec.options(function)
+def arguments(function, given, own=(), options_of=None):
+    """The arguments of a call. `given` has the keywords of the caller; `own` are those that it deals with itself.
+
+    The options are those of the function, or of another one.
+    """
+    table = _oxrrec.options(options_of or function)
     for keyword in given:
         if keyword not in table:
             near = _oxrrec.nearest(keyword, [*table, *own])

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "digits.hpp"
 #include "kelwstringconvertor.hpp"
 #include "tapehandler.hpp"
 
@@ -15,22 +16,17 @@ namespace oxr::python {
 
 namespace {
 
-constexpr std::size_t kDigitsOfInteger = 18;
 // Doubles hold these exactly, and all whole numbers up to the bound: a quotient of two of them is as near to the
 // decimal as a double can be.
 constexpr std::array<double, 23> kPowers = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                             1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 constexpr std::int64_t kExactInDoubles = std::int64_t{1} << 53;
 
-constexpr bool isDigit(unsigned short unit) {
-  return unit >= '0' && unit <= '9';
-}
-
 // A decimal as a whole number of units of the place `scale`; nothing if it has more digits than 64 bits take, or more
 // places.
 std::optional<std::int64_t> scaledBy(UnitView text, int scale) {
   std::int64_t value = 0;
-  std::size_t digits = 0;
+  int digits = 0;
   int places = -1;
   const bool isNegative = !text.empty() && text[0] == '-';
   for (const unsigned short unit : text.substr(isNegative ? 1 : 0)) {
@@ -90,7 +86,7 @@ std::int64_t dayIn(UnitView text) {
   return std::chrono::sys_days(day).time_since_epoch().count();
 }
 
-// Of "2026-11-22T12:34:56.789": microseconds since the day began; further digits are cut.
+// Of "2026-11-22T12:34:56.789": microseconds since the day began.
 std::int64_t microsecondsIn(UnitView text) {
   const std::int64_t seconds =
       (digitsAt(text, 11, 2) * std::int64_t{60} + digitsAt(text, 14, 2)) * 60 + digitsAt(text, 17, 2);

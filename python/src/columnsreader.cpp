@@ -262,7 +262,6 @@ std::unique_ptr<Columns> open(const Arguments& arguments, const py::object& file
       {"decimal", DecimalForm::exact}, {"float", DecimalForm::real}, {"scaled", DecimalForm::scaled}};
   const auto form = forms.find(decimals);
   if (form == forms.end()) throw OptionFault("decimals: " + decimals + " is none of decimal|float|scaled");
-  if (rows == 0) throw OptionFault("rows: a chunk has at least one");
   return std::make_unique<Columns>(options, file, rows, form->second);
 }
 

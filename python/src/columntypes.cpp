@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "digits.hpp"
 #include "records/fields/datepattern.hpp"
 #include "records/program/reading.hpp"
 
@@ -14,9 +15,6 @@ namespace {
 
 using rec::Kind;
 using rec::Op;
-
-// Beyond these a number may pass 64 bits.
-constexpr int kDigitsOfInteger = 18;
 
 ColumnShape dateShape(const std::string& pattern) {
   const std::string iso = rec::readDatePattern(pattern).iso;

@@ -166,18 +166,19 @@ void RecordText::moment(py::handle value, const ValuePlace& place, std::string& 
   const py::object iso = value.attr("isoformat");
   const auto textOf = [&](const py::str& given) { return std::string(utf8Of(given, place)); };
   if (!py::hasattr(value, "microsecond")) return quoted(textOf(iso()), line);
-  std::string text = textOf(iso(py::arg("timespec") = "microseconds"));
+  // A Timestamp of pandas has nanoseconds, too.
+  const bool isFiner = !py::getattr(value, "nanosecond", py::int_(0)).equal(py::int_(0));
+  std::string text = textOf(iso(py::arg("timespec") = isFiner ? "nanoseconds" : "microseconds"));
   const std::size_t point = text.find('.');
   const auto known = fractions_.find(place.name);
   const std::size_t wanted = known == fractions_.end() ? 0 : known->second;
-  std::size_t end = text.find_first_not_of("0123456789", point + 1);
-  if (end == std::string::npos) end = text.size();
+  const std::size_t end = std::min(text.find_first_not_of("0123456789", point + 1), text.size());
   const std::string zone = text.substr(end);
   text.resize(end);
   while (text.size() - point - 1 > wanted && text.back() == '0')
     text.pop_back();
-  if (text.back() == '.') text.pop_back();
-  if (wanted > 6) text.append(wanted - 6, '0');
+  if (wanted == 0 && text.back() == '.') text.pop_back();
+  if (wanted != 0 && text.size() < point + 1 + wanted) text.resize(point + 1 + wanted, '0');
   quoted(text + zone, line);
 }
 

@@ -103,7 +103,11 @@ PyTypeObject* recordsType = nullptr;
 // The pairs CHILD:PARENT, by the names that the records have.
 Pairs pairsOf(const rec::DecodeOptions& options, const rec::RecordPlan& plan) {
   const std::vector<std::string> kinds = rec::namedKinds(plan);
-  const rec::Nesting refusing(options.nest, plan);
+  try {
+    const rec::Nesting refusing(options.nest, plan);
+  } catch (const rec::ToolError& error) {
+    throw OptionFault(error.what());
+  }
   const auto kindOf = [&](const std::string& name) {
     return *std::find_if(kinds.begin(), kinds.end(), [&](const auto& kind) { return rec::isSameName(kind, name); });
   };

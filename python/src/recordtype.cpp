@@ -54,6 +54,33 @@ PyObject* errorsOf(PyObject* self, void*) {
   return errors == nullptr ? PyTuple_New(0) : Py_NewRef(errors);
 }
 
+// For pickle and copy: the members follow one by one, so that a record may hold itself.
+PyObject* reduce(PyObject* self, PyObject*) {
+  PyObject* const items = PyObject_CallMethod(self, "items", nullptr);
+  PyObject* const members = items == nullptr ? nullptr : PyObject_GetIter(items);
+  Py_XDECREF(items);
+  if (members == nullptr) return nullptr;
+  const RecordPlace& place = recordOf(self)->place;
+  return Py_BuildValue("O()(KKNN)ON", Py_TYPE(self), place.number, place.offset, kindOf(self, nullptr),
+                       errorsOf(self, nullptr), Py_None, members);
+}
+
+PyObject* setState(PyObject* self, PyObject* state) {
+  unsigned long long number = 0;
+  unsigned long long offset = 0;
+  PyObject* kind = nullptr;
+  PyObject* errors = nullptr;
+  if (PyTuple_Check(state) == 0) {
+    PyErr_SetString(PyExc_TypeError, "the state of a record is a tuple");
+    return nullptr;
+  }
+  if (PyArg_ParseTuple(state, "KKOO!", &number, &offset, &kind, &PyTuple_Type, &errors) == 0) return nullptr;
+  recordOf(self)->place = {number, offset};
+  Py_XSETREF(recordOf(self)->kind, kind == Py_None ? nullptr : Py_NewRef(kind));
+  Py_XSETREF(recordOf(self)->errors, PyTuple_GET_SIZE(errors) == 0 ? nullptr : Py_NewRef(errors));
+  Py_RETURN_NONE;
+}
+
 constexpr char kDoc[] =
     "One record: a dict of its fields by name, groups as dicts and arrays as lists.\n\n"
     "Text is str, numbers are int or decimal.Decimal, floats float, and fields with a\n"
@@ -72,10 +99,14 @@ std::array<PyGetSetDef, 3> getters{
     {{"kind", kindOf, nullptr, "The name that the condition of `when` gave it, or None.", nullptr},
      {"errors", errorsOf, nullptr, "The fields that could not be read, a tuple of FieldError.", nullptr},
      {}}};
-std::array<PyType_Slot, 7> slots{{{Py_tp_dealloc, reinterpret_cast<void*>(deallocate)},
+std::array<PyMethodDef, 3> methods{{{"__reduce__", reduce, METH_NOARGS, "What pickle and copy keep."},
+                                    {"__setstate__", setState, METH_O, "What they kept."},
+                                    {}}};
+std::array<PyType_Slot, 8> slots{{{Py_tp_dealloc, reinterpret_cast<void*>(deallocate)},
                                   {Py_tp_traverse, reinterpret_cast<void*>(traverse)},
                                   {Py_tp_clear, reinterpret_cast<void*>(clear)},
                                   {Py_tp_members, members.data()},
+                                  {Py_tp_methods, methods.data()},
                                   {Py_tp_getset, getters.data()},
                                   {Py_tp_doc, const_cast<char*>(kDoc)},
                                   {}}};

@@ -2,15 +2,12 @@
 
 #include <algorithm>
 
+#include "digits.hpp"
 #include "narrow.hpp"
 
 namespace oxr::python {
 
 namespace {
-
-constexpr bool isDigit(unsigned short unit) {
-  return unit >= '0' && unit <= '9';
-}
 
 // Where the point of a decimal stands, its size if it has none; npos if the text is no decimal.
 std::size_t pointOf(UnitView digits) {
@@ -53,14 +50,13 @@ void Tape::putText(std::uint32_t name, UnitView text) {
 }
 
 void Tape::putDecimal(std::uint32_t name, UnitView text) {
-  constexpr std::size_t kDigitsOfInteger = 18;
   const std::size_t sign = !text.empty() && text[0] == '-' ? 1 : 0;
   const UnitView digits = text.substr(sign);
   const std::size_t point = pointOf(digits);
   if (point == UnitView::npos) return putText(name, text);
   if (point + 1 < digits.size()) {
     narrow(text, put(name, Token::decimal, text.size()));
-  } else if (point <= kDigitsOfInteger) {
+  } else if (point <= std::size_t{kDigitsOfInteger}) {
     std::int64_t value = 0;
     for (const unsigned short digit : digits.substr(0, point))
       value = 10 * value + (digit - '0');

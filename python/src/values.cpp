@@ -87,12 +87,12 @@ PyObject* newDate(const char* text, std::size_t size) {
   const bool hasDate = iso.find('T') != std::string_view::npos || !hasTime;
   const Makers& makers = Makers::get();
   PyObject* const maker = !hasTime ? makers.date : hasDate ? makers.dateTime : makers.time;
-  const py::object shown = owned(newText(Token::ascii, text, size));
+  py::object shown = owned(newText(Token::ascii, text, size));
   PyObject* const made = PyObject_CallOneArg(maker, shown.ptr());
   if (made != nullptr) return made;
   if (PyErr_ExceptionMatches(PyExc_ValueError) == 0) throw py::error_already_set();
   PyErr_Clear();
-  return py::object(shown).release().ptr();
+  return shown.release().ptr();
 }
 
 PyObject* newScalar(const Head& head, const char* bytes) {

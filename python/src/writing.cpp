@@ -86,7 +86,11 @@ class Writing {
       : isSkipping_(options.onError == rec::OnError::skip),
         worker_(rec::RecordWorker::make(plan, options.records, faults_)),
         reader_(plan.names()) {
-    if (!options.nest.empty()) unnesting_.emplace(options.nest, plan);
+    try {
+      if (!options.nest.empty()) unnesting_.emplace(options.nest, plan);
+    } catch (const rec::ToolError& error) {
+      throw OptionFault(error.what());
+    }
     worker_->initializeWrite(nullptr, 0, 0, 0);
   }
 

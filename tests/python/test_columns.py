@@ -116,7 +116,11 @@ def test_bad_rows(bad_parts, parts):
 
 @pytest.mark.parametrize("options, words", [
     (dict(nest=["B:A"]), "nest is not for columns"), (dict(on_unknown="raw", when="STOCK=1:PART-CODE"), "not for columns"),
-    (dict(decimals="text"), "decimal|float|scaled"), (dict(rows=0), "rows")])
+    (dict(decimals="text"), "decimal|float|scaled"), (dict(rows=0), "rows"), (dict(rows=-1), "rows"),
+    (dict(rows=2**32), "rows"), (dict(decimals=None), "decimals: None is none of")])
 def test_what_is_refused(parts, options, words):
     with pytest.raises(oxrrec.OptionError, match=words.replace("|", r"\|")):
         oxrrec.columns(os.path.join(SAMPLES, "parts.bin"), **options, **parts)
+    for wrong, words in ((dict(rows="10"), "integer"), (dict(recods=1), r"columns\(\) has no option 'recods'")):
+        with pytest.raises(TypeError, match=words):
+            oxrrec.columns(os.path.join(SAMPLES, "parts.bin"), **wrong, **parts)

@@ -1,9 +1,11 @@
 """Records as dicts: equal to the lines of the program, bad fields, and what an iterator owes to its thread."""
 
+import copy
 import datetime
 import gc
 import io
 import os
+import pickle
 import resource
 import threading
 from decimal import Decimal
@@ -11,7 +13,7 @@ from decimal import Decimal
 import pytest
 
 import oxrrec
-from conftest import SAMPLES, SETS, lines_of, of
+from conftest import KINDS, SAMPLES, SETS, lines_of, of
 
 
 def as_floats(line, record):
@@ -36,6 +38,7 @@ def test_dicts_are_the_lines_of_the_program(entry):
     ("yyyyMMdd", "20240229", datetime.date(2024, 2, 29)),
     ("HHmmss", "123456", datetime.time(12, 34, 56)),
     ("yyyyMMddHHmmssSSS", "20240229123456789", datetime.datetime(2024, 2, 29, 12, 34, 56, 789000)),
+    ("yyyyMMddHHmmssSSSSSSSSS", "20240229123456789123004", datetime.datetime(2024, 2, 29, 12, 34, 56, 789123)),
     ("yyyyMM", "202402", "2024-02"),  # no date of Python's
 ])
 def test_dates(tmp_path, pattern, text, value):
@@ -43,6 +46,9 @@ def test_dates(tmp_path, pattern, text, value):
     record, = oxrrec.read(io.BytesIO(text.encode() + b"2024-02-29"), copybook=tmp_path / "d.cob", ccsid=819,
                           field={"D": {"date": pattern}})
     assert record == {"D": value, "T": "2024-02-29"}
+    chunk, = oxrrec.columns(io.BytesIO(text.encode() + b"2024-02-29"), copybook=tmp_path / "d.cob", ccsid=819,
+                            field={"D": {"date": pattern}})
+    assert chunk["D"].tolist() == [value]
 
 
 def test_bad_fields(bad_parts, parts):
@@ -67,7 +73,7 @@ def test_bad_fields(bad_parts, parts):
     (dict(ccsid=99999), oxrrec.Error, "99999"),
     (dict(ccsid=None), TypeError, "needs the option 'ccsid'"),
     (dict(field="NO-SUCH:date=yyyy"), oxrrec.OptionError, "NO-SUCH"),
-    (dict(nest={"A": "B"}), oxrrec.FileError, "no --when tells which records are A"),
+    (dict(nest={"A": "B"}), oxrrec.OptionError, "no --when tells which records are A"),
     (dict(skip_header=10000), oxrrec.FileError, "has only 390 bytes"),
     (dict(flat="yes"), TypeError, "flat is True or False"),
 ])
@@ -97,6 +103,17 @@ def test_inputs(parts):
     next(records)
     records.close()
     assert list(records) == []
+
+
+@pytest.mark.parametrize("again", [copy.copy, copy.deepcopy, lambda record: pickle.loads(pickle.dumps(record))])
+def test_copies_know_their_place(bad_parts, parts, again):
+    orders = dict(copybook=os.path.join(SAMPLES, "orders.cob"), ccsid=819, records="lines", when=KINDS)
+    for record in [*oxrrec.read(bad_parts, on_error="null", **parts), *oxrrec.read(os.path.join(SAMPLES, "orders.txt"), **orders)]:
+        made = again(record)
+        assert type(made) is oxrrec.Record and made == record
+        assert (made.number, made.offset, made.kind) == (record.number, record.offset, record.kind)
+        assert list(map(str, made.errors)) == list(map(str, record.errors))
+        assert [error.path for error in made.errors] == [error.path for error in record.errors]
 
 
 def test_notes_are_logged(caplog):

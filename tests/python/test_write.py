@@ -6,6 +6,7 @@ import os
 from decimal import Decimal
 
 import numpy
+import pandas
 import pytest
 
 import oxrrec
@@ -130,11 +131,20 @@ def test_a_file_that_takes_less(options):
             oxrrec.write(Taking(lambda given, last=last: last), [GOOD], **options)
 
 
+def test_nanoseconds_are_refused(options):
+    moment = pandas.Timestamp("2024-02-29T12:34:56.789000")
+    assert oxrrec.write(io.BytesIO(), [dict(GOOD, M=moment)], **options) == 1
+    with pytest.raises(oxrrec.WriteError, match="record 1, M: .*789000004"):
+        oxrrec.write(io.BytesIO(), [dict(GOOD, M=moment.replace(nanosecond=4))], **options)
+
+
 def test_left_out_and_refused(options, caplog):
     target = io.BytesIO()
     assert oxrrec.write(target, [dict(GOOD, N=1000), GOOD], on_error="skip", **options) == 1
     assert "record 1, N: " in caplog.text and "1 records left out" in caplog.text
     with pytest.raises(TypeError, match="a record is a dict, not a list"):
         oxrrec.write(target, [[1]], **options)
+    with pytest.raises(TypeError, match="not iterable"):
+        oxrrec.write(target, 5, **options)
     with pytest.raises(oxrrec.OptionError, match="has to be said"):
         oxrrec.write(target, [], **dict(options, records="auto"))
