@@ -286,7 +286,9 @@ TEST(CutAhead, ThreadsGiveAllInOrderAndThenWhatWentWrong) {
     const std::string why = faultOf([&] {
       while (true) {
         const Part part = ahead.next();
-        if (part.chunk) EXPECT_EQ(part.chunk->records, ++given);
+        if (part.chunk) {
+          EXPECT_EQ(part.chunk->records, ++given);
+        }
       }
     });
     EXPECT_EQ(given, 100U);
