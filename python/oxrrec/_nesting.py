@@ -1,7 +1,5 @@
 """Children into their parents: what `nest` does to the records of an input."""
 
-from ._errors import Error
-
 
 class _Kind:
     def __init__(self, name):
@@ -51,7 +49,7 @@ class Nested:
         try:
             for record in self._records:
                 yield from self._add(record)
-        except Error as error:
+        except Exception as error:
             ending = error
         # What ends the work comes after the records before it, these among them.
         for kind in self._kinds.values():

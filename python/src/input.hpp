@@ -2,6 +2,7 @@
 
 #include <pybind11/pybind11.h>
 
+#include <optional>
 #include <string>
 
 #include "records/records.hpp"
@@ -21,10 +22,15 @@ class Source {
   // it for as long as that lasts.
   rec::FileInput open(const rec::InputWindow& window);
 
+  // The method of the object, for the collector of garbage; null for a path.
+  PyObject* reader() const { return read_.ptr(); }
+
  private:
   std::size_t read(char* to, std::size_t most);
+  std::size_t readPipe(char* to, std::size_t most);
 
   std::string path_;  // empty if there is an object
+  std::optional<rec::FileDescriptor> pipe_;
   std::string name_;
   pybind11::object read_;
 };

@@ -37,6 +37,7 @@ class Reading {
   Reading(const Reading&) = delete;
   Reading& operator=(const Reading&) = delete;
 
+  const Source& source() const { return *source_; }
   const rec::RecordPlan& plan() const { return description_.plan(); }
   rec::RecordWorker& worker() { return *worker_; }
   // To be called once, before the first record. Both must outlive the reading.

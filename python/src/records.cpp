@@ -81,7 +81,20 @@ PyObject* iterate(PyObject* self) {
   }
 }
 
+// A file of Python's own may hold who reads it.
+int traverse(PyObject* self, visitproc visit, void* arg) {
+  Py_VISIT(Py_TYPE(self));
+  if (const auto& records = recordsOf(self)) Py_VISIT(records->source().reader());
+  return 0;
+}
+
+int clear(PyObject* self) {
+  const std::unique_ptr<Records> records = std::move(recordsOf(self));
+  return 0;
+}
+
 void deallocate(PyObject* self) {
+  PyObject_GC_UnTrack(self);
   PyTypeObject* const type = Py_TYPE(self);
   std::destroy_at(&recordsOf(self));
   type->tp_free(self);
@@ -90,13 +103,15 @@ void deallocate(PyObject* self) {
 
 constexpr char kDoc[] = "The records of an input, one after the other, as read() gives them.";
 
-std::array<PyType_Slot, 5> slots{{{Py_tp_iter, reinterpret_cast<void*>(PyObject_SelfIter)},
+std::array<PyType_Slot, 7> slots{{{Py_tp_iter, reinterpret_cast<void*>(PyObject_SelfIter)},
                                   {Py_tp_iternext, reinterpret_cast<void*>(iterate)},
                                   {Py_tp_dealloc, reinterpret_cast<void*>(deallocate)},
+                                  {Py_tp_traverse, reinterpret_cast<void*>(traverse)},
+                                  {Py_tp_clear, reinterpret_cast<void*>(clear)},
                                   {Py_tp_doc, const_cast<char*>(kDoc)},
                                   {}}};
 PyType_Spec description{"oxrrec._oxrrec.Records", sizeof(RecordsObject), 0,
-                        Py_TPFLAGS_DEFAULT | Py_TPFLAGS_DISALLOW_INSTANTIATION, slots.data()};
+                        Py_TPFLAGS_DEFAULT | Py_TPFLAGS_HAVE_GC | Py_TPFLAGS_DISALLOW_INSTANTIATION, slots.data()};
 
 PyTypeObject* recordsType = nullptr;
 
@@ -133,6 +148,7 @@ py::tuple open(const Arguments& arguments, const py::object& file) {
 }
 
 void close(const py::object& self) {
+  if (Py_TYPE(self.ptr()) != recordsType) throw py::type_error("close() is a method of Records");
   std::unique_ptr<Records>& records = recordsOf(self.ptr());
   if (records == nullptr) return;
   records->requireIdle();

@@ -85,6 +85,23 @@ def test_a_signal_loses_no_rows(tmp_path):
     """, tmp_path) == "[300000]\n"
 
 
+@pytest.mark.parametrize("call", ["read", "columns"])
+def test_a_signal_ends_who_waits(tmp_path, call):
+    """For who opens the other end of a pipe, and then for what comes from there."""
+    assert run(f"""
+        def handle(number, frame):
+            raise TimeoutError
+        signal.signal(signal.SIGALRM, handle)
+        for other in (None, lambda: os.open(sys.argv[1], os.O_RDWR)):
+            end = other and other()
+            signal.setitimer(signal.ITIMER_REAL, 0.1)
+            try:
+                next(oxrrec.{call}(sys.argv[1], **options))
+            except TimeoutError:
+                print("ended")
+    """, tmp_path) == "ended\nended\n"
+
+
 @pytest.mark.parametrize("work, most", [
     ("next(oxrrec.columns(path, rows=5_000_000, **options))", 20),
     ("wide(10)", 40), ("wide(500, rows=100)", 80),

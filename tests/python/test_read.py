@@ -8,6 +8,7 @@ import os
 import pickle
 import resource
 import threading
+import weakref
 from decimal import Decimal
 
 import pytest
@@ -21,7 +22,7 @@ def as_floats(line, record):
     if isinstance(line, dict):
         return {key: as_floats(value, record.get(key)) for key, value in line.items()}
     if isinstance(line, list):
-        return [as_floats(*pair) for pair in zip(line, record)]
+        return [as_floats(*pair) for pair in zip(line, record, strict=True)]
     return float(line) if isinstance(record, float) else line
 
 
@@ -92,6 +93,22 @@ def test_inputs(parts):
     assert list(oxrrec.read(io.BytesIO(b"head" + content), skip_header=4, **parts)) == expected
     assert list(oxrrec.read(path, range=(78, 234), **parts)) == expected[1:3]
 
+    class Parts(io.BytesIO):
+        """Gives what is there in parts, and as other kinds of bytes."""
+        kind, most = bytes, 7
+
+        def read(self, size):
+            return self.kind(super().read(min(size, self.most)))
+    for kind in (bytes, bytearray, memoryview):
+        given = Parts(content)
+        given.kind = kind
+        given.records = oxrrec.read(given, **parts)
+        gone = weakref.ref(given)
+        assert list(given.records) == expected
+        del given
+        gc.collect()
+        assert gone() is None
+
     class Failing:
         def read(self, size):
             raise RuntimeError("no line")
@@ -103,6 +120,23 @@ def test_inputs(parts):
     next(records)
     records.close()
     assert list(records) == []
+
+
+def test_what_ends_the_work_comes_after_open_parents():
+    """Whatever it is: here the file's own read()."""
+    class Ending(io.BytesIO):
+        def read(self, size):
+            return super().read(min(size, 40)) or self.end()
+
+        def end(self):
+            raise OSError("gone")
+    with open(os.path.join(SAMPLES, "orders.txt"), "rb") as file:
+        records = oxrrec.read(Ending(file.read()), copybook=os.path.join(SAMPLES, "orders.cob"), ccsid=819,
+                              records="lines", when=KINDS, nest={"ORDER-LINE": "ORDER-HEAD"})
+    # The last line had no end yet.
+    assert [len(next(records)["ORDER-LINE"]) for _ in range(2)] == [2, 0]
+    with pytest.raises(OSError, match="gone"):
+        next(records)
 
 
 @pytest.mark.parametrize("again", [copy.copy, copy.deepcopy, lambda record: pickle.loads(pickle.dumps(record))])

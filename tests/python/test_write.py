@@ -144,6 +144,8 @@ def test_left_out_and_refused(options, caplog):
     assert "record 1, N: " in caplog.text and "1 records left out" in caplog.text
     with pytest.raises(TypeError, match="a record is a dict, not a list"):
         oxrrec.write(target, [[1]], **options)
+    with pytest.raises(TypeError, match="method of Records"):
+        oxrrec._oxrrec.Records.close(5)
     with pytest.raises(TypeError, match="not iterable"):
         oxrrec.write(target, 5, **options)
     with pytest.raises(oxrrec.OptionError, match="has to be said"):
