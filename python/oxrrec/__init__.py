@@ -15,15 +15,16 @@ import operator
 import os
 
 from . import _oxrrec
-from ._columns import Columns as _Columns
+from ._columns import Columns
 from ._errors import CopybookError, Error, FieldError, FileError, OptionError, RecordError, WriteError
 from ._layout import Field, Layout
-from ._nesting import Nested
-from ._options import arguments, describe as options
+from ._nesting import Nested as _Nested
+from ._options import arguments as _arguments, describe as options
 from ._oxrrec import Record
+from ._records import Records
 
-__all__ = ["read", "columns", "write", "options", "Record", "Layout", "Field", "Error", "OptionError", "FileError",
-           "CopybookError", "RecordError", "FieldError", "WriteError"]
+__all__ = ["read", "columns", "write", "options", "Record", "Records", "Columns", "Layout", "Field", "Error",
+           "OptionError", "FileError", "CopybookError", "RecordError", "FieldError", "WriteError"]
 
 __version__ = _oxrrec.version
 _log = logging.getLogger("oxrrec")
@@ -69,9 +70,9 @@ def read(file, **options):
     Other threads of Python run while records are read and converted. Memory does not grow with the file. The iterator
     is its own context manager and has a method close(); at its end it closes what it opened.
     """
-    records, notes, pairs, leaves_bad_out = _oxrrec.read(arguments("read", options), _source(file))
+    records, notes, pairs, leaves_bad_out = _oxrrec.read(_arguments("read", options), _source(file))
     _tell(notes)
-    return Nested(records, pairs, leaves_bad_out) if pairs else records
+    return _Nested(records, pairs, leaves_bad_out) if pairs else records
 
 
 def columns(file, *, rows=16384, decimals="decimal", **options):
@@ -92,12 +93,12 @@ def columns(file, *, rows=16384, decimals="decimal", **options):
 
     pandas takes a chunk as it is: pandas.concat(map(pandas.DataFrame, oxrrec.columns(...))).
     """
-    given = arguments("columns", options, own=("rows", "decimals"), options_of="read")
+    given = _arguments("columns", options, own=("rows", "decimals"), options_of="read")
     if not 0 < operator.index(rows) < 2**31:
         raise OptionError(f"rows: a chunk has from 1 to {2**31 - 1}, not {rows}")
     opened = _oxrrec.columns(given, _source(file), operator.index(rows), str(decimals))
     _tell(opened.notes())
-    return _Columns(opened)
+    return Columns(opened)
 
 
 def write(file, records, /, **options):
@@ -118,6 +119,6 @@ def write(file, records, /, **options):
     record is left out, which is logged. A file gets its name when all is written: if anything is raised, there is none.
     """
     target = file if hasattr(file, "write") else os.fsencode(file)
-    written, notes = _oxrrec.write(arguments("write", options), target, records)
+    written, notes = _oxrrec.write(_arguments("write", options), target, records)
     _tell(notes)
     return written

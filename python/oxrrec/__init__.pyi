@@ -1,6 +1,10 @@
 import os
+from abc import abstractmethod
 from collections.abc import Iterable, Iterator, Mapping
 from typing import Any, NamedTuple, Optional, Protocol, Union
+
+from . import _oxrrec
+from ._oxrrec import Record as Record
 
 _Path = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 
@@ -11,7 +15,14 @@ class _Readable(Protocol):
 # again and again is a list or a dict.
 _Option = Union[None, bool, int, str, bytes, "os.PathLike[str]", Iterable[Any], Mapping[Any, Any]]
 
+__all__ = [
+    "read", "columns", "write", "options", "Record", "Records", "Columns", "Layout", "Field", "Error", "OptionError",
+    "FileError", "CopybookError", "RecordError", "FieldError", "WriteError",
+]  # fmt: skip
+
 __version__: str
+
+_Bytes = bytes  # where a member has the name of the class
 
 class Error(Exception): ...
 class OptionError(Error, ValueError): ...
@@ -22,34 +33,29 @@ class CopybookError(Error):
     line: int
     column: int
     message: str
+    def __init__(self, text: str, file: str = "", line: int = 0, column: int = 0, message: str = "") -> None: ...
 
 class RecordError(Error):
     record: int
+    def __init__(self, text: str, record: int = 0) -> None: ...
 
 class FieldError(RecordError):
     offset: int
     path: str
     reason: str
-    bytes: bytes
+    bytes: _Bytes
+    def __init__(
+        self, text: str, record: int = 0, offset: int = 0, path: str = "", reason: str = "", bytes: _Bytes = b""
+    ) -> None: ...
 
 class WriteError(RecordError):
     path: str
-
-class Record(dict[str, Any]):
-    @property
-    def number(self) -> int: ...
-    @property
-    def offset(self) -> int: ...
-    @property
-    def kind(self) -> Optional[str]: ...
-    @property
-    def errors(self) -> tuple[FieldError, ...]: ...
+    def __init__(self, text: str, record: int = 0, path: str = "") -> None: ...
 
 class Records(Iterator[Record]):
-    def __iter__(self) -> Records: ...
-    def __next__(self) -> Record: ...
     def __enter__(self) -> Records: ...
     def __exit__(self, *exception: object) -> None: ...
+    @abstractmethod
     def close(self) -> None: ...
 
 class Field(NamedTuple):
@@ -85,6 +91,7 @@ class Layout:
 def read(file: Union[_Path, _Readable], **options: _Option) -> Records: ...
 
 class Columns(Iterator[dict[str, Any]]):
+    def __init__(self, columns: _oxrrec.Columns) -> None: ...
     def __iter__(self) -> Columns: ...
     def __next__(self) -> dict[str, Any]: ...
     def __enter__(self) -> Columns: ...

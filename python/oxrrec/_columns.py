@@ -31,5 +31,8 @@ class Columns:
     def __enter__(self):
         return self
 
-    def __exit__(self, *_exception):
+    def __exit__(self, *exception):
         self.close()
+
+
+Columns.__module__ = "oxrrec"

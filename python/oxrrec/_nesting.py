@@ -1,5 +1,7 @@
 """Children into their parents: what `nest` does to the records of an input."""
 
+from ._records import Records
+
 
 class _Kind:
     def __init__(self, name):
@@ -10,7 +12,7 @@ class _Kind:
         self.collected = []  # finished records of this kind for the open parent
 
 
-class Nested:
+class Nested(Records):
     """Records in which those of a child's kind stand in a list of the last one of its parent's.
 
     A record comes when no child can come into it any more, so that one of a kind that no pair names may come before a
@@ -27,9 +29,6 @@ class Nested:
             self._kinds[parent].children.append(self._kinds[child])
         self._done = self._nest()
 
-    def __iter__(self):
-        return self
-
     def __next__(self):
         return next(self._done)
 
@@ -37,12 +36,6 @@ class Nested:
         """Close the input; no record comes any more."""
         self._done.close()
         self._records.close()
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_exception):
-        self.close()
 
     def _nest(self):
         ending = None

@@ -29,7 +29,9 @@ def as_floats(line, record):
 @pytest.mark.parametrize("entry", SETS, ids=lambda entry: f"{entry[2]}-{len(entry[3])}")
 def test_dicts_are_the_lines_of_the_program(entry):
     path, options = of(entry)
-    lines, records = lines_of(path, options), list(oxrrec.read(path, **options))
+    reading = oxrrec.read(path, **options)
+    assert isinstance(reading, oxrrec.Records)
+    lines, records = lines_of(path, options), list(reading)
     assert len(records) == len(lines) > 0
     lines = [as_floats(*pair) for pair in zip(lines, records)]
     assert [repr(dict(record)) for record in records] == [repr(line) for line in lines]

@@ -10,5 +10,15 @@ def names(path: str) -> list[str]:
         return [error.path for record in records for error in record.errors]
 
 
+def linked(path: str) -> oxrrec.Records:
+    return oxrrec.read(path, copybook="orders.cob", ccsid=37, nest={"LINE": "HEAD"})
+
+
+def tables(path: str) -> oxrrec.Columns:
+    with oxrrec.columns(path, copybook="orders.cob", ccsid=37, decimals="float") as chunks:
+        print([chunk["PRICE"] for chunk in chunks])
+    return chunks
+
+
 def sizes(copybook: str) -> dict[str, Optional[int]]:
     return {field.path: field.offset for field in oxrrec.Layout(copybook, record="R")}
