@@ -43,7 +43,8 @@ inline const EditedPicture& pictureOf(std::size_t size, bool isBlankWhenZero) {
     std::vector<EditedPicture> made;
     for (std::size_t characters = 1; characters <= kMostEdited; ++characters)
       for (const char* const symbol : {"9", "Z"})
-        made.emplace_back(symbol + ('(' + std::to_string(characters) + ')'), symbol[0] == '9');
+        made.emplace_back(symbol + ('(' + std::to_string(characters) + ')'),
+                          EditedPicture::Clauses{.isBlankWhenZero = symbol[0] == '9'});
     return made;
   }();
   return all[2 * (size - 1) + (isBlankWhenZero ? 0 : 1)];

@@ -45,7 +45,9 @@ inline const std::vector<EditedPicture>& pictures() {
                                          "Z(6)VZZ-",   "+9(6)V99",       "ZZ9PP",       "****CR",     "+$(4)9.99"};
     std::vector<EditedPicture> made;
     for (const char* const picture : kPictures)
-      made.emplace_back(picture, made.size() % 2 == 1);
+      made.emplace_back(picture, EditedPicture::Clauses{.isBlankWhenZero = made.size() % 2 == 1});
+    for (const char* const picture : {"Z.ZZZ.ZZ9,99CR", "***,**", "+9(6)V99"})
+      made.emplace_back(picture, EditedPicture::Clauses{.hasDecimalComma = true});
     return made;
   }();
   return all;

@@ -284,6 +284,7 @@ constexpr const char* kRefusals[][2] = {
     {"--copybook @kinds --ccsid 37 --field T:date=MMdd @in", "--field *: the pattern MMdd has no year (y)\n"},
     {"--copybook @kinds --ccsid 37 --field T:date=yyyydd @in", "--field *: the pattern yyyydd has no month (M)\n"},
     {"--copybook @kinds --ccsid 37 --field T:date=yyyywwW @in", "--field *: the pattern yyyywwW has no day (d)\n"},
+    {"--copybook @kinds --ccsid 37 --field T:date=yyyyMMdd @in", "--field T:*: this is for text and *"},
     {"--copybook @kinds --ccsid 37 --length-includes-header yes @in", "--length-includes-header: this is for forms *"},
     {"--copybook @kinds --ccsid 37 --on-unknown raw @in", "--on-unknown: without --when no record is *"},
     {"--copybook @kinds --ccsid 37 --to csv --decimals text @in", "--decimals text is not for --to csv*"},

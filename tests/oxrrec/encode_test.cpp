@@ -78,6 +78,17 @@ TEST(Encode, WritesDatesAndEditedNumbersThatReadAsGiven) {
       "+ 1      ");
 }
 
+TEST(Encode, ShowsNumbersAsItsProgramHasThem) {
+  const std::string data = "DATA DIVISION.\n01 R. 05 A PIC Z.ZZ9,99-. 05 B PIC 9,9.";
+  const auto program = [&](const char* names) { return "ID DIVISION.\nSPECIAL-NAMES.\n" + (names + data); };
+  const std::string comma = program("Decimal-Point is Comma.\n");
+  const std::string line = "{\"A\":-1234.50,\"B\":0.7}", record = "1.234,50-0,7";
+  EXPECT_EQ(encodeLines(comma, line, "--edited number").lines, record);
+  EXPECT_EQ(decodeBytes(comma, record, "--ccsid 819 --edited number").lines, line + '\n');
+  EXPECT_EQ(decodeBytes(comma, "1,234.50-0.7", "--ccsid 819 --edited number").lines, "");
+  EXPECT_NE(decodeBytes(program(""), record, "--ccsid 819 --edited number").lines, line + '\n');
+}
+
 TEST(Encode, TellsWhatDoesNotFit) {
   constexpr char kRest[] = "05 C PIC 9. 05 G OCCURS 0 TO 2 DEPENDING C. 10 X PIC X(2).";
   struct Case {
@@ -93,6 +104,7 @@ TEST(Encode, TellsWhatDoesNotFit) {
       {"PIC 99V9", R"("A":100)", "A: 100 needs 4 digits, and the field has 3"},
       {"PIC 99V9", R"("A":1.25)", "A: 1.25 has more decimal places than the field's 1"},
       {"PIC 99P", R"("A":15)", "A: 15 is no multiple of 10"},
+      {"PIC 99", R"("A":-0)", "A: -0 is negative, and the field has no sign"},
       {"PIC 99", R"("A":-1)", "A: -1 is negative, and the field has no sign"},
       {"PIC 99", R"("A":"1x")", "A: \"1x\" is no number"},
       {"COMP-2", R"("A":"inf")", "A: \"inf\" is no number"},

@@ -75,6 +75,7 @@ struct Item {
 
   bool isJustifiedRight = false;  // text: padded with leading blanks, not trailing ones
   bool isBlankWhenZero = false;   // external, edited: an all-blank field stands for zero
+  bool hasDecimalComma = false;   // edited: comma and point in the picture have changed places
 
   // Bytes of ONE occurrence, counted arrays below it at their largest.
   std::uint32_t size = 0;

@@ -50,6 +50,7 @@ class Expander {
   // Returns the token at the end of the text.
   Token expandFile(FileIndex file, bool isFreeInDoubt, const Replacements& replacements) {
     Lexer lexer(source_, file, options_.format, isFreeInDoubt);
+    if (lexer.hasDecimalComma()) source_.setDecimalComma();
     std::vector<Token> tokens;
     do {
       tokens.push_back(lexer.take());

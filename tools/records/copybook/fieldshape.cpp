@@ -111,6 +111,7 @@ class FieldShaper {
     if (entry_.sign) source_.raise(entry_.sign->place, "SIGN needs a picture of S, 9, V and P only");
     item_.isJustifiedRight = entry_.isJustified;
     item_.isBlankWhenZero = item_.kind == Kind::edited && entry_.isBlankWhenZero;
+    item_.hasDecimalComma = item_.kind == Kind::edited && source_.hasDecimalComma();
     const bool isWide = item_.kind == Kind::national || item_.kind == Kind::dbcs;
     if (isWide && picture.characters > kMaxRecordBytes / kBytesPerWideCharacter)
       source_.raise(entry_.picture->place, "the picture is too long");

@@ -45,6 +45,7 @@ class Lexer {
   Token take();
 
   bool isFree() const { return reader_.isFree(); }
+  bool hasDecimalComma() const { return reader_.hasDecimalComma(); }
 
  private:
   Token scanLiteral(Token token);

@@ -113,10 +113,12 @@ void LineReader::findDataDivision() {
   std::uint32_t dataDivision = 0;
   for (ProgramLine line; dataDivision == 0 && nextReduced(line);) {
     isProgram_ = isProgram_ || startsDivision(line.text, "IDENTIFICATION") || startsDivision(line.text, "ID");
+    hasDecimalComma_ = hasDecimalComma_ || upperCase(line.text).find("DECIMAL-POINT") != std::string::npos;
     if (startsDivision(line.text, "DATA")) dataDivision = line.number;
   }
   if (isProgram_ && dataDivision == 0) source_.raise({0, 0, file_}, "the program has no DATA DIVISION");
   isProgram_ = dataDivision != 0;
+  hasDecimalComma_ = hasDecimalComma_ && isProgram_;
   firstLine_ = dataDivision;
   isFree_ = wasFree;
   at_ = 0;

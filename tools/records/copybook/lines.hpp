@@ -29,6 +29,8 @@ class LineReader {
   // Returns false at the end of the text; `line` is then untouched.
   bool next(ProgramLine& line);
 
+  // A program whose pictures have a comma before the places of a number.
+  bool hasDecimalComma() const { return hasDecimalComma_; }
   // The format of the line that was read last.
   bool isFree() const { return isFree_; }
 
@@ -47,6 +49,7 @@ class LineReader {
   bool isFree_;
   std::uint32_t firstLine_ = 0;  // lines before it are not read
   bool isProgram_ = false;
+  bool hasDecimalComma_ = false;
   std::size_t at_ = 0;        // in text_
   std::uint32_t number_ = 0;  // of the line in expanded_
   bool hadTab_ = false;

@@ -32,6 +32,10 @@ class Source {
   const std::string& fileName(FileIndex file) const { return files_[file].name; }
   std::vector<std::string> fileNames() const;
 
+  // DECIMAL-POINT IS COMMA, which a program says for all its pictures.
+  void setDecimalComma() { hasDecimalComma_ = true; }
+  bool hasDecimalComma() const { return hasDecimalComma_; }
+
   // Throws CopybookError with the source line and a caret under the place.
   [[noreturn]] void raise(Place place, const std::string& message) const;
   // The same for a fault that is not in one place of the first text.
@@ -44,6 +48,7 @@ class Source {
     std::string_view text;  // of `whole`
   };
 
+  bool hasDecimalComma_ = false;
   std::deque<File> files_;  // they stay where they are, since views lead to them
 };
 

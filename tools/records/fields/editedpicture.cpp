@@ -17,6 +17,12 @@ char upperCase(char c) {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
 }
 
+// A comma for a point, and a point for a comma.
+template <class Unit>
+Unit exchanged(Unit unit) {
+  return unit == ',' ? Unit{'.'} : unit == '.' ? Unit{','} : unit;
+}
+
 bool isZero(std::string_view digits) {
   return digits.find_first_not_of('0') == std::string_view::npos;
 }
@@ -27,9 +33,10 @@ bool EditedPicture::isNumber(std::string_view picture) {
   return picture.find_first_of("XxAa") == std::string_view::npos;
 }
 
-EditedPicture::EditedPicture(std::string_view picture, bool isBlankWhenZero) : isBlankWhenZero_(isBlankWhenZero) {
+EditedPicture::EditedPicture(std::string_view picture, const Clauses& clauses) : clauses_(clauses) {
   for (std::size_t at = 0; at < picture.size();) {
-    const char symbol = upperCase(picture[at++]);
+    const char given = upperCase(picture[at++]);
+    const char symbol = clauses.hasDecimalComma ? exchanged(given) : given;
     if (symbol == 'C' || symbol == 'D') ++at;
     std::size_t times = 1;
     if (at < picture.size() && picture[at] == '(') {
@@ -112,7 +119,13 @@ std::string EditedPicture::zero() const {
 }
 
 std::string EditedPicture::edit(std::string_view digits, bool isNegative, char plus) const {
-  if (isZero(digits) && isBlankWhenZero_) return std::string(symbols_.size(), ' ');
+  std::string text = editWithPoint(digits, isNegative, plus);
+  if (clauses_.hasDecimalComma) std::transform(text.begin(), text.end(), text.begin(), exchanged<char>);
+  return text;
+}
+
+std::string EditedPicture::editWithPoint(std::string_view digits, bool isNegative, char plus) const {
+  if (isZero(digits) && clauses_.isBlankWhenZero) return std::string(symbols_.size(), ' ');
   if (isZero(digits) && !hasNine_) return zero();
   std::string text(symbols_.size(), fill_);
   bool isShown = false;        // nothing is suppressed any more
@@ -173,12 +186,14 @@ bool EditedPicture::mayShow(std::size_t at, unsigned short unit, bool isDigitSho
   }
 }
 
-std::optional<EditedNumber> EditedPicture::read(UnitView text, std::size_t* badAt) const {
+std::optional<EditedNumber> EditedPicture::read(UnitView given, std::size_t* badAt) const {
+  std::basic_string<unsigned short> text(given);
+  if (clauses_.hasDecimalComma) std::transform(text.begin(), text.end(), text.begin(), exchanged<unsigned short>);
   const std::string none = hasNine_ ? std::string() : zero();
   const bool isBlank = std::all_of(text.begin(), text.end(), [](auto unit) { return unit == ' '; });
   if (isBlank ? showsZeroAsBlanks() : std::equal(text.begin(), text.end(), none.begin(), none.end()))
     return EditedNumber{false, "0", std::nullopt};
-  std::basic_string<unsigned short> shown(text);
+  std::basic_string<unsigned short> shown = text;
   shown.resize(std::max(shown.size(), symbols_.size()), ' ');
   const bool hasDigit = std::any_of(text.begin(), text.end(), [](auto unit) { return unit >= '0' && unit <= '9'; });
   bool isDigitShown = false;

@@ -16,8 +16,14 @@ class EditedPicture {
  public:
   static constexpr std::size_t kMostCharacters = 1000;
 
+  // What else the copybook says of it.
+  struct Clauses {
+    bool isBlankWhenZero = false;
+    bool hasDecimalComma = false;  // comma and point have changed places, in the picture and in what it shows
+  };
+
   // The picture as the copybook has it, which has at most so many characters; isNumber holds of it.
-  EditedPicture(std::string_view picture, bool isBlankWhenZero);
+  EditedPicture(std::string_view picture, const Clauses& clauses);
 
   // Whether the picture is one of a number: it has no X and no A.
   static bool isNumber(std::string_view picture);
@@ -29,8 +35,8 @@ class EditedPicture {
   // Whether the picture has a place for a sign.
   bool isSigned() const { return isSigned_; }
   // Whether blanks all over show a zero.
-  bool showsZeroAsBlanks() const { return isBlankWhenZero_ || (!hasNine_ && fill_ == ' '); }
-  // A symbol for each character of the field: CR is "cr" and DB is "db".
+  bool showsZeroAsBlanks() const { return clauses_.isBlankWhenZero || (!hasNine_ && fill_ == ' '); }
+  // A symbol for each character of the field: CR is "cr" and DB is "db"; the decimal point is always ".".
   const std::string& symbols() const { return symbols_; }
 
   // The characters of a number, of which all digits() are given. `plus` is what "-" shows of one that is not negative.
@@ -44,6 +50,7 @@ class EditedPicture {
   void add(char symbol, std::size_t count);
   void count();
   std::string zero() const;
+  std::string editWithPoint(std::string_view digits, bool isNegative, char plus) const;
   bool mayShow(std::size_t at, unsigned short unit, bool isDigitShown) const;
 
   std::string symbols_;
@@ -54,7 +61,7 @@ class EditedPicture {
   bool hasNine_ = false;  // a digit is shown even of zero
   char floating_ = 0;     // the symbol that moves to the first digit
   char fill_ = ' ';       // in the place of suppressed digits
-  const bool isBlankWhenZero_;
+  const Clauses clauses_;
 };
 
 }  // namespace oxr::rec

@@ -82,6 +82,12 @@ bool canBeEmpty(const Item& item, const PhysicalForm& form) {
   return isShown || !form.date.empty() || isAnyOf(item.kind, {Kind::external, Kind::packed});
 }
 
+// Zeros in front of a date are digits of a DISPLAY number like all others; other numbers do not keep them.
+bool canBeDate(const Item& item, const PhysicalForm& form) {
+  if (item.isGroup() || isFloat(item) || item.kind == Kind::opaque) return false;
+  return item.kind != Kind::external || readDatePattern(form.date).digits <= item.digits;
+}
+
 constexpr int kUtf16 = 1200;
 constexpr std::string_view kEmptyItems = "DISPLAY and packed numbers, edited ones that are read as numbers, and dates";
 
@@ -94,9 +100,8 @@ struct Key {
   std::string_view items;  // those, for messages
 };
 constexpr Key kKeys[] = {
-    {"date", setDate, "a pattern such as yyyyMMdd",
-     [](const Item& i, const PhysicalForm&) { return !i.isGroup() && !isFloat(i) && i.kind != Kind::opaque; },
-     "text and numbers with digits"},
+    {"date", setDate, "a pattern such as yyyyMMdd", canBeDate,
+     "text and numbers with digits, and DISPLAY numbers have as many digits as the pattern"},
     {"ccsid", setCcsid, "a code page", [](const Item& i, const PhysicalForm&) { return hasCharacters(i); },
      "text and digits in characters"},
     {"integers", [](const auto& v, auto& f) { return setWord(kOrders, v, f.integerEndian); }, "big or little",

@@ -186,7 +186,7 @@ FieldWriter::Number FieldWriter::fitting(const Step& step, const PWFData& value,
   if (stored.count > digits)
     throw FieldRefused(shown(number.text) + " needs " + digitsText(stored.count) + ", and the field has " +
                        std::to_string(digits));
-  if (number.parts.isNegative && step.sign == eSignNone && stored.count != 0)
+  if (number.parts.isNegative && step.sign == eSignNone)
     throw FieldRefused(shown(number.text) + " is negative, and the field has no sign");
   return number;
 }

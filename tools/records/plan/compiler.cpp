@@ -33,6 +33,8 @@ std::string refusal(const Item& item, const PhysicalForm& form) {
   if (item.kind == Kind::edited && item.isSigned && !form.editedAsNumber)
     return "the picture " + item.picture +
            " has an S among editing symbols, where no character shows the sign; --edited number reads it";
+  if (item.kind == Kind::edited && item.isSigned && item.hasDecimalComma)
+    return "the picture " + item.picture + " has an S among editing symbols, and DECIMAL-POINT IS COMMA";
   if (item.kind == Kind::edited && form.editedAsNumber && item.size > EditedPicture::kMostCharacters &&
       EditedPicture::isNumber(item.picture))
     return "the picture " + item.picture + " has too many characters for a number; --edited text reads it";
@@ -270,7 +272,8 @@ void PlanCompiler::edit(Step& step, const Item& entry) {
     return;
   }
   if (entry.size > EditedPicture::kMostCharacters) return;
-  step.edited = &plan_.pictures_.emplace_back(entry.picture, entry.isBlankWhenZero);
+  step.edited = &plan_.pictures_.emplace_back(entry.picture,
+                                              EditedPicture::Clauses{entry.isBlankWhenZero, entry.hasDecimalComma});
   step.scale = static_cast<std::int16_t>(step.edited->scale());
 }
 
