@@ -76,6 +76,11 @@ TEST(Encode, WritesDatesAndEditedNumbersThatReadAsGiven) {
       encodeLines("01 R. 05 A PIC -Z9. 05 B PIC 9-. 05 D PIC 9(8) COMP.", R"({"A":1,"B":null,"D":null})", settings)
           .lines,
       "+ 1      ");
+  // Blanks that are a zero are no null.
+  EXPECT_EQ(encodeLines("01 R. 05 A PIC 9(2) BLANK WHEN ZERO.", "{\"A\":null}\n{\"A\":0}",
+                        "--blank-numbers null --low-values null")
+                .lines,
+            bytesOf("<0000>  "));
 }
 
 TEST(Encode, ShowsNumbersAsItsProgramHasThem) {
@@ -234,6 +239,9 @@ TEST(Encode, TakesRecordsApartThatDecodePutTogether) {
        "{\"K\":\"a\"}\n{\"K\":\"b\",\"N\":12}", "a<0000>b12"},
       {kAreas, "--when T=p:P --on-unknown skip", R"({"G":[{"T":"x"},{"T":"p","P":"7"}]})", "x  p7 "},
       {kAreas, "--when T=p:P --records length2", R"({"G":[{"T":"p","P":"7"},{"T":"x","RAW":"2A"}]})", "<0005>p7 x*"},
+      // What tells its own end is no longer than that.
+      {"05 K PIC X. 05 A PIC X(8). 05 C REDEFINES A. 10 N PIC 9. 10 T PIC X OCCURS 0 TO 5 DEPENDING ON N.",
+       "--when K=A:A --when K=C:C --records length2", R"({"K":"C","C":{"N":2,"T":["x","y"]}})", "<0004>C2xy"},
       {kAreas, "--when T=p:P", R"({"G":[{"T":"p","P":"7","Z":1},{"T":"p","P":"7"}]})",
        "| line 1, G(1).Z: the copybook has no such name here, or it is given twice"},
       {kAreas, "--when T=p:P --when T=q:Q", R"({"G":[{"T":"x","RAW":"2A2A"},{"T":"q","Q":7}]})", "x**q07"},

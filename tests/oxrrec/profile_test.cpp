@@ -32,11 +32,11 @@ TEST(Profile, TellsWhatTheBytesOfFieldsAre) {
   EXPECT_THAT(table.lines,
               HasSubstr("A.P    S9V99 COMP-3      4    1     0      0    1  0: 1, C: 1, D: 1, F: 1  -1.05"));
   EXPECT_THAT(table.lines, HasSubstr("A.D    S99               4    2     0      0    1  0: 1, 3: 1, 4: 1, 7: 1  -11"));
-  EXPECT_THAT(table.lines, HasSubstr("--ascii-signs letters makes bad values readable of: A.D\n"));
+  EXPECT_THAT(table.lines, HasSubstr("--ascii-signs letters --low-values null makes bad values readable of: A.D\n"));
   const Outcome lines = runProgram("profile --to json " + arguments + " -", kRecords);
   EXPECT_THAT(lines.lines, HasSubstr("\"path\":\"B\",\"picture\":\"99\",\"count\":4,\"bad\":0,\"null\":0,\"blank\":1,"
                                      "\"nul\":0,\"signs\":{},\"smallest\":0,\"largest\":99,"));
-  EXPECT_THAT(lines.lines, HasSubstr("\"suggestion\":\"--ascii-signs letters\""));
+  EXPECT_THAT(lines.lines, HasSubstr("\"suggestion\":\"--ascii-signs letters --low-values null\""));
   // A file that cannot be read to its end is told of as far as it goes.
   const Outcome cut = runProgram("profile " + arguments + " -", kRecords.substr(0, 12));
   EXPECT_EQ(cut.code, kFailed);
@@ -64,6 +64,8 @@ TEST(Profile, ComparesValuesByWhatTheyAre) {
 TEST(Profile, SuggestsWhatMakesValuesReadable) {
   constexpr const char* kCases[][3] = {
       {"05 A PIC S9(3).", " 2K 3L", "--lenient-numbers --ascii-signs letters makes bad values readable of: A\n"},
+      {"05 A PIC 9(2).", "    <0000> 1",
+       "--blank-numbers null --lenient-numbers --low-values null makes bad values readable of: A\n"},
       {"05 A COMP-1.", "<7FC00040000000400000004041800000>", "--floats ieee-le makes bad values readable of: A\n"},
       {"05 A COMP-1.", "<7FC0C03F41800000418000007FC00000>", "A: 2 times not a number (NaN)\n"},
   };

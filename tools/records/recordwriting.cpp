@@ -159,6 +159,8 @@ const Step* RecordWriter::walkOne(const Step& step) {
       kept_.push_back({shift_, shrink_});
       return &step + 1;
     case Op::restorePlace:
+      if (end_) *end_ = static_cast<std::uint64_t>(static_cast<std::int64_t>(*end_) + shift_ - endShift_);
+      endShift_ = kept_.back().shift;
       shift_ = kept_.back().shift;
       shrink_ = kept_.back().shrink;
       kept_.pop_back();

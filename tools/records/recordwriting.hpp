@@ -162,6 +162,7 @@ class RecordWriter {
   std::vector<OpenArray> arrays_;
   std::vector<OpenLoop> loops_;
   std::optional<std::uint64_t> end_;    // of the record, if it ends with what was chosen
+  std::int64_t endShift_ = 0;           // that end_ is reckoned with
   std::optional<std::uint64_t> cutAt_;  // or with an area that is cut off there
   std::vector<Place> kept_;             // of open alternatives that may be shorter than their area
 

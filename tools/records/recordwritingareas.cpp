@@ -30,8 +30,10 @@ const Step* RecordWriter::choose(const Step& step) {
   }
   const Choice::Alternative& alternative = choice.alternatives[static_cast<std::size_t>(answer)];
   const Item& item = layout().items[alternative.item];
-  if (settings_.isFramed && arrays_.empty() && choice.offset + choice.size == kind_->maxSize && !item.isVariable())
+  if (settings_.isFramed && arrays_.empty() && choice.offset + choice.size == kind_->maxSize) {
     end_ = static_cast<std::uint64_t>(choice.offset + item.totalSize() + shift_);
+    endShift_ = shift_;
+  }
   return plan_.steps().data() + alternative.target;
 }
 

@@ -1,6 +1,7 @@
 #include "oxrrec/profile/fieldprofile.hpp"
 
 #include <algorithm>
+#include <vector>
 
 namespace oxr::rec {
 
@@ -31,6 +32,30 @@ void addBad(FieldProfile& profile, const FieldSeen& field, Adviser& adviser) {
   if (!advice.option.empty()) ++profile.helps[advice.option];
 }
 
+// "--a x --b" is "--a x" and "--b".
+std::vector<std::string> optionsIn(const std::string& text) {
+  std::vector<std::string> options;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = std::min(text.find(" --", at), text.size());
+    options.push_back(text.substr(at, end - at));
+    at = end + 1;
+  }
+  return options;
+}
+
+// Adds options that belong together, unless one of them is taken with another value.
+void takeTogether(const std::vector<std::string>& options, std::vector<std::string>& taken) {
+  const auto nameOf = [](const std::string& option) { return option.substr(0, option.find(' ')); };
+  std::vector<std::string> more;
+  for (const std::string& option : options) {
+    if (std::find(taken.begin(), taken.end(), option) != taken.end()) continue;
+    const auto isOther = [&](const std::string& other) { return nameOf(other) == nameOf(option); };
+    if (std::any_of(taken.begin(), taken.end(), isOther)) return;
+    more.push_back(option);
+  }
+  taken.insert(taken.end(), more.begin(), more.end());
+}
+
 bool isAll(std::span<const unsigned char> bytes, unsigned char byte) {
   return std::all_of(bytes.begin(), bytes.end(), [byte](unsigned char b) { return b == byte; });
 }
@@ -41,9 +66,15 @@ std::string FieldProfile::suggestion() const {
   const auto best = std::max_element(likely.begin(), likely.end());
   const auto form = static_cast<FloatForm>(best - likely.begin());
   if (bad != 0 && 2 * *best > count && *best > likely[static_cast<std::size_t>(floats)]) return floatOption(form);
-  const auto most =
-      std::max_element(helps.begin(), helps.end(), [](const auto& a, const auto& b) { return a.second < b.second; });
-  return most == helps.end() ? std::string() : most->first;
+  std::vector<std::pair<std::string, std::uint64_t>> advice(helps.begin(), helps.end());
+  std::stable_sort(advice.begin(), advice.end(), [](const auto& a, const auto& b) { return a.second > b.second; });
+  std::vector<std::string> taken;
+  for (const auto& [options, helped] : advice)
+    takeTogether(optionsIn(options), taken);
+  std::string text;
+  for (const std::string& option : taken)
+    text += (text.empty() ? "" : " ") + option;
+  return text;
 }
 
 void addTo(FieldProfile& profile, const FieldSeen& field, unsigned char blank, const PhysicalForm& form,

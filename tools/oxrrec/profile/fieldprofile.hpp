@@ -30,7 +30,7 @@ struct FieldProfile {
   std::array<std::uint64_t, 4> likely{};
   FloatForm floats = FloatForm::hexBig;  // the form that they were read in
 
-  // The option that helps most of the bad fields; empty if none does.
+  // The options that help the bad fields, those first that help most of them; empty if none does.
   std::string suggestion() const;
 };
 

@@ -93,6 +93,12 @@ PWFData FieldConverter::special(const Step& step, const unsigned char* bytes) {
   return plain(step, bytes, step.size);
 }
 
+bool FieldConverter::showsZeroAsBlanks(const Step& step) {
+  if (step.sign != eSignNone) return false;
+  return step.kind == Kind::external ? step.isBlankWhenZero
+                                     : step.edited != nullptr && step.edited->showsZeroAsBlanks();
+}
+
 // What a field means that the form says to hold no number. A date is never zero, and blanks that show a zero by
 // themselves are one whatever the form says.
 std::optional<PWFData> FieldConverter::empty(const Step& step, const unsigned char* bytes) {
@@ -103,10 +109,7 @@ std::optional<PWFData> FieldConverter::empty(const Step& step, const unsigned ch
   const unsigned char first = bytes[0];
   if ((first != 0 && first != fillBlank_) || !std::all_of(bytes, bytes + step.size, [&](auto b) { return b == first; }))
     return std::nullopt;
-  const bool isZero =
-      step.sign == eSignNone &&
-      (step.kind == Kind::external ? step.isBlankWhenZero : step.edited != nullptr && step.edited->showsZeroAsBlanks());
-  if (first != 0 && isZero && !isDate) return std::nullopt;
+  if (first != 0 && showsZeroAsBlanks(step) && !isDate) return std::nullopt;
   const EmptyNumber meaning = first == 0 ? form_.lowValues : form_.blankNumbers;
   if (meaning == EmptyNumber::isError) return std::nullopt;
   if (isDate) return PWFData(STRING);

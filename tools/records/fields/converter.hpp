@@ -60,6 +60,8 @@ class FieldConverter {
   }
   // Whether the start of a field means something without the rest.
   static bool canBeCut(const Step& step) { return step.kind == Kind::text; }
+  // Whether blanks all over are a zero, whatever the form says.
+  static bool showsZeroAsBlanks(const Step& step);
   // A null of the type that convert() gives.
   static PWFData null(const Step& step);
 

@@ -127,7 +127,8 @@ bool FieldWriter::writeNull(const Step& step, unsigned char* bytes) {
   const auto isNull = [this](EmptyNumber meaning) {
     return meaning == EmptyNumber::isNull || (meaning == EmptyNumber::isZero && !form_.date.empty());  // as it is read
   };
-  if (isNull(form_.blankNumbers))
+  const bool areBlanksZero = form_.date.empty() && FieldConverter::showsZeroAsBlanks(step);
+  if (isNull(form_.blankNumbers) && !areBlanksZero)
     text_.fillWithBlanks(bytes, step.size);
   else if (isNull(form_.lowValues))
     std::memset(bytes, 0, step.size);
