@@ -88,6 +88,7 @@ class Columns {
   // Names and arrays of the next chunk, an array and what is missing in it; None at the end.
   py::object next();
   std::string notes() const { return reading_.notes(); }
+  const Source& source() const { return reading_.source(); }
   void requireIdle() const { busy_.requireIdle(); }
 
  private:
@@ -265,10 +266,27 @@ std::unique_ptr<Columns> open(const Arguments& arguments, const py::object& file
   return std::make_unique<Columns>(options, file, rows, form->second);
 }
 
+// A file of Python's own may hold who reads it; what of this holds others can be cleared there. It must not be looked
+// at while it goes.
+void setCollection(PyHeapTypeObject* heapType) {
+  PyTypeObject& type = heapType->ht_type;
+  type.tp_flags |= Py_TPFLAGS_HAVE_GC;
+  type.tp_traverse = [](PyObject* self, visitproc visit, void* arg) {
+    Py_VISIT(Py_TYPE(self));
+    const auto held = reinterpret_cast<py::detail::instance*>(self)->get_value_and_holder();
+    if (held.holder_constructed()) Py_VISIT(held.value_ptr<Columns>()->source().reader());
+    return 0;
+  };
+  type.tp_dealloc = [](PyObject* self) {
+    PyObject_GC_UnTrack(self);
+    py::detail::pybind11_object_dealloc(self);
+  };
+}
+
 }  // namespace
 
 void addColumnsType(py::module_& module) {
-  py::class_<Columns>(module, "Columns")
+  py::class_<Columns>(module, "Columns", py::custom_type_setup(setCollection))
       .def("next", &Columns::next)
       .def("notes", &Columns::notes)
       .def("require_idle", &Columns::requireIdle);
