@@ -33,9 +33,11 @@ SETS = [
     ("occurs-segments", "segments.cob", "segments.rdw.bin",
      dict(ccsid=37, records="rdw-le", length_includes_header=False, lenient_numbers=True, when=SEGMENTS,
           nest={"DEPT": "COMPANY", "EMPLOYEE": "DEPT", "OFFICE": "DEPT", "CUSTOMER": "COMPANY"})),
-    ("code-pages", "layout.cob", "records.bin", dict(ccsid=1140)),
+    *(("code-pages", "layout.cob", "records.bin", dict(ccsid=ccsid)) for ccsid in (37, 273, "cp500", "cp1140")),
     ("numeric-types", "layout.cob", "first20.bin", dict(ccsid=37, floats="ieee-be", edited="number")),
-    ("floats", "layout.cob", "hex-be.rdw-le.bin", dict(ccsid=37, records="rdw-le", length_includes_header="no")),
+    *(("floats", "layout.cob", f"{name}.rdw-le.bin", dict(ccsid=37, records="rdw-le", length_includes_header="no",
+                                                          floats=form))
+      for name, form in (("hex-be", "hex"), ("hex-le", "hex-le"), ("ieee-be", "ieee-be"), ("ieee-le", "ieee-le"))),
 ]
 
 

@@ -53,6 +53,29 @@ def test_a_process_ends_whatever_its_threads_do(tmp_path, work):
     """, tmp_path)
 
 
+@pytest.mark.parametrize("work", [
+    "collections.deque(oxrrec.read(whole, **options), 0)",
+    "collections.deque(oxrrec.columns(whole, decimals='float', **options), 0)",
+    "oxrrec.write(io.BytesIO(), itertools.chain.from_iterable(itertools.repeat(records, 20000)), **options)"])
+def test_others_run(tmp_path, work):
+    """They are let in: nothing here runs in Python, and the interpreter by itself would switch too late."""
+    assert int(run(f"""
+        import collections
+        whole, records = io.BytesIO(content * 20000), list(oxrrec.read(path, **options))
+        turns, done = [], threading.Event()
+        def count():
+            while not done.wait(0.0001):
+                turns.append(0)
+        sys.setswitchinterval(100)
+        other = in_thread(count)
+        before = len(turns)
+        {work}
+        print(len(turns) - before)
+        done.set()
+        other.join()
+    """, tmp_path)) > 20
+
+
 def test_a_pipe_of_the_same_process(tmp_path):
     """Whoever is at its other end needs the interpreter to get there."""
     assert run("""

@@ -138,6 +138,17 @@ def test_nanoseconds_are_refused(options):
         oxrrec.write(io.BytesIO(), [dict(GOOD, M=moment.replace(nanosecond=4))], **options)
 
 
+def test_records_that_end_in_an_error(options, tmp_path):
+    """It goes through as it is, and there is no file."""
+    def failing(after):
+        yield from [GOOD] * after
+        raise LookupError("no more")
+    for after in (0, 3, 10000):
+        with pytest.raises(LookupError, match="no more"):
+            oxrrec.write(tmp_path / "out", failing(after), **options)
+        assert sorted(os.listdir(tmp_path)) == ["r.cob"]
+
+
 def test_left_out_and_refused(options, caplog):
     target = io.BytesIO()
     assert oxrrec.write(target, [dict(GOOD, N=1000), GOOD], on_error="skip", **options) == 1
