@@ -129,8 +129,7 @@ bool isLikelyFloat(FloatForm form, std::span<const unsigned char> bytes) {
   const bool isLittle = form == FloatForm::hexLittle || form == FloatForm::ieeeLittle;
   const unsigned char high = isLittle ? bytes.back() : bytes.front();
   const unsigned char next = isLittle ? bytes[bytes.size() - 2] : bytes[1];
-  if (isHexadecimal(form))
-    return next >> 4 != 0 && std::abs((high & 0x7F) - 0x40) <= kMostOf16;
+  if (isHexadecimal(form)) return next >> 4 != 0 && std::abs((high & 0x7F) - 0x40) <= kMostOf16;
   const int exponent =
       bytes.size() == 4 ? ((high & 0x7F) << 1 | next >> 7) - 127 : ((high & 0x7F) << 4 | next >> 4) - 1023;
   return std::abs(exponent) <= kMostOf2;
