@@ -87,7 +87,7 @@ def columns(file, *, rows=16384, decimals="decimal", **options):
 
     Whole numbers of up to 18 digits are int64, in a masked array if one is missing; numbers with a point are what
     `decimals` says: "decimal" objects, "float" doubles, or "scaled" int64 in units of the last place (the scale is that
-    of Layout). Floats are float64 and days and moments datetime64, with NaN and NaT where one is missing; all else are
+    of Layout, and the largest one where kinds of record share a column). Floats are float64 and days and moments datetime64, with NaN and NaT where one is missing; all else are
     objects as read() has them, None where one is missing. Larger whole numbers, and a column with one in a
     chunk, are objects too.
 

@@ -24,16 +24,20 @@ ColumnShape dateShape(const std::string& pattern) {
   return shape;
 }
 
+// Whether 64 bits with a sign hold the item's whole numbers. A native binary one has all that its bytes hold: 8 of them
+// as many as these bits, or twice as many without a sign.
+bool fitsInteger(const rec::Item& item) {
+  const int digits = item.digits - item.scale;  // with the zeros that a P in its picture stands for
+  if (item.kind == Kind::nativeBinary && item.size == 8) return item.isSigned && digits <= kDigitsOfInteger + 1;
+  return digits <= kDigitsOfInteger;
+}
+
 ColumnShape numberShape(const rec::Item& item, DecimalForm form) {
-  const bool isBinary = item.kind == Kind::binary || item.kind == Kind::nativeBinary;
   if (item.scale > 0) {
     if (form == DecimalForm::exact) return {};
     return {form == DecimalForm::real ? ColumnType::decimal : ColumnType::scaled, item.scale};
   }
-  const bool fits = isBinary ? item.size < 8 || (item.size == 8 && (item.isSigned || item.kind == Kind::binary))
-                             : item.digits - item.scale <= kDigitsOfInteger;
-  return {fits && item.digits - item.scale <= kDigitsOfInteger + (isBinary ? 1 : 0) ? ColumnType::integer
-                                                                                    : ColumnType::object};
+  return {fitsInteger(item) ? ColumnType::integer : ColumnType::object};
 }
 
 ColumnShape shapeOf(const rec::RecordPlan& plan, const rec::Step& step, DecimalForm form) {

@@ -2,13 +2,11 @@
 
 #include <pybind11/stl.h>
 
-#include <algorithm>
 #include <array>
 
 #include "arguments.hpp"
 #include "interpreter.hpp"
 #include "oxrrec/nesting.hpp"
-#include "records/plan/itempath.hpp"
 
 namespace py = pybind11;
 
@@ -115,23 +113,13 @@ PyType_Spec description{"oxrrec._oxrrec.Records", sizeof(RecordsObject), 0,
 
 PyTypeObject* recordsType = nullptr;
 
-// The pairs CHILD:PARENT, by the names that the records have.
+// The pairs of `nest`, by the names that the records have.
 Pairs pairsOf(const rec::DecodeOptions& options, const rec::RecordPlan& plan) {
-  const std::vector<std::string> kinds = rec::namedKinds(plan);
   try {
-    const rec::Nesting refusing(options.nest, plan);
+    return rec::Nesting(options.nest, plan).pairs();
   } catch (const rec::ToolError& error) {
     throw OptionFault(error.what());
   }
-  const auto kindOf = [&](const std::string& name) {
-    return *std::find_if(kinds.begin(), kinds.end(), [&](const auto& kind) { return rec::isSameName(kind, name); });
-  };
-  Pairs pairs;
-  for (const std::string& pair : options.nest) {
-    const std::size_t colon = pair.find(':');
-    pairs.emplace_back(kindOf(pair.substr(0, colon)), kindOf(pair.substr(colon + 1)));
-  }
-  return pairs;
 }
 
 // An iterator, the notes of how it was opened, the pairs of `nest`, and whether who puts these into each other is to

@@ -56,9 +56,11 @@ COPYBOOK = """       01 R.
           05 B PIC 9(20).
           05 I PIC 9(4).
           05 U PIC 9(18) COMP-5.
+          05 S BINARY-DOUBLE.
 """
-ROWS = [b"20240229" b"20240229123456" b"0012p" b"12345678901234567890" b"0007" + (1).to_bytes(8, "big"),
-        b" " * (8 + 14 + 5 + 20 + 4) + b"\xff" * 8]
+ROWS = [b"20240229" b"20240229123456" b"0012p" b"12345678901234567890" b"0007"
+        + (1).to_bytes(8, "big") + b"\x80" + bytes(7),
+        b" " * (8 + 14 + 5 + 20 + 4) + b"\xff" * 16]
 
 
 def table(tmp_path, **options):
@@ -72,8 +74,9 @@ def table(tmp_path, **options):
                                                    ("scaled", "i", -120)])
 def test_types_of_arrays(tmp_path, decimals, kind, first):
     chunk = table(tmp_path, decimals=decimals)
-    assert [str(array.dtype) for array in (chunk["D"], chunk["M"], chunk["B"], chunk["I"], chunk["U"])] == [
-        "datetime64[D]", "datetime64[us]", "object", "int64", "object"]
+    assert [str(array.dtype) for array in (chunk["D"], chunk["M"], chunk["B"], chunk["I"], chunk["U"], chunk["S"])] == [
+        "datetime64[D]", "datetime64[us]", "object", "int64", "object", "int64"]
+    assert chunk["S"].tolist() == [-2**63, -1]
     assert chunk["A"].dtype.kind == kind and chunk["A"][0] == first and value_at(chunk["A"], 1) is None
     assert chunk["D"][0] == numpy.datetime64("2024-02-29") and numpy.isnat(chunk["D"][1])
     assert chunk["M"][0] == numpy.datetime64("2024-02-29T12:34:56") and numpy.isnat(chunk["M"][1])
@@ -89,16 +92,19 @@ def test_kinds_share_columns(tmp_path):
           05 K PIC X.
           05 V PIC 99.
           05 W PIC 9.
+          05 Y PIC 9V9.
        01 B.
           05 K PIC X.
           05 V PIC XX.
           05 X COMP-2.
+          05 Y PIC 9V99.
 """)
-    chunk, = oxrrec.columns(io.BytesIO(b"\0\4A012" + b"\0\x0bBzz" + b"\x41\x10" + bytes(6)), copybook=tmp_path / "k.cob",
-                            ccsid=819, records="length2", when={"K": {"A": "A", "B": "B"}})
+    records = io.BytesIO(b"\0\6A01234" + b"\0\x0eBzz" + b"\x41\x10" + bytes(6) + b"567")
+    chunk, = oxrrec.columns(records, copybook=tmp_path / "k.cob", ccsid=819, records="length2",
+                            decimals="scaled", when={"K": {"A": "A", "B": "B"}})
     assert {name: [value_at(array, row) for row in (0, 1)] for name, array in chunk.items()} == {
-        "K": ["A", "B"], "V": [1, "zz"], "W": [2, None], "X": [None, 1.0]}
-    assert [str(chunk[name].dtype) for name in "KVWX"] == ["object", "object", "int64", "float64"]
+        "K": ["A", "B"], "V": [1, "zz"], "W": [2, None], "X": [None, 1.0], "Y": [340, 567]}
+    assert [str(chunk[name].dtype) for name in "KVWXY"] == ["object", "object", "int64", "float64", "int64"]
 
 
 def test_bad_rows(bad_parts, parts):

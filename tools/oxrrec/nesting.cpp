@@ -32,11 +32,20 @@ Nesting::Nesting(const std::vector<std::string>& pairs, const RecordPlan& plan) 
       if (*above == child) throw ToolError("--nest " + pair + ": a record cannot be below itself");
     kinds_[child].parent = parent;
     kinds_[parent].children.push_back(child);
+    pairs_.emplace_back(child, parent);
     for (const std::string& name : namesInObject(plan, kinds_[parent].name))
       if (isSameName(name, kinds_[child].name))
         throw ToolError("--nest " + pair + ": " + kinds_[parent].name + " has a field " + name +
                         ", and its object cannot have two of that name");
   }
+}
+
+std::vector<std::pair<std::string, std::string>> Nesting::pairs() const {
+  std::vector<std::pair<std::string, std::string>> names;
+  names.reserve(pairs_.size());
+  for (const auto& [child, parent] : pairs_)
+    names.emplace_back(kinds_[child].name, kinds_[parent].name);
+  return names;
 }
 
 std::size_t Nesting::named(const std::string& name, const std::vector<std::string>& kinds) {

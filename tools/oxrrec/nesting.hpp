@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "records/recordplan.hpp"
@@ -26,6 +27,9 @@ class Nesting {
   // `pairs` as "CHILD:PARENT", which are held to the names that records of the plan can have. Throws ToolError, also
   // where a child has the name of a field of its parent.
   Nesting(const std::vector<std::string>& pairs, const RecordPlan& plan);
+
+  // Child and parent, in the order of the pairs, by the names that the records have.
+  std::vector<std::pair<std::string, std::string>> pairs() const;
 
   // Takes the line of a record, with its newline, and appends to `lines` what is done by that. False for a child that
   // came before any parent: it stands on a line of its own.
@@ -51,6 +55,7 @@ class Nesting {
   void deliver(const Kind& kind, std::string_view object, std::string& lines);
 
   std::vector<Kind> kinds_;
+  std::vector<std::pair<std::size_t, std::size_t>> pairs_;  // child and parent
 };
 
 }  // namespace oxr::rec
