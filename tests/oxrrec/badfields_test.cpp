@@ -44,6 +44,9 @@ const struct {
      "(OXR5505)"},
     {"S9(3) SIGN LEADING SEPARATE", "604000C1", "not a number: byte 4 of 4 is C1 (\"A\"), no digit (OXR5505)",
      "--lenient-numbers"},
+    {"S9(3) SIGN LEADING SEPARATE", "604040F2",
+     "its digits are padded with blanks or NULs: byte 2 of 4 is 40 (\" \"); --lenient-numbers would accept it "
+     "(OXR5505)"},
     {"9(2)", "4040", "holds blanks, not digits; --blank-numbers null or zero would accept it (OXR5505)"},
     {"9(2)", "0000", "holds NULs, not digits; --low-values null or zero would accept it (OXR5505)"},
     {"S9(3) SIGN LEADING SEPARATE", "00310032", "no number of digits", "--ccsid 1200"},

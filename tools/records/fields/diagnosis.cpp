@@ -31,8 +31,7 @@ unsigned halfByteAt(std::span<const unsigned char> bytes, std::size_t nibble) {
 // Words for a field whose digits alone, without the padding around them, would be good.
 FaultReason asPadded(FaultReason reason, std::span<const unsigned char> bytes, const External& external,
                      const PageBytes& page) {
-  if (!reason || (bytes.front() != 0 && bytes.front() != page.blank && bytes.back() != 0 && bytes.back() != page.blank))
-    return reason;
+  if (!reason) return reason;
   const Unpadded inner = withoutPadding(bytes, external.sign, page.blank);
   if (inner.begin == inner.end || externalFault(inner.bytes(bytes), external, page)) return reason;
   reason.code = FaultCode::padded;
