@@ -49,6 +49,7 @@ const struct {
      "(OXR5505)"},
     {"9(2)", "4040", "holds blanks, not digits; --blank-numbers null or zero would accept it (OXR5505)"},
     {"9(2)", "0000", "holds NULs, not digits; --low-values null or zero would accept it (OXR5505)"},
+    {"S9(5)", "0FF40F0FF4", "no number of digits", "--ccsid 939"},
     {"S9(3) SIGN LEADING SEPARATE", "00310032", "no number of digits", "--ccsid 1200"},
     // Edited numbers, floats and text.
     {"ZZ9.99", "40C1F14BF2F2", "no edited number: byte 2 of 6 is C1 (\"A\")", "--edited number"},

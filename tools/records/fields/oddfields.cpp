@@ -100,9 +100,13 @@ PWFData FieldConverter::oddExternal(const Step& step, const unsigned char* bytes
   const FaultReason reason =
       externalFault({bytes, size}, {step.sign, step.isBlankWhenZero, form_.hasLetterSigns}, page());
   if (reason && reason.message == 0) throw FieldRefused(kRefused);
+  // A shift between single and double bytes is no character: what is left of the text may look like a number.
+  const bool hasDigitBytes = digits_.zero != 0;
+  const auto isPart = [this](unsigned char byte) { return page().units[byte] == PageBytes::kUnknown; };
+  if (hasDigitBytes && std::any_of(bytes, bytes + size, isPart)) throw FieldRefused(kRefused);
   PWFData value = decimalOf(step, bytes, size);
   const UnitView digits(value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength()));
-  const bool isOdd = digits_.zero == 0 && isOddNumber(text(bytes, size).getPWFStringValue().view(), step);
+  const bool isOdd = !hasDigitBytes && isOddNumber(text(bytes, size).getPWFStringValue().view(), step);
   if (isOdd || !isPlainDecimal(digits, step.sign != eSignNone)) throw FieldRefused(kRefused);
   return value;
 }
