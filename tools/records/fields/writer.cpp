@@ -200,9 +200,8 @@ void FieldWriter::external(const Step& step, const PWFData& value, unsigned char
   // Zero has no places to move, and would lose its sign with its digit.
   const int scale = isZero ? 0 : step.scale;
   int size = static_cast<int>(step.size);
-  const unsigned short* const text = number.text + (step.sign == eSignNone && number.parts.isNegative ? 1 : 0);
-  cnv_.ExtDecFromDec(text, bytes, size, scale, step.sign, eJustifyRight, '0', true, form_.hasLetterSigns, nullptr,
-                     nullptr);
+  cnv_.ExtDecFromDec(number.text, bytes, size, scale, step.sign, eJustifyRight, '0', true, form_.hasLetterSigns,
+                     nullptr, nullptr);
   const bool isIncluded = step.sign == eSignLeadingIncluded || step.sign == eSignTrailingIncluded;
   // No other zone than these two is read as a plus.
   if ((form_.plus != 0xC && form_.plus != 0xF) || !isIncluded || number.parts.isNegative || !cnv_.IsCcsidEBCDIC())
