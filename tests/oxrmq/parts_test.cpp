@@ -75,6 +75,9 @@ TEST(Address, CredentialsAndTargetsAreTwoWordsEach) {
   EXPECT_EQ(login.user + ' ' + login.password, "me a:b");
   EXPECT_THAT(faultOf([] { parseCredentials("secret", "f"); }), HasSubstr("f has no first line"));
   EXPECT_THAT(faultOf([] { readCredentials("/nowhere"); }), HasSubstr("/nowhere"));
+  EXPECT_EQ(faultOf([] { readCredentials("/dev/zero"); }),
+            "cannot read the credentials in /dev/zero: it has more than 64 KiB");
+  EXPECT_EQ(faultOf([] { readState("/dev/zero"); }), "cannot read /dev/zero: it has more than 64 KiB");
   const Target target = parseTarget("e/k/l");
   EXPECT_EQ(target.exchange + ' ' + target.key, "e k/l");
   EXPECT_EQ(shown(parseTarget("/q")), "queue q");

@@ -313,8 +313,35 @@ TEST(Copybook, LargeInputStaysBounded) {
     grows += std::string(100, 'A') + " A A A A A A A A A A ";
     oneLine += " 05 A PIC X OCCURS 2 INDEXED BY I I I I I I I I I I I I I I I I I I I I I I I I I I I I I I.";
   }
-  EXPECT_THAT(read(grows + "==. " + grows.substr(15)), testing::EndsWith("too long with all that is replaced in it"));
+  EXPECT_THAT(read(grows + "==. " + grows.substr(15)),
+              testing::EndsWith("too long with all that is copied and replaced in it"));
   EXPECT_THAT(read(oneLine), testing::StartsWith("R 0 16000; A 0 1 text, 2 times; A 2 1 text"));
+  // What is copied and replaced here gives no words of a record, so that their number is no bound.
+  const auto aWords = [](std::size_t count) {
+    std::string words;
+    for (std::size_t i = 0; i < count; ++i)
+      words += "A ";
+    return words;
+  };
+  const std::map<std::string, std::string> texts = {
+      {"./sql", "EXEC SQL " + aWords(500'000) + "END-EXEC "},
+      {"./grows", "EXEC SQL " + aWords(500) + "END-EXEC "},
+      {"./again",
+       "COPY grows REPLACING A BY ==" + aWords(8000) + "==. COPY grows REPLACING A BY ==" + aWords(8000) + "==. "},
+  };
+  CopybookOptions options;
+  options.readText = [&](const std::filesystem::path& path) -> std::optional<std::string> {
+    const auto found = texts.find(path.string());
+    return found == texts.end() ? std::nullopt : std::optional(found->second);
+  };
+  EXPECT_THAT(read("01 R. COPY sql REPLACING ==" + aWords(1000) + "B== BY ==B==.", options, "./c"),
+              testing::EndsWith(": replacing would compare more than 268435456 words"));
+  EXPECT_THAT(read("01 R. COPY again.", options, "./c"),
+              testing::EndsWith("too long with all that is copied and replaced in it"));
+  std::string missing = "01 R.";
+  for (int i = 0; i <= 16384; ++i)
+    missing += " COPY M.";
+  EXPECT_THAT(read(missing, options, "./c"), testing::EndsWith(": more than 16384 texts are copied"));
   EXPECT_EQ(read(std::string(kLargest, '\t') + "01 R PIC X."), "0:0: the copybook has more than 4 MiB");
 }
 

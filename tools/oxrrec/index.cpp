@@ -45,19 +45,6 @@ std::string indexOf(const IndexOptions& options, const RecordPlan& plan, FileInp
   return std::string(json.text());
 }
 
-// "64MiB" into the number of bytes, as text.
-std::string readSize(std::string& text) {
-  const std::string given = text;
-  std::string fault;
-  try {
-    fault = CLI::AsSizeValue(false)(text);
-  } catch (const CLI::ParseError&) {
-    fault = given;
-  }
-  if (fault.empty()) fault = wholeNumber(1)(text);
-  return fault.empty() ? fault : given + " is no number of bytes such as 1000 or 64MiB";
-}
-
 }  // namespace
 
 void addIndexOptions(CLI::App& command, IndexOptions& options) {
@@ -67,7 +54,7 @@ void addIndexOptions(CLI::App& command, IndexOptions& options) {
   command
       .add_option("--every", options.every,
                   "a range ends with the first record after so many bytes, such as 64MiB [64MiB]")
-      ->transform(CLI::Validator(readSize, ""))
+      ->transform(sizeInBytes())
       ->type_name("BYTES")
       ->group("Output");
 }

@@ -1,6 +1,7 @@
 #include "oxrrec/layout.hpp"
 
 #include "records/options/choice.hpp"
+#include "records/program/reading.hpp"
 #include "records/views/views.hpp"
 
 namespace oxr::rec {
@@ -39,10 +40,10 @@ int layout(const LayoutOptions& options, const Console& console) {
   const Copybook copybook = Copybook::readFile(options.copybook.path, options.copybook.options);
   const Layout record = copybook.layout(options.copybook.options.record);
   if (options.copybook.options.record.empty() && copybook.recordNames().size() > 1) {
-    std::string others;
-    for (const std::string& name : copybook.recordNames())
-      if (name != record.recordName) others += (others.empty() ? "" : ", ") + name;
-    console.messages << "oxrrec: this is " << record.recordName << "; --record chooses another: " << others << '\n';
+    std::vector<std::string> others = copybook.recordNames();
+    std::erase(others, record.recordName);
+    console.messages << "oxrrec: this is " << record.recordName << "; --record chooses another: " << listOf(others)
+                     << '\n';
   }
   const std::string text = viewOf(record, options);
   FileOutput output = openOutput(options.output, record.fileNames, -1, console);

@@ -1,10 +1,10 @@
 #include "oxrmq/amqp/address.hpp"
 
 #include <charconv>
-#include <fstream>
 #include <string_view>
 
 #include "records/framing/errors.hpp"
+#include "records/smallfile.hpp"
 
 namespace oxr::mq {
 
@@ -98,14 +98,15 @@ Credentials parseCredentials(const std::string& text, const std::string& file) {
 }
 
 Credentials readCredentials(const std::string& path) {
-  std::ifstream file(path);
-  std::string line;
+  constexpr std::size_t kMost = std::size_t{64} << 10;
   // The words that belong in the file may stand in the place of its name.
-  if (!file.is_open() && path.find(':') != std::string::npos)
-    throw rec::ToolError("cannot read the file of --credentials; its first line is to be USER:PASSWORD");
-  if (!file.is_open()) throw rec::ToolError("cannot read the credentials in " + path);
-  std::getline(file, line);
-  return parseCredentials(line, path);
+  const bool mayBeSecret = path.find(':') != std::string::npos;
+  try {
+    return parseCredentials(rec::readSmallFile(path, kMost), path);
+  } catch (const rec::SmallFileError& fault) {
+    throw rec::ToolError(mayBeSecret ? "cannot read the file of --credentials; its first line is to be USER:PASSWORD"
+                                     : "cannot read the credentials in " + path + ": " + fault.what());
+  }
 }
 
 Target parseTarget(const std::string& text) {

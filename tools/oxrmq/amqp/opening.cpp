@@ -1,6 +1,7 @@
 #include <amqp_ssl_socket.h>
 #include <amqp_tcp_socket.h>
 
+#include <filesystem>
 #include <new>
 
 #include "oxrmq/amqp/connection.hpp"
@@ -14,6 +15,16 @@ namespace {
 constexpr int kMostChannels = 1;
 constexpr int kFrameBytes = 1 << 20;  // the broker may want less
 
+// A file of certificates or a key, which is read at each connection: no pipe, and no device that has no end.
+void requireFile(const std::string& path) {
+  constexpr std::uintmax_t kMost = std::uintmax_t{4} << 20;
+  std::error_code error;
+  if (path.empty() || !std::filesystem::exists(path, error)) return;  // told when it is used
+  if (!std::filesystem::is_regular_file(path, error)) throw rec::ToolError("cannot use " + path + ": it is no file");
+  if (std::filesystem::file_size(path, error) > kMost)
+    throw rec::ToolError("cannot use " + path + ": it has more than 4 MiB");
+}
+
 // A socket for amqps, with the certificates that are to be used.
 amqp_socket_t* encryptedSocket(amqp_connection_state_t state, const ConnectionSettings& settings) {
   amqp_socket_t* const socket = amqp_ssl_socket_new(state);
@@ -24,6 +35,8 @@ amqp_socket_t* encryptedSocket(amqp_connection_state_t state, const ConnectionSe
   amqp_ssl_socket_set_ssl_versions(socket, AMQP_TLSv1_2, AMQP_TLSvLATEST);
   if (settings.isVerified && settings.trusted.empty())
     throw rec::ToolError("amqps needs the certificates to trust: --tls-ca FILE");
+  for (const std::string& file : {settings.trusted, settings.certificate, settings.key})
+    requireFile(file);
   if (!settings.trusted.empty() && amqp_ssl_socket_set_cacert(socket, settings.trusted.c_str()) != AMQP_STATUS_OK)
     throw rec::ToolError("cannot use the certificates in " + settings.trusted);
   if (!settings.certificate.empty() &&

@@ -30,7 +30,13 @@ Converted Encoding::convert(std::span<const unsigned char> body, rec::Origin ori
   BodySource source(body, {});
   rec::JsonLines lines(source);
   while (!isTooLong()) {
-    const auto line = lines.next();
+    std::optional<std::string_view> line;
+    try {
+      line = lines.next();
+    } catch (const rec::FrameError& error) {
+      converted.fault = {.reason = error.what(), .record = origin.records + lines.lineNumber() + 1};
+      return converted;
+    }
     if (!line) break;
     std::optional<Fault> fault = add(*line, origin.bytes + lines.lineStart(), converted);
     if (!fault) continue;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 
 #include "oxrmq/convert/conversion.hpp"
@@ -12,6 +11,7 @@
 #include "oxrmq/metrics.hpp"
 #include "records/program/reading.hpp"
 #include "records/program/settledrecords.hpp"
+#include "records/smallfile.hpp"
 
 namespace oxr::mq {
 
@@ -92,7 +92,8 @@ std::string formOf(const FeedOptions& options, const std::optional<rec::Descript
       static_cast<int>(form.sign), static_cast<int>(form.packedSign));
   if (description)
     for (const std::string& file : description->plan().layout().fileNames)
-      add(std::ifstream(file, std::ios::binary).rdbuf());
+      if (std::filesystem::is_regular_file(file))  // a pipe was read already
+        add(rec::readSmallFile(file, rec::kMaxCopybookBytes));
   return text.str();
 }
 

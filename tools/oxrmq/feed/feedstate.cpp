@@ -3,12 +3,12 @@
 #include <charconv>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <utility>
 
 #include "records/framing/errors.hpp"
 #include "records/framing/fileoutput.hpp"
+#include "records/smallfile.hpp"
 
 namespace oxr::mq {
 
@@ -64,11 +64,12 @@ FeedState parseState(const std::string& text, const std::string& file) {
 std::optional<FeedState> readState(const std::string& path) {
   std::error_code error;
   if (!std::filesystem::exists(path, error) && !error) return std::nullopt;
-  std::ifstream file(path);
-  if (!file.is_open()) throw rec::ToolError("cannot read " + path);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return parseState(text.str(), path);
+  constexpr std::size_t kMost = std::size_t{64} << 10;
+  try {
+    return parseState(rec::readSmallFile(path, kMost), path);
+  } catch (const rec::SmallFileError& fault) {
+    throw rec::ToolError("cannot read " + path + ": " + fault.what());
+  }
 }
 
 void writeState(const std::string& path, const FeedState& state) {

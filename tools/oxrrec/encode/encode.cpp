@@ -32,7 +32,7 @@ class Encoding {
         input_(openInput(options.input, {}, console)),
         worker_(RecordWorker::make(description.plan(), options.records, faults_)),
         output_(description.openOutput(options.output, input_, console)),
-        lines_(input_),
+        lines_(input_, options.longestLine),
         reader_(description.plan().names()) {
     if (!options.nest.empty()) unnesting_.emplace(options.nest, description.plan());
     worker_->initializeWrite(nullptr, 0, 0, 0);
@@ -40,7 +40,7 @@ class Encoding {
 
   // The exit code. Throws ToolError.
   int run() {
-    while (const auto line = lines_.next()) {
+    while (const auto line = nextLine()) {
       if (!add(*line) && !isSkipping_) break;
       if (buffer_.getLength() >= kWriteBytes) flush();
     }
@@ -53,6 +53,14 @@ class Encoding {
   }
 
  private:
+  std::optional<std::string_view> nextLine() {
+    try {
+      return lines_.next();
+    } catch (const FrameError& error) {
+      throw ToolError(input_.name() + ": " + error.what() + " (--max-line)");
+    }
+  }
+
   // False if something in the line is told as bad.
   bool add(std::string_view line) {
     const std::uint64_t badBefore = bad_;

@@ -18,6 +18,7 @@ struct EncodeOptions {
   std::string output = kStandardStream;  // path, or kStandardStream
   OnError onError = OnError::stop;       // not null
   std::vector<std::string> nest;         // "CHILD:PARENT"
+  std::uint64_t longestLine = JsonLines::kUsualLongest;
 };
 
 // How lines and blocks are written.

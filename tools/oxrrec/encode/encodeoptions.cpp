@@ -44,6 +44,10 @@ void addRecordWritingOptions(CLI::App& command, EncodeOptions& options) {
 void addEncodeOptions(CLI::App& command, EncodeOptions& options) {
   command.add_option("INPUT", options.input, "the JSON lines, - for standard input")->required();
   addRecordWritingOptions(command, options);
+  command.add_option("--max-line", options.longestLine, "the longest line that is read, 1GiB at most [64MiB]")
+      ->transform(sizeInBytes())
+      ->type_name("BYTES")
+      ->group("Records");
   addOutputOption(command, options.output);
   command.footer(
       "Example:\n  oxrrec encode --copybook customers.cob --ccsid 37 --records rdw customers.jsonl "

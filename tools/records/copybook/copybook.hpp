@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -16,6 +17,9 @@
 // The way into this folder: the text of a COBOL copybook becomes the layouts of its records.
 
 namespace oxr::rec {
+
+// The largest text of a copybook, and of each text that it copies.
+inline constexpr std::size_t kMaxCopybookBytes = std::size_t{4} << 20;
 
 // How many bytes a binary number (COMP, COMP-4, COMP-5, BINARY) of so many digits takes.
 enum class BinarySizes : std::uint8_t {
@@ -95,8 +99,8 @@ class Copybook {
 // inserted for SYNCHRONIZED only.
 //
 // Throws CopybookError for text it does not understand, for what it does not support (COMP-X, ...), and for
-// layouts beyond the limits: 4 MiB of text and 16 MiB of copied texts, 16384 entries, kMaxRecordBytes, 255 digits in a
-// number and 38 in a binary one.
+// layouts beyond the limits: kMaxCopybookBytes and 16 MiB of copied texts, 16384 entries, kMaxRecordBytes, 255 digits
+// in a number and 38 in a binary one, and what replacing may cost (Effort).
 Layout readCopybook(std::string_view text, std::string_view fileName, const CopybookOptions& options = {});
 
 // The same for a file; also throws CopybookError, without a place, if the file can't be read.

@@ -29,7 +29,8 @@ constexpr std::size_t kMaxCopies = 16384;
 
 class Expander {
  public:
-  Expander(Source& source, const CopybookOptions& options) : source_(source), options_(options), finder_(options) {}
+  Expander(Source& source, const CopybookOptions& options)
+      : source_(source), options_(options), finder_(options), effort_(source) {}
 
   std::vector<Token> run() {
     const Token end = expandFile(0, options_.format == SourceFormat::free, {});
@@ -54,10 +55,11 @@ class Expander {
     std::vector<Token> tokens;
     do {
       tokens.push_back(lexer.take());
+      effort_.addWord(tokens.back());
       if (tokens.size() > kMaxTokens) raiseTooMany(tokens.back().place);
     } while (tokens.back().kind != TokenKind::end);
     for (const auto* list : replacements)
-      tokens = replaced(source_, std::move(tokens), *list);
+      tokens = replaced(effort_, std::move(tokens), *list);
     open_.push_back(file);
     TokenReader reader(source_, tokens);
     while (reader.peek().kind != TokenKind::end)
@@ -185,6 +187,7 @@ class Expander {
 
   void copy(const Copy& copied, bool isFree, const Replacements& replacements) {
     const Place place = copied.name.place;
+    if (++copies_ > kMaxCopies) source_.raise(place, "more than 16384 texts are copied");
     auto found = finder_.find(source_.fileName(open_.back()), nameOf(copied.name), copied.library);
     if (!found) {
       // A program copies more than what is wanted of it: who needs the text raises.
@@ -199,8 +202,7 @@ class Expander {
         source_.raise(place, source_.fileName(file) + " copies itself");
     if (open_.size() == kMaxDepth) source_.raise(place, "copied texts are nested deeper than 32");
     copiedBytes_ += source_.text(file).size();
-    if (copiedBytes_ > kMaxCopiedBytes || ++copies_ > kMaxCopies)
-      source_.raise(place, "the texts that are copied have more than 16 MiB, or are more than 16384");
+    if (copiedBytes_ > kMaxCopiedBytes) source_.raise(place, "the texts that are copied have more than 16 MiB");
     expandFile(file, isFree, replacements);
   }
 
@@ -215,7 +217,7 @@ class Expander {
       const auto begin = result_.begin() + static_cast<std::ptrdiff_t>(replaceFrom_);
       std::vector<Token> tokens(std::make_move_iterator(begin), std::make_move_iterator(result_.end()));
       result_.erase(begin, result_.end());
-      for (Token& token : replaced(source_, std::move(tokens), replace_))
+      for (Token& token : replaced(effort_, std::move(tokens), replace_))
         result_.push_back(std::move(token));
     }
     replaceFrom_ = result_.size();
@@ -228,6 +230,7 @@ class Expander {
   Source& source_;
   const CopybookOptions& options_;
   TextFinder finder_;
+  Effort effort_;
   std::map<std::string, FileIndex> files_;  // of each path
   std::vector<FileIndex> open_;             // the texts that are being read, the outermost first
   std::size_t copiedBytes_ = 0;

@@ -10,8 +10,10 @@ namespace oxr::rec::copybook {
 namespace {
 
 constexpr std::string_view kParts = "():";
-constexpr std::size_t kMaxParts = 4U << 20;
+constexpr std::size_t kMaxWords = 4U << 20;
 constexpr std::size_t kMaxBytes = 64U << 20;
+constexpr std::size_t kMaxComparisons = 256U << 20;
+constexpr std::size_t kUsualWord = 32;  // bytes, as far as they are not longer
 
 bool isSame(const Token& a, const Token& b) {
   if (a.kind != b.kind) return false;
@@ -27,8 +29,8 @@ std::string textOf(const std::vector<Token>& parts) {
 
 class Replacer {
  public:
-  Replacer(const Source& source, std::vector<Token> parts, const std::vector<Replacement>& replacements)
-      : source_(source), parts_(std::move(parts)), replacements_(replacements) {}
+  Replacer(Effort& effort, std::vector<Token> parts, const std::vector<Replacement>& replacements)
+      : effort_(effort), parts_(std::move(parts)), replacements_(replacements) {}
 
   std::vector<Token> run() {
     while (at_ < parts_.size())
@@ -58,6 +60,7 @@ class Replacer {
     for (; end < parts_.size() && parts_[end].isJoined; ++end)
       word.text += parts_[end].text;
     const std::string from = textOf(replacement.from);
+    effort_.addComparisons(end - at_ + word.text.size() / kUsualWord, word.place);
     if (word.text.size() < from.size()) return false;
     const bool isLeading = replacement.where == Replacement::Where::leading;
     const std::size_t at = isLeading ? 0 : word.text.size() - from.size();
@@ -68,9 +71,16 @@ class Replacer {
     return true;
   }
 
-  bool fits(const std::vector<Token>& from) const {
-    return from.size() <= parts_.size() - at_ &&
-           std::equal(from.begin(), from.end(), parts_.begin() + static_cast<std::ptrdiff_t>(at_), isSame);
+  bool fits(const std::vector<Token>& from) {
+    if (from.size() > parts_.size() - at_) return false;
+    std::size_t cost = 0;
+    const bool isEqual = std::equal(from.begin(), from.end(), parts_.begin() + static_cast<std::ptrdiff_t>(at_),
+                                    [&cost](const Token& a, const Token& b) {
+                                      cost += 1 + (a.text.size() == b.text.size() ? a.text.size() / kUsualWord : 0);
+                                      return isSame(a, b);
+                                    });
+    effort_.addComparisons(cost, parts_[at_].place);
+    return isEqual;
   }
 
   // The text that is put in stands where the old one did. If nothing is, what follows was joined to it only if it
@@ -89,18 +99,15 @@ class Replacer {
   }
 
   void push(Token token) {
-    bytes_ += token.text.size();
-    if (result_.size() == kMaxParts || bytes_ > kMaxBytes)
-      source_.raise(token.place, "the text is too long with all that is replaced in it");
+    effort_.addWord(token);
     result_.push_back(std::move(token));
   }
 
-  const Source& source_;
+  Effort& effort_;
   std::vector<Token> parts_;
   const std::vector<Replacement>& replacements_;
   std::vector<Token> result_;
   std::size_t at_ = 0;
-  std::size_t bytes_ = 0;  // of the texts in result_
 };
 
 // Makes words of joined parts.
@@ -120,6 +127,17 @@ std::vector<Token> joined(std::vector<Token> parts) {
 
 }  // namespace
 
+void Effort::addWord(const Token& word) {
+  bytes_ += word.text.size();
+  if (++words_ > kMaxWords || bytes_ > kMaxBytes)
+    source_.raise(word.place, "the text is too long with all that is copied and replaced in it");
+}
+
+void Effort::addComparisons(std::size_t count, Place place) {
+  comparisons_ += count;
+  if (comparisons_ > kMaxComparisons) source_.raise(place, "replacing would compare more than 268435456 words");
+}
+
 std::vector<Token> partsOf(std::vector<Token> tokens) {
   std::vector<Token> parts;
   for (Token& token : tokens) {
@@ -137,10 +155,9 @@ std::vector<Token> partsOf(std::vector<Token> tokens) {
   return parts;
 }
 
-std::vector<Token> replaced(const Source& source, std::vector<Token> tokens,
-                            const std::vector<Replacement>& replacements) {
+std::vector<Token> replaced(Effort& effort, std::vector<Token> tokens, const std::vector<Replacement>& replacements) {
   if (replacements.empty()) return tokens;
-  return joined(Replacer(source, partsOf(std::move(tokens)), replacements).run());
+  return joined(Replacer(effort, partsOf(std::move(tokens)), replacements).run());
 }
 
 }  // namespace oxr::rec::copybook

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "records/copybook/characters.hpp"
+#include "records/copybook/copybook.hpp"
 #include "records/copybook/error.hpp"
 
 namespace oxr::rec::copybook {
@@ -11,7 +12,6 @@ namespace {
 
 constexpr std::size_t kTabStop = 8;
 constexpr std::size_t kMaxShownLine = 160;  // columns of a source line in a message
-constexpr std::size_t kMaxTextBytes = 4U << 20;
 
 // The line for people: only printable ASCII, so that a column is a column and no terminal is hurt.
 std::string shownLine(std::string_view line) {
@@ -53,7 +53,7 @@ Source::Source(std::string text, std::string fileName) {
 FileIndex Source::add(std::string text, std::string fileName) {
   File& file = files_.emplace_back(File{std::move(text), std::move(fileName), {}});
   const auto index = static_cast<FileIndex>(files_.size() - 1);
-  if (file.whole.size() > kMaxTextBytes) raise({0, 0, index}, "the copybook has more than 4 MiB");
+  if (file.whole.size() > kMaxCopybookBytes) raise({0, 0, index}, "the copybook has more than 4 MiB");
   file.text = file.whole;
   if (file.text.starts_with("\xEF\xBB\xBF")) file.text.remove_prefix(3);
   // Old editors mark the end with control-Z.

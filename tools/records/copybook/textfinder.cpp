@@ -1,11 +1,9 @@
 #include "records/copybook/textfinder.hpp"
 
-#include <cerrno>
-#include <fstream>
-#include <iterator>
 #include <system_error>
 
 #include "records/copybook/ascii.hpp"
+#include "records/smallfile.hpp"
 
 namespace oxr::rec::copybook {
 
@@ -24,11 +22,11 @@ std::optional<std::string> readTextFile(const std::filesystem::path& path) {
   std::error_code error;
   const auto status = std::filesystem::status(path, error);
   if (status.type() == std::filesystem::file_type::not_found) return std::nullopt;
-  if (std::filesystem::is_directory(status)) raiseUnreadable(path, "it is a folder");
-  std::ifstream file(path, std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  if (!file.is_open() || file.bad()) raiseUnreadable(path, std::generic_category().message(errno));
-  return text;
+  try {
+    return readSmallFile(path, kMaxCopybookBytes);
+  } catch (const SmallFileError& fault) {
+    raiseUnreadable(path, fault.what());
+  }
 }
 
 std::optional<FoundText> TextFinder::find(const std::string& includingFile, const std::string& name,

@@ -1,13 +1,14 @@
 #include "records/fields/settings.hpp"
 
 #include <algorithm>
-#include <fstream>
 #include <initializer_list>
+#include <sstream>
 #include <stdexcept>
 
 #include "records/fields/ccsid.hpp"
 #include "records/fields/datepattern.hpp"
 #include "records/plan/error.hpp"
+#include "records/smallfile.hpp"
 
 namespace oxr::rec {
 
@@ -181,8 +182,21 @@ std::string whatFor(const FieldSetting& setting) {
   return std::string(keyOf(setting).items);
 }
 
+namespace {
+
+std::string textOf(const std::string& path) {
+  constexpr std::size_t kMost = std::size_t{256} << 10;
+  try {
+    return readSmallFile(path, kMost);
+  } catch (const SmallFileError& fault) {
+    throw PlanError("the settings of fields in " + path + " cannot be read: " + fault.what());
+  }
+}
+
+}  // namespace
+
 std::vector<FieldSettingText> readFieldSettingsFile(const std::string& path) {
-  std::ifstream file(path);
+  std::istringstream file(textOf(path));
   std::vector<FieldSettingText> settings;
   unsigned number = 0;
   for (std::string line; std::getline(file, line);) {
@@ -192,7 +206,6 @@ std::vector<FieldSettingText> readFieldSettingsFile(const std::string& path) {
     settings.emplace_back(line.substr(begin, line.find_last_not_of(" \t\r") + 1 - begin),
                           path + ':' + std::to_string(number));
   }
-  if (!file.eof()) throw PlanError("the settings of fields in " + path + " cannot be read");
   return settings;
 }
 

@@ -1,7 +1,7 @@
 #include "records/json/lines.hpp"
 
 #include <algorithm>
-#include <limits>
+#include <string>
 
 #include "records/framing/errors.hpp"
 #include "records/json/reader.hpp"
@@ -18,7 +18,8 @@ bool isEmpty(std::string_view line) {
 
 }  // namespace
 
-JsonLines::JsonLines(BufferSource& source) : source_(source) {
+JsonLines::JsonLines(BufferSource& source, std::size_t longest)
+    : source_(source), longest_(std::min(longest, kLongestOfAll)) {
   show(source_.slide(0, 1));
 }
 
@@ -44,19 +45,24 @@ std::optional<std::string_view> JsonLines::take() {
   std::size_t end = window_.find('\n', at_);
   while (end == std::string_view::npos) {
     const std::size_t had = window_.size() - at_;
-    const std::size_t wanted = 2 * had + 1;
-    if (wanted > std::size_t{std::numeric_limits<int>::max()}) throw ToolError("a line is longer than 1 GiB");
+    if (had > longest_) failTooLong();
+    const std::size_t wanted = std::min(2 * had, longest_) + 1;
     show(source_.slide(static_cast<int>(at_), static_cast<int>(wanted)));
     if (window_.empty()) return std::nullopt;
     end = window_.find('\n', had);
     if (end == std::string_view::npos && window_.size() < wanted) end = window_.size();
   }
   const std::string_view line = window_.substr(at_, end - at_);
+  if (line.size() > longest_) failTooLong();
   const std::size_t after = std::min(end + 1, window_.size());
   lineStart_ = position_;
   position_ += after - at_;
   at_ = after;
   return line;
+}
+
+void JsonLines::failTooLong() const {
+  throw FrameError("line " + std::to_string(number_ + 1) + " is longer than " + std::to_string(longest_) + " bytes");
 }
 
 std::string_view JsonLines::withPadding(std::string_view line, const char* end) {

@@ -44,6 +44,23 @@ inline CLI::Validator wholeNumber(std::uint64_t least, std::uint64_t most = std:
       "");
 }
 
+// Makes an option take "64MiB" as the number of bytes.
+inline CLI::Validator sizeInBytes() {
+  return CLI::Validator(
+      [](std::string& text) {
+        const std::string given = text;
+        std::string fault;
+        try {
+          fault = CLI::AsSizeValue(false)(text);
+        } catch (const CLI::ParseError&) {
+          fault = given;
+        }
+        if (fault.empty()) fault = wholeNumber(1)(text);
+        return fault.empty() ? fault : given + " is no number of bytes such as 1000 or 64MiB";
+      },
+      "");
+}
+
 // An option whose value is one of a few words.
 template <class Value>
 CLI::Option* addChoice(CLI::App& command, const std::string& name, Value& value, const Words<Value>& words,

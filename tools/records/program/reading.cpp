@@ -1,5 +1,7 @@
 #include "records/program/reading.hpp"
 
+#include <algorithm>
+
 #include "records/program/settledrecords.hpp"
 
 namespace oxr::rec {
@@ -9,14 +11,20 @@ namespace {
 // Of several records in a copybook one was taken that nobody named.
 void tellRecordTaken(const RecordPlan& plan, const Console& console) {
   if (plan.recordsNotTaken().empty()) return;
-  std::string others;
-  for (const std::string& name : plan.recordsNotTaken())
-    others += (others.empty() ? "" : ", ") + name;
   console.messages << console.program << ": " << plan.layout().fileName << ": all records are read as "
-                   << plan.kinds().front().name << "; --record or --when chooses others: " << others << '\n';
+                   << plan.kinds().front().name
+                   << "; --record or --when chooses others: " << listOf(plan.recordsNotTaken()) << '\n';
 }
 
 }  // namespace
+
+std::string listOf(const std::vector<std::string>& names) {
+  constexpr std::size_t kShown = 20;
+  std::string list;
+  for (std::size_t i = 0; i < std::min(names.size(), kShown); ++i)
+    list += (i == 0 ? "" : ", ") + names[i];
+  return names.size() <= kShown ? list : list + " and " + std::to_string(names.size() - kShown) + " more";
+}
 
 Description::Description(const RecordOptions& options, const Console& console)
     : plan_(Copybook::readFile(options.copybook.path, options.copybook.options), options.copybook.options.record,

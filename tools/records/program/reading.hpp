@@ -7,6 +7,9 @@
 
 namespace oxr::rec {
 
+// The first of these names, for a message.
+std::string listOf(const std::vector<std::string>& names);
+
 // The records of a copybook, compiled as the options select them.
 class Description {
  public:
