@@ -119,7 +119,8 @@ inline std::optional<int> refusalOf(FieldConverter& converter, const Step& step,
 inline bool isLeftToConversions(const Step& step, const PhysicalForm& form) {
   const bool isText =
       step.kind == Kind::text || step.kind == Kind::external || step.kind == Kind::edited || step.kind == Kind::dbcs;
-  return !form.date.empty() || (isText && (form.ccsid == 1200 || form.ccsid == 1208 || form.ccsid == 930));
+  const bool isMixed = step.kind != Kind::external && (form.ccsid == 1208 || form.ccsid == 930);
+  return !form.date.empty() || (isText && (form.ccsid == 1200 || isMixed));
 }
 
 // The form with the option that the text of the reason names.

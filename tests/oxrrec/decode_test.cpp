@@ -46,6 +46,10 @@ constexpr char kFieldCases[] =
     "S99 314B -12 --ccsid_819_--ascii-signs_letters; SVPP99 F1D2 -0.0012; 99PPP F1F2 12000; 9(2) 4040 !*OXR5505*; "
     "9(4)V9 F1C5F2F0F0 !*OXR5505*; 9(4)_BLANK_WHEN_ZERO 40404040 0; 99V99_BLANK_WHEN_ZERO 40404040 0.00; "
     "9(4) 31453035 !*OXR5505*31_45 --ccsid_819; "
+    // characters of two bytes: a blank or a NUL in one is no padding, and a point is one
+    "9(4) 31003200 12 --ccsid_1200_--integers_little_--lenient-numbers; "
+    "S9(3).99 003100320000 !*reads_\"12·\"* --ccsid_1200_--edited_number; "
+    "S9(4).9 00310032002E 12 --ccsid_1200_--edited_number; S9(3).99 0031002E0035 1.5 --ccsid_1200_--edited_number; "
     // grouped, to a lenient reader; and control characters, which no message shows
     "9(4) 312C3233 !not_a_number:_byte_2_of_4_is_2C_(\",\"),_no_digit --ccsid_819; "
     "9(4) 311B7F33 !not_a_number:_byte_2_of_4_is_1B,_no_digit_(OXR5505)*31_1B_7F_33 --ccsid_819; "
@@ -179,7 +183,7 @@ const struct {
     {"05 N PIC 9. 05 A PIC X(4). 05 B REDEFINES A. 10 L PIC X OCCURS 0 TO 3 DEPENDING N. 10 C PIC X. 05 D PIC X.",
      "1abcde", "", "{N:1,A:abcd,B:{L:[a],C:b},D:e}"},
     {kAreas, "<00060000>1a<00050000>2", "--records rdw --when T=1:A --when T=2:B --on-error null",
-     "{T:1,A:a} {T:2,B:{Q:null}} | #2, byte 11, B.Q: the record ends after 1 bytes, before the field does | 1 bad *",
+     "{T:1,A:a} {T:2,B:{Q:null}} | #2, byte 11, B.Q: the record ends after 1 byte, before the field does | 1 bad *",
      1},
     // What there is of a text that the record cuts off, and settings of a group.
     {"05 A PIC X(4). 05 B PIC X(4). 05 C PIC 9.", "<00060000>ab<000A0000>abcdef", "--records rdw --on-error null",
@@ -223,7 +227,7 @@ const struct {
     {kPair, "A1B2", "--records rdw", "| #1 at byte 0: there is no record header: bytes 3 and 4 of one are zero", 2},
     {kPair, "A1B2", "--records rdw-le", "| #1 at byte 0: there is no record header: bytes 1 and 2 of one are zero", 2},
     {kPair, "<00050000>A<00040000>", "--records rdw --on-error null",
-     "{A:A,N:null} {A:null,N:null} | #1, byte 5, N: the record ends after 1 bytes, before the field does "
+     "{A:A,N:null} {A:null,N:null} | #1, byte 5, N: the record ends after 1 byte, before the field does "
      "| #2, byte 9, A: * | 2 bad fields in 2 of *"},
     {kPair, "<00070000>A1x", "--records rdw", "| #1, byte 6: the record has 3 bytes, 1 more than its layout; bytes 78",
      1},
@@ -273,10 +277,10 @@ constexpr const char* kRefusals[][2] = {
      "--field G.FF:*: there is no item G.FF; is F meant?\n"},
     // What would have no effect, or could be two things.
     {"--copybook @kinds --ccsid 37 --field T:sign=leading @in",
-     "--field T:sign=leading: this is for DISPLAY numbers with a sign only\n"},
-    {"--copybook @kinds --ccsid 37 --field G:floats=hex @in", "--field G:*: this is for COMP-1 and COMP-2 only\n"},
+     "--field T:sign=leading: this is only for DISPLAY numbers with a sign\n"},
+    {"--copybook @kinds --ccsid 37 --field G:floats=hex @in", "--field G:*: this is only for COMP-1 and COMP-2\n"},
     {"--copybook @kinds --ccsid 37 --fields @settings @in",
-     "@settings:3: A:integers=little: this is for binary numbers and UTF-16 only\n"},
+     "@settings:3: A:integers=little: this is only for binary numbers and UTF-16\n"},
     {"--copybook @twice --ccsid 37 --field U:ccsid=37 @in",
      "--field U:*: U: several items have that name: G.U (@twice:2) and H.U (@twice:3)\n"},
     {"--copybook @twice --ccsid 37 --when R.U=1:A @in",
@@ -284,7 +288,17 @@ constexpr const char* kRefusals[][2] = {
     {"--copybook @kinds --ccsid 37 --field T:date=MMdd @in", "--field *: the pattern MMdd has no year (y)\n"},
     {"--copybook @kinds --ccsid 37 --field T:date=yyyydd @in", "--field *: the pattern yyyydd has no month (M)\n"},
     {"--copybook @kinds --ccsid 37 --field T:date=yyyywwW @in", "--field *: the pattern yyyywwW has no day (d)\n"},
-    {"--copybook @kinds --ccsid 37 --field T:date=yyyyMMdd @in", "--field T:*: this is for text and *"},
+    {"--copybook @kinds --ccsid 37 --field T:date=CyyMMdd @in",
+     "--field *: the pattern CyyMMdd has C, which stands for nothing; text goes between single quotes\n"},
+    {"--copybook @kinds --ccsid 37 --field T:date=HH'h @in", "--field *: the pattern HH'h has a quote that is not *"},
+    {"--copybook @kinds --ccsid 37 --field T:date=HHUmm @in", "--field *: the pattern HHUmm has a U that is not *"},
+    {"--copybook @kinds --ccsid 37 --field T:date=hhmmss @in",
+     "--field *: the pattern hhmmss has hours up to 12 (h, K) and no half of the day (a); H counts up to 23\n"},
+    {"--copybook @kinds --ccsid 37 --field T:date=yyyyMMd @in",
+     "--field *: the pattern yyyyMMd has d right behind other digits, where that is 1 digit; it takes dd\n"},
+    {"--copybook @kinds --ccsid 37 --field T:date=ddMMyyy @in", "--field *: * 3 digits; it takes yy or yyyy\n"},
+    {"--copybook @packed --ccsid 37 --field P:date=dd.MM.yy @in", "--field P:*: this is only for text, *"},
+    {"--copybook @kinds --ccsid 37 --field T:date=yyyyMMdd @in", "--field T:*: this is only for text, *"},
     {"--copybook @kinds --ccsid 37 --length-includes-header yes @in", "--length-includes-header: this is for forms *"},
     {"--copybook @kinds --ccsid 37 --on-unknown raw @in", "--on-unknown: without --when no record is *"},
     {"--copybook @kinds --ccsid 37 --to csv --decimals text @in", "--decimals text is not for --to csv*"},
@@ -331,6 +345,7 @@ TEST(Decode, RefusesWhatItCannotDo) {
   folder.write("signs", "01 R.\n05 A PIC S9.9.\n05 B PIC S9,9.\n05 FILLER PIC S9.9.\n");
   folder.write("kinds", "01 R. 05 T PIC 9. 05 A PIC X. 05 B REDEFINES A PIC X. 05 G OCCURS 2. 10 F PIC X.");
   folder.write("bad", "01 R. 05 A PIC Q.");
+  folder.write("packed", "01 R. 05 P PIC 9(7) COMP-3.");
   folder.write("twice", "01 R.\n05 G. 10 U PIC 9.\n05 H. 10 U PIC 9.\n05 A PIC X. 05 B REDEFINES A PIC X.");
   folder.write("settings", "# of fields\n\nA:integers=little\n");
   for (const auto& [arguments, messages] : kRefusals) {

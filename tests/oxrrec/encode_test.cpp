@@ -56,7 +56,7 @@ TEST(Encode, WritesDatesAndEditedNumbersThatReadAsGiven) {
       {"PIC Z9-", "edited=number", "-123", "-123 needs 3 digits, and the field has 2"},
       {"PIC Z9", "edited=number", "-1", "-1 is negative, and the field has no sign"},
       {"PIC Z9.9", "edited=number", "0.25", "0.25 has more decimal places than the field's 1"},
-      {"PIC -Z9", "plus=+", "\" 12\"", "this is for packed numbers,"},
+      {"PIC -Z9", "plus=+", "\" 12\"", "this is only for packed numbers,"},
       {"PIC S9(2).9", "edited=number", "-12.5", "12.u"},
       {"PIC SZ9.9", "edited=number", "1.0",
        "a picture with an S and other symbols than 9 and a point cannot be written"},
@@ -222,7 +222,7 @@ TEST(Encode, TakesRecordsApartThatDecodePutTogether) {
        "| line 1, B(2).C(1): no condition (--when) tells what record this is | 3 of 5 records left out"},
       {kCopybook, "--nest B:D", "{}", "oxrrec: --nest: no --when tells which records are D"},
       {kCopybook, "", R"({"RAW":"7A39"})", "z9"},
-      {kCopybook, "", R"({"RAW":"7A"})", "| line 1, RAW: it has 1 bytes, not the 2 of a record"},
+      {kCopybook, "", R"({"RAW":"7A"})", "| line 1, RAW: it has 1 byte, not the 2 of a record"},
       {kCopybook, "", R"({"RAW":"7A3"})", "| line 1, no condition (--when) tells what record this is"},
       {kCopybook, "--records length2", R"({"RAW":"7a"})", "<0001>z"},
       {kCopybook, "--on-unknown raw", R"({"RAW":"7A39"})", "z9"},
@@ -246,7 +246,7 @@ TEST(Encode, TakesRecordsApartThatDecodePutTogether) {
        "| line 1, G(1).Z: the copybook has no such name here, or it is given twice"},
       {kAreas, "--when T=p:P --when T=q:Q", R"({"G":[{"T":"x","RAW":"2A2A"},{"T":"q","Q":7}]})", "x**q07"},
       {kAreas, "--when T=p:P", R"({"G":[{"T":"x","RAW":"2A"},{"T":"p","P":"7"}]})",
-       "| line 1, G(1).P: RAW has 1 bytes, not the 2 of it"},
+       "| line 1, G(1).P: RAW has 1 byte, not the 2 of it"},
   };
   for (const auto& [copybook, arguments, line, records] : kCases) {
     const Outcome outcome = encodeLines(copybook, line, (copybook == kCopybook ? kKinds : "") + std::string(arguments));
@@ -295,12 +295,12 @@ TEST(Verify, TellsDifferencesAndWhetherTheyCarryAValue) {
             "r: 2 records, 10 bytes: 0 differences with a value, 1 without\n1");
   EXPECT_EQ(verify("\x12\x3F ab"),
             "r: record 1, byte 0, A: 12 3F became 12 3C, the same value\n"
-            "r: 1 records, 5 bytes: 0 differences with a value, 1 without; 1 bad fields\n1");
+            "r: 1 record, 5 bytes: 0 differences with a value, 1 without; 1 bad field\n1");
   EXPECT_EQ(verify("\x12\x3Fxab", " --keep-filler"),
-            "r: 1 records, 5 bytes: all equal; 1 without a value taken from the original; 1 bad fields\n0");
+            "r: 1 record, 5 bytes: all equal; 1 without a value taken from the original; 1 bad field\n0");
   EXPECT_EQ(verify("xx ab"),
             "r: record 1: A: null cannot be stored\n"
-            "r: 1 records, 5 bytes: 1 differences with a value, 0 without; 2 bad fields\n1");
+            "r: 1 record, 5 bytes: 1 difference with a value, 0 without; 2 bad fields\n1");
   EXPECT_EQ(runProgram("verify --ccsid 37 --copybook " + copybook + " -").code, kFailed);
 }
 
@@ -365,7 +365,7 @@ TEST(Verify, ComparesBlocksAndLinesAsSaid) {
       // Of no kind, in short lines too.
       {"lines --when A=bcd:A --on-unknown raw", "a\nbcd\n", "all records equal"},
       {"fixed --when A=bcd:A --on-unknown skip", "axxbcd", "all equal"},
-      {"fixed --when A=bcd:A", "axxbcd", "all equal; 1 bad fields"},
+      {"fixed --when A=bcd:A", "axxbcd", "all equal; 1 bad field"},
   };
   for (const auto& [arguments, bytes, told] : kCases) {
     const Folder folder;

@@ -59,7 +59,10 @@ TEST(Help, IsNamedWhereArgumentsAreWrong) {
       {"index --every 5x x",
        "--every: 5x is no number of bytes such as 1000 or 64MiB (oxrrec index --help tells more)"},
       {"index --every 0 x", "--every: 0 is no number of bytes such as 1000 or 64MiB (oxrrec index --help tells more)"},
-      {"help a b", "The following argument was not expected: b (oxrrec help --help tells more)"},
+      {"decode --ccsid 37 --ccsid 819 x", "--ccsid is given more than once (oxrrec decode --help tells more)"},
+      {"decode x -o", "--output is given without a value (oxrrec decode --help tells more)"},
+      {"decode --flat=x x", "there is no --flat = x (oxrrec decode --help tells more)"},
+      {"help a b", "there is no use for b (oxrrec help --help tells more)"},
   };
   for (const auto& [arguments, told] : kCases) {
     const Outcome outcome = runProgram(arguments);

@@ -35,14 +35,14 @@ const struct {
     // A kind of no hierarchy overtakes the parent that is open.
     {"--nest B:A", "a1c2b3", "{K:c,N:2} {K:a,N:1,B:[{K:b,N:3}]}"},
     {"--nest B:A --nest C:B", "c1b2c3a4", "{K:c,N:1} {K:b,N:2,C:[{K:c,N:3}]} {K:a,N:4,B:[]}",
-     "2 records stand on lines of their own, since they come before any parent; the first is record 1, a C\n"},
+     "2 records stand on lines of their own, since they come before any parent; the first is record 1, C\n"},
     // A parent that is left out takes no children from its forerunner.
-    {"--nest B:A --on-error skip", "a1b2axb3", "{K:a,N:1,B:[{K:b,N:2}]} {K:b,N:3}", "the first is record 4, a B\n"},
+    {"--nest B:A --on-error skip", "a1b2axb3", "{K:a,N:1,B:[{K:b,N:2}]} {K:b,N:3}", "the first is record 4, B\n"},
     // What the work ends at is not there, what came before is.
     {"--nest B:A", "a1b2bx", "{K:a,N:1,B:[{K:b,N:2}]}"},
     {"--nest B:A", "", ""},
     // The parts of a file, where a parent may lie in the part before.
-    {"--nest B:A --range 2-6 --first-record 2", "a1b2a3b4", "{K:b,N:2} {K:a,N:3,B:[]}", "the first is record 2, a B\n"},
+    {"--nest B:A --range 2-6 --first-record 2", "a1b2a3b4", "{K:b,N:2} {K:a,N:3,B:[]}", "the first is record 2, B\n"},
     // What no condition calls anything, between a parent and its child.
     {"--nest B:A --on-unknown raw", "a1z9b2", "{RAW:7A39} {K:a,A:{N:1},B:[{K:b,B:2}]}", "", kAreas},
     {"--nest B:A --on-unknown skip", "a1z9b2", "{K:a,A:{N:1},B:[{K:b,B:2}]}", "", kAreas},

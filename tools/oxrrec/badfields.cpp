@@ -1,5 +1,7 @@
 #include "oxrrec/badfields.hpp"
 
+#include "records/counted.hpp"
+
 #include <utility>
 
 namespace oxr::rec {
@@ -44,9 +46,8 @@ bool BadFields::finishRecord(std::uint64_t size) {
 
 void BadFields::tellSum(std::uint64_t allRecords, const std::string& hint) const {
   if (fields_ == 0) return;
-  messages_ << "oxrrec: " << input_ << ": " << fields_ << (fields_ == 1 ? " bad field in " : " bad fields in ")
-            << records_ << " of " << allRecords << (allRecords == 1 ? " record, " : " records, ")
-            << (isSkipping() ? "left out" : "written as null") << hint << '\n';
+  messages_ << "oxrrec: " << input_ << ": " << counted(fields_, "bad field") << " in " << records_ << " of "
+            << counted(allRecords, "record") << ", " << (isSkipping() ? "left out" : "written as null") << hint << '\n';
 }
 
 }  // namespace oxr::rec

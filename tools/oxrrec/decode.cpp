@@ -149,7 +149,7 @@ class Decoding {
     if (isLeftOut)
       nesting_->leaveOut(kind, nested_);
     else if (!nesting_->add(kind, lines_->lines(), nested_) && orphans_++ == 0)
-      firstOrphan_ = std::to_string(worker_->recordNumber()) + ", a " + std::string(kind);
+      firstOrphan_ = std::to_string(worker_->recordNumber()) + ", " + std::string(kind);
     lines_->clear();
   }
 

@@ -204,17 +204,19 @@ PWFData RecordWorker::read(const Step& step) {
   try {
     return converter.convert(step, record_.data + at);
   } catch (const KelRecoverableException& failure) {
-    return refused(step, at, reasonOf(failure));
+    return refused(step, at, failure.oxrMessageNumber(), faultText(failure));
   } catch (const FieldRefused& refusal) {
-    return refused(step, at, {.code = FaultCode::library, .detail = refusal.what()});
+    return refused(step, at, 0, refusal.what());
   }
 }
 
 // A field that its conversion refused. What that said is told where the bytes do not show the reason.
-PWFData RecordWorker::refused(const Step& step, std::uint64_t at, FaultReason otherwise) {
+PWFData RecordWorker::refused(const Step& step, std::uint64_t at, int message, std::string said) {
   hasMistrust_ = isMistrusted_[indexOf(step)] = true;
-  FaultReason reason = converters_[step.form].diagnose(step, record_.data + at);
-  return failed(step, at, reason ? std::move(reason) : std::move(otherwise));
+  FieldConverter& converter = converters_[step.form];
+  const unsigned char* const bytes = record_.data + at;
+  FaultReason reason = converter.diagnose(step, bytes);
+  return failed(step, at, reason ? std::move(reason) : converter.refusal(step, bytes, message, std::move(said)));
 }
 
 // A field that the record ends before. The first one is bad, the others nobody expects.

@@ -147,7 +147,7 @@ class RecordWorker final : public BitstreamWorker {
   void walk();
   void field(const Step& step);
   PWFData read(const Step& step);
-  PWFData refused(const Step& step, std::uint64_t at, FaultReason otherwise);
+  PWFData refused(const Step& step, std::uint64_t at, int message, std::string said);
   PWFData readStart(const Step& step, std::uint64_t at);
   PWFData cutOff(const Step& step, std::uint64_t at);
   PWFData failed(const Step& step, std::uint64_t at, FaultReason reason);

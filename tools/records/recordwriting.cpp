@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "kelwstringconvertor.hpp"
+#include "records/counted.hpp"
 #include "records/rawbytes.hpp"
 
 // A record is written by the same loop over the steps of the plan that reads one, with the same shift. Bytes between
@@ -122,7 +123,7 @@ void RecordWriter::refuseUnknown() const {
 std::span<const unsigned char> RecordWriter::writeRaw() {
   if (!settings_.isFramed && raw_.size() != plan_.maxSize())
     throw WriteError(
-        "it has " + std::to_string(raw_.size()) + " bytes, not the " + std::to_string(plan_.maxSize()) + " of a record",
+        "it has " + counted(raw_.size(), "byte") + ", not the " + std::to_string(plan_.maxSize()) + " of a record",
         "RAW");
   return raw_;
 }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "records/counted.hpp"
 #include "records/rawbytes.hpp"
 #include "records/recordwriting.hpp"
 
@@ -43,7 +44,7 @@ bool RecordWriter::putRaw(const Step& step, const Choice& choice) {
   if (settings_.onUnknown != OnUnknown::isRaw) return false;
   const bool isCutOff = settings_.isFramed && raw_.size() < choice.size;
   if (raw_.size() != choice.size && !isCutOff)
-    fail(step, "RAW has " + std::to_string(raw_.size()) + " bytes, not the " + std::to_string(choice.size) + " of it");
+    fail(step, "RAW has " + counted(raw_.size(), "byte") + ", not the " + std::to_string(choice.size) + " of it");
   const std::uint64_t at = placeOf(step);
   fillTo(at);
   if (isCutOff) cutAt_ = at + raw_.size();

@@ -5,6 +5,7 @@
 #include "growingbytebuffer.hpp"
 #include "oxrrec/encode/unnesting.hpp"
 #include "oxrrec/nesting.hpp"
+#include "records/counted.hpp"
 #include "records/program/reading.hpp"
 
 namespace oxr::rec {
@@ -48,7 +49,7 @@ class Encoding {
     flush();
     output_.close();
     if (bad_ != 0 && isSkipping_)
-      messages_ << kProgram << input_.name() << ": " << bad_ << " of " << records_ << " records left out\n";
+      messages_ << kProgram << input_.name() << ": " << bad_ << " of " << counted(records_, "record") << " left out\n";
     return bad_ == 0 ? kDone : kBadField;
   }
 

@@ -9,7 +9,7 @@ void addWritingOptions(CLI::App& command, RecordForm& form) {
           "--block-size", [&form](std::uint32_t size) { form.blockSize = size; },
           "bdw, spanned: a block that is written has at most so many bytes, its own header of 4 and those of its "
           "records among them [32760]")
-      ->check(CLI::Range(RecordFramer::kSmallestBlock, RecordFramer::kLargestBlock))
+      ->check(wholeNumber(RecordFramer::kSmallestBlock, RecordFramer::kLargestBlock))
       ->type_name("BYTES")
       ->group("Records");
   choose<LineEnd>(command.add_option_function<LineEnd>(

@@ -5,6 +5,7 @@
 #include "oxrrec/explain/advice.hpp"
 #include "oxrrec/explain/record.hpp"
 #include "oxrrec/values.hpp"
+#include "records/counted.hpp"
 #include "records/options/choice.hpp"
 #include "records/program/reading.hpp"
 
@@ -139,7 +140,7 @@ int explain(const ExplainOptions& options, const Console& console) {
   }
   if (!isThere) {
     const std::uint64_t all = worker->recordsRead();
-    throw ToolError(input.name() + ": there " + (all == 1 ? "is 1 record" : "are " + std::to_string(all) + " records"));
+    throw ToolError(input.name() + ": there " + (all == 1 ? "is " : "are ") + counted(all, "record"));
   }
   record.input = input.name();
   record.number = options.number;

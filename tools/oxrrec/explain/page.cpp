@@ -3,6 +3,7 @@
 
 #include "oxrrec/explain/pagetext.hpp"
 #include "oxrrec/explain/record.hpp"
+#include "records/counted.hpp"
 #include "records/fields/hextext.hpp"
 #include "records/json/jsontext.hpp"
 
@@ -45,7 +46,7 @@ std::string jsonOf(const ExplainedRecord& record) {
   JsonText json;
   json.writer().StartObject();
   json.put("title", "Record " + std::to_string(record.number) + " of " + record.input);
-  std::string facts = std::to_string(record.bytes.size()) + " bytes from byte " + std::to_string(record.offset);
+  std::string facts = counted(record.bytes.size(), "byte") + " from byte " + std::to_string(record.offset);
   if (!record.kind.empty()) facts = record.kind + " · " + facts;
   for (const std::string& fault : record.faults)
     facts += " · " + fault;

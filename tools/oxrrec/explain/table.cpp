@@ -2,6 +2,7 @@
 
 #include "oxrrec/explain/record.hpp"
 #include "oxrrec/table.hpp"
+#include "records/counted.hpp"
 #include "records/fields/hextext.hpp"
 
 namespace oxr::rec {
@@ -31,7 +32,7 @@ std::string explainTable(const ExplainedRecord& record) {
                     shownBytes(record, field), valueOf(field)});
   std::string table = "record " + std::to_string(record.number) + " of " + record.input;
   if (!record.kind.empty()) table += ", " + record.kind;
-  table += ": " + std::to_string(record.bytes.size()) + " bytes from byte " + std::to_string(record.offset) + '\n';
+  table += ": " + counted(record.bytes.size(), "byte") + " from byte " + std::to_string(record.offset) + '\n';
   table += tableText(rows, {false, true, true, false, false, false});
   for (const std::string& fault : record.faults)
     table += "! " + fault + '\n';

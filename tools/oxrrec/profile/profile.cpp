@@ -7,6 +7,7 @@
 #include "oxrrec/profile/fieldprofile.hpp"
 #include "oxrrec/table.hpp"
 #include "oxrrec/values.hpp"
+#include "records/counted.hpp"
 #include "records/json/jsontext.hpp"
 #include "records/options/choice.hpp"
 #include "records/program/reading.hpp"
@@ -88,9 +89,9 @@ std::string tableOf(const Profiles& profiles, std::uint64_t records) {
                     std::to_string(field.nulls), std::to_string(field.blanks), std::to_string(field.nuls),
                     signsText(field), field.extremes.smallest(), field.extremes.largest()});
     for (const auto& [reason, count] : field.reasons)
-      reasons += field.path + ": " + std::to_string(count) + " times " + reason + '\n';
+      reasons += field.path + ": " + counted(count, "time") + ' ' + reason + '\n';
   }
-  std::string text = std::to_string(records) + " records\n" +
+  std::string text = counted(records, "record") + '\n' +
                      tableText(rows, {false, false, true, true, true, true, true, false, false, false}) + reasons;
   for (const std::string& line : suggestions(profiles))
     text += line + '\n';

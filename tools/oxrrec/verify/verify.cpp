@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "oxrrec/verify/differences.hpp"
+#include "records/counted.hpp"
 #include "records/fields/hextext.hpp"
 #include "records/program/reading.hpp"
 #include "records/program/settledrecords.hpp"
@@ -191,7 +192,7 @@ class Verifying {
     if (record_.size() == original_.size()) return;
     ++(keepsFiller_ ? kept_ : withoutValue_);
     if (!keepsFiller_ && isTold())
-      tell(": " + std::to_string(original_.size()) + " bytes became " + std::to_string(record_.size()) +
+      tell(": " + counted(original_.size(), "byte") + " became " + std::to_string(record_.size()) +
            ", the same values");
   }
 
@@ -210,13 +211,13 @@ class Verifying {
   bool isEqual() const { return !framesDiffer_ && withValue_ + withoutValue_ + refused_ == 0; }
 
   void tellSum() {
-    std::string text = input_.name() + ": " + std::to_string(worker_->recordsRead()) + " records, " +
-                       std::to_string(worker_->getNumBytesParsed()) + " bytes: ";
+    std::string text = input_.name() + ": " + counted(worker_->recordsRead(), "record") + ", " +
+                       counted(static_cast<std::uint64_t>(worker_->getNumBytesParsed()), "byte") + ": ";
     text += isEqual() ? comparesFrames() ? "all equal" : "all records equal"
-                      : std::to_string(withValue_ + refused_) + " differences with a value, " +
+                      : counted(withValue_ + refused_, "difference") + " with a value, " +
                             std::to_string(withoutValue_) + " without";
     if (kept_ != 0) text += "; " + std::to_string(kept_) + " without a value taken from the original";
-    if (faults_.count != 0) text += "; " + std::to_string(faults_.count) + " bad fields";
+    if (faults_.count != 0) text += "; " + counted(faults_.count, "bad field");
     if (!comparesFrames()) text += "; what stands around them is compared with " + missingOption_;
     output_.write(text + '\n');
   }

@@ -254,16 +254,16 @@ PWFData FieldConverter::real(const Step& step, const unsigned char* bytes, std::
 // An S among editing symbols has no character of its own: the sign shares the byte of the last digit.
 PWFData FieldConverter::edited(const Step& step, const unsigned char* bytes) {
   if (step.sign != eSignNone) {
-    const auto isPoint = [this](unsigned char byte) {
-      return text(&byte, 1).getPWFStringValue().view() == DataCnv::US_DECIMAL.view();
-    };
-    const unsigned char* const end = bytes + step.size;
-    const unsigned char* const point = std::find_if(bytes, end, isPoint);
+    const auto width = static_cast<std::uint32_t>(cnv_.getConverter()->getMinBytesPerChar());
+    const unsigned char* const end = bytes + step.size / width * width;
+    const unsigned char* point = bytes;
+    while (point != end && text(point, width).getPWFStringValue().view() != DataCnv::US_DECIMAL.view())
+      point += width;
     work_.assign(bytes, point);
-    if (point != end) work_.insert(work_.end(), point + 1, end);
+    if (point != end) work_.insert(work_.end(), point + width, end);
     if (work_.empty()) throw FieldRefused("an edited number without a digit");
     Step digits = step;
-    digits.scale = static_cast<std::int16_t>(point == end ? step.scale : end - point - 1);
+    digits.scale = static_cast<std::int16_t>(point == end ? step.scale : (end - point) / width - 1);
     return external(digits, work_.data(), static_cast<std::uint32_t>(work_.size()));
   }
   const PWFData shown = text(bytes, step.size);

@@ -54,6 +54,9 @@ class FieldConverter {
   // Why convert() would refuse the field, without the cost of an exception; nothing for a field that it takes, and for
   // one that only the conversion itself can tell of.
   FaultReason diagnose(const Step& step, const unsigned char* bytes);
+  // What is told of a field that was refused, by the library with its number or by a FieldRefused (0), where its bytes
+  // do not show the reason.
+  FaultReason refusal(const Step& step, const unsigned char* bytes, int message, std::string said);
   // The first `size` bytes of a text that the record's end cuts off.
   PWFData convertStart(const Step& step, const unsigned char* bytes, std::uint32_t size) {
     return plain(step, bytes, size);

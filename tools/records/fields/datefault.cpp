@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "records/fields/datepattern.hpp"
 #include "records/fields/diagnosis.hpp"
 
 // A pattern of fixed width is walked along with a text of that width: digits where it has letters, its own characters
@@ -19,12 +20,8 @@ struct Range {
   int least;
   int most;
 };
-constexpr Range kRanges[] = {{'y', 4, 0, 9999}, {'y', 2, 0, 99}, {'M', 2, 1, 12}, {'d', 2, 1, 31}, {'D', 3, 1, 366},
+constexpr Range kRanges[] = {{'y', 4, 1, 9999}, {'y', 2, 0, 99}, {'M', 2, 1, 12}, {'d', 2, 1, 31}, {'D', 3, 1, 366},
                              {'H', 2, 0, 23},   {'m', 2, 0, 59}, {'s', 2, 0, 59}, {'S', 0, 0, 0}};
-
-constexpr bool isLetter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
 
 const Range* rangeOf(char letter, std::size_t width) {
   const Range* const found = std::find_if(std::begin(kRanges), std::end(kRanges), [&](const Range& range) {
@@ -33,51 +30,12 @@ const Range* rangeOf(char letter, std::size_t width) {
   return found == std::end(kRanges) ? nullptr : found;
 }
 
-// The next characters of a pattern: a run of a letter, or one that stands for itself.
-struct Run {
-  char letter = 0;  // 0: it is `literal`
-  char literal = 0;
-  std::size_t at = 0;  // of the text
-  std::size_t width = 1;
-};
-
-class Runs {
- public:
-  explicit Runs(std::string_view pattern) : rest_(pattern) {}
-
-  // Nothing at the end; and where a quote is not closed, which no formatter takes.
-  std::optional<Run> next() {
-    while (!rest_.empty() && rest_[0] == '\'') {
-      const bool isQuote = rest_.size() > 1 && rest_[1] == '\'';
-      if (isQuote) rest_.remove_prefix(1);
-      if (isQuote) return take({.literal = '\''});
-      rest_.remove_prefix(1);
-      isQuoted_ = !isQuoted_;
-    }
-    if (rest_.empty()) return std::nullopt;
-    if (isQuoted_ || !isLetter(rest_[0])) return take({.literal = rest_[0]});
-    return take({.letter = rest_[0], .width = std::min(rest_.find_first_not_of(rest_[0]), rest_.size())});
-  }
-
- private:
-  Run take(Run run) {
-    rest_.remove_prefix(run.width);
-    run.at = at_;
-    at_ += run.width;
-    return run;
-  }
-
-  std::string_view rest_;
-  bool isQuoted_ = false;
-  std::size_t at_ = 0;
-};
-
 // Characters of a text by the pattern; nothing if that may differ.
 std::optional<std::size_t> widthOf(std::string_view pattern) {
-  Runs runs(pattern);
+  PatternRuns runs(pattern);
   std::size_t width = 0;
   std::string letters;
-  while (const std::optional<Run> run = runs.next()) {
+  while (const std::optional<PatternRun> run = runs.next()) {
     if (static_cast<unsigned char>(run->literal) >= 0x80) return std::nullopt;
     if (run->letter != 0 &&
         (rangeOf(run->letter, run->width) == nullptr || letters.find(run->letter) != std::string::npos))
@@ -102,7 +60,7 @@ struct Told {
   int day = kNotTold;
   bool hasDayOfYear = false;
 
-  void add(const Run& run, int value) {
+  void add(const PatternRun& run, int value) {
     if (run.letter == 'y') year = value;
     if (run.letter == 'y') hasCentury = run.width == 4;
     if (run.letter == 'M') month = value;
@@ -120,8 +78,8 @@ struct Told {
 
 // The first character that is neither a digit nor, where the pattern has one for itself, that one.
 std::optional<std::size_t> badCharacter(std::string_view pattern, UnitView text) {
-  Runs runs(pattern);
-  for (std::optional<Run> run = runs.next(); run; run = runs.next())
+  PatternRuns runs(pattern);
+  for (std::optional<PatternRun> run = runs.next(); run; run = runs.next())
     for (std::size_t i = run->at; i < run->at + run->width; ++i) {
       const bool isDigit = text[i] >= '0' && text[i] <= '9';
       if (run->letter == 0 ? text[i] != static_cast<unsigned char>(run->literal) : !isDigit) return i;
@@ -146,8 +104,8 @@ FaultReason dateFault(std::string_view pattern, UnitView text) {
   if (const auto bad = badCharacter(pattern, text))
     return unreadable(FaultCode::dateCharacter, static_cast<std::int64_t>(*bad), 0, text[*bad]);
   Told told;
-  Runs runs(pattern);
-  for (std::optional<Run> run = runs.next(); run; run = runs.next()) {
+  PatternRuns runs(pattern);
+  for (std::optional<PatternRun> run = runs.next(); run; run = runs.next()) {
     if (run->letter == 0 || run->letter == 'S') continue;
     const int value = numberIn(text.substr(run->at, run->width));
     const Range& range = *rangeOf(run->letter, run->width);

@@ -25,6 +25,7 @@ struct PageBytes {
 
   std::array<unsigned short, 256> units{};  // code units, or kUnknown
   unsigned char blank = ' ';
+  bool isWide = false;         // no character is a byte
   bool isEbcdic = false;       // digits that carry a sign have the zones C, D and F
   bool hasDoubleBytes = true;  // or more than two
 };

@@ -102,9 +102,12 @@ class Reader {
                                                                        : FaultCode::externalDigit;
   }
 
-  // Whether the library refuses it: for its sign, or for a character that no number has.
+  // Whether the library refuses it: for its sign, or for a character that no number has. What it makes of a part of a
+  // character hangs on the other parts: it is not asked then.
   bool isRefused() const {
     if (!carrier_.isValid) return true;
+    const auto isPart = [this](unsigned char byte) { return page_.units[byte] == PageBytes::kUnknown; };
+    if (std::any_of(bytes_.begin(), bytes_.end(), isPart)) return false;
     for (std::size_t i = begin_; i < end_; ++i)
       if (!isPatient(unitAt(i))) return true;
     return false;
@@ -132,8 +135,7 @@ class Reader {
 }  // namespace
 
 FaultReason externalFault(std::span<const unsigned char> bytes, const External& external, const PageBytes& page) {
-  const auto isUnknown = [&page](unsigned char byte) { return page.units[byte] == PageBytes::kUnknown; };
-  if (std::any_of(bytes.begin(), bytes.end(), isUnknown)) return {};
+  if (page.isWide) return {};
   return Reader(bytes, external, page).fault();
 }
 

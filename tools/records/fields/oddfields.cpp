@@ -77,10 +77,11 @@ const PageBytes& FieldConverter::page() {
   const CPUnicodeConverter& converter = *cnv_.getConverter();
   auto made = std::make_unique<PageBytes>();
   made->blank = fillBlank_;
+  made->isWide = converter.getMinBytesPerChar() != 1;
   made->isEbcdic = cnv_.IsCcsidEBCDIC();
   made->hasDoubleBytes = converter.getMaxBytesPerChar() > 1;
   made->units.fill(PageBytes::kUnknown);
-  for (unsigned byte = 0; byte < made->units.size() && converter.getMinBytesPerChar() == 1; ++byte) {
+  for (unsigned byte = 0; byte < made->units.size() && !made->isWide; ++byte) {
     constexpr unsigned short kReplacement = 0xFFFD;
     const char character = static_cast<char>(byte);
     const PWFData value = cnv_.RawCharsToPWFData(&character, 1);
@@ -100,13 +101,9 @@ PWFData FieldConverter::oddExternal(const Step& step, const unsigned char* bytes
   const FaultReason reason =
       externalFault({bytes, size}, {step.sign, step.isBlankWhenZero, form_.hasLetterSigns}, page());
   if (reason && reason.message == 0) throw FieldRefused(kRefused);
-  // A shift between single and double bytes is no character: what is left of the text may look like a number.
-  const bool hasDigitBytes = digits_.zero != 0;
-  const auto isPart = [this](unsigned char byte) { return page().units[byte] == PageBytes::kUnknown; };
-  if (hasDigitBytes && std::any_of(bytes, bytes + size, isPart)) throw FieldRefused(kRefused);
   PWFData value = decimalOf(step, bytes, size);
   const UnitView digits(value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength()));
-  const bool isOdd = !hasDigitBytes && isOddNumber(text(bytes, size).getPWFStringValue().view(), step);
+  const bool isOdd = page().isWide && isOddNumber(text(bytes, size).getPWFStringValue().view(), step);
   if (isOdd || !isPlainDecimal(digits, step.sign != eSignNone)) throw FieldRefused(kRefused);
   return value;
 }
@@ -114,6 +111,7 @@ PWFData FieldConverter::oddExternal(const Step& step, const unsigned char* bytes
 PWFData FieldConverter::padded(const Step& step, const unsigned char* bytes) {
   const std::span<const unsigned char> field(bytes, step.size);
   const Unpadded inner = withoutPadding(field, step.sign, fillBlank_);
+  if (page().isWide) return external(step, bytes, step.size);
   if (inner.end - inner.begin == step.size && inner.digits == inner.begin + 1) return external(step, bytes, step.size);
   if (inner.begin == inner.end) return external(step, bytes, step.size);
   work_ = inner.bytes(field);
@@ -141,6 +139,20 @@ FaultReason FieldConverter::diagnose(const Step& step, const unsigned char* byte
   FaultReason reason = rec::diagnose(step, form_, page(), {bytes, step.size});
   if (!reason && !form_.date.empty()) return dateFaultOf(step, bytes);
   return reason;
+}
+
+FaultReason FieldConverter::refusal(const Step& step, const unsigned char* bytes, int message, std::string said) {
+  constexpr int kUnreadableDate = 5540;
+  if (!form_.date.empty() && message == kUnreadableDate)
+    return {.code = FaultCode::dateText,
+            .message = message,
+            .detail = quotedText(dateText(step, bytes).view()) + ", and its pattern is " + form_.date};
+  const bool hasText = step.kind == Kind::external || step.kind == Kind::edited;
+  if (hasText && static_cast<int>(step.size) >= cnv_.getConverter()->getMinBytesPerChar())
+    return {.code = FaultCode::numberText,
+            .message = message,
+            .detail = quotedText(text(bytes, step.size).getPWFStringValue().view())};
+  return {.code = FaultCode::library, .message = message, .detail = std::move(said)};
 }
 
 bool meanTheSame(const Step& step, const PWFData& a, const PWFData& b) {

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <iterator>
+#include <vector>
 
 #include "kelwstringconvertor.hpp"
+#include "records/counted.hpp"
 
 // A reason is told in two parts: the same words for all fields that are bad in this way, from a table, and behind them
 // what stands in this one.
@@ -42,8 +44,10 @@ constexpr Words kWords[] = {
     {FaultCode::notANumber, "not a number (NaN)", false},
     {FaultCode::infinite, "an infinite number", false},
     {FaultCode::belowNormal, "a number too small for a fraction that begins with no zero", false},
+    {FaultCode::numberText, "not a number", false},
     {FaultCode::singleBytesOnly, "its code page has no double-byte characters", false},
     {FaultCode::negativeDate, "no date", false},
+    {FaultCode::dateText, "no date", false},
     {FaultCode::dateLength, "no date", false},
     {FaultCode::dateCharacter, "no date", false},
     {FaultCode::datePart, "no date", false},
@@ -66,8 +70,8 @@ struct Part {
   char letter;
   const char* name;
 };
-constexpr Part kParts[] = {{'M', "month "}, {'d', "day "},    {'D', "day "},
-                           {'H', "hour "},  {'m', "minute "}, {'s', "second "}};
+constexpr Part kParts[] = {{'y', "year "}, {'M', "month "},  {'d', "day "},   {'D', "day "},
+                           {'H', "hour "}, {'m', "minute "}, {'s', "second "}};
 
 std::string partName(std::int64_t letter) {
   const Part* const part =
@@ -82,10 +86,14 @@ std::string hexOf(std::int64_t value, int digits) {
   return text;
 }
 
-// A character as it is, if a terminal can show it; nothing of a record shall move its cursor.
+// Nothing of a record shall move a terminal's cursor.
+bool isShown(std::int64_t unit) {
+  return unit >= 0x20 && !(unit >= 0x7F && unit < 0xA0) && (unit & 0xF800) != 0xD800 && unit < 0xFFF0;
+}
+
+// A character as it is, if a terminal can show it.
 std::string quoted(std::int64_t unit) {
-  const bool isShown = unit >= 0x20 && !(unit >= 0x7F && unit < 0xA0) && (unit & 0xF800) != 0xD800 && unit < 0xFFF0;
-  if (!isShown) return {};
+  if (!isShown(unit)) return {};
   const auto character = static_cast<unsigned short>(unit);
   return '"' + toUtf8(UnitView(&character, 1)) + '"';
 }
@@ -133,12 +141,16 @@ std::string detailOf(const FaultReason& reason, std::size_t size) {
     case FaultCode::onlySign:
     case FaultCode::editedEmpty:
       return ": it has no digit";
+    case FaultCode::numberText:
+    case FaultCode::dateText:
+      return ": it reads " + reason.detail;
     case FaultCode::singleBytesOnly:
       return ": page " + number(0);
     case FaultCode::negativeDate:
       return ": it is below zero";
     case FaultCode::dateLength:
-      return ": it has " + number(0) + " characters, and its pattern " + number(1);
+      return ": it has " + counted(static_cast<std::uint64_t>(reason.numbers[0]), "character") + ", and its pattern " +
+             number(1);
     case FaultCode::dateCharacter:
       return ": character " + std::to_string(reason.numbers[0] + 1) + " is " +
              (quoted(reason.numbers[2]).empty() ? "U+" + hexOf(reason.numbers[2], 4) : quoted(reason.numbers[2]));
@@ -152,6 +164,15 @@ std::string detailOf(const FaultReason& reason, std::size_t size) {
 }
 
 }  // namespace
+
+std::string quotedText(UnitView text) {
+  constexpr std::size_t kMost = 50;
+  std::u16string shown;
+  for (const unsigned short unit : text.substr(0, kMost))
+    shown += isShown(unit) ? static_cast<char16_t>(unit) : u'·';
+  const std::vector<unsigned short> units(shown.begin(), shown.end());
+  return '"' + toUtf8(UnitView(units.data(), units.size())) + (text.size() > kMost ? "...\"" : "\"");
+}
 
 std::string FaultReason::kind() const {
   if (code != FaultCode::library) return wordsOf(code).kind;
@@ -169,9 +190,11 @@ std::string FaultReason::text(std::size_t size) const {
     case FaultCode::library:
       return detail;
     case FaultCode::recordEnds:
-      return "the record ends after " + number(0) + " bytes, before the field does";
+      return "the record ends after " + counted(static_cast<std::uint64_t>(numbers[0]), "byte") +
+             ", before the field does";
     case FaultCode::recordLonger:
-      return "the record has " + number(0) + " bytes, " + number(1) + " more than its layout";
+      return "the record has " + counted(static_cast<std::uint64_t>(numbers[0]), "byte") + ", " + number(1) +
+             " more than its layout";
     case FaultCode::badCount:
       return "the count is " + (numbers[0] == -1 ? std::string("no number of times") : number(0)) + ", not within " +
              number(1) + " and " + number(2);

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "kelunits.hpp"
 #include "records/layout.hpp"
 
 namespace oxr::rec {
@@ -40,13 +41,18 @@ enum class FaultCode : std::uint8_t {
   notANumber,       // a float that is NaN
   infinite,         // a float that is infinite
   belowNormal,      // a hexadecimal float smaller than any whose fraction begins with no zero, and not zero
+  numberText,       // what it reads, in `detail`, is no number
   singleBytesOnly,  // the code page numbers[0] has no double-byte characters
   negativeDate,     // a number below zero is no date
+  dateText,         // what it reads, and its pattern, in `detail`
   dateLength,       // numbers[0] characters, and the pattern has numbers[1]
   dateCharacter,    // the character at numbers[0], from 0, is numbers[2], which the pattern has not there
   datePart,         // what the letter numbers[0] of the pattern stands for has no value numbers[1]
   dateDay,          // the month numbers[0] has no day numbers[1] in that year
 };
+
+// A text in quotes, as far as a line of a message shows it.
+std::string quotedText(UnitView text);
 
 struct FaultReason {
   FaultCode code = FaultCode::none;

@@ -41,7 +41,7 @@ constexpr std::pair<std::string_view, std::uint8_t> kPlus[] = {{"A", 0xA}, {"C",
 
 bool setDate(const std::string& value, PhysicalForm& form) {
   const DatePattern pattern = readDatePattern(value);
-  if (!pattern.missing.empty()) throw std::invalid_argument("the pattern " + value + " has " + pattern.missing);
+  if (!pattern.fault.empty()) throw std::invalid_argument("the pattern " + value + ' ' + pattern.fault);
   form.date = value;
   return !pattern.iso.empty();
 }
@@ -86,7 +86,9 @@ bool canBeEmpty(const Item& item, const PhysicalForm& form) {
 // Zeros in front of a date are digits of a DISPLAY number like all others; other numbers do not keep them.
 bool canBeDate(const Item& item, const PhysicalForm& form) {
   if (item.isGroup() || isFloat(item) || item.kind == Kind::opaque) return false;
-  return item.kind != Kind::external || readDatePattern(form.date).digits <= item.digits;
+  if (isAnyOf(item.kind, {Kind::text, Kind::edited, Kind::national, Kind::dbcs})) return true;
+  const DatePattern pattern = readDatePattern(form.date);
+  return pattern.isAllDigits && (item.kind != Kind::external || pattern.digits <= item.digits);
 }
 
 constexpr int kUtf16 = 1200;
@@ -102,7 +104,7 @@ struct Key {
 };
 constexpr Key kKeys[] = {
     {"date", setDate, "a pattern such as yyyyMMdd", canBeDate,
-     "text and numbers with digits, and DISPLAY numbers have as many digits as the pattern"},
+     "text, and for numbers of as many digits as the pattern, which then has nothing but digits"},
     {"ccsid", setCcsid, "a code page", [](const Item& i, const PhysicalForm&) { return hasCharacters(i); },
      "text and digits in characters"},
     {"integers", [](const auto& v, auto& f) { return setWord(kOrders, v, f.integerEndian); }, "big or little",

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "kelwstringconvertor.hpp"
+#include "records/counted.hpp"
 #include "records/fields/converter.hpp"
 #include "records/fields/datepattern.hpp"
 #include "records/fields/editedpicture.hpp"
@@ -30,10 +31,6 @@ bool isSeparate(ESign sign) {
 std::string shown(UnitView text) {
   constexpr std::size_t kShown = 50;
   return toUtf8(text.substr(0, kShown)) + (text.size() > kShown ? "..." : "");
-}
-
-std::string digitsText(std::size_t count) {
-  return std::to_string(count) + (count == 1 ? " digit" : " digits");
 }
 
 // Where the largest number of a binary field ends, as a magnitude.
@@ -185,7 +182,7 @@ FieldWriter::Number FieldWriter::fitting(const Step& step, const PWFData& value,
             ? shown(number.text) + " is no multiple of 1" + std::string(static_cast<std::size_t>(-step.scale), '0')
             : shown(number.text) + " has more decimal places than the field's " + std::to_string(step.scale));
   if (stored.count > digits)
-    throw FieldRefused(shown(number.text) + " needs " + digitsText(stored.count) + ", and the field has " +
+    throw FieldRefused(shown(number.text) + " needs " + counted(stored.count, "digit") + ", and the field has " +
                        std::to_string(digits));
   if (number.parts.isNegative && step.sign == eSignNone)
     throw FieldRefused(shown(number.text) + " is negative, and the field has no sign");
@@ -287,7 +284,7 @@ void FieldWriter::binary(const Step& step, const PWFData& value, unsigned char* 
   const bool isSigned = step.sign != eSignNone;
   const bool isNegative = number.parts.isNegative && isSigned;
   if (isTooLarge || magnitude > limitOf(step.size, isSigned, isNegative))
-    throw FieldRefused(shown(number.text) + " is too large for the field's " + std::to_string(step.size) + " bytes");
+    throw FieldRefused(shown(number.text) + " is too large for the field's " + counted(step.size, "byte"));
   const Wide bits = isNegative ? -magnitude : magnitude;
   if (step.size > kWordBytes)
     return wideBinary(step, static_cast<std::uint64_t>(bits >> 64), static_cast<std::uint64_t>(bits), bytes);

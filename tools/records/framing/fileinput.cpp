@@ -8,6 +8,7 @@
 #include <cstring>
 #include <limits>
 
+#include "records/counted.hpp"
 #include "records/framing/errors.hpp"
 
 namespace oxr::rec {
@@ -58,7 +59,7 @@ void FileInput::beginWindow(const InputWindow& window) {
 void FileInput::windowOnFile(const InputWindow& window, std::uint64_t fileSize) {
   const auto requireSize = [&](std::uint64_t asked, const char* what) {
     if (asked > fileSize)
-      throw ToolError(name_ + " has only " + std::to_string(fileSize) + " bytes, but " + what + " asks for " +
+      throw ToolError(name_ + " has only " + counted(fileSize, "byte") + ", but " + what + " asks for " +
                       std::to_string(asked));
   };
   requireSize(window.skipHeader, "its header");

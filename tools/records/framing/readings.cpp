@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "records/counted.hpp"
 #include "records/framing/detect.hpp"
 #include "records/framing/errors.hpp"
 #include "records/framing/recordheader.hpp"
@@ -77,7 +78,7 @@ Reading onlyReading(const InputStart& start, const RecordForm& layout) {
   const std::vector<Reading> readings = readingsOf(start, layout);
   if (readings.empty())
     throw ToolError("how the records lie cannot be told: there are neither headers nor line ends, and " +
-                    std::to_string(start.size.value_or(0)) + " bytes are no multiple of the " +
+                    counted(start.size.value_or(0), "byte") + " are no multiple of the " +
                     std::to_string(layout.maxSize) + " of a record" + clueFor(start, layout));
   if (readings.size() == 1) return readings.front();
   std::string all;
@@ -92,8 +93,8 @@ std::string hintFor(const RecordForm& form, const InputStart& start) {
   const std::vector<Reading> readings = readingsOf(start, any);
   if (form.framing == Framing::fixed && form.isVariable && form.maxSize >= kLargeEnough && start.size &&
       *start.size % form.maxSize == 0 && !readings.empty() && readings.front().framing == Framing::fixed)
-    return "; --odo fixed fits: the input is " + std::to_string(*start.size / form.maxSize) +
-           " times the largest size, " + std::to_string(form.maxSize) + " bytes";
+    return "; --odo fixed fits: the input is " + counted(*start.size / form.maxSize, "time") + " the largest size, " +
+           counted(form.maxSize, "byte");
   if (std::any_of(readings.begin(), readings.end(), [&](const Reading& r) { return isSame(r, form); })) return {};
   if (readings.size() != 1 || readings[0].evidence <= kWorthTelling) return {};
   return "; " + readings[0].options() + " fits: " + readings[0].description();

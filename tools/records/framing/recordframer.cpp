@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "records/counted.hpp"
 #include "records/framing/errors.hpp"
 
 // Records go out at once, but for those of blocks: a block's length is known when it is full. A record of `bdw` that
@@ -100,7 +101,7 @@ void RecordFramer::addHeader(std::size_t size, Segment segment, std::string& out
 
 void RecordFramer::require(std::uint64_t size, std::uint64_t most, const char* holder) const {
   if (size <= most) return;
-  throw FrameError("record " + std::to_string(count_) + ": it has " + std::to_string(size) + " bytes, its " + holder +
+  throw FrameError("record " + std::to_string(count_) + ": it has " + counted(size, "byte") + ", its " + holder +
                    " has room for " + std::to_string(most));
 }
 

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <limits>
 
+#include "records/counted.hpp"
 #include "records/framing/detect.hpp"
 #include "records/framing/errors.hpp"
 
@@ -31,10 +32,6 @@ const unsigned char* findLineEnd(const RecordForm& form, const unsigned char* fr
   if (form.nextLine == form.lineFeed) return feed;
   const unsigned char* const next = find(form.nextLine, from, feed == nullptr ? end : feed);
   return next == nullptr ? feed : next;
-}
-
-std::string bytesText(std::uint64_t count) {
-  return std::to_string(count) + (count == 1 ? " byte" : " bytes");
 }
 
 }  // namespace
@@ -120,10 +117,10 @@ std::uint32_t RecordReader::beginFramed() {
   if (!ensure(shape_.bytes)) fail("the input ends within its record header");
   const std::uint32_t size = lengthInHeader();
   if (isBlocked(form_.framing) && blockLeft_ < shape_.bytes + size)
-    fail("its header asks for " + bytesText(size) + ", but its block has only " +
+    fail("its header asks for " + counted(size, "byte") + ", but its block has only " +
          std::to_string(blockLeft_ - std::min<std::uint32_t>(blockLeft_, shape_.bytes)) + " left");
   if (!ensure(shape_.bytes + size))
-    fail("its header asks for " + bytesText(size) + ", but the input has only " +
+    fail("its header asks for " + counted(size, "byte") + ", but the input has only " +
          std::to_string(available() - shape_.bytes) + " left");
   return size;
 }
@@ -139,9 +136,9 @@ std::uint32_t RecordReader::lengthInHeader() const {
                                                                     : "bytes 1 and 2 of one are zero"));
   if (length < counted_)
     fail("its header gives a length of " + std::to_string(length) + ", less than the header's own " +
-         bytesText(counted_));
+         counted(counted_, "byte"));
   if (length - counted_ > kLongestRecord)
-    fail("its header asks for " + std::to_string(length - counted_) + " bytes, more than a record has");
+    fail("its header asks for " + counted(length - counted_, "byte") + ", more than a record has");
   return length - counted_;
 }
 
@@ -200,7 +197,7 @@ RecordBytes RecordReader::nextLine() {
   const unsigned char* lineEnd = nullptr;
   while ((lineEnd = findLineEnd(form_, data_ + looked, end_)) == nullptr) {
     looked = available();
-    if (looked > longest) fail("its line does not end within " + bytesText(longest));
+    if (looked > longest) fail("its line does not end within " + counted(longest, "byte"));
     if (!ensure(looked + 1)) break;
   }
   std::uint32_t size = lineEnd == nullptr ? available() : static_cast<std::uint32_t>(lineEnd - data_);
@@ -236,7 +233,7 @@ std::uint64_t RecordReader::offsetInInput(std::uint64_t at) const {
 }
 
 void RecordReader::refuseShort(std::uint64_t size) const {
-  fail("it has " + std::to_string(size) + " bytes, but the input has only " + std::to_string(available()) + " left");
+  fail("it has " + counted(size, "byte") + ", but the input has only " + std::to_string(available()) + " left");
 }
 
 void RecordReader::fail(const std::string& what) const {

@@ -124,7 +124,7 @@ void PlanCompiler::requireSettingsUsed() const {
     const FieldSetting& setting = settings_[i];
     if (uses_[i] == Use::none)
       refuseSetting(setting, "there is no item " + setting.path + ItemPath(setting.path).hint(layout));
-    if (uses_[i] == Use::found) refuseSetting(setting, "this is for " + whatFor(setting) + " only");
+    if (uses_[i] == Use::found) refuseSetting(setting, "this is only for " + whatFor(setting));
   }
 }
 

@@ -59,13 +59,25 @@ std::string meant(std::string_view name) {
   return name.empty() ? std::string() : "; is " + std::string(name) + " meant?";
 }
 
+// What the parser says in words of its own, "--ccsid: At Most 1 required but received 2", as people would say it.
+std::string wordsOf(const CLI::App& part, const CLI::ParseError& error) {
+  const std::string said = error.what();
+  const std::string option = said.substr(0, said.find(':'));
+  const auto is = [&error](CLI::ExitCodes code) { return error.get_exit_code() == static_cast<int>(code); };
+  if (is(CLI::ExitCodes::ExtrasError)) return "there is no use for " + part.remaining().front();
+  if (is(CLI::ExitCodes::ConversionError)) return "there is no " + said.substr(said.find("--"));
+  if (!is(CLI::ExitCodes::ArgumentMismatch)) return said;
+  return option +
+         (said.find("At Most") != std::string::npos ? " is given more than once" : " is given without a value");
+}
+
 // What is wrong with the arguments of a command. An option that it does not have is told before all else: it often is
 // why something is missing.
 std::string faultOf(const CLI::App& part, const CLI::ParseError& error) {
   constexpr std::string_view kStart = "--";
   const std::vector<std::string> unknown = part.remaining();
   const auto option = std::find_if(unknown.begin(), unknown.end(), [](const auto& word) { return word[0] == '-'; });
-  if (option == unknown.end()) return error.what();
+  if (option == unknown.end()) return wordsOf(part, error);
   const CommandText text = textOf(part);
   std::vector<std::string_view> names;
   for (const OptionText& known : text.options)
