@@ -61,7 +61,7 @@ std::string meant(std::string_view name) {
 
 // What the parser says in words of its own, "--ccsid: At Most 1 required but received 2", as people would say it.
 std::string wordsOf(const CLI::App& part, const CLI::ParseError& error) {
-  const std::string said = error.what();
+  std::string said = error.what();
   const std::string option = said.substr(0, said.find(':'));
   const auto is = [&error](CLI::ExitCodes code) { return error.get_exit_code() == static_cast<int>(code); };
   if (is(CLI::ExitCodes::ExtrasError)) return "there is no use for " + part.remaining().front();
