@@ -29,6 +29,10 @@ set_property(SOURCE ${PROJECT_SOURCE_DIR}/tests/oxrmq/parts_test.cpp
              APPEND PROPERTY COMPILE_DEFINITIONS OXR_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/tools/oxrrec/samples"
                              OXR_SHARED_DATA_DIR="${OXR_SHARED_DATA_DIR}")
 target_link_libraries(oxr_tests PRIVATE oxrrec_parts oxrmq_parts oxrbitstreamutilities oxrcore GTest::gmock GTest::gtest_main)
+set_property(SOURCE ${PROJECT_SOURCE_DIR}/tests/oxrrec/littlememory_test.cpp
+                    ${PROJECT_SOURCE_DIR}/tests/oxrrec/interruptions_test.cpp
+             APPEND PROPERTY COMPILE_DEFINITIONS OXRREC_PROGRAM="$<TARGET_FILE:oxrrec>"
+                             OXR_SAMPLES_DIR="${PROJECT_SOURCE_DIR}/tools/oxrrec/samples")
 add_dependencies(oxr_tests oxrrec oxrrec_pages oxrmq_pages csv_example machine_pictures)
 # The names of the tests are asked for when ctest runs: a build must not fail because a test binary cannot start.
 gtest_discover_tests(oxr_tests DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)

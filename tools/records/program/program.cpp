@@ -5,6 +5,7 @@
 #include <new>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "records/plan/nearname.hpp"
@@ -41,6 +42,10 @@ int guarded(const Work& work, const Console& console) {
     return failed(console, faultText(failure));
   } catch (const std::bad_alloc&) {
     return failed(console, "out of memory");
+  } catch (const std::system_error& error) {
+    // What a thread says that cannot be started is no sentence.
+    const bool isThread = error.code() == std::errc::resource_unavailable_try_again;
+    return failed(console, std::string(isThread ? "cannot start a thread: " : "") + error.what());
   } catch (const std::exception& error) {
     return failed(console, error.what());
   }
