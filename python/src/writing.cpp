@@ -16,6 +16,7 @@
 #include "jsontext.hpp"
 #include "oxrrec/encode/unnesting.hpp"
 #include "oxrrec/nesting.hpp"
+#include "records/counted.hpp"
 #include "records/program/reading.hpp"
 #include "values.hpp"
 
@@ -123,7 +124,7 @@ class Writing {
   // Of what was left out, a line each.
   std::string notes() const {
     const std::uint64_t bad = bad_ + left_;
-    return bad == 0 ? std::string() : notes_.str() + std::to_string(bad) + " records left out\n";
+    return bad == 0 ? std::string() : notes_.str() + rec::counted(bad, "record") + " left out\n";
   }
 
  private:

@@ -160,8 +160,7 @@ TEST(Layout, IsShownInThreeForms) {
   const Outcome table = runProgram(good);
   EXPECT_EQ(table.lines,
             "level and name                          offset    size  kind          picture\n"
-            "0 FILLER                                     0       1  group\n"
-            "  1 S                                        0       1  text          X\n");
+            "1 S                                          0       1  text          X\n");
   EXPECT_EQ(table.messages, "oxrrec: this is S; --record chooses another: R\n");
   EXPECT_EQ(runProgram(good + " --record r --as sql").lines,
             "CREATE TABLE \"R\" (\n  \"N\" numeric(1,0),\n  \"G(1).B\" varchar(3),\n  \"G(2).B\" varchar(3),\n"

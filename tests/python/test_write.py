@@ -152,7 +152,7 @@ def test_records_that_end_in_an_error(options, tmp_path):
 def test_left_out_and_refused(options, caplog):
     target = io.BytesIO()
     assert oxrrec.write(target, [dict(GOOD, N=1000), GOOD], on_error="skip", **options) == 1
-    assert "record 1, N: " in caplog.text and "1 records left out" in caplog.text
+    assert "record 1, N: " in caplog.text and "1 record left out" in caplog.text
     with pytest.raises(TypeError, match="a record is a dict, not a list"):
         oxrrec.write(target, [[1]], **options)
     with pytest.raises(TypeError, match="method of Records"):

@@ -74,8 +74,8 @@ constexpr Case kRecords[] = {
     {"01 RECORD. 05 COUNT PIC 9. 05 POINTER PIC X. 05 TIMES PIC X. 05 :TAG:-ID PIC X. 05 SECTION PIC X.",
      "RECORD 0 5; COUNT 0 1 external; POINTER 1 1 text; TIMES 2 1 text; :TAG:-ID 3 1 text; SECTION 4 1 text"},
     // A record that is a field, entries without a record, a stand-alone item.
-    {"01 R PIC X(80).", "FILLER 0 80; R 0 80 text"},
-    {"77 N PIC 9(4) COMP.", "FILLER 0 2; N 0 2 binary"},
+    {"01 R PIC X(80).", "R 0 80 text"},
+    {"77 N PIC 9(4) COMP.", "N 0 2 binary"},
     {"05 G. 10 A PIC X. 05 B PIC X.", "FILLER 0 2; G 0 1; A 0 1 text; B 1 1 text"},
     // No storage.
     {"01 R. 05 A PIC 9. 88 ONE VALUE 1. 88 MANY VALUES ARE 2 THRU 5, 7 WHEN SET TO FALSE IS 0. 05 B PIC X. 88 LOW "

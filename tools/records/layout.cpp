@@ -43,6 +43,11 @@ std::string notes(const Layout& layout, const Item& item) {
   return result.starts_with(", ") ? result.substr(2) : result;
 }
 
+// Whether the record is one that a field of level 01 or 77 was put into.
+bool isOnlyAround(const Item& record, const Item& first) {
+  return record.level == 0 && (first.level == 1 || first.level == 77);
+}
+
 }  // namespace
 
 std::string_view kindName(Kind kind) {
@@ -68,9 +73,10 @@ std::string describe(const Layout& layout) {
   appendCell(table, "level and name", kNameWidth);
   table += "offset    size  kind          picture\n";
   std::vector<std::size_t> depth(layout.items.size(), 0);
-  for (ItemIndex i = 0; i < layout.items.size(); ++i) {
+  const ItemIndex first = layout.items.size() > 1 && isOnlyAround(layout.items[0], layout.items[1]) ? 1 : 0;
+  for (ItemIndex i = first; i < layout.items.size(); ++i) {
     const Item& item = layout.items[i];
-    if (item.parent != kNoItem) depth[i] = depth[item.parent] + 1;
+    if (i != first) depth[i] = depth[item.parent] + 1;
     const auto offset = layout.recordOffset(i);
     const std::string where = offset ? std::to_string(*offset) : "var";
     const std::string size = std::to_string(item.size);

@@ -54,6 +54,7 @@ class Explainer : public FieldObserver, public FaultListener {
   bool goOnAfter(const FieldFault& fault) override {
     if (!isOn) return true;
     keepRecord();
+    hasNoKind_ = hasNoKind_ || fault.reason.code == FaultCode::noKind;
     const std::string path = fault.path();
     for (ExplainedField& field : record.fields) {
       if (path.empty() || field.path != path) continue;
@@ -62,6 +63,12 @@ class Explainer : public FieldObserver, public FaultListener {
     }
     record.faults.push_back((path.empty() ? path : path + ": ") + fault.reasonText());
     return true;
+  }
+
+  // To be called when the record was read.
+  void finish(std::string_view kind) {
+    record.isUnknown = hasNoKind_ && record.fields.empty();
+    record.kind = kind.empty() ? plan_.layout().recordName : kind;
   }
 
  private:
@@ -74,6 +81,7 @@ class Explainer : public FieldObserver, public FaultListener {
 
   const RecordPlan& plan_;
   Adviser adviser_;
+  bool hasNoKind_ = false;  // the record, or an area of it
 };
 
 // Reads on to the record; false if there are not so many.
@@ -144,8 +152,7 @@ int explain(const ExplainOptions& options, const Console& console) {
   }
   record.input = input.name();
   record.number = options.number;
-  record.kind = std::string(worker->kindOfRecord());
-  if (record.kind.empty()) record.kind = plan.layout().recordName;
+  explainer.finish(worker->kindOfRecord());
   const bool isPage = !options.page.empty();
   FileOutput output = description.openOutput(isPage ? options.page : kStandardStream, input, console);
   output.write(isPage ? explainPage(record) : explainTable(record));

@@ -47,7 +47,7 @@ std::string jsonOf(const ExplainedRecord& record) {
   json.writer().StartObject();
   json.put("title", "Record " + std::to_string(record.number) + " of " + record.input);
   std::string facts = counted(record.bytes.size(), "byte") + " from byte " + std::to_string(record.offset);
-  if (!record.kind.empty()) facts = record.kind + " · " + facts;
+  if (const std::string kind = kindText(record); !kind.empty()) facts = kind + " · " + facts;
   for (const std::string& fault : record.faults)
     facts += " · " + fault;
   json.put("facts", facts);

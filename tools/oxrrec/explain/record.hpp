@@ -29,6 +29,7 @@ struct ExplainedRecord {
   std::uint64_t number = 0;  // from 1
   std::uint64_t offset = 0;  // in the input, without its header
   std::string kind;          // the level 01 entry, or what a condition calls the record
+  bool isUnknown = false;    // no condition tells what it is: it has no fields
   int ccsid = 0;
   std::vector<unsigned char> bytes;
   std::array<std::string, 256> characters;  // each byte as a single character, "·" if it has none to show
@@ -36,7 +37,9 @@ struct ExplainedRecord {
   std::vector<std::string> faults;  // of the record as a whole
 };
 
-// A table for people, one field a line.
+// What it is: "CUSTOMER", or "of no kind".
+std::string kindText(const ExplainedRecord& record);
+// A table for people, one field a line; of a record that has none its bytes, as far as they are worth a look.
 std::string explainTable(const ExplainedRecord& record);
 // A page for a browser that needs nothing but itself. Of a long record the first bytes are shown.
 std::string explainPage(const ExplainedRecord& record);
