@@ -25,6 +25,13 @@ if(OXR_FUZZ)
   endif()
   add_compile_options(-fsanitize=address,undefined,fuzzer-no-link -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
+elseif(OXR_COVERAGE)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "OXR_COVERAGE needs clang: set CMAKE_CXX_COMPILER=clang++ or use the preset coverage")
+  endif()
+  # The counters are those of the source, whatever the optimizer does; those of several threads are to be right.
+  add_compile_options(-fprofile-instr-generate -fcoverage-mapping -fprofile-update=atomic)
+  add_link_options(-fprofile-instr-generate)
 elseif(OXR_SANITIZE)
   # Instrumented code leads gcc to see unset variables in the standard library's own headers.
   add_compile_options(-fsanitize=${OXR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer

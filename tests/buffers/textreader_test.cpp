@@ -141,6 +141,7 @@ core::Decoded decodeArrived(std::span<const char> bytes, std::span<unsigned shor
   for (; pass.bytes < std::ssize(bytes) && pass.units < std::ssize(room); ++pass.bytes)
     if (const char byte = bytes[static_cast<std::size_t>(pass.bytes)]; byte != '<')
       room[static_cast<std::size_t>(pass.units++)] = static_cast<unsigned char>(byte);
+  if (pass.bytes < std::ssize(bytes)) pass.status = U_BUFFER_OVERFLOW_ERROR;
   if (bytes.back() == '<') pass.status = U_TRUNCATED_CHAR_FOUND;
   if (bytes.back() == '!') pass.status = U_ILLEGAL_CHAR_FOUND;
   return pass;
@@ -149,7 +150,7 @@ core::Decoded decodeArrived(std::span<const char> bytes, std::span<unsigned shor
 TEST(ResumableRun, ReadsFromTheStartAgainAfterWhatItHas) {
   // The text, the bytes that are shown, the units, the bytes of the last conversion, the status, the restarts.
   for (const Row& c : rows("abc 3 abc 3 0 0; ab 2 ab 2 0 0; ab< 3 ab 3 11 1; ab<> 3 aba 1 0 1; a<> 2 a 2 11 1; "
-                           "a!bc 2 a! 2 12 0")) {
+                           "a!bc 2 a! 2 12 0; abcd 4 abc 3 0 0; abc< 4 abc 3 11 1; a<<<<<<<<<bc 10 aab 11 0 1")) {
     ArrivingRun run{c[0], std::stoul(c[1])};
     int restarts = 0;
     unsigned short units[3];

@@ -84,6 +84,19 @@ TEST(CpUnicodeConverter, StringsTakeWhatOthersLeft) {
   }
 }
 
+// The bytes, the room for them and the status before; the status afterwards. Nothing moves.
+TEST(CpUnicodeConverter, LeavesBadRangesAlone) {
+  for (const auto& [length, room, before, after] :
+       {std::array<long, 4>{1, 1, 7, 7}, {1, -1, 0, 1}, {0x40000000, 1, 0, 1}, {1, 0x80000000, 0, 1}}) {
+    CPUnicodeConverter page(37, eEndianBig);
+    const unsigned short units[] = {'A', 'B'}, *source = units;
+    char byte = '#', *target = &byte;
+    auto status = static_cast<UErrorCode>(before);
+    page.fromUnicode(target, &byte + room, source, units + length, nullptr, true, status);
+    EXPECT_TRUE(status == after && byte == '#' && target == &byte && source == units) << length << '/' << room;
+  }
+}
+
 TEST(CpUnicodeConverter, ConvertsWholeTextsOrRaises) {
   CPUnicodeConverter page(37, eEndianBig), mixed(930, eEndianBig);  // the local code page is UTF-8 all the same
   using Encode = void (CPUnicodeConverter::*)(char*, int*, const unsigned short*, int);

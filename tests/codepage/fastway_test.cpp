@@ -35,7 +35,8 @@ TEST(CodePageWays, FormsServeAllButWhatTheyDoNotKnow) {
   // CCSID, byte order, bytes, room in units and the general ways into it; their text, room in bytes, the general ways.
   for (const Row& c : rows("37 2 C1C2 2 0 AB 2 0; 37 2 C1C2 1 0 AB 1 0; 37 2 C1C2 0 1 AB 0 1; 37 2 '' 2 1 '' 2 1; "
                            "37 2 C13F 2 0 A\u4E2D 9 1; 1208 2 41C3A9 2 0 A\u00E9 3 0; 1208 2 41C3A9 1 0 A\u00E9 2 1; "
-                           "1208 2 41C3 2 1 < 9 1; 1208 2 F09D849E 2 0 \U0001D11E 4 0; "
+                           "1208 2 41C3 2 1 < 9 1; 1208 2 E09F80 2 1 \u0800 3 0; 1208 2 EDA080 2 1 \uFFFF 3 0; "
+                           "1208 2 F08F8080 2 1 < 9 1; 1208 2 F4908080 2 1 < 9 1;  1208 2 F09D849E 2 0 \U0001D11E 4 0; "
                            "1208 2 F09D849E 1 1 \U0001D11E 3 1; 1200 2 0041D834DD1E 3 0 A\U0001D11E 6 0; "
                            "1200 2 0041D834DD1E 2 1 A\U0001D11E 4 1; 1200 1 410034D81EDD 3 0 A\U0001D11E 6 0; "
                            "1200 1 41001EDD 3 1 < 6 1; 1200 2 004100 2 1 A 1 1; 930 2 C1 1 1 A 1 1")) {

@@ -240,7 +240,7 @@ TEST(Packed, TracesTheMembersItIsMadeOf) {
     Case c;
     c.words = {{"field", "1C"}, {"value", "1"}, {"size", "1"}};
     std::string found;
-    for (const std::string& line : enteredMembers([&] { kMembers.at(member)(c); }))
+    for (const std::string& line : enteredMembers([&, member = member] { kMembers.at(member)(c); }))
       if (std::string(" " + std::string(entries) + " ").find(" " + line + " ") != std::string::npos)
         found += (found.empty() ? "" : " ") + line;
     EXPECT_EQ(found, entries) << member;

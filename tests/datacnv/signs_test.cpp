@@ -52,6 +52,7 @@ TEST(Signs, CheckSignTakesTheSignOff) {
     ~          -12    LS   minus=null plus=null -> -12/false
     ~          12-+   TS             -> 12-/false
     ~          12+CR  TS   minus=CR  -> 12/true
+    ~          12+-   TS   minus=null plus=null -> 12+-/false
     ~          p23    LI             -> 023/true
     ~          .9z    TI             -> .9:/true
     ~          z9     TI             -> z9/false

@@ -103,6 +103,7 @@ TEST(NumbersToText, WritePlainForms) {
     plain_StrFromInt64 -9223372036854775808 way=fast    -> STRING -9223372036854775808
     plain_StrFromDbl   -1500                way=fast    -> STRING -1.5E+3
     ~                  0.999999999999999    way=general -> STRING 9.99999999999999E-1
+    ~                  2.2250738585072014E-308 way=fast -> STRING 2.2250738585072014E-308
     plain_StrFromDec   -007.50              way=fast    -> STRING -7.5
     ~                  ''                   way=fast    -> STRING
     ~                  1e5                  way=general -> OXR5505: decimal | 1e5
@@ -149,11 +150,12 @@ TEST(NumbersToText, LocalesChangeNothing) {
   } cases[] = {{"de_DE", "-1234.5", "-1.2345E+3"},
                {"sv_SE", "-1234.5", "−1.2345×10^+3"},
                {"ar_EG", "--١٢٣٤.٥", "\u061C-١.٢٣٤٥اس\u061C+٣"}};
-  for (const auto& [locale, text, plain] : cases)
+  for (const auto& c : cases)
     inANewProcess([&] {
-      useLocale(locale);
-      runTable(std::string("member value ->\nStrFromDbl -1234.5 -> ") + text + "\nplain_StrFromDbl -1234.5 -> STRING " +
-                   plain + "\n~ nan -> STRING NaN\n~ inf -> STRING INF\nplain_StrFromDec -1.50 -> STRING -1.5\n",
+      useLocale(c.locale);
+      runTable(std::string("member value ->\nStrFromDbl -1234.5 -> ") + c.text +
+                   "\nplain_StrFromDbl -1234.5 -> STRING " + c.plain +
+                   "\n~ nan -> STRING NaN\n~ inf -> STRING INF\nplain_StrFromDec -1.50 -> STRING -1.5\n",
                kMembers);
     });
 }

@@ -155,7 +155,7 @@ TEST(Tlog, TracesUnderTheirNames) {
   for (const auto& [member, entries] : cases) {
     Case c;
     c.words = {{"field", "12"}, {"value", "1"}, {"size", "1"}, {"unicode", "1"}};
-    EXPECT_EQ(enteredWords([&] { kMembers.at(member)(c); }), entries);
+    EXPECT_EQ(enteredWords([&, member = member] { kMembers.at(member)(c); }), entries);
   }
 }
 

@@ -20,7 +20,8 @@ TEST(DefaultZones, Offsets) {
       "-14:00 Etc/GMT+14; +15:00; +01:20 GMT+01:20; +5:05 GMT+05:05; -9:30 Pacific/Marquesas; "
       "+3:3 Asia/Tehran; +04:30 Asia/Kabul; +05:45 Asia/Katmandu; +06:30 Asia/Rangoon; "
       "+09:30 Australia/Darwin; +11:30 Pacific/Norfolk; +12:45 Pacific/Chatham");
-  expectZones("''; +; +x; +0530; +5x30; +x:0; +5:x; +5:x0; +x5; +1x; +15:3; +0x:00; +05x30; +05:300; Europe/Paris");
+  expectZones(
+      "''; +; +x; +0530; +5x30; +5x3; +x:0; +5:x; +5:x0; +x5; +1x; +15:3; +0x:00; +05x30; +05:300; Europe/Paris");
 }
 
 // Only some characters are looked at.

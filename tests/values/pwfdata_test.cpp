@@ -48,6 +48,10 @@ TEST(PwfData, KeepsWhatItIsMadeFrom) {
       {PWFData(u"more than sixteen"_k), "2: 6D006F007200650020007400680061006E0020007300690078007400650065006E00"},
       {PWFData(PWFInt32{-5}, true), "4 null: -"},
       {PWFData(PWFInt64{1} << 40, false), "4: 0000000000010000"},
+      {PWFData(PWFInt64{5}, true), "4 null: -"},
+      {PWFData(static_cast<const char*>(nullptr), 4, INTEGER, COPY), "4 null: -"},
+      {PWFData(&half, 8, INTEGER, COPY), "4: 000000000000E03F"},
+      {PWFData(true), "12: 01000000"},
       {PWFData(-7, INTEGER), "4: F9FFFFFF"},
       {PWFData(&half, -99, FLOAT, REFERENCE), "6: 000000000000E03F"},  // the length counts for nothing
       {PWFData("abc", 3, BINARY, COPY), "10: 616263"},
@@ -88,7 +92,8 @@ TEST(PwfData, GettersTestTheTypeBeforeTheNull) {
       if (made == type || made == otherType)
         expected = nullName.empty() ? Raised() : wrongUse("Can't get value for null " + nullName + " value");
       double value = 0;
-      EXPECT_EQ(raisedBy([&] { value = get(PWFData(static_cast<ELogicalType>(made))); }), expected) << name << made;
+      EXPECT_EQ(raisedBy([&, get = get] { value = get(PWFData(static_cast<ELogicalType>(made))); }), expected)
+          << name << made;
       EXPECT_EQ(value, 0);
     }
 }

@@ -21,7 +21,7 @@ timeval timevalOf(std::chrono::milliseconds time) {
 
 Connection::Connection(const Address& address, const ConnectionSettings& settings)
     : shown_(shown(address)), state_(amqp_new_connection()) {
-  if (!state_) throw std::bad_alloc();
+  if (!state_) throw std::bad_alloc();  // unreached: but without memory
   open(address, settings);
   guard_.emplace(amqp_get_sockfd(state_.get()), settings.isOver);
   const StallGuard::Operation operation(*guard_);
@@ -42,7 +42,7 @@ void Connection::openChannel() {
 }
 
 void Connection::failed(int status, const std::string& doing) const {
-  if (status == AMQP_STATUS_NO_MEMORY) throw std::bad_alloc();
+  if (status == AMQP_STATUS_NO_MEMORY) throw std::bad_alloc();  // unreached: but without memory
   const char* const given = guard_ ? guard_->why() : nullptr;
   const std::string text = shown_ + ": " + doing + ": " + (given != nullptr ? given : amqp_error_string2(status));
   if (status == AMQP_STATUS_SSL_HOSTNAME_VERIFY_FAILED || status == AMQP_STATUS_SSL_PEER_VERIFY_FAILED)

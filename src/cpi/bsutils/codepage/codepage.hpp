@@ -128,6 +128,7 @@ struct CodePage {
   static unsigned char formOf(const KelConverter& shared, std::string_view icuName) {
     return [&]<std::size_t... kIndex>(std::index_sequence<kIndex...>) {
       unsigned char found = 0;
+      // unreached: what goes on to the next form is never true
       static_cast<void>(((std::tuple_element_t<kIndex, Forms>::isFormOf(shared, icuName) || (++found, false)) || ...));
       return found;
     }
@@ -167,7 +168,7 @@ class CodePage::KeptState {
     if (!keep) return;
     UErrorCode status = U_ZERO_ERROR;
     saved_.adoptInstead(ucnv_clone(page.converter.getAlias(), &status));
-    if (saved_.isNull()) throw std::bad_alloc();
+    if (saved_.isNull()) throw std::bad_alloc();  // unreached: but without memory
   }
   KeptState(const KeptState&) = delete;
   KeptState& operator=(const KeptState&) = delete;

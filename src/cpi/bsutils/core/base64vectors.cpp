@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <initializer_list>
 
 // Vectors of 16 bytes, of 32 with AVX2, of 64 where the processor permutes the bytes of all of these. Those of 64
 // without that, and those of unknown width, are not worth a way of their own.
@@ -338,28 +339,36 @@ HWY_AFTER_NAMESPACE();
 namespace oxr::core {
 namespace {
 
+[[maybe_unused]] bool allOf(std::initializer_list<int> supported) {
+  return std::ranges::all_of(supported, [](int each) { return each != 0; });
+}
+
 // Highway could choose among its targets too, but for that its library is loaded, which takes 4 ms: it measures a
 // timer.
 Base64Vectors widestFirst() {
   Base64Vectors all;
 #if HWY_ARCH_X86
 #if HWY_TARGETS & HWY_AVX3_DL
-  if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
-      __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
-      __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("avx512bitalg") &&
-      __builtin_cpu_supports("avx512vpopcntdq") && __builtin_cpu_supports("vpclmulqdq") &&
-      __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("fma"))
+  // unreached: a machine has them or has them not
+  if (allOf({__builtin_cpu_supports("avx512f"), __builtin_cpu_supports("avx512bw"), __builtin_cpu_supports("avx512dq"),
+             __builtin_cpu_supports("avx512vl"), __builtin_cpu_supports("avx512vbmi"),
+             __builtin_cpu_supports("avx512vbmi2"), __builtin_cpu_supports("avx512bitalg"),
+             __builtin_cpu_supports("avx512vpopcntdq"), __builtin_cpu_supports("vpclmulqdq"),
+             __builtin_cpu_supports("bmi2"), __builtin_cpu_supports("fma")}))
     all.add({N_AVX3_DL::encodeBlocks, N_AVX3_DL::decodeBlocks});
 #endif
 #if HWY_TARGETS & HWY_AVX2
-  if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("fma"))
+  // unreached: a machine has them or has them not
+  if (allOf({__builtin_cpu_supports("avx2"), __builtin_cpu_supports("bmi2"), __builtin_cpu_supports("fma")}))
     all.add({N_AVX2::encodeBlocks, N_AVX2::decodeBlocks});
 #endif
 #if HWY_TARGETS & HWY_SSE4
-  if (__builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("pclmul"))
+  // unreached: a machine has them or has them not
+  if (allOf({__builtin_cpu_supports("sse4.2"), __builtin_cpu_supports("pclmul")}))
     all.add({N_SSE4::encodeBlocks, N_SSE4::decodeBlocks});
 #endif
 #if HWY_TARGETS & HWY_SSSE3
+  // unreached: a machine has them or has them not
   if (__builtin_cpu_supports("ssse3")) all.add({N_SSSE3::encodeBlocks, N_SSSE3::decodeBlocks});
 #endif
 #endif

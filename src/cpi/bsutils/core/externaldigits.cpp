@@ -10,11 +10,11 @@ namespace {
 
 constexpr unsigned short kZero = '0';
 
-// Takes a separate sign off; the result says whether it was negative. At the end a plus may precede the minus, and
-// comes off as well: ExternalDecimal.Reads.
+// Takes a separate sign off a text that is not empty; the result says whether it was negative. At the end a plus may
+// precede the minus, and comes off as well: ExternalDecimal.Reads.
 bool takeSign(UnitView& text, SignPlace place) {
   bool negative = false;
-  if (place == SignPlace::leading && !text.empty()) {
+  if (place == SignPlace::leading) {
     negative = text.front() == '-';
     if (negative || text.front() == '+') text.remove_prefix(1);
   }

@@ -24,15 +24,12 @@ struct SignByte {
 // The zone alone counts in the first two codes: what the other half holds is for the check of the digits to refuse.
 constexpr SignByte readOverpunch(Overpunch code, std::uint8_t byte) {
   const unsigned zone = byte >> 4;
-  switch (code) {
-    case Overpunch::ebcdic:
-      if (zone != 0xC && zone != 0xD && zone != 0xF) return {byte, false, false};
-      return {static_cast<std::uint8_t>(byte | 0xF0), zone == 0xD};
-    case Overpunch::ascii:
-      return zone == 7 ? SignByte{static_cast<std::uint8_t>(byte & 0x3F), true} : SignByte{byte};
-    case Overpunch::letters:
-      break;
+  if (code == Overpunch::ebcdic) {
+    if (zone != 0xC && zone != 0xD && zone != 0xF) return {byte, false, false};
+    return {static_cast<std::uint8_t>(byte | 0xF0), zone == 0xD};
   }
+  if (code == Overpunch::ascii)
+    return zone == 7 ? SignByte{static_cast<std::uint8_t>(byte & 0x3F), true} : SignByte{byte};
   if (byte == '{' || byte == '}') return {'0', byte == '}'};
   if (byte >= 'A' && byte <= 'I') return {static_cast<std::uint8_t>(byte - 'A' + '1'), false};
   if (byte >= 'J' && byte <= 'R') return {static_cast<std::uint8_t>(byte - 'J' + '1'), true};
@@ -43,15 +40,10 @@ constexpr SignByte readOverpunch(Overpunch code, std::uint8_t byte) {
 // as well. A byte that is no digit is changed by the same bits, for a sign may fall on a pad.
 [[gnu::always_inline]] constexpr std::uint8_t writeOverpunch(Overpunch code, std::uint8_t byte, bool negative,
                                                              bool positiveZone) {
-  switch (code) {
-    // Which numbers are negative can't be foreseen, so that no branch depends on it.
-    case Overpunch::ebcdic:
-      return static_cast<std::uint8_t>(byte & ~(negative * 0x20u | (!negative & positiveZone) * 0x30u));
-    case Overpunch::ascii:
-      return static_cast<std::uint8_t>(byte | negative * 0x70u);
-    case Overpunch::letters:
-      break;
-  }
+  // Which numbers are negative can't be foreseen, so that no branch depends on it.
+  if (code == Overpunch::ebcdic)
+    return static_cast<std::uint8_t>(byte & ~(negative * 0x20u | (!negative & positiveZone) * 0x30u));
+  if (code == Overpunch::ascii) return static_cast<std::uint8_t>(byte | negative * 0x70u);
   if (byte == '0') return negative ? '}' : '{';
   return static_cast<std::uint8_t>(byte + (negative ? 'J' - '1' : 'A' - '1'));
 }

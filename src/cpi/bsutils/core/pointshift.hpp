@@ -27,7 +27,7 @@ struct PointShift {
 
 // The shift by `places` (positive: to the left, a smaller number) of a text of `units` units, its point not counted,
 // that had its point before unit `point`, or kNoPoint. 0 places and an empty text are not for this function: the caller
-// leaves those texts as they are. The result may begin or end with the point; see trimmed().
+// leaves those texts as they are. The result may begin or end with the point.
 constexpr PointShift shiftPoint(std::uint32_t units, std::uint32_t point, std::int32_t places) {
   const std::int64_t from = point == PointShift::kNoPoint ? units : point;
   const std::int64_t to = from - places;
@@ -43,17 +43,15 @@ constexpr PointShift shiftPoint(std::uint32_t units, std::uint32_t point, std::i
   return shift;
 }
 
-// The same shift with a digit before a point that came first, and without a point that came last. It serves texts that
-// hold no further point.
-constexpr PointShift trimmed(PointShift shift, std::uint32_t units) {
-  if (shift.point == 0) return {1, 0, 1};
-  if (shift.hasPoint() && shift.point == shift.frontZeros + units) shift.point = PointShift::kNoPoint;
-  return shift;
+// The shift of a text without a point, by some places, with a digit before a point that comes first.
+constexpr PointShift shiftWholeNumber(std::uint32_t units, std::int32_t places) {
+  const PointShift shift = shiftPoint(units, PointShift::kNoPoint, places);
+  return shift.point == 0 ? PointShift{1, 0, 1} : shift;
 }
 
-static_assert(trimmed(shiftPoint(5, PointShift::kNoPoint, 7), 5).frontZeros == 3);
-static_assert(trimmed(shiftPoint(5, 3, -5), 5).backZeros == 3);
-static_assert(!trimmed(shiftPoint(5, 3, -2), 5).hasPoint());
-static_assert(trimmed(shiftPoint(5, PointShift::kNoPoint, 5), 5).length(5) == 7);
+static_assert(shiftWholeNumber(5, 7).frontZeros == 3);
+static_assert(shiftWholeNumber(5, -2).backZeros == 2);
+static_assert(shiftWholeNumber(5, 5).length(5) == 7);
+static_assert(shiftPoint(5, 3, -5).backZeros == 3);
 
 }  // namespace oxr::core

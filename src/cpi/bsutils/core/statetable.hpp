@@ -67,12 +67,6 @@ constexpr auto cellsOf(const Rows& rows, CellOf cellOf) {
   return cells;
 }
 
-// Whether a machine has a cell for this state and this call. A caller may hand over any number for either.
-template <class Cells>
-constexpr bool hasCell(const Cells& cells, int state, EBitstreamWorkerCall call) {
-  return static_cast<std::size_t>(state) < cells.size() && static_cast<std::size_t>(call) < kCallCount;
-}
-
 // Says that each row stands where its number says.
 template <class Rows>
 constexpr bool areInOrder(const Rows& rows) {

@@ -59,9 +59,9 @@ inline constexpr auto kTreeCells = cellsOf(kTreeMachine, [](const TreeRow& row, 
   return TreeStep{false, row.state};
 });
 
-// An unknown state or event takes nothing, and stays.
-constexpr TreeStep treeStep(int state, EBitstreamWorkerCall call) {
-  return hasCell(kTreeCells, state, call) ? kTreeCells[static_cast<std::size_t>(state)][call] : TreeStep{false, state};
+// The event is a known one: the machine of the worker takes no other.
+constexpr TreeStep treeStep(int state, EBitstreamWorkerCall event) {
+  return kTreeCells[static_cast<std::size_t>(state)][event];
 }
 
 }  // namespace oxr::core

@@ -53,7 +53,7 @@ template <Order kOrder>
         count, [&](std::size_t at) __attribute__((always_inline)) {
           const auto units = loadBlock<UnitVector, Block>(in + 2 * at);
           const auto bytes = std::bit_cast<ByteVector>(units);
-          largest = largest > bytes ? largest : bytes;
+          largest = largest > bytes ? largest : bytes;  // unreached: a choice in each byte is no branch
           const UnitVector ordered = swapped<kOrder>(units);
           std::memcpy(out + 2 * at, &ordered, sizeof(Block));
         });

@@ -94,10 +94,10 @@ inline constexpr auto kWorkerCells = cellsOf(kWorkerMachine, [](const WorkerRow&
   return WorkerStep{row.otherwise == Misuse::parse ? Verdict::parseMisuse : Verdict::writeMisuse, row.state};
 });
 
-// An unknown state takes nothing, and no state takes an unknown call. CALL_UNUSED_14 is one that every state refuses.
+// No state takes an unknown call. CALL_UNUSED_14 is one that every state refuses.
 constexpr WorkerStep workerStep(int state, EBitstreamWorkerCall call) {
   const EBitstreamWorkerCall known = static_cast<std::size_t>(call) < kCallCount ? call : CALL_UNUSED_14;
-  return hasCell(kWorkerCells, state, known) ? kWorkerCells[static_cast<std::size_t>(state)][known] : WorkerStep{};
+  return kWorkerCells[static_cast<std::size_t>(state)][known];
 }
 
 }  // namespace oxr::core

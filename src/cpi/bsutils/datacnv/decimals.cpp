@@ -56,7 +56,7 @@ void DataCnv::adjustDecimalForString(KelWstring& text, int places) {
   if (places == 0 || text.length() == 0) return;
   const unsigned point = findPoint(text);
   if (point == KelWstring::npos) {
-    applyShift(text, core::trimmed(core::shiftPoint(text.length(), core::PointShift::kNoPoint, places), text.length()));
+    applyShift(text, core::shiftWholeNumber(text.length(), places));
     return;
   }
   // A bad text may hold further points, so that tidying it has to look for the first one again.

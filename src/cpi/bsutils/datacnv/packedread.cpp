@@ -92,7 +92,7 @@ PWFData shiftedValue(const core::PackedField& field, int places) {
   const bool minus = field.sign() == core::kPackedMinus;
   const std::uint32_t units = field.digitCount() + minus;
   core::PointShift shift;
-  if (places != 0) shift = core::trimmed(core::shiftPoint(units, core::PointShift::kNoPoint, places), units);
+  if (places != 0) shift = core::shiftWholeNumber(units, places);
   return TextInPlace::make(DECIMAL, shift.length(units), [&](unsigned short* out) {
     constexpr unsigned short kZero = '0';
     unsigned short* const text = std::fill_n(out, shift.frontZeros, kZero);
