@@ -17,18 +17,20 @@ namespace {
 class PageEnd : public ::testing::Test {
  protected:
   PageEnd() : page_(static_cast<std::size_t>(::sysconf(_SC_PAGESIZE))) {
-    memory_ = ::mmap(nullptr, 2 * page_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    end_ = static_cast<char*>(memory_) + page_;
+    memory_ = ::mmap(nullptr, 3 * page_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    end_ = static_cast<char*>(memory_) + 2 * page_;
     ::mprotect(end_, page_, PROT_NONE);
   }
-  ~PageEnd() override { ::munmap(memory_, 2 * page_); }
+  ~PageEnd() override { ::munmap(memory_, 3 * page_); }
 
-  // The units, of which the last is the page's last but `before`.
+  // The units, of which the last is the last that can be read but `before`.
   const unsigned short* place(const std::string& text, std::size_t before) const {
     auto* const units = static_cast<unsigned short*>(end_) - before - text.size();
     std::copy(text.begin(), text.end(), units);
     return units;
   }
+
+  std::size_t unitsOfPage() const { return page_ / sizeof(unsigned short); }
 
  private:
   std::size_t page_;
@@ -39,7 +41,9 @@ class PageEnd : public ::testing::Test {
 TEST_F(PageEnd, IsNotPassed) {
   DataCnv cnv = converterFor(37);
   for (const char* const number : {"7", "-123", "1234567", "-12345678901234", "1234567890123456"}) {
-    for (std::size_t before = 0; before < 40; ++before) {
+    // The last of the places is that of a text that lies on two pages.
+    for (std::size_t step = 0; step <= 40; ++step) {
+      const std::size_t before = step < 40 ? step : unitsOfPage() - 8;
       SCOPED_TRACE(std::string(number) + ", units before the end: " + std::to_string(before));
       std::string terminated(number);
       terminated += '\0';

@@ -126,7 +126,7 @@ TEST(NumbersFromText, ReadDecimalsAndDoubles) {
 TEST(NumbersFromText, ReadPlainTexts) {
   run(R"(
     member            field ->
-    UStringToInt64    ''   way=general -> 0
+    UStringToInt64    ''   way=fast    -> 0
     UStringToInt64    {9223372036854775807,-9223372036854775808} way=fast    -> {field}
     ~                 999999999999999999x9             -> OXR5505: string | 999999999999999999x9
     PWFStringTodouble,plain_StrToDbl -1.5E-3              way=fast    -> -0.0015

@@ -70,8 +70,8 @@ TEST_F(WithBroker, AnInputThatWaitsHoldsNothingUp) {
   const auto unbegun =
       oxrmq(arguments + "--records auto --copybook SAMPLES/customers.cob --ccsid 37", {}, ::fileno(input.get()));
   ASSERT_EQ(::mkfifo(folder_.path("pipe").c_str(), 0600), 0);
-  const auto unopened = oxrmq("feed " + folder_.path("pipe") + " --source f --records rdw --to /@in");
   ASSERT_TRUE(comes([&] { return hasQueue("in"); }));
+  const auto unopened = oxrmq("feed " + folder_.path("pipe") + " --source f --records rdw --to /@in");
   std::this_thread::sleep_for(kLate);
   for (const auto* const each : {&ended, &unbegun, &unopened}) {
     EXPECT_EQ((*each)->end(SIGTERM), 1);
