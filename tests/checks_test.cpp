@@ -59,6 +59,7 @@ constexpr Check kChecks[] = {
     {"TextReader",    fuzz::checkTextReader,     3'000},
     {"TextWriter",    fuzz::checkTextWriter,     3'000},
     {"Base64",        fuzz::checkBase64,           500},
+    {"Base64Units",   fuzz::checkBase64Units,      200},
     {"ExternalRead",  fuzz::checkExternalRead,  10'000},
     {"ExternalSigns", fuzz::checkExternalSigns,     40},
     {"ExternalWrite", fuzz::checkExternalWrite, 20'000},

@@ -108,33 +108,35 @@ inline Base64Text drawDirtyText(Choices& choices) {
   return text;
 }
 
+// Each of 256 units in one place of a clean text.
+inline void checkBase64Units(Choices& choices) {
+  const ChosenVectors vectors(choices);
+  Base64Text text;
+  for (std::size_t i = 0; i < 80; ++i)
+    text.push_back(base64Letter(i));
+  unsigned short& place = text[choices.upTo(text.size() - 1)];
+  const unsigned block = choices.coin() ? 0 : choices.any<unsigned char>();
+  for (unsigned low = 0; low < 0x100; ++low) {
+    place = static_cast<unsigned short>(block << 8 | low);
+    checkBase64Reading(text, 50);
+  }
+}
+
 // Base64 against a naive reader: any bytes to text and back, text with any units among its own.
 inline void checkBase64(Choices& choices) {
   const ChosenVectors vectors(choices);
   while (!choices.isEmpty()) {
-    switch (choices.upTo(15)) {
-      case 0: {  // each of 256 units in one place of a clean text
-        Base64Text text;
-        for (std::size_t i = 0; i < 80; ++i)
-          text.push_back(base64Letter(i));
-        unsigned short& place = text[choices.upTo(text.size() - 1)];
-        const unsigned block = choices.coin() ? 0 : choices.any<unsigned char>();
-        for (unsigned low = 0; low < 0x100; ++low) {
-          place = static_cast<unsigned short>(block << 8 | low);
-          checkBase64Reading(text, 50);
-        }
-        break;
-      }
+    switch (choices.upTo(14)) {
+      case 0:
       case 1:
-      case 2:
-      case 3: {
+      case 2: {
         const auto bytes = choices.bytes(choices.upTo(255));
         checkBase64Writing({bytes.begin(), bytes.end()});
         break;
       }
+      case 3:
       case 4:
-      case 5:
-      case 6: {  // a short text, most of it padding
+      case 5: {  // a short text, most of it padding
         Base64Text text;
         for (std::size_t left = choices.upTo(9); left > 0; --left)
           text.push_back(choices.oneOf(std::array<unsigned short, 5>{'B', '/', '=', '\n', 0x141}));
