@@ -128,7 +128,12 @@ inline std::optional<PhysicalForm> advised(PhysicalForm form, FaultCode code) {
   if (code == FaultCode::blanks) form.blankNumbers = EmptyNumber::isNull;
   if (code == FaultCode::lowValues) form.lowValues = EmptyNumber::isNull;
   if (code == FaultCode::padded) form.lenientNumbers = true;
-  const bool isAdvised = code == FaultCode::blanks || code == FaultCode::lowValues || code == FaultCode::padded;
+  const bool isOtherSign = code == FaultCode::letterSign || code == FaultCode::plainSign;
+  if (isOtherSign) form.hasLetterSigns = !form.hasLetterSigns;
+  // That a number is a date, too, hangs on its digits.
+  if (isOtherSign && !form.date.empty()) return std::nullopt;
+  const bool isAdvised =
+      isOtherSign || code == FaultCode::blanks || code == FaultCode::lowValues || code == FaultCode::padded;
   return isAdvised ? std::optional(form) : std::nullopt;
 }
 

@@ -183,8 +183,7 @@ const struct {
     {"05 N PIC 9. 05 A PIC X(4). 05 B REDEFINES A. 10 L PIC X OCCURS 0 TO 3 DEPENDING N. 10 C PIC X. 05 D PIC X.",
      "1abcde", "", "{N:1,A:abcd,B:{L:[a],C:b},D:e}"},
     {kAreas, "<00060000>1a<00050000>2", "--records rdw --when T=1:A --when T=2:B --on-error null",
-     "{T:1,A:a} {T:2,B:{Q:null}} | #2, byte 11, B.Q: the record ends after 1 byte, before the field does | 1 bad *",
-     1},
+     "{T:1,A:a} {T:2,B:{Q:null}} | #2, byte 11, B.Q: the record ends after 1 byte, before the field does | 1 bad *", 1},
     // What there is of a text that the record cuts off, and settings of a group.
     {"05 A PIC X(4). 05 B PIC X(4). 05 C PIC 9.", "<00060000>ab<000A0000>abcdef", "--records rdw --on-error null",
      "{A:ab,B:null,C:null} {A:abcd,B:ef,C:null} | #1, byte 8, B: the record ends after 2 bytes, before the field does "

@@ -173,5 +173,33 @@ TEST(Layout, IsShownInThreeForms) {
     EXPECT_NE(schema.find(part), std::string::npos) << part << " in\n" << schema;
 }
 
+// What is said of values and kinds of record shows in what they become; a table of the copybook has no place for it.
+TEST(Layout, FollowsWhatIsSaidOfValues) {
+  const Folder folder;
+  const std::string command =
+      "layout --flat --copybook " +
+      folder.write("c",
+                   "01 A. 05 T PIC X. 05 D PIC 9(8). 05 P. 10 Q PIC 9. 05 R REDEFINES P. 10 Q PIC X.\n"
+                   "01 B. 05 T PIC X. 05 D PIC X(14). 05 E PIC ZZ9.9-. 05 H PIC X(4). 05 L PIC X(20).") +
+      " --edited number --low-values null --field A.D:date=yyyyMMdd --field B.D:date=yyyyMMddHHmmss"
+      " --field H:date=yyMM --field L:date=yyyyMMddHHmmssZZZ --when T=a:A --when T=b:B --when A.T=a:P --when A.T=b:R "
+      "--as ";
+  const std::string schema = runProgram(command + "json-schema").lines;
+  for (const char* const part : {"\"anyOf\": [\n    {\n      \"title\": \"A\",",
+                                 "\"D\": { \"type\": [\"string\", \"null\"], \"format\": \"date\" }",
+                                 "\"Q\": { \"anyOf\": [{ \"type\": [\"integer\", \"null\"], \"minimum\": 0 }, { "
+                                 "\"type\": \"string\", \"maxLength\": 1 }] }",
+                                 "\"required\": [\"T\", \"D\"],", "T[0-9]{2}:[0-9]{2}:[0-9]{2}$\"",
+                                 "\"E\": { \"type\": [\"number\", \"null\"] }",
+                                 "\"H\": { \"type\": [\"string\", \"null\"], \"pattern\": \"^[0-9]{4}-[0-9]{2}$\" }",
+                                 "\"format\": \"date-time\""})
+    EXPECT_NE(schema.find(part), std::string::npos) << part << " in\n" << schema;
+  EXPECT_EQ(runProgram(command + "sql").lines,
+            "CREATE TABLE \"A\" (\n  \"T\" varchar(1),\n  \"D\" varchar(14),\n  \"Q\" varchar(3),\n"
+            "  \"E\" numeric(6,1),\n  \"H\" varchar(7),\n  \"L\" timestamp with time zone\n);\n");
+  EXPECT_EQ(runProgram(command + "table").messages,
+            "oxrrec: --as table shows the copybook alone: what is said of values is for --as json-schema and sql\n");
+}
+
 }  // namespace
 }  // namespace oxr::rec::test

@@ -163,9 +163,15 @@ TEST(Framing, IsNotGuessed) {
        "how the records lie cannot be told: there are neither headers nor line ends, and 31 bytes are no multiple of "
        "the 30 of a record but 1 more: --skip-header or --skip-trailer leaves out what is no record"},
       {"01 R. 05 A PIC X(30).", "a line\nanother\n", "--records auto --ccsid 37",
-       "*; it is lines of text in no EBCDIC code page: --ccsid 819, 1208 or another one"},
+       "how the records lie cannot be told: it is lines of text in no EBCDIC code page: --ccsid 819, 1208 or another "
+       "one"},
       {"01 R. 05 A PIC X(30).", "\xC1\x40\x25\xC2\x25", "--records auto --ccsid 819",
+       "how the records lie cannot be told: it is lines of text in an EBCDIC code page: --ccsid 37, or another one"},
+      {"01 R. 05 A PIC 9(2).", "\xF1\x25\xF2\x25", "--ccsid 819",
        "*; it is lines of text in an EBCDIC code page: --ccsid 37, or another one"},
+      // Blocks are no records, whatever is wrong in them.
+      {"05 N PIC 9. 05 A PIC X(9) OCCURS 0 TO 5 DEPENDING ON N.", bytesOf("<00090000><00050300>0<00090000><00050000>0"),
+       "--records spanned", "record 1 at byte 4: it begins with a later segment of a record\n"},
       {"01 R. 05 A PIC XX. 05 B PIC 9.", "\xC1\xC1\xF1\x25\xC1\xC1\xF1\x25\xC1\xC1\xF1\x25", "--ccsid 37",
        "*; --records lines fits: *"},
       {"05 N PIC 9. 05 A PIC X(9) OCCURS 1 TO 5 DEPENDING ON N.",

@@ -8,16 +8,45 @@ namespace oxr::rec {
 
 namespace {
 
-std::string viewOf(const Layout& layout, const LayoutOptions& options) {
-  if (options.form == LayoutForm::table) return describe(layout);
-  const RecordPlan plan(layout, options.plan);
-  return options.form == LayoutForm::sql ? createTable(plan) : jsonSchema(plan, options.pointsAsText);
+void tellRecordTaken(const std::string& taken, const std::vector<std::string>& names, const Console& console) {
+  std::string others;
+  for (const std::string& name : names)
+    if (name != taken) others += (others.empty() ? "" : ", ") + name;
+  if (!others.empty())
+    console.messages << "oxrrec: this is " << taken << "; --record chooses another: " << others << '\n';
+}
+
+// A view, and the files that it was made of.
+struct View {
+  std::string text;
+  std::vector<std::string> files;
+};
+
+View tableOf(const Copybook& copybook, const LayoutOptions& options, const Console& console) {
+  const RecordPlan::Options& plan = options.record.plan;
+  if (!plan.conditions.empty() || !plan.fieldSettings.empty() || plan.form != PhysicalForm())
+    throw ToolError("--as table shows the copybook alone: what is said of values is for --as json-schema and sql");
+  const std::string& record = options.record.copybook.options.record;
+  const Layout layout = copybook.layout(record);
+  if (record.empty()) tellRecordTaken(layout.recordName, copybook.recordNames(), console);
+  return {describe(layout), layout.fileNames};
+}
+
+View viewOf(const Copybook& copybook, const LayoutOptions& options, const Console& console) {
+  if (options.form == LayoutForm::table) return tableOf(copybook, options, console);
+  const RecordPlan plan(copybook, options.record.copybook.options.record, options.record.plan);
+  if (!plan.recordsNotTaken().empty()) tellRecordTaken(plan.kinds().front().name, plan.recordsNotTaken(), console);
+  View view{options.form == LayoutForm::sql ? createTable(plan) : jsonSchema(plan, options.pointsAsText),
+            plan.layout().fileNames};
+  view.files.insert(view.files.end(), options.record.settingFiles.begin(), options.record.settingFiles.end());
+  return view;
 }
 
 }  // namespace
 
 void addLayoutOptions(CLI::App& command, LayoutOptions& options) {
-  addCopybookOptions(command, options.copybook);
+  addCopybookOptions(command, options.record.copybook);
+  addValueOptions(command, options.record);
   addOutputOption(command, options.output);
   addChoice<LayoutForm>(
       command, "--as", options.form,
@@ -30,24 +59,17 @@ void addLayoutOptions(CLI::App& command, LayoutOptions& options) {
                   "json-schema: whether decode writes numbers with a decimal point as JSON numbers or strings [number]")
       ->group("Output");
   command
-      .add_flag("--flat", options.plan.flat,
+      .add_flag("--flat", options.record.plan.flat,
                 "json-schema and sql: a group that does not repeat gives its fields to what is around it")
       ->group("Output");
   command.footer("Example:\n  oxrrec layout --copybook customers.cob --as json-schema -o customers.schema.json");
 }
 
 int layout(const LayoutOptions& options, const Console& console) {
-  const Copybook copybook = Copybook::readFile(options.copybook.path, options.copybook.options);
-  const Layout record = copybook.layout(options.copybook.options.record);
-  if (options.copybook.options.record.empty() && copybook.recordNames().size() > 1) {
-    std::vector<std::string> others = copybook.recordNames();
-    std::erase(others, record.recordName);
-    console.messages << "oxrrec: this is " << record.recordName << "; --record chooses another: " << listOf(others)
-                     << '\n';
-  }
-  const std::string text = viewOf(record, options);
-  FileOutput output = openOutput(options.output, record.fileNames, -1, console);
-  output.write(text);
+  const CopybookSource& source = options.record.copybook;
+  const View view = viewOf(Copybook::readFile(source.path, source.options), options, console);
+  FileOutput output = openOutput(options.output, view.files, -1, console);
+  output.write(view.text);
   output.close();
   return kDone;
 }

@@ -10,8 +10,7 @@ namespace oxr::rec {
 enum class LayoutForm : std::uint8_t { table, jsonSchema, sql };
 
 struct LayoutOptions {
-  CopybookSource copybook;
-  RecordPlan::Options plan;
+  RecordOptions record;
   LayoutForm form = LayoutForm::table;
   bool pointsAsText = false;
   std::string output = kStandardStream;  // path, or kStandardStream

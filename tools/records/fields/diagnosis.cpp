@@ -28,6 +28,16 @@ unsigned halfByteAt(std::span<const unsigned char> bytes, std::size_t nibble) {
   return nibble % 2 == 0 ? byte >> 4 : byte & 15;
 }
 
+// Words for a number whose sign would be one in the other way to have it among digits.
+FaultReason asOtherSign(FaultReason reason, std::span<const unsigned char> bytes, External external,
+                        const PageBytes& page) {
+  if (reason.code != FaultCode::externalSign || page.isEbcdic) return reason;
+  external.hasLetterSigns = !external.hasLetterSigns;
+  if (!externalFault(bytes, external, page))
+    reason.code = external.hasLetterSigns ? FaultCode::letterSign : FaultCode::plainSign;
+  return reason;
+}
+
 // Words for a field whose digits alone, without the padding around them, would be good.
 FaultReason asPadded(FaultReason reason, std::span<const unsigned char> bytes, const External& external,
                      const PageBytes& page) {
@@ -42,7 +52,8 @@ FaultReason asPadded(FaultReason reason, std::span<const unsigned char> bytes, c
 FaultReason paddedFault(std::span<const unsigned char> bytes, const External& external, const PageBytes& page) {
   const Unpadded inner = withoutPadding(bytes, external.sign, page.blank);
   if (inner.begin == inner.end) return externalFault(bytes, external, page);
-  FaultReason reason = externalFault(inner.bytes(bytes), external, page);
+  FaultReason reason =
+      asOtherSign(externalFault(inner.bytes(bytes), external, page), inner.bytes(bytes), external, page);
   std::int64_t& place = reason.numbers[0];
   place = place == 0 ? inner.begin : place - 1 + inner.digits;
   return reason;
@@ -53,7 +64,7 @@ FaultReason externalField(const Step& step, const PhysicalForm& form, const Page
   const External external{step.sign, step.isBlankWhenZero, form.hasLetterSigns};
   const bool isDate = !form.date.empty();
   if (form.lenientNumbers && !isDate) return orEmpty(paddedFault(bytes, external, page), bytes, page.blank);
-  FaultReason reason = externalFault(bytes, external, page);
+  FaultReason reason = asOtherSign(externalFault(bytes, external, page), bytes, external, page);
   if (!isDate) reason = asPadded(std::move(reason), bytes, external, page);
   return orEmpty(std::move(reason), bytes, page.blank);
 }
@@ -67,7 +78,8 @@ FaultReason editedDigits(const Step& step, const PhysicalForm& form, const PageB
   const auto before = static_cast<std::int64_t>(digits.size());
   if (point != bytes.end()) digits.insert(digits.end(), point + 1, bytes.end());
   if (digits.empty()) return {.code = FaultCode::editedEmpty};
-  FaultReason reason = externalFault(digits, {step.sign, step.isBlankWhenZero, form.hasLetterSigns}, page);
+  const External external{step.sign, step.isBlankWhenZero, form.hasLetterSigns};
+  FaultReason reason = asOtherSign(externalFault(digits, external, page), digits, external, page);
   if (reason && reason.numbers[0] >= before && point != bytes.end()) ++reason.numbers[0];
   return reason;
 }

@@ -36,6 +36,8 @@ constexpr Words kWords[] = {
     {FaultCode::unsignedPackedDigit, "not a packed number without a sign"},
     {FaultCode::externalDigit, "not a number"},
     {FaultCode::externalSign, "not a number"},
+    {FaultCode::letterSign, "not a number"},
+    {FaultCode::plainSign, "not a number"},
     {FaultCode::separateSign, "its sign is missing"},
     {FaultCode::onlySign, "not a number"},
     {FaultCode::unaskedSign, "a sign where the picture has none"},
@@ -133,6 +135,10 @@ std::string detailOf(const FaultReason& reason, std::size_t size) {
       return ": " + whatStands(reason, size) + ", no digit";
     case FaultCode::externalSign:
       return ": " + whatStands(reason, size) + ", no digit with a sign";
+    case FaultCode::letterSign:
+      return ": " + whatStands(reason, size) + ", no digit with a sign; --ascii-signs letters would accept it";
+    case FaultCode::plainSign:
+      return ": " + whatStands(reason, size) + ", no digit with a sign; --ascii-signs plain would accept it";
     case FaultCode::separateSign:
       return ": " + whatStands(reason, size) + ", not + or -";
     case FaultCode::unaskedSign:

@@ -31,6 +31,8 @@ enum class FaultCode : std::uint8_t {
   unsignedPackedDigit,  // numbers[1] is a half byte that is no digit, where no sign is
   externalDigit,        // no digit
   externalSign,         // neither a digit nor a digit with a sign
+  letterSign,           // the same, which would be one with --ascii-signs letters
+  plainSign,            // the same, which would be one with --ascii-signs plain
   separateSign,         // neither "+" nor "-"
   onlySign,             // there is no digit beside the sign
   unaskedSign,          // a sign, or a digit with one, where the picture has no sign

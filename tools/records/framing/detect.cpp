@@ -67,6 +67,8 @@ class Walk {
   std::uint64_t records() const { return records_; }
   // Some of the records are in parts.
   bool hasParts() const { return hasParts_; }
+  // Most of the records begin with a header of their own: they are blocks, whether all is well in them or not.
+  bool areBlocks() const { return 2 * withHeader_ > records_; }
   bool isWhole() const { return isWhole_; }
 
  private:
@@ -118,8 +120,17 @@ class Walk {
     hasParts_ = hasParts_ || segment != Segment::whole;
     if (isInRecord_) return soFar_ <= sizes_.max;
     if (!sizes_.hold(soFar_)) return false;
-    if (left_.size() - shape_.bytes >= size) ++records_;
+    if (left_.size() - shape_.bytes < size) return true;
+    ++records_;
+    if (framing_ == Framing::rdw && beginsWithHeader(left_.subspan(shape_.bytes, size))) ++withHeader_;
     return true;
+  }
+
+  bool beginsWithHeader(Bytes record) const {
+    if (record.size() < shape_.bytes) return false;
+    const std::uint32_t length = lengthIn(shape_, record.data()), rest = restOf(shape_, record.data());
+    return length >= counted_ && length > 0 && length <= record.size() && rest >> 8 <= kHighestSegment &&
+           (rest & 0xFF) == 0;
   }
 
   const Framing framing_;
@@ -132,6 +143,7 @@ class Walk {
   bool isInRecord_ = false;  // its last segment is to come
   bool isCut_ = false;
   std::uint64_t records_ = 0;
+  std::uint64_t withHeader_ = 0;
   bool hasParts_ = false;
 };
 
@@ -214,9 +226,19 @@ std::optional<Reading> withoutHeaders(const RecordForm& layout, const InputStart
   return reading;
 }
 
+// The headers of blocks look like those of records, whether all is well in the blocks or not.
+bool areBlocks(const RecordForm& layout, const InputStart& start, const Sizes& sizes) {
+  RecordForm form = layout;
+  form.countsHeader = true;
+  Walk walk(Framing::rdw, form, start, sizes);
+  return walk.run() && walk.areBlocks();
+}
+
 void addHeaders(std::vector<Reading>& readings, const RecordForm& layout, const InputStart& start, const Sizes& sizes,
                 std::uint64_t fewest) {
+  const bool hasBlocks = areBlocks(layout, start, sizes);
   for (const Candidate& candidate : kCandidates) {
+    if (hasBlocks && !isBlocked(candidate.framing)) continue;
     if (layout.countsHeader && *layout.countsHeader != candidate.countsHeader) continue;
     const auto reading = withHeaders(candidate, layout, start, sizes);
     if (reading && reading->records >= fewest) readings.push_back(*reading);
@@ -233,14 +255,15 @@ std::optional<bool> linesOfOtherPage(const InputStart& start, const RecordForm& 
   other.blank = isEbcdic ? 0x40 : kAsciiBlank;
   other.lineFeed = isEbcdic ? 0x25 : '\n';
   other.nextLine = isEbcdic ? 0x15 : '\n';
-  return linesOf(other, start.bytes) ? std::optional(isEbcdic) : std::nullopt;
+  const auto lines = linesOf(other, start.bytes);
+  return lines && lines->count >= kFewest ? std::optional(isEbcdic) : std::nullopt;
 }
 
 std::vector<Reading> readingsOf(const InputStart& start, const RecordForm& layout) {
   std::vector<Reading> readings;
   addHeaders(readings, layout, start, {layout.isVariable ? 1 : layout.maxSize, layout.maxSize}, 1);
   if (readings.empty()) addHeaders(readings, layout, start, {1, kAnySize}, kFewest);
-  auto fixed = withoutHeaders(layout, start);
+  auto fixed = linesOfOtherPage(start, layout) ? std::nullopt : withoutHeaders(layout, start);
   if (const auto lines = linesOf(layout, start.bytes)) {
     const double evidence = kLineBits * static_cast<double>(lines->count);
     readings.push_back({Framing::lines, std::nullopt, false, lines->count, isAllOf(start), evidence});

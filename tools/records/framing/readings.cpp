@@ -44,11 +44,16 @@ bool isSame(const Reading& reading, const RecordForm& form) {
   return reading.framing == form.framing && reading.countsHeader.value_or(usual) == form.countsHeader.value_or(usual);
 }
 
+// Of lines that their code page hides; empty if there are none.
+std::string otherPageText(const InputStart& start, const RecordForm& layout) {
+  const auto isEbcdic = linesOfOtherPage(start, layout);
+  if (!isEbcdic) return {};
+  return *isEbcdic ? "it is lines of text in an EBCDIC code page: --ccsid 37, or another one"
+                   : "it is lines of text in no EBCDIC code page: --ccsid 819, 1208 or another one";
+}
+
 // What may be wrong where there is no reading.
 std::string clueFor(const InputStart& start, const RecordForm& layout) {
-  if (const auto isEbcdic = linesOfOtherPage(start, layout))
-    return *isEbcdic ? "; it is lines of text in an EBCDIC code page: --ccsid 37, or another one"
-                     : "; it is lines of text in no EBCDIC code page: --ccsid 819, 1208 or another one";
   if (!start.size || *start.size < layout.maxSize || layout.maxSize == 0) return {};
   return " but " + std::to_string(*start.size % layout.maxSize) +
          " more: --skip-header or --skip-trailer leaves out what is no record";
@@ -76,6 +81,8 @@ std::string Reading::options() const {
 
 Reading onlyReading(const InputStart& start, const RecordForm& layout) {
   const std::vector<Reading> readings = readingsOf(start, layout);
+  if (const std::string other = otherPageText(start, layout); readings.empty() && !other.empty())
+    throw ToolError("how the records lie cannot be told: " + other);
   if (readings.empty())
     throw ToolError("how the records lie cannot be told: there are neither headers nor line ends, and " +
                     counted(start.size.value_or(0), "byte") + " are no multiple of the " +
@@ -96,6 +103,7 @@ std::string hintFor(const RecordForm& form, const InputStart& start) {
     return "; --odo fixed fits: the input is " + counted(*start.size / form.maxSize, "time") + " the largest size, " +
            counted(form.maxSize, "byte");
   if (std::any_of(readings.begin(), readings.end(), [&](const Reading& r) { return isSame(r, form); })) return {};
+  if (const std::string other = otherPageText(start, any); readings.empty() && !other.empty()) return "; " + other;
   if (readings.size() != 1 || readings[0].evidence <= kWorthTelling) return {};
   return "; " + readings[0].options() + " fits: " + readings[0].description();
 }

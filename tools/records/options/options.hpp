@@ -51,6 +51,8 @@ void addWindowOptions(CLI::App& command, InputWindow& window);
 // Topic "fields", for writing: the byte that stands where no field gives one.
 void addFillerOption(CLI::App& command, std::optional<unsigned char>& filler);
 
+// What shows in the values of a record beside the copybook: kinds of record, and the topic "fields" without code pages.
+void addValueOptions(CLI::App& command, RecordOptions& record);
 // All that tells what a record holds: the topics copybook, kinds of record and fields, and the lengths.
 void addRecordOptions(CLI::App& command, RecordOptions& record);
 // The input as the argument INPUT, and how its records lie.

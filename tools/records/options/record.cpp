@@ -133,6 +133,12 @@ void addSettingOptions(CLI::App& command, RecordOptions& record) {
 
 }  // namespace
 
+void addValueOptions(CLI::App& command, RecordOptions& record) {
+  addKindOptions(command, record);
+  addNumberOptions(command, record.plan.form);
+  addSettingOptions(command, record);
+}
+
 void addRecordOptions(CLI::App& command, RecordOptions& record) {
   addCopybookOptions(command, record.copybook);
   addKindOptions(command, record);

@@ -12,12 +12,15 @@ struct Shown {
   std::string name;
   const Step* step = nullptr;   // null for the record
   std::vector<Shown> children;  // of an object; the one element of an array
+  bool isOptional = false;      // of an alternative, which a condition may choose or not
 
   bool isArray() const { return step != nullptr && step->op == Op::beginArray; }
   bool isField() const { return step != nullptr && step->op == Op::field; }
 };
 
-// The record of a plan's first kind. Keeps pointers to its steps.
-Shown shownRecord(const RecordPlan& plan);
+// A record of a kind. Keeps pointers to the plan's steps. Alternatives may have children of the same name.
+Shown shownRecord(const RecordPlan& plan, const RecordKind& kind);
+// The item of a step.
+const Item& itemOf(const RecordPlan& plan, const Step& step);
 
 }  // namespace oxr::rec
