@@ -300,6 +300,8 @@ constexpr const char* kRefusals[][2] = {
     {"--copybook @kinds --ccsid 37 --field T:date=yyyyMMdd @in", "--field T:*: this is only for text, *"},
     {"--copybook @kinds --ccsid 37 --length-includes-header yes @in", "--length-includes-header: this is for forms *"},
     {"--copybook @kinds --ccsid 37 --on-unknown raw @in", "--on-unknown: without --when no record is *"},
+    {"--copybook @kinds --ccsid 37 --to csv --when T=1:A --on-unknown raw @in",
+     "--on-unknown raw is not for --to csv*"},
     {"--copybook @kinds --ccsid 37 --to csv --decimals text @in", "--decimals text is not for --to csv*"},
     {"--copybook @kinds --ccsid 37 --fields @none @in", "*the settings of fields in @none cannot be read*"},
     {"-o @out --copybook @bad --ccsid 37 @in", "@bad:1:16: unknown symbol in the picture\n*"},

@@ -155,6 +155,16 @@ TEST(Encode, LeavesOutLinesThatDoNotFit) {
             "oxrrec: standard input: line 2, A: the name is missing\n"
             "oxrrec: standard input: line 4, column 1: an object is wanted, as in {\"NAME\": ...}\n"
             "oxrrec: standard input: 2 of 4 records left out\n");
+  // Many are counted, no longer told; and all that is good is written, however much.
+  std::string all, good;
+  for (int i = 0; i < 3000; ++i) {
+    const std::string text(100, static_cast<char>('a' + i % 26));
+    all += "{\"A\":\"" + text + "\"}\n" + (i % 100 == 0 ? "{}\n" : "");
+    good += text;
+  }
+  const Outcome many = encodeLines("01 A PIC X(100).", all, "--on-error skip");
+  EXPECT_TRUE(many.lines == good);
+  EXPECT_EQ(std::count(many.messages.begin(), many.messages.end(), '\n'), 22);
 }
 
 // Items that redefine each other agree, or one is given, or the record is refused.
@@ -279,6 +289,7 @@ TEST(Encode, FillsWhatNobodyGives) {
             std::string("\x81\x40\x40\0\0\xF1\xA3\x40\x40\x40\xA9", 11));
   EXPECT_EQ(encodeLines(kCopybook, line, "--filler 2a").lines, "a****1t*z");
   EXPECT_EQ(encodeLines(kCopybook, line, "--filler 2").code, kFailed);
+  EXPECT_EQ(encodeLines(kCopybook, line, "--records auto").code, kFailed);
 }
 
 TEST(Verify, TellsDifferencesAndWhetherTheyCarryAValue) {

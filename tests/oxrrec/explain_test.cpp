@@ -76,6 +76,8 @@ TEST(Explain, NamesSettingsThatAcceptBytes) {
       {"05 FILLER PIC S9(3).", "q12", "no digit (OXR5505)"},
       {"05 A PIC X(8).", "        ", "null with --blank-numbers null"},
       {"05 A COMP-1.", "<7FC00000>", "not a number (NaN)"},
+      {"05 A COMP-2.", "<7FF8000000000000>", "not a number (NaN)"},
+      {"05 A PIC S9(2) SIGN TRAILING SEPARATE.", "-12", "-12 with --field A:sign=leading"},
       {"05 A COMP-1.", "<7FC00041>", "8.046996 with --floats ieee-le"},
       {"05 A COMP-1.", "<7FA04141>", "4.1016836 with --floats hex-le"},
   };
@@ -87,6 +89,20 @@ TEST(Explain, NamesSettingsThatAcceptBytes) {
                                        bytesOf(bytes));
     EXPECT_THAT(outcome.lines, testing::HasSubstr(advice + std::string("\n"))) << outcome.messages;
   }
+}
+
+TEST(Explain, ShowsTheValueOfEachKind) {
+  const Folder folder;
+  const std::string book =
+      folder.write("c", "01 R. 05 A PIC 9(3) COMP-6. 05 B COMP-2. 05 C POINTER. 05 D PIC S9(2) COMP-5.");
+  EXPECT_EQ(runProgram("explain 1 - --format free --ccsid 819 --floats ieee-be --copybook " + book,
+                       bytesOf("<01233FF800000000000000000000FEFF>"))
+                .lines,
+            "record 1 of standard input, R: 16 bytes from byte 0\n"
+            "field  offset  length  picture       bytes                    value\n"
+            "A           0       2  9(3) COMP-6   01 23                    123\n"
+            "B           2       8  COMP-2        3F F8 00 00 00 00 00 00  1.5\n"
+            "D          14       2  S9(2) COMP-5  FE FF                    -2\n");
 }
 
 // Whatever becomes of them elsewhere, records of no kind have their number and are shown.

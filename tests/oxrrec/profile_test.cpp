@@ -67,6 +67,8 @@ TEST(Profile, SuggestsWhatMakesValuesReadable) {
       {"05 A PIC 9(2).", "    <0000> 1",
        "--blank-numbers null --lenient-numbers --low-values null makes bad values readable of: A\n"},
       {"05 A COMP-1.", "<7FC00040000000400000004041800000>", "--floats ieee-le makes bad values readable of: A\n"},
+      {"05 A PIC S9(2) SIGN LEADING.", "K1K2", "--ascii-signs letters makes bad values readable of: A\n"},
+      {"05 A COMP-2.", "<7FF80000000000003FF0000000000000>", "A: 1 time not a number (NaN)\n"},
       {"05 A COMP-1.", "<7FC0C03F41800000418000007FC00000>", "A: 2 times not a number (NaN)\n"},
   };
   for (const auto& [copybook, bytes, told] : kCases) {
