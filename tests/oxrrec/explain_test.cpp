@@ -96,13 +96,13 @@ TEST(Explain, ShowsTheValueOfEachKind) {
   const std::string book =
       folder.write("c", "01 R. 05 A PIC 9(3) COMP-6. 05 B COMP-2. 05 C POINTER. 05 D PIC S9(2) COMP-5.");
   EXPECT_EQ(runProgram("explain 1 - --format free --ccsid 819 --floats ieee-be --copybook " + book,
-                       bytesOf("<01233FF800000000000000000000FEFF>"))
+                       bytesOf("<01233FF800000000000000000000FFFE>"))
                 .lines,
             "record 1 of standard input, R: 16 bytes from byte 0\n"
             "field  offset  length  picture       bytes                    value\n"
             "A           0       2  9(3) COMP-6   01 23                    123\n"
             "B           2       8  COMP-2        3F F8 00 00 00 00 00 00  1.5\n"
-            "D          14       2  S9(2) COMP-5  FE FF                    -2\n");
+            "D          14       2  S9(2) COMP-5  FF FE                    -2\n");
 }
 
 // Whatever becomes of them elsewhere, records of no kind have their number and are shown.
