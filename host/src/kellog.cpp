@@ -72,16 +72,32 @@ LogRecord plainRecord(RecordKind kind, bool debug, const KelLogSource* source, c
   return record;
 }
 
+// Writes a record as `fill(LogRecord&)` completes it. A record that finds no memory is lost: what is traced must go on
+// as if nobody looked.
+template <class Fill>
+void writePlain(RecordKind kind, bool debug, const KelLogSource* source, const char* function, long handle,
+                Fill fill) noexcept {
+  try {
+    LogRecord record = plainRecord(kind, debug, source, function, handle);
+    fill(record);
+    writeRecord(record);
+  } catch (...) {
+  }
+}
+
 long writePlainEntry(bool debug, const KelLogSource* source, const char* function) {
   const long handle = nextTraceHandle();
-  writeRecord(plainRecord(RecordKind::entry, debug, source, function, handle));
+  writePlain(RecordKind::entry, debug, source, function, handle, [](LogRecord&) {});
   return handle;
 }
 
 void writePlainTrace(bool debug, const KelLogSource* source, const char* function, const char* text, long handle) {
-  LogRecord record = plainRecord(RecordKind::trace, debug, source, function, handle);
-  record.inserts.emplace_back(text != nullptr ? text : "");
-  writeRecord(record);
+  writePlain(RecordKind::trace, debug, source, function, handle,
+             [text](LogRecord& record) { record.inserts.emplace_back(text != nullptr ? text : ""); });
+}
+
+void writePlainExit(bool debug, const KelLogSource* source, const char* function, long handle) {
+  writePlain(RecordKind::exit, debug, source, function, handle, [](LogRecord&) {});
 }
 
 }  // namespace
@@ -125,7 +141,7 @@ long KelLog::writeEntry(const char* function) {
   return writeEntry(nullptr, function);
 }
 void KelLog::writeExit(const KelLogSource* source, const char* function, long handle) {
-  oxr::writeRecord(oxr::plainRecord(oxr::RecordKind::exit, false, source, function, handle));
+  oxr::writePlainExit(false, source, function, handle);
 }
 void KelLog::writeExit(const char* function, long handle) {
   writeExit(nullptr, function, handle);
@@ -143,7 +159,7 @@ long KelLog::writeDebugEntry(const char* function) {
   return writeDebugEntry(nullptr, function);
 }
 void KelLog::writeDebugExit(const KelLogSource* source, const char* function, long handle) {
-  oxr::writeRecord(oxr::plainRecord(oxr::RecordKind::exit, true, source, function, handle));
+  oxr::writePlainExit(true, source, function, handle);
 }
 void KelLog::writeDebugExit(const char* function, long handle) {
   writeDebugExit(nullptr, function, handle);

@@ -159,7 +159,11 @@ KelLog::Item& KelLog::Item::operator<<(const ComplexItem& item) {
 
 void KelLog::Item::writeToFile() const {
   if (std::exchange(written_, true)) return;
-  oxr::writeRecord(record());
+  try {
+    oxr::writeRecord(record());
+  } catch (...) {
+    // Destructors come here, and the log must not change what is traced: a record without memory is lost.
+  }
 }
 
 oxr::LogRecord KelLog::Item::record() const {
@@ -331,9 +335,13 @@ KelLog::FastItem::FastItem(oxr::RecordKind kind, bool debug, const KelLogSource*
     : source_(source) {
   record_.kind = kind;
   record_.debug = debug;
-  record_.function = orEmpty(function);
   record_.handle = handle;
-  if (source != nullptr) record_.source = oxr::toUtf8(source->logName());
+  try {
+    record_.function = orEmpty(function);
+    if (source != nullptr) record_.source = oxr::toUtf8(source->logName());
+  } catch (...) {
+    // A record that finds no memory says less; what is traced goes on.
+  }
 }
 
 KelLog::FastItem::~FastItem() {
@@ -342,7 +350,6 @@ KelLog::FastItem::~FastItem() {
 
 KelLog::FastItem& KelLog::FastItem::operator<<(const MagicInsert*) {
   if (std::exchange(closed_, true)) return *this;
-  if (source_ != nullptr) source_->addLogInserts(*this);
   struct Render {
     std::string operator()(const char* text) const { return insertText(text); }
     std::string operator()(const unsigned short* text) const { return insertText(text); }
@@ -354,8 +361,13 @@ KelLog::FastItem& KelLog::FastItem::operator<<(const MagicInsert*) {
     std::string operator()(const void* pointer) const { return oxr::addressText(pointer); }
     std::string operator()(const KelWstring* text) const { return insertText(text->view()); }
   };
-  for (int i = 0; i < count_; ++i)
-    record_.inserts.push_back(std::visit(Render(), references_[static_cast<std::size_t>(i)]));
+  try {
+    if (source_ != nullptr) source_->addLogInserts(*this);
+    for (int i = 0; i < count_; ++i)
+      record_.inserts.push_back(std::visit(Render(), references_[static_cast<std::size_t>(i)]));
+  } catch (...) {
+    record_.inserts.clear();
+  }
   return *this;
 }
 

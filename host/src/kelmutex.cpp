@@ -159,7 +159,7 @@ KelMutex::Mutex::~Mutex() {
   if (locked_) mutex_->unlock();
 }
 
-void KelMutex::KelMutexInternalException::printException() const {
+void KelMutex::KelMutexInternalException::printException() const try {
   oxr::LogRecord record;
   record.kind = oxr::RecordKind::event;
   record.function = "KelMutex";
@@ -169,4 +169,6 @@ void KelMutex::KelMutexInternalException::printException() const {
                     "code " + std::to_string(code_), "errno " + std::to_string(errno_)};
   if (*text_ != 0) record.inserts.push_back(text_ + (" of " + std::to_string(argument_)));
   oxr::writeRecord(record);
+} catch (...) {
+  // An event that finds no memory is lost; lock() and unlock() raise nothing.
 }

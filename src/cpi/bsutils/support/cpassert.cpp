@@ -3,7 +3,8 @@
 #include "kellog.hpp"
 #include "support/failures.hpp"
 
-void cpAssert(void* expression, void* file, unsigned int line) {
+// An assertion that finds no memory for its event goes without one: it raises nothing.
+void cpAssert(void* expression, void* file, unsigned int line) try {
   constexpr char kFunction[] = "cpAssert";
   const auto* const expressionText = static_cast<const char*>(expression);
   const auto* const fileText = static_cast<const char*>(file);
@@ -18,4 +19,5 @@ void cpAssert(void* expression, void* file, unsigned int line) {
   item << oxr::failures::kAssertion.text << expressionText << fileText << lineNumber;
   item.writeToFile();
   if (KelLog::iEffectiveLogFilter > 2) KelLog::writeExit(kFunction, handle);
+} catch (...) {
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <new>
+
 #include "kelexception.hpp"
 #include "support/failures.hpp"
 #include "support/trace.hpp"
@@ -14,10 +16,13 @@ template <class Exception, class... Inserts>
                                                       const Inserts&... inserts) {
   const auto add = [&](KelLog::Item& item) { static_cast<void>((item << ... << inserts)); };
   if (KelLog::iEffectiveLogFilter > 2) {
-    KelLog::TraceItem item(site.source, site.function, site.handle);
-    item << "Throwing exception" << site.file << site.line << failure.identifier;
-    add(item);
-    item.writeToFile();
+    try {
+      KelLog::TraceItem item(site.source, site.function, site.handle);
+      item << "Throwing exception" << site.file << site.line << failure.identifier;
+      add(item);
+    } catch (const std::bad_alloc&) {
+      // The failure is raised all the same: a trace changes nothing.
+    }
   }
   Exception exception(site.source, site.file, site.line, site.function, KelLog::iDefaultLogSource, failure.number,
                       site.handle);
