@@ -10,6 +10,7 @@
 #include <string>
 #include <utility>
 
+#include "kelmemory.hpp"
 #include "kelneverdestroyed.hpp"
 
 namespace {
@@ -65,6 +66,7 @@ icu::LocalUConverterPointer cloneForTables(const UConverter* shared) {
   icu::LocalUConverterPointer converter(ucnv_clone(shared, &status));
   ucnv_setToUCallBack(converter.getAlias(), UCNV_TO_U_CALLBACK_SUBSTITUTE, nullptr, nullptr, nullptr, &status);
   ucnv_setFromUCallBack(converter.getAlias(), UCNV_FROM_U_CALLBACK_SUBSTITUTE, nullptr, nullptr, nullptr, &status);
+  oxr::requireMemory(status);
   if (U_FAILURE(status)) return icu::LocalUConverterPointer();
   ucnv_setFallback(converter.getAlias(), true);
   return converter;
@@ -105,12 +107,29 @@ std::unique_ptr<const KelConverter::UnitTable> makeUnitTable(UConverter* convert
   UErrorCode status = U_ZERO_ERROR;
   ucnv_getUnicodeSet(converter, characters.toUSet(), UCNV_ROUNDTRIP_AND_FALLBACK_SET, &status);
   characters.retain(0, 0xFFFF).remove(0xD800, 0xDFFF);
+  oxr::requireMemory(status);
+  if (characters.isBogus()) throw std::bad_alloc();
   auto table = std::make_unique<KelConverter::UnitTable>();
   table->fill(KelConverter::kNoByte);
   for (int i = 0; U_SUCCESS(status) && i < characters.getRangeCount(); ++i)
     for (UChar32 unit = characters.getRangeStart(i); unit <= characters.getRangeEnd(i); ++unit)
       (*table)[static_cast<std::size_t>(unit)] = byteOf(converter, static_cast<char16_t>(unit));
   return table;
+}
+
+// ICU tells of a want of memory as of a table that is not there, and will ever after where it had none for its list of
+// names.
+icu::LocalUConverterPointer openPage(const std::string& name, UErrorCode& status) {
+  icu::LocalUConverterPointer opened(ucnv_open(name.c_str(), &status));
+  if (U_SUCCESS(status)) return opened;
+  oxr::requireMemory(status);
+  oxr::requireMemory();
+  status = U_ZERO_ERROR;
+  opened.adoptInstead(ucnv_open(name.c_str(), &status));
+  oxr::requireMemory(status);
+  UErrorCode ofNames = U_ZERO_ERROR;
+  if (U_FAILURE(status) && ucnv_countAliases("US-ASCII", &ofNames) == 0) throw std::bad_alloc();
+  return opened;
 }
 
 }  // namespace
@@ -136,7 +155,7 @@ class KelConverter::Cache {
     const auto known = pages_.find(key);
     if (known != pages_.end()) return known->second.get();
     UErrorCode status = U_ZERO_ERROR;
-    icu::LocalUConverterPointer opened(ucnv_open(pageName(ccsid, bigEndian).c_str(), &status));
+    icu::LocalUConverterPointer opened = openPage(pageName(ccsid, bigEndian), status);
     const bool isPage = opened.isValid();
     // Made before it has a place: when there is no memory, the next call must not find an empty one.
     std::unique_ptr<KelConverter> made(new KelConverter(std::move(opened), status));

@@ -15,6 +15,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "kelmemory.hpp"
 #include "kelneverdestroyed.hpp"
 #include "kelwstringconvertor.hpp"
 #include "timefailures.hpp"
@@ -32,7 +33,17 @@ icu::UnicodeString unicodeOf(UnitView text) {
 icu::UnicodeString idOf(const icu::TimeZone& zone) {
   icu::UnicodeString id;
   zone.getID(id);
-  return id;
+  return requireMemory(id);
+}
+
+bool isUnknown(const icu::TimeZone& zone) {
+  return idOf(zone) == icu::UnicodeString(UCAL_UNKNOWN_ZONE_ID, -1, US_INV);
+}
+
+std::unique_ptr<icu::TimeZone> askForZone(const icu::UnicodeString& id) {
+  std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(requireMemory(id)));
+  if (zone == nullptr) throw std::bad_alloc();
+  return zone;
 }
 
 // ICU's zone as one of the basic kind, as all of its own are; null for any other.
@@ -41,12 +52,36 @@ std::unique_ptr<icu::BasicTimeZone> asBasic(std::unique_ptr<icu::TimeZone> zone)
   return std::unique_ptr<icu::BasicTimeZone>(static_cast<icu::BasicTimeZone*>(zone.release()));
 }
 
-// ICU's zone of an ID; null for one that it does not know.
+// ICU's zone of an ID; null for one that it does not know, which is also what ICU says where it has no memory.
 std::unique_ptr<icu::BasicTimeZone> openZone(UnitView id) {
-  std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(unicodeOf(id)));
+  std::unique_ptr<icu::TimeZone> zone = askForZone(unicodeOf(id));
+  if (!isUnknown(*zone)) return asBasic(std::move(zone));
+  requireMemory();
+  // Where ICU had none for its list of zones, it knows none ever after, these neither.
+  for (const char16_t* const certain : {u"Europe/London", u"GMT+01:01"})
+    if (isUnknown(*askForZone(icu::UnicodeString(certain)))) throw std::bad_alloc();
+  zone = askForZone(unicodeOf(id));
+  return isUnknown(*zone) ? nullptr : asBasic(std::move(zone));
+}
+
+// ICU's zone of the process. It is the unknown one where ICU had no memory to look.
+std::unique_ptr<icu::BasicTimeZone> openDefaultZone() {
+  std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createDefault());
+  if (zone != nullptr && !isUnknown(*zone)) return asBasic(std::move(zone));
+  requireMemory();
+  zone.reset(icu::TimeZone::detectHostTimeZone());
   if (zone == nullptr) throw std::bad_alloc();
-  if (idOf(*zone) == icu::UnicodeString(UCAL_UNKNOWN_ZONE_ID, -1, US_INV)) return nullptr;
   return asBasic(std::move(zone));
+}
+
+// Whether the clocks of the zone never change. ICU says so, too, where it has no memory for the rules, and then for as
+// long as the object lives. So a copy is asked.
+bool hasOneOffset(const icu::BasicTimeZone& zone) {
+  constexpr double kLongAgo = -1e15;  // milliseconds: some 30,000 years before the first clock
+  icu::TimeZoneTransition transition;
+  const std::unique_ptr<icu::BasicTimeZone> copy(zone.clone());
+  if (copy == nullptr) throw std::bad_alloc();
+  return copy->getNextTransition(kLongAgo, true, transition) == 0;
 }
 
 KelWstring wide(const icu::UnicodeString& text) {
@@ -117,9 +152,7 @@ class KelTimeZone::Cache {
 };
 
 KelTimeZone::KelTimeZone(std::unique_ptr<icu::BasicTimeZone> zone) : zone_(std::move(zone)), id_(wide(idOf(*zone_))) {
-  icu::TimeZoneTransition transition;
-  constexpr double kLongAgo = -1e15;  // milliseconds: some 30,000 years before the first clock
-  isFixed_ = zone_->getNextTransition(kLongAgo, true, transition) == 0;
+  isFixed_ = askTwice([this] { return hasOneOffset(*zone_); });
   fixedOffset_ = ruledOffsetAt(0);
 }
 
@@ -128,7 +161,7 @@ KelTimeZone::~KelTimeZone() = default;
 // TZ may name a rule that no ID stands for, such as a file or "XYZ-3": then ICU's zone itself is kept.
 const KelTimeZone* KelTimeZone::createDefault(KelThreadContext*) {
   static const KelTimeZone* const zone = [] {
-    std::unique_ptr<icu::BasicTimeZone> found = asBasic(std::unique_ptr<icu::TimeZone>(icu::TimeZone::createDefault()));
+    std::unique_ptr<icu::BasicTimeZone> found = openDefaultZone();
     if (found == nullptr) return ofOffset(0);
     const KelTimeZone* const known = Cache::get().find(wide(idOf(*found)));
     if (known != nullptr && known->zone_->hasSameRules(*found)) return known;
@@ -159,6 +192,7 @@ int KelTimeZone::ruledOffsetAt(std::int64_t instant) const {
   std::int32_t raw = 0, saving = 0;
   UErrorCode status = U_ZERO_ERROR;
   zone_->getOffset(milliseconds(instant), false, raw, saving, status);
+  requireMemory(status);
   return secondsOf(raw, saving);
 }
 
@@ -166,5 +200,6 @@ int KelTimeZone::ruledOffsetAtLocal(std::int64_t local) const {
   std::int32_t raw = 0, saving = 0;
   UErrorCode status = U_ZERO_ERROR;
   zone_->getOffsetFromLocal(milliseconds(local), UCAL_TZ_LOCAL_FORMER, UCAL_TZ_LOCAL_LATTER, raw, saving, status);
+  requireMemory(status);
   return secondsOf(raw, saving);
 }

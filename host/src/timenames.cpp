@@ -1,12 +1,14 @@
 #include "timenames.hpp"
 
 #include <unicode/basictz.h>
+#include <unicode/dtfmtsym.h>
 #include <unicode/gregocal.h>
 #include <unicode/locid.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/tzfmt.h>
 #include <unicode/ustring.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <new>
@@ -14,7 +16,9 @@
 #include <vector>
 
 #include "calendar.hpp"
+#include "kelmemory.hpp"
 #include "kelneverdestroyed.hpp"
+#include "kelperthread.hpp"
 #include "kelwstringconvertor.hpp"
 #include "timefailures.hpp"
 
@@ -26,6 +30,7 @@ constexpr double kMillisecondsPerDay = 86'400'000.0;
 constexpr double kBeginningOfTime = -1e18;  // of a Gregorian calendar that was always in use
 
 void requireIcu(UErrorCode status) {
+  requireMemory(status);
   if (U_FAILURE(status))
     raiseTimeFailure(TimeFailure::icu, "oxr::requireIcu", "ICU cannot serve", fromUtf8(u_errorName(status)));
 }
@@ -38,6 +43,8 @@ icu::UnicodeString aliasOf(UnitView text) {
 std::unique_ptr<icu::GregorianCalendar> makeCalendar() {
   UErrorCode status = U_ZERO_ERROR;
   auto calendar = std::make_unique<icu::GregorianCalendar>(*icu::TimeZone::getGMT(), icu::Locale::getDefault(), status);
+  requireIcu(status);                               // a calendar that is half made must not be touched
+  if (calendar == nullptr) throw std::bad_alloc();  // ICU's own operator new gives null
   calendar->setGregorianChange(kBeginningOfTime, status);
   requireIcu(status);
   return calendar;
@@ -61,13 +68,37 @@ constexpr NameFamily kFamilies[] = {
 
 using Names = std::vector<std::u16string>;
 
+// Whether the names of months and days of the week are the same, and all there. ICU's own comparison does not expect
+// symbols that were half made.
+bool haveSameNames(const icu::DateFormatSymbols& left, const icu::DateFormatSymbols& right) {
+  using Symbols = icu::DateFormatSymbols;
+  const auto areSame = [](const icu::UnicodeString* a, int aCount, const icu::UnicodeString* b, int bCount) {
+    return a != nullptr && b != nullptr && std::equal(a, a + aCount, b, b + bCount);
+  };
+  for (const auto width : {Symbols::ABBREVIATED, Symbols::WIDE, Symbols::NARROW}) {
+    int leftMonths = 0, rightMonths = 0, leftDays = 0, rightDays = 0;
+    const icu::UnicodeString* const monthsOfLeft = left.getMonths(leftMonths, Symbols::FORMAT, width);
+    const icu::UnicodeString* const monthsOfRight = right.getMonths(rightMonths, Symbols::FORMAT, width);
+    const icu::UnicodeString* const daysOfLeft = left.getWeekdays(leftDays, Symbols::FORMAT, width);
+    const icu::UnicodeString* const daysOfRight = right.getWeekdays(rightDays, Symbols::FORMAT, width);
+    if (!areSame(monthsOfLeft, leftMonths, monthsOfRight, rightMonths) ||
+        !areSame(daysOfLeft, leftDays, daysOfRight, rightDays))
+      return false;
+  }
+  return true;
+}
+
 // All names, made once in the language of the process.
 class NameTable {
  public:
   NameTable() {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::DateFormatSymbols symbols(gregorianLocale(), status);
+    requireIcu(status);
     for (const NameFamily& family : kFamilies)
       for (std::size_t width = 0; width < family.letters.size(); ++width)
-        if (family.letters[width] != 0) at(family.kind, width) = namesOf(family, family.letters[width]);
+        if (family.letters[width] != 0)
+          at(family.kind, width) = askTwice([&] { return namesOf(family, family.letters[width], symbols); });
   }
 
   const Names& of(TimeKind kind, NameWidth width) const {
@@ -82,16 +113,32 @@ class NameTable {
  private:
   Names& at(TimeKind kind, std::size_t width) { return names_[indexOf(kind) - kNumberKinds][width]; }
 
-  static Names namesOf(const NameFamily& family, std::uint8_t letters) {
+  // The names of another calendar, which a locale may prefer, have no place here. The format has them from the start:
+  // one that changes its calendar may do so by halves where memory fails.
+  static icu::Locale gregorianLocale() {
+    icu::Locale locale = icu::Locale::getDefault();
     UErrorCode status = U_ZERO_ERROR;
-    icu::SimpleDateFormat format(icu::UnicodeString(letters, family.letter, letters), icu::Locale::getDefault(),
-                                 status);
+    locale.setKeywordValue("calendar", "gregorian", status);
     requireIcu(status);
-    format.adoptCalendar(makeCalendar().release());
+    if (locale.isBogus() != 0) throw std::bad_alloc();
+    return locale;
+  }
+
+  // `symbols` are the names as ICU reads them; a format may have others from a cache that was filled without memory.
+  static Names namesOf(const NameFamily& family, std::uint8_t letters, const icu::DateFormatSymbols& symbols) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::SimpleDateFormat format(icu::UnicodeString(letters, family.letter, letters), gregorianLocale(), status);
+    requireIcu(status);
+    const icu::DateFormatSymbols* const ofFormat = format.getDateFormatSymbols();
+    if (ofFormat == nullptr || !haveSameNames(*ofFormat, symbols)) throw std::bad_alloc();
+    const auto calendar = makeCalendar();
     Names names;
     for (std::size_t i = 0; i < family.count; ++i) {
       icu::UnicodeString name;
-      format.format((family.firstDay + static_cast<double>(i) * family.step) * kMillisecondsPerDay, name);
+      calendar->setTime((family.firstDay + static_cast<double>(i) * family.step) * kMillisecondsPerDay, status);
+      format.format(*calendar, name, nullptr, status);
+      requireIcu(status);
+      if (requireMemory(name).isEmpty()) throw std::bad_alloc();  // all have a name
       names.emplace_back(name.getBuffer(), static_cast<std::size_t>(name.length()));
     }
     return names;
@@ -102,13 +149,14 @@ class NameTable {
 
 // ICU's zone texts, one object a thread: it keeps what it looked up.
 const icu::TimeZoneFormat& zoneFormat() {
-  thread_local const std::unique_ptr<icu::TimeZoneFormat> format = [] {
+  static PerThread<icu::TimeZoneFormat> formats;
+  return formats.get([] {
     UErrorCode status = U_ZERO_ERROR;
     std::unique_ptr<icu::TimeZoneFormat> made(icu::TimeZoneFormat::createInstance(icu::Locale::getDefault(), status));
     requireIcu(status);
+    if (made == nullptr) throw std::bad_alloc();
     return made;
-  }();
-  return *format;
+  });
 }
 
 UTimeZoneFormatStyle styleOf(NameWidth width) {
@@ -117,11 +165,12 @@ UTimeZoneFormatStyle styleOf(NameWidth width) {
 
 // The calendar of the thread, cleared, with the rule of weeks set.
 icu::GregorianCalendar& weekCalendar(const WeekRule& rule) {
-  thread_local const std::unique_ptr<icu::GregorianCalendar> calendar = makeCalendar();
-  calendar->clear();
-  calendar->setFirstDayOfWeek(static_cast<UCalendarDaysOfWeek>(rule.firstDay + UCAL_SUNDAY));
-  calendar->setMinimalDaysInFirstWeek(static_cast<std::uint8_t>(rule.minimalDays));
-  return *calendar;
+  static PerThread<icu::GregorianCalendar> calendars;
+  icu::GregorianCalendar& calendar = calendars.get(makeCalendar);
+  calendar.clear();
+  calendar.setFirstDayOfWeek(static_cast<UCalendarDaysOfWeek>(rule.firstDay + UCAL_SUNDAY));
+  calendar.setMinimalDaysInFirstWeek(static_cast<std::uint8_t>(rule.minimalDays));
+  return calendar;
 }
 
 constexpr std::array<std::string_view, 7> kDaysOfWeek = {"Sunday",   "Monday", "Tuesday", "Wednesday",
@@ -159,6 +208,7 @@ std::optional<NameMatch> matchName(TimeKind kind, NameWidth width, UnitView text
 std::u16string zoneNameAt(const KelTimeZone& zone, NameWidth width, std::int64_t instant) {
   icu::UnicodeString name;
   zoneFormat().format(styleOf(width), zone.icuZone(), static_cast<double>(instant) * 1000, name);
+  if (requireMemory(name).isEmpty()) throw std::bad_alloc();  // a zone without a name shows its offset
   return {name.getBuffer(), static_cast<std::size_t>(name.length())};
 }
 
@@ -167,6 +217,7 @@ std::u16string localizedOffset(int seconds) {
   icu::UnicodeString text;
   zoneFormat().formatOffsetLocalizedGMT(seconds * 1000, text, status);
   requireIcu(status);
+  requireMemory(text);
   return {text.getBuffer(), static_cast<std::size_t>(text.length())};
 }
 
@@ -257,6 +308,7 @@ std::optional<std::int64_t> dayOfWeekDate(const WeekDate& date, const WeekRule& 
   UErrorCode status = U_ZERO_ERROR;
   const double milliseconds = calendar.getTime(status);
   calendar.setLenient(true);
+  requireMemory(status);
   if (U_FAILURE(status)) return std::nullopt;
   return static_cast<std::int64_t>(milliseconds / kMillisecondsPerDay);
 }

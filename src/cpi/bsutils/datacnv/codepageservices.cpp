@@ -10,12 +10,13 @@
 
 #include <algorithm>
 #include <iterator>
-#include <new>
 
 #include "codepage/codepage.hpp"
+#include "datacnv/formatters.hpp"
 #include "datacnv/parts.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
+#include "kelmemory.hpp"
 #include "support/scratch.hpp"
 #include "support/support.hpp"
 #include "values/textinplace.hpp"
@@ -31,34 +32,58 @@ bool DataCnv::_symbolsAreAscii = false;
 
 namespace {
 
-// The default locale's formatter, but always with "." and ",". The result is null, with a status above zero, where the
-// locale has none.
-std::unique_ptr<icu::DecimalFormat> makeFormatter(UErrorCode& status) {
+// The default locale's formatter as ICU gives it. The result is null, with a status above zero, where the locale has
+// none.
+std::unique_ptr<icu::DecimalFormat> openFormatter(UErrorCode& status) {
   std::unique_ptr<icu::NumberFormat> made(icu::NumberFormat::createInstance(status));
   auto* const decimal = dynamic_cast<icu::DecimalFormat*>(made.get());
   // A locale may ask for numbers in words, which no decimal formatter writes.
   if (U_SUCCESS(status) && decimal == nullptr) status = U_UNSUPPORTED_ERROR;
   if (U_FAILURE(status)) return nullptr;
   static_cast<void>(made.release());  // `decimal` is the same object
-  std::unique_ptr<icu::DecimalFormat> formatter(decimal);
+  return std::unique_ptr<icu::DecimalFormat>(decimal);
+}
 
+using Symbols = icu::DecimalFormatSymbols;
+
+// The symbols of the default locale. ICU takes its own where it has no memory to look them up, and says nothing.
+Symbols localeSymbols() {
+  UErrorCode status = U_ZERO_ERROR;
+  Symbols symbols(icu::Locale::getDefault(), status);
+  requireMemory(status);
+  return symbols;
+}
+
+// The symbols that do not differ from locale to locale. The texts of infinity and of what is no number are among them:
+// NumbersToText.LocalesChangeNothing.
+constexpr struct {
+  Symbols::ENumberFormatSymbol symbol;
+  const char16_t* text;
+} kOurSymbols[] = {{Symbols::kDecimalSeparatorSymbol, u"."},
+                   {Symbols::kGroupingSeparatorSymbol, u","},
+                   {Symbols::kInfinitySymbol, u"INF"},
+                   {Symbols::kNaNSymbol, u"NaN"}};
+
+// The same formatter, but always with "." and ",".
+std::unique_ptr<icu::DecimalFormat> makeFormatter(UErrorCode& status) {
+  std::unique_ptr<icu::DecimalFormat> formatter = openFormatter(status);
+  if (formatter == nullptr) return nullptr;
   formatter->applyPattern(icu::UnicodeString(), status);
-  icu::DecimalFormatSymbols symbols(*formatter->getDecimalFormatSymbols());
-  symbols.setSymbol(icu::DecimalFormatSymbols::kDecimalSeparatorSymbol, u'.', true);
-  symbols.setSymbol(icu::DecimalFormatSymbols::kGroupingSeparatorSymbol, u',', true);
-  // Infinity and what is no number are the same texts in all locales, too: NumbersToText.LocalesChangeNothing.
-  symbols.setSymbol(icu::DecimalFormatSymbols::kInfinitySymbol, icu::UnicodeString(u"INF"), false);
-  symbols.setSymbol(icu::DecimalFormatSymbols::kNaNSymbol, icu::UnicodeString(u"NaN"), false);
+  if (U_FAILURE(status)) return nullptr;
+  Symbols symbols = askTwice(localeSymbols);
+  for (const auto& [symbol, text] : kOurSymbols)
+    symbols.setSymbol(symbol, icu::UnicodeString(text), symbol != Symbols::kInfinitySymbol);
   formatter->setDecimalFormatSymbols(symbols);
   formatter->setRoundingIncrement(0.0);
   formatter->setDecimalSeparatorAlwaysShown(true);
+  requireWhole(*formatter);
+  if (!(*formatter->getDecimalFormatSymbols() == symbols)) throw std::bad_alloc();
   return formatter;
 }
 
 // Whether numbers can be read and written without ICU. Some locales have digits, a minus (U+2212) or an exponent
 // symbol of their own.
 bool hasAsciiSymbols(const icu::DecimalFormatSymbols& symbols) {
-  using Symbols = icu::DecimalFormatSymbols;
   constexpr struct {
     Symbols::ENumberFormatSymbol symbol;
     char16_t text;
@@ -77,8 +102,8 @@ bool hasAsciiSymbols(const icu::DecimalFormatSymbols& symbols) {
 // those of the locale, since the texts that are read know none.
 icu::UnicodeString otherCase(const icu::UnicodeString& symbol) {
   icu::UnicodeString other(symbol);
-  other.toLower(icu::Locale::getRoot());
-  return other == symbol ? other.toUpper(icu::Locale::getRoot()) : other;
+  requireMemory(other.toLower(icu::Locale::getRoot()));
+  return other == symbol ? requireMemory(other.toUpper(icu::Locale::getRoot())) : other;
 }
 
 std::span<const char> textOf(const unsigned char* bytes, int size) {
@@ -180,7 +205,6 @@ icu::DecimalFormat* DataCnv::getDecimalFormatter() {
       _global_decFormatter.store(shared, std::memory_order_release);
     }
   }
-  decFormatter.reset(shared->clone());
-  if (decFormatter == nullptr) throw std::bad_alloc();
+  decFormatter = cloneWhole(*shared);
   return decFormatter.get();
 }

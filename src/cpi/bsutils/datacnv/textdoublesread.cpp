@@ -5,11 +5,14 @@
 
 #include <clocale>
 #include <cstdlib>
+#include <new>
+#include <utility>
 
 #include "core/numbertextread.hpp"
 #include "datacnv/parts.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
+#include "kelmemory.hpp"
 #include "support/scratch.hpp"
 #include "support/support.hpp"
 #include "support/validrange.hpp"
@@ -21,6 +24,11 @@ namespace {
 constexpr int kLocalCcsid = 1208;         // UTF-8
 constexpr std::size_t kUsualChars = 128;  // up to so many bytes a text needs no heap
 
+// A type that no number has. ICU leaves it where it read a number, but had no memory to hand it over.
+icu::Formattable noNumber() {
+  return {0.0, icu::Formattable::kIsDate};
+}
+
 // The number that ICU read, whichever type it chose for it.
 double valueOf(const icu::Formattable& number) {
   switch (number.getType()) {
@@ -28,15 +36,39 @@ double valueOf(const icu::Formattable& number) {
       return number.getLong();
     case icu::Formattable::kInt64:
       return static_cast<double>(number.getInt64());
-    default:
+    case icu::Formattable::kDouble:
       return number.getDouble();
+    default:
+      throw std::bad_alloc();
   }
+}
+
+// What ICU makes of the text as far as it goes. Without memory it finds no number, or not all of its digits.
+bool askIcu(const icu::DecimalFormat& formatter, const icu::UnicodeString& text, icu::Formattable& number) {
+  UErrorCode status = U_ZERO_ERROR;
+  number = noNumber();
+  static_cast<const icu::NumberFormat&>(formatter).parse(text, number, status);
+  requireMemory(status);
+  requireMemory();
+  return U_SUCCESS(status);
+}
+
+// Whether a number begins the text. Where there is none, ICU is asked for some that it must find, and again.
+bool readByIcu(const icu::DecimalFormat& formatter, const icu::UnicodeString& text, icu::Formattable& number) {
+  if (askIcu(formatter, text, number)) return true;
+  for (const auto& [certain, value] : {std::pair(u"-.25", -.25), std::pair(u"-12.5", -12.5)})
+    if (!askIcu(formatter, icu::UnicodeString(certain), number) || valueOf(number) != value) throw std::bad_alloc();
+  return askIcu(formatter, text, number);
 }
 
 // The process may have any locale, and change it. A number that was written with "." is read with "." all the same:
 // NumbersFromText.LocalesChangeNothing.
 locale_t plainLocale() {
-  static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
+  static const locale_t locale = [] {
+    const locale_t made = newlocale(LC_ALL_MASK, "C", nullptr);
+    if (made == nullptr) throw std::bad_alloc();
+    return made;
+  }();
   return locale;
 }
 
@@ -63,14 +95,13 @@ inline bool readCanonicalFast(const KelWstring& text, double& value) {
   const FunctionTrace trace(&cnv, "DataCnv::UStringTodouble", kDataCnvPath);
   const icu::DecimalFormat& formatter = *cnv.getDecimalFormatter();
   icu::UnicodeString units(toIcu(text.characters()), static_cast<std::int32_t>(text.length()));
-  units.findAndReplace(DataCnvParts::otherCaseExponentSymbol(), DataCnvParts::exponentSymbol());
+  requireMemory(units.findAndReplace(DataCnvParts::otherCaseExponentSymbol(), DataCnvParts::exponentSymbol()));
   icu::Formattable number;
-  UErrorCode status = U_ZERO_ERROR;
-  static_cast<const icu::NumberFormat&>(formatter).parse(units, number, status);
+  if (readByIcu(formatter, units, number)) return valueOf(number);
   // A text that begins with a point, and is no number, counts as zero: NumbersFromText.ReadPlainTexts.
-  if (U_FAILURE(status) && !text.view().starts_with(u'.'))
+  if (!text.view().starts_with(u'.'))
     raise<KelConversionException>(trace.site(), failures::kInvalidData, "string", text);
-  return valueOf(number);
+  return 0;
 }
 
 inline bool readTextFast(const unsigned short* text, int length, double& value) {

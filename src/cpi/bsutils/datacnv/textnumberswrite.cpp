@@ -14,6 +14,7 @@
 
 #include "core/decimaltext.hpp"
 #include "core/numbertextwrite.hpp"
+#include "datacnv/formatters.hpp"
 #include "datacnv/padchar.hpp"
 #include "datacnv/parts.hpp"
 #include "datacnv/sourcepath.hpp"
@@ -59,13 +60,13 @@ constexpr int kAllPlaces = std::numeric_limits<double>::max_digits10 - std::nume
 
 // A formatter for one of the two notations, made from the object's own.
 std::unique_ptr<icu::DecimalFormat> makeNotation(const icu::DecimalFormat& formatter, bool exponential) {
-  std::unique_ptr<icu::DecimalFormat> made(formatter.clone());
-  if (made == nullptr) throw std::bad_alloc();
+  std::unique_ptr<icu::DecimalFormat> made = cloneWhole(formatter);
   made->setMinimumIntegerDigits(1);
   made->setScientificNotation(exponential);
   made->setMaximumIntegerDigits(exponential ? 1 : 9999);
   if (exponential) made->setExponentSignAlwaysShown(true);
   made->setMaximumFractionDigits(kAllPlaces);
+  requireWhole(*made);
   return made;
 }
 
@@ -145,9 +146,10 @@ inline bool writeDoubleFast(double value, KelWstring& out, bool exponential) {
   std::unique_ptr<icu::DecimalFormat>& notation = DataCnvParts::notation(cnv, exponential);
   if (notation == nullptr) notation = makeNotation(*cnv.getDecimalFormatter(), exponential);
   icu::UnicodeString text;
-  icu::FieldPosition position;
-  notation->format(value, text, position);
-  // A text that ICU could not make has no length, and the result is empty.
+  UErrorCode status = U_ZERO_ERROR;
+  notation->format(value, text, nullptr, status);
+  // Every number has a text: what is none, or has no length, found no memory.
+  if (U_FAILURE(status) || requireMemory(text).isEmpty()) throw std::bad_alloc();
   const auto length = static_cast<unsigned>(text.length());
   text.extract(0, text.length(), toIcu(out.resizeForOverwrite(length)), 0);
 }
