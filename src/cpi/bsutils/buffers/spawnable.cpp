@@ -46,9 +46,15 @@ void SpawnableTextBufferReader::spawnTextBufferReader(int length) {
   if (!pointer->offsetAvailable(currentOffset, std::max(length, -1) - 1))
     raiseBare<KelConversionException>(trace.site(), failures::kInternalError,
                                       "Trying to spawn buffer that extends beyond the length available to it.");
-  auto window = std::make_unique<KelBufferPointer>(pointer->buffer(), currentOffset, length, true);
-  windowStack.push_back(std::move(pointer));
-  pointer = std::move(window);
+  // The lock that a window takes stays when the window goes. So the window comes last of all that can fail.
+  windowStack.emplace_back();
+  try {
+    windowStack.back() = std::make_unique<KelBufferPointer>(pointer->buffer(), currentOffset, length, true);
+  } catch (...) {
+    windowStack.pop_back();
+    throw;
+  }
+  std::swap(windowStack.back(), pointer);
 }
 
 void SpawnableTextBufferReader::unspawnTextBufferReader() {

@@ -198,9 +198,9 @@ PWFData::PWFData(const PWFData& other)
 PWFData& PWFData::operator=(const PWFData& other) {
   const Trace trace("PWFData::OpAssign");
   if (this == &other) return *this;
-  // What can fail comes first.
-  stringValue = other.stringValue;
+  // What can fail comes first. Only one of these two can: a value that has a block has no text.
   const ValueArea area = other.copiedArea();
+  stringValue = other.stringValue;
   // The old block is not released, on purpose: PwfData.AssignmentLeavesTheOldBlockValid.
   if (ownsBinary()) leakOnPurpose(valueArea.binary.pointer);
   logicalType = other.logicalType;
