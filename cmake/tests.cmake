@@ -4,7 +4,7 @@ find_package(GTest REQUIRED)
 include(GoogleTest)
 
 file(GLOB_RECURSE test_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/*.cpp")
-list(FILTER test_sources EXCLUDE REGEX "/tests/(install|oxrmq/withbroker)/")
+list(FILTER test_sources EXCLUDE REGEX "/tests/(allocation|install|oxrmq/withbroker)/")
 if(OXR_SANITIZE)
   # It replaces the allocation functions, which belong to the sanitizers here.
   list(FILTER test_sources EXCLUDE REGEX "/tests/datacnv/allocations_test.cpp$")
@@ -52,6 +52,20 @@ if(NOT OXR_SANITIZE AND NOT OXR_FUZZ)
                                 "${PROJECT_SOURCE_DIR}/packaging")
   set_tests_properties(make_packages PROPERTIES FIXTURES_SETUP packages TIMEOUT 900)
   set_tests_properties(packages symbols PROPERTIES FIXTURES_REQUIRED packages TIMEOUT 300)
+endif()
+
+# What allocations that fail do: a program of its own, since it replaces the allocators of the whole process. Here it
+# tries a sample; `oxr_allocation_tests --all` tries all. Its operations lie in fuzz/, with the other long searches.
+if(NOT OXR_SANITIZE AND NOT OXR_FUZZ)
+  file(GLOB allocation_test_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/allocation/*.cpp"
+       "${PROJECT_SOURCE_DIR}/fuzz/allocation/*.cpp")
+  add_executable(oxr_allocation_tests ${allocation_test_sources})
+  oxr_settings(oxr_allocation_tests)
+  target_include_directories(oxr_allocation_tests PRIVATE "${PROJECT_SOURCE_DIR}/tests" "${PROJECT_SOURCE_DIR}")
+  target_link_libraries(oxr_allocation_tests PRIVATE oxrbitstreamutilities ${CMAKE_DL_LIBS})
+  add_dependencies(oxr_tests oxr_allocation_tests)
+  add_test(NAME allocations_that_fail COMMAND oxr_allocation_tests)
+  set_tests_properties(allocations_that_fail PROPERTIES TIMEOUT 300)
 endif()
 
 # oxrmq and a message broker, which the tests start and stop themselves: one run, for the broker takes its time.

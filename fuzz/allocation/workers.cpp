@@ -1,0 +1,120 @@
+#include "checkedworker.hpp"
+#include "fuzz/allocation/operations.hpp"
+#include "messageinfo.hpp"
+#include "workerinfo.hpp"
+#include "workers/tree.hpp"
+
+namespace oxr::test {
+namespace {
+
+const KelWstring kName = u"a name of more than sixteen units"_k, kUri = u"a namespace of more than some units"_k,
+                 kKey = u"a key of more than sixteen units"_k;
+
+std::string textOf(const unsigned short* text) {
+  const Unfailing unfailing;
+  return text != nullptr ? toUtf8(UnitView(text)) : "none";
+}
+
+// A handler that takes all and needs no memory for it.
+struct Handler : fuzz::RecordingHandler {
+  void startMessage(const Info&, const Info&) override {}
+  void endMessage(const Info&) override {}
+  int startMessageContent(const Name*, unsigned short, const Info&, int) override { return 1; }
+  void endMessageContent(const Name*, const Info&) override {}
+  void startElement(const Name*, unsigned short, const Info&, int, int) override {}
+  void endElement(const Name*, const Info&) override {}
+};
+struct Worker : fuzz::RecordingWorker {
+  void initializeParse(int, MessageInfo*, int) override {}
+  void setFIHandler(FIHandler*, bool) override {}
+  void parse(const BitstreamBuffer*, std::vector<int>*, int, int) override {}
+  void release(bool) override {}
+};
+
+// A message of one element, as a parser tells it.
+std::string checkedMessage() {
+  Worker worker;
+  Handler handler;
+  ReadOnlyByteBuffer bytes;
+  oxr::CheckedWorker checker(&worker);
+  checker.setFIHandler(&handler, false);
+  const WorkerInfoPtr none;
+  FIHandler& events = checker;
+  events.startMessage(none, none);
+  events.startMessageContent(kName.characters(), 1, none, 0);
+  for (int i = 0; i < 3; ++i)
+    events.startElement(kName.characters(), 1, none, 0, 0);
+  for (int i = 0; i < 3; ++i)
+    events.endElement(kName.characters(), none);
+  events.endMessageContent(kName.characters(), none);
+  events.endMessage(none);
+  return told("checked");
+}
+
+Tree someTree() {
+  Node leaf;
+  leaf.name = kName;
+  leaf.value = PWFData(kUri);
+  leaf.defaultValue = PWFData(u"x"_k);
+  leaf.path = {{1, 12, {}}, {2, 13, {}}};
+  Node root{{}, kUri, PWFData(NOTHING), PWFData(STRING), {leaf}};
+  return Tree({root});
+}
+
+}  // namespace
+
+Operations workerOperations() {
+  Operations operations;
+  addBoth(
+      operations, "MessageInfo", [] { return std::make_shared<MessageInfo>(); },
+      [](MessageInfo& info) {
+        info.setProperty(kKey, kName);
+        info.setProperty(kKey, kUri);
+        info.setPropertyFromInteger(kName, 123456789012345678);
+        MessageInfo copy;
+        copy.setProperties(info);
+        return textOf(copy.getProperty(kKey)) + told(copy.getPropertyAsInteger(kName));
+      });
+  addBoth(
+      operations, "MapWorkerInfo", [] { return std::make_shared<MapWorkerInfo>(); },
+      [](MapWorkerInfo& info) {
+        info.setProperty(1, 7);
+        info.setProperty(2, PWFData(kName));
+        info.setProperty(2, PWFData("bytes", 5, BINARY, COPY));
+        const MapWorkerInfo copy(info);
+        MapWorkerInfo assigned;
+        assigned.setProperty(3, PWFData(kUri));
+        changedOrKept([&] { return told(assigned.getInt32Property(1)) + told(assigned.getDataProperty(3)); },
+                      [&] { assigned = copy; });
+        return told(assigned.getDataProperty(2)) + told(copy.getInt32Property(1));
+      });
+  addBoth(
+      operations, "tree iterators", [] { return sharedOf(someTree); },
+      [](Tree& tree) {
+        FITreeIterator it = tree.getMsgContentIterator(), other;
+        it.moveToFirstChild();
+        other = it;
+        const FITreeIterator copy(it);
+        return told(copy == other) + told(other.getData());
+      });
+  addBoth(
+      operations, "traced tree", [] { return sharedOf(someTree); },
+      [](Tree& tree) {
+        KelLog::iEffectiveLogFilter = 3;
+        tree.traceTree();
+        FITreeIterator it = tree.getMsgContentIterator();
+        tree.traceSubTree(it);
+        return told(it.getData());
+      });
+  operations.push_back({"checked worker", []() -> Call { return checkedMessage; }});
+  operations.push_back({"checker misused", []() -> Call {
+                          return [] {
+                            Worker worker;
+                            oxr::CheckedWorker checker(&worker);
+                            return checker.parseNext(), told("let");
+                          };
+                        }});
+  return operations;
+}
+
+}  // namespace oxr::test
