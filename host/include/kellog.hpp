@@ -325,8 +325,8 @@ class KELHOST_EXPORT KelLog::WarningItem : public KelLog::EventLogItem {
 
 // Takes inserts by reference and copies nothing until `endOfInserts` closes the list; then the record stands, the
 // facts that the log source adds last, and the destructor writes it. Inserts beyond kMaxInserts are dropped. A record
-// whose list was never closed is written without inserts: what they refer to may be gone. So is one that finds no memory
-// for them: a trace changes nothing in what it traces.
+// whose list was never closed is written without inserts: what they refer to may be gone. So is one that finds no
+// memory for them: a trace changes nothing in what it traces.
 class KELHOST_EXPORT KelLog::FastItem {
  public:
   static constexpr int kMaxInserts = 16;  // more are dropped

@@ -17,7 +17,7 @@ std::string CPUtils::binaryDump(const unsigned char* data, int length) {
 
 std::string CPUtils::pwfDateTimeDump(const PWFDateTime& value) {
   std::ostringstream dump;
-  dump.exceptions(std::ios::badbit);  // a want of memory is not to leave half a dump
+  dump.exceptions(std::ios::badbit);   // a want of memory is not to leave half a dump
   dump.imbue(std::locale::classic());  // no digit grouping, whatever the process's locale
   dump << "year = " << value._year << ", month = " << value._month << ", day = " << value._day
        << ", hour = " << value._hour << ", minute = " << value._minute << ", second = " << value._second
