@@ -10,6 +10,7 @@
 #include <string>
 #include <utility>
 
+#include "heldoverforks.hpp"
 #include "kelmemory.hpp"
 #include "kelneverdestroyed.hpp"
 
@@ -145,13 +146,21 @@ KelConverter::KelConverter(icu::LocalUConverterPointer converter, UErrorCode sta
 
 KelConverter::~KelConverter() = default;
 
+namespace {
+
+// Of the cache. A child that forks finds it free.
+constinit std::mutex cacheMutex;
+[[maybe_unused]] const bool cacheIsHeld = oxr::holdOverForks<cacheMutex>();
+
+}  // namespace
+
 // Failures are kept by their status alone: a caller that asks for many unknown CCSIDs must not fill the memory.
 class KelConverter::Cache {
  public:
+  // The lock is held.
   KelConverter* get(unsigned ccsid, bool bigEndian) {
     const bool orderCounts = findNamedPage(ccsid) != nullptr;
     const std::pair key(ccsid, orderCounts && bigEndian);
-    const std::lock_guard lock(mutex_);
     const auto known = pages_.find(key);
     if (known != pages_.end()) return known->second.get();
     UErrorCode status = U_ZERO_ERROR;
@@ -165,12 +174,12 @@ class KelConverter::Cache {
   }
 
  private:
-  std::mutex mutex_;
   std::map<std::pair<unsigned, bool>, std::unique_ptr<KelConverter>> pages_;
   std::map<UErrorCode, std::unique_ptr<KelConverter>> failures_;
 };
 
 KelConverter* KelConverter::createConverter(unsigned ccsid, int byteOrder, KelThreadContext*) {
+  const std::lock_guard lock(cacheMutex);
   static oxr::NeverDestroyed<Cache> cache;
   return cache.get().get(ccsid, isBigEndian(byteOrder));
 }

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <utility>
 
+#include "heldoverforks.hpp"
 #include "kelloginternal.hpp"
 #include "kellogsource.hpp"
 #include "kelneverdestroyed.hpp"
@@ -24,21 +25,19 @@ const KelWstring KelLog::iDefaultLogSource = KelWstringConvertor::toKelWstring(L
 namespace oxr {
 namespace {
 
-struct LogState {
-  std::mutex mutex;
-  std::shared_ptr<LogSink> sink;  // null until the first record: then the host's own
-};
+constinit std::mutex logMutex;
+[[maybe_unused]] const bool logIsHeld = holdOverForks<logMutex>();
 
-// Destructors of other libraries' statics may still write.
-LogState& logState() {
-  static NeverDestroyed<LogState> state;
-  return state.get();
+// Null until the first record: then the host's own. The lock is held.
+std::shared_ptr<LogSink>& sinkInForce() {
+  // Destructors of other libraries' statics may still write.
+  static NeverDestroyed<std::shared_ptr<LogSink>> sink;
+  return sink.get();
 }
 
 std::shared_ptr<LogSink> exchangeSink(std::shared_ptr<LogSink> sink) {
-  LogState& state = logState();
-  const std::lock_guard lock(state.mutex);
-  return std::exchange(state.sink, std::move(sink));
+  const std::lock_guard lock(logMutex);
+  return std::exchange(sinkInForce(), std::move(sink));
 }
 
 // Takes the first level from the environment. A text that is no whole number is reported and leaves the level alone.
@@ -118,10 +117,10 @@ void RecordingLogSink::write(const LogRecord& record) {
 
 void writeRecord(const LogRecord& record) noexcept {
   try {
-    LogState& state = logState();
-    const std::lock_guard lock(state.mutex);
-    if (state.sink == nullptr) state.sink = makeHostSink();
-    state.sink->write(record);
+    const std::lock_guard lock(logMutex);
+    std::shared_ptr<LogSink>& sink = sinkInForce();
+    if (sink == nullptr) sink = makeHostSink();
+    sink->write(record);
   } catch (...) {
     // Nobody is left to be told.
   }

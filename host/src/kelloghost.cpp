@@ -5,13 +5,14 @@
 //   ...
 
 #include <spdlog/logger.h>
-#include <spdlog/sinks/basic_file_sink.h>
-#include <spdlog/sinks/stdout_sinks.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdlib>
 #include <string_view>
+#include <system_error>
 
+#include "descriptorsink.hpp"
 #include "kelloginternal.hpp"
 
 namespace oxr {
@@ -54,12 +55,11 @@ std::string lineOf(const LogRecord& record) {
   return line;
 }
 
-// Flushes each record: what an abort leaves unwritten is what one would need most.
+// Nothing is kept back: what an abort leaves unwritten is what one would need most.
 class SpdlogSink : public LogSink {
  public:
   explicit SpdlogSink(spdlog::sink_ptr sink) : logger_("kelhost", std::move(sink)) {
     logger_.set_pattern("%Y-%m-%d %H:%M:%S.%f [%t] %v");
-    logger_.flush_on(spdlog::level::trace);
   }
   void write(const LogRecord& record) override { logger_.log(spdlog::level::info, lineOf(record)); }
 
@@ -73,7 +73,7 @@ class NoSink : public LogSink {
 };
 
 std::shared_ptr<LogSink> makeStderrSink() {
-  return std::make_shared<SpdlogSink>(std::make_shared<spdlog::sinks::stderr_sink_st>());
+  return std::make_shared<SpdlogSink>(std::make_shared<DescriptorSink>(STDERR_FILENO));
 }
 
 }  // namespace
@@ -84,8 +84,8 @@ std::shared_ptr<LogSink> makeHostSink() {
   if (name.empty() || name == "stderr") return makeStderrSink();
   if (name == "none") return std::make_shared<NoSink>();
   try {
-    return std::make_shared<SpdlogSink>(std::make_shared<spdlog::sinks::basic_file_sink_st>(std::string(name)));
-  } catch (const spdlog::spdlog_ex& failure) {
+    return std::make_shared<SpdlogSink>(std::make_shared<DescriptorSink>(std::string(name)));
+  } catch (const std::system_error& failure) {
     LogRecord refusal;
     refusal.kind = RecordKind::event;
     refusal.function = "KelLog";

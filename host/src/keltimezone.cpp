@@ -15,6 +15,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "heldoverforks.hpp"
 #include "kelmemory.hpp"
 #include "kelneverdestroyed.hpp"
 #include "kelwstringconvertor.hpp"
@@ -51,6 +52,10 @@ std::unique_ptr<icu::BasicTimeZone> asBasic(std::unique_ptr<icu::TimeZone> zone)
   if (dynamic_cast<icu::BasicTimeZone*>(zone.get()) == nullptr) return nullptr;
   return std::unique_ptr<icu::BasicTimeZone>(static_cast<icu::BasicTimeZone*>(zone.release()));
 }
+
+// Of ICU while it looks a zone up: it has locks of its own then, and would not find them free after a fork.
+constinit std::mutex openingMutex;
+[[maybe_unused]] const bool openingIsHeld = oxr::holdOverForks<openingMutex>();
 
 // ICU's zone of an ID; null for one that it does not know, which is also what ICU says where it has no memory.
 std::unique_ptr<icu::BasicTimeZone> openZone(UnitView id) {
@@ -111,6 +116,13 @@ KelWstring idOfOffset(int seconds) {
 
 }  // namespace
 
+namespace {
+
+constinit std::shared_mutex cacheMutex;
+[[maybe_unused]] const bool cacheIsHeld = oxr::holdOverForks<cacheMutex>();
+
+}  // namespace
+
 // The zones of this process, by ICU's own IDs. An offset can be spelled in many ways ("GMT+1:20"): such a text is
 // opened anew each time and finds the zone of its proper spelling, so that the cache holds no more than ICU has zones,
 // aliases and offsets up to 23:59:59, whatever messages bring.
@@ -124,7 +136,7 @@ class KelTimeZone::Cache {
   // The zone of an ID; null for one that ICU does not know.
   const KelTimeZone* find(const KelWstring& id) {
     {
-      const std::shared_lock lock(mutex_);
+      const std::shared_lock lock(cacheMutex);
       const auto found = zones_.find(keyOf(id));
       if (found != zones_.end()) return found->second.get();
     }
@@ -132,7 +144,7 @@ class KelTimeZone::Cache {
     if (opened == nullptr) return nullptr;
     std::unique_ptr<const KelTimeZone> zone(new KelTimeZone(std::move(opened)));
     std::u16string key = keyOf(zone->getID());
-    const std::unique_lock lock(mutex_);
+    const std::unique_lock lock(cacheMutex);
     // The zone that is there already stays: others may point at it.
     return zones_.try_emplace(std::move(key), std::move(zone)).first->second.get();
   }
@@ -146,7 +158,6 @@ class KelTimeZone::Cache {
  private:
   static std::u16string keyOf(const KelWstring& id) { return {toIcu(id.characters()), id.length()}; }
 
-  std::shared_mutex mutex_;
   std::unordered_map<std::u16string, std::unique_ptr<const KelTimeZone>> zones_;
   std::array<std::atomic<const KelTimeZone*>, 2 * kMinutesPerDay + 1> minutes_{};
 };

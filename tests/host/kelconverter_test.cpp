@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <barrier>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "harness/hex.hpp"
 
@@ -42,6 +45,42 @@ TEST(KelConverter, OpensCodePagesByNumberAndByteOrder) {
   for (std::size_t byte = 0; byte < 256; ++byte)  // the tables lack nothing: each byte has a character of its own
     EXPECT_EQ((*latin->unitTable())[(*latin->singleByteTable())[byte]], byte);
   EXPECT_EQ(KelConverter::createConverter(37, -1, nullptr), KelConverter::createConverter(37, 1, nullptr));
+}
+
+// The numbers of all code pages that ICU knows by one.
+std::vector<unsigned> allPages() {
+  std::vector<unsigned> pages;
+  for (int i = 0; i < ucnv_countAvailable(); ++i) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::LocalUConverterPointer page(ucnv_open(ucnv_getAvailableName(i), &status));
+    const int ccsid = U_SUCCESS(status) ? ucnv_getCCSID(page.getAlias(), &status) : 0;
+    if (ccsid > 0) pages.push_back(static_cast<unsigned>(ccsid));
+  }
+  return pages;
+}
+
+// Each thread begins somewhere else, so that all pages are made at once.
+TEST(KelConverterThreads, MakeAllCodePagesAtOnce) {
+  const std::vector<unsigned> pages = allPages();
+  ASSERT_GT(pages.size(), 100U);
+  constexpr std::size_t kThreads = 64;
+  std::vector<std::vector<const KelConverter*>> made(kThreads, std::vector<const KelConverter*>(pages.size()));
+  std::barrier start(kThreads);
+  std::vector<std::thread> threads;
+  for (std::size_t t = 0; t < kThreads; ++t)
+    threads.emplace_back([&, t] {
+      start.arrive_and_wait();
+      for (std::size_t i = 0; i < pages.size(); ++i) {
+        const std::size_t at = (i + t * pages.size() / kThreads) % pages.size();
+        made[t][at] = KelConverter::createConverter(pages[at], 0, nullptr);
+      }
+    });
+  for (std::thread& thread : threads)
+    thread.join();
+  for (const auto& each : made)
+    EXPECT_EQ(each, made.front());
+  for (std::size_t i = 0; i < pages.size(); ++i)
+    EXPECT_EQ(letterA(*made.front()[i]), letterA(*KelConverter::createConverter(pages[i], 0, nullptr))) << pages[i];
 }
 
 }  // namespace

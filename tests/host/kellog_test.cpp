@@ -1,7 +1,10 @@
 #include "kellog.hpp"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -191,8 +194,25 @@ using KelLogEnvironment = OwnProcess;
 
 const std::filesystem::path kLogFolder = testing::TempDir() + "kellog_test";
 
+// A pipe with both ends open, and what there is room for in it: its reader never reads.
+int stoppedPipe(const char* name) {
+  const int pipe = ::open(name, O_RDWR | O_NONBLOCK | O_CLOEXEC);
+  while (::write(pipe, name, 1) == 1)
+    continue;
+  return pipe;
+}
+
 void writeOneOfEach() {
   std::filesystem::current_path(kLogFolder);
+  for (const char* const pipe : {"unread", "left", "stopped"})
+    ::mkfifo(pipe, 0600);
+  stoppedPipe("stopped");
+  const std::string log = std::getenv("KELHOST_LOG");
+  if (log == "left") {
+    const int reader = ::open("left", O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    KelLog::FastDebugTraceItem("opens", 0, true) << KelLog::endOfInserts;
+    ::close(reader);
+  }
   std::fprintf(stderr, "level %d\n", static_cast<int>(KelLog::iEffectiveLogFilter));
   KelLog::FastDebugTraceItem("PWFData::f", 12, true) << "a\nb" << 3 << KelLog::endOfInserts;
   KelLog::ErrorItem("src/x", 46, "f", u"SRC"_k, static_cast<int>(0xC000157D), 0) << "failed";
@@ -215,6 +235,12 @@ TEST_F(KelLogEnvironment, SetsLogAndLevelAndRefusesWhatIsNeither) {
       {"stderr", "4x", refused},
       {"stderr", "4294967296", refused},
       {"/dev/null/log", "3", "^level 3\n.*no file that can be written.*\n" + lines},
+      {".", "3", "^level 3\n.*no file that can be written; .*Is a directory.*\n" + lines},
+      {"no/a.log", "3", "^level 3\n.*no file that can be written; .*No such file.*\n" + lines},
+      {"unread", "3", "^level 3\n.*no file that can be written; .*No such device.*\n" + lines},
+      {"/dev/full", "4", "^level 4\nthe log of KELHOST_LOG cannot be written: No space left on device\n$"},
+      {"left", "4", "^level 4\nthe log of KELHOST_LOG cannot be written: Broken pipe\n$"},
+      {"stopped", "4", "^level 4\n$"},
   };
   std::filesystem::create_directory(kLogFolder);
   for (const auto& row : rows) {
@@ -224,7 +250,8 @@ TEST_F(KelLogEnvironment, SetsLogAndLevelAndRefusesWhatIsNeither) {
     std::stringstream written;
     written << std::ifstream(kLogFolder / "a.log").rdbuf();
     EXPECT_THAT(written.str(), testing::MatchesRegex(row.inFile)) << row.log;
-    std::filesystem::remove(kLogFolder / "a.log");
+    for (const char* const name : {"a.log", "unread", "left", "stopped"})
+      std::filesystem::remove(kLogFolder / name);
   }
   EXPECT_EQ(std::filesystem::remove_all(kLogFolder), 1u);
 }
