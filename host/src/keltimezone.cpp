@@ -140,9 +140,8 @@ class KelTimeZone::Cache {
       const auto found = zones_.find(keyOf(id));
       if (found != zones_.end()) return found->second.get();
     }
-    std::unique_ptr<icu::BasicTimeZone> opened = openZone(id.view());
-    if (opened == nullptr) return nullptr;
-    std::unique_ptr<const KelTimeZone> zone(new KelTimeZone(std::move(opened)));
+    std::unique_ptr<const KelTimeZone> zone = open(id);
+    if (zone == nullptr) return nullptr;
     std::u16string key = keyOf(zone->getID());
     const std::unique_lock lock(cacheMutex);
     // The zone that is there already stays: others may point at it.
@@ -156,6 +155,13 @@ class KelTimeZone::Cache {
   }
 
  private:
+  // ICU makes a part of a zone when it is first asked about it.
+  static std::unique_ptr<const KelTimeZone> open(const KelWstring& id) {
+    const std::lock_guard lock(openingMutex);
+    std::unique_ptr<icu::BasicTimeZone> opened = openZone(id.view());
+    return std::unique_ptr<const KelTimeZone>(opened == nullptr ? nullptr : new KelTimeZone(std::move(opened)));
+  }
+
   static std::u16string keyOf(const KelWstring& id) { return {toIcu(id.characters()), id.length()}; }
 
   std::unordered_map<std::u16string, std::unique_ptr<const KelTimeZone>> zones_;
