@@ -14,26 +14,12 @@
 
 #include "descriptorsink.hpp"
 #include "kelloginternal.hpp"
+#include "kelprintable.hpp"
 
 namespace oxr {
 namespace {
 
 constexpr std::array<std::string_view, 4> kKindNames{"entry", "exit", "trace", "event"};
-
-// Inserts quote the data of messages; a line break or an escape sequence in it must not forge or garble lines.
-void appendPrintable(std::string& line, std::string_view text) {
-  constexpr std::string_view kHex = "0123456789abcdef";
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte >= 0x20 && byte != 0x7F) {
-      line += c;
-    } else {
-      line += "\\x";
-      line += kHex[byte >> 4];
-      line += kHex[byte & 15];
-    }
-  }
-}
 
 std::string lineOf(const LogRecord& record) {
   std::string line = record.debug ? "debug " : "";
@@ -42,14 +28,13 @@ std::string lineOf(const LogRecord& record) {
   if (!record.function.empty()) line += ' ' + record.function;
   if (!record.file.empty()) line += " (" + record.file + ':' + std::to_string(record.line) + ')';
   if (!record.source.empty()) {
-    line += " of ";
-    appendPrintable(line, record.source);
+    line += " of " + printable(record.source);
   }
   if (record.handle != 0) line += " #" + std::to_string(record.handle);
   const char* separator = ": ";
   for (const std::string& insert : record.inserts) {
-    line += separator;
-    appendPrintable(line, insert);
+    // They quote the data of messages: a line break or an escape sequence must not forge or garble lines.
+    line += separator + printable(insert);
     separator = "; ";
   }
   return line;

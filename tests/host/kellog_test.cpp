@@ -214,14 +214,14 @@ void writeOneOfEach() {
     ::close(reader);
   }
   std::fprintf(stderr, "level %d\n", static_cast<int>(KelLog::iEffectiveLogFilter));
-  KelLog::FastDebugTraceItem("PWFData::f", 12, true) << "a\nb" << 3 << KelLog::endOfInserts;
+  KelLog::FastDebugTraceItem("PWFData::f", 12, true) << "a\n\u009b\u202e\u00e4" << 3 << KelLog::endOfInserts;
   KelLog::ErrorItem("src/x", 46, "f", u"SRC"_k, static_cast<int>(0xC000157D), 0) << "failed";
   std::_Exit(0);
 }
 
 TEST_F(KelLogEnvironment, SetsLogAndLevelAndRefusesWhatIsNeither) {
   const std::string lines =
-      "[0-9-]+ [0-9:.]+ \\[[0-9]+\\] debug trace PWFData::f #12: a\\\\x0ab; 3\n"
+      "[0-9-]+ [0-9:.]+ \\[[0-9]+\\] debug trace PWFData::f #12: a\\\\x0a\\\\u009b\\\\u202e\u00e4; 3\n"
       ".* event OXR5501E f \\(src/x:46\\) of SRC: failed\n$";
   const std::string refused = "is not a whole number; .*\nlevel 0\n";
   const struct {

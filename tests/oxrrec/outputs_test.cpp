@@ -106,5 +106,18 @@ TEST(Outputs, GoWhenASignalEndsTheProgram) {
   }
 }
 
+// Names and data that a terminal would obey are shown, in messages and in tables for people.
+TEST(Messages, ShowWhatATerminalWouldObey) {
+  EXPECT_THAT(runProgram("layout --copybook /no/\x1b[2J\u009b\u202e\x9b\u00e4").messages,
+              StartsWith("oxrrec: /no/\\x1b[2J\\u009b\\u202e\\x9b\u00e4: "));
+  EXPECT_THAT(runProgram("decode --\u0085x").messages, StartsWith("oxrrec: there is no option --\\u0085x"));
+  const Folder folder;
+  const std::string options = " --ccsid 1208 --copybook " + folder.write("book", "01 R. 05 A PIC X(5). 05 N PIC 9.") +
+                              ' ' + folder.write("in", "\u009b\u202eX");
+  const Outcome outcome = runProgram("explain 1" + options);
+  EXPECT_THAT(outcome.lines, testing::HasSubstr("\"\\u009b\\u202e\""));
+  EXPECT_EQ((outcome.lines + outcome.messages).find("\u009b"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace oxr::rec::test

@@ -196,8 +196,9 @@ std::unique_ptr<LineHandler> makeHandler(const RecordPlan& plan, const DecodeOpt
 
 Progress makeProgress(const DecodeOptions& options, const Console& console, const FileInput& input) {
   const bool isBetweenLines = options.output == kStandardStream && ::isatty(console.output) == 1;
-  return Progress(console.messages, console.messagesOnTerminal && !isBetweenLines && options.progress.value_or(true),
-                  input.totalSize(), options.progress ? std::chrono::milliseconds{0} : kProgressDelay);
+  return Progress(console.terminal != nullptr ? *console.terminal : console.messages,
+                  console.messagesOnTerminal && !isBetweenLines && options.progress.value_or(true), input.totalSize(),
+                  options.progress ? std::chrono::milliseconds{0} : kProgressDelay);
 }
 
 int decode(const DecodeOptions& options, const Console& console) {

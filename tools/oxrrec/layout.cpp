@@ -1,6 +1,7 @@
 #include "oxrrec/layout.hpp"
 
 #include "records/options/choice.hpp"
+#include "records/program/printablestream.hpp"
 #include "records/program/reading.hpp"
 #include "records/views/views.hpp"
 
@@ -8,12 +9,10 @@ namespace oxr::rec {
 
 namespace {
 
-void tellRecordTaken(const std::string& taken, const std::vector<std::string>& names, const Console& console) {
-  std::string others;
-  for (const std::string& name : names)
-    if (name != taken) others += (others.empty() ? "" : ", ") + name;
+void tellRecordTaken(const std::string& taken, std::vector<std::string> others, const Console& console) {
+  std::erase(others, taken);
   if (!others.empty())
-    console.messages << "oxrrec: this is " << taken << "; --record chooses another: " << others << '\n';
+    console.messages << "oxrrec: this is " << taken << "; --record chooses another: " << listOf(others) << '\n';
 }
 
 // A view, and the files that it was made of.
@@ -69,7 +68,7 @@ int layout(const LayoutOptions& options, const Console& console) {
   const CopybookSource& source = options.record.copybook;
   const View view = viewOf(Copybook::readFile(source.path, source.options), options, console);
   FileOutput output = openOutput(options.output, view.files, -1, console);
-  output.write(view.text);
+  output.write(options.form == LayoutForm::table ? printableLines(view.text) : view.text);
   output.close();
   return kDone;
 }

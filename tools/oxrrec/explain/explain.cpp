@@ -7,6 +7,7 @@
 #include "oxrrec/values.hpp"
 #include "records/counted.hpp"
 #include "records/options/choice.hpp"
+#include "records/program/printablestream.hpp"
 #include "records/program/reading.hpp"
 
 // The record is read as decode reads it, with an eye on each field; whatever stands before it is read and not looked
@@ -155,7 +156,7 @@ int explain(const ExplainOptions& options, const Console& console) {
   explainer.finish(worker->kindOfRecord());
   const bool isPage = !options.page.empty();
   FileOutput output = description.openOutput(isPage ? options.page : kStandardStream, input, console);
-  output.write(isPage ? explainPage(record) : explainTable(record));
+  output.write(isPage ? explainPage(record) : printableLines(explainTable(record)));
   output.close();
   return isBad(record) ? kBadField : kDone;
 }

@@ -10,6 +10,7 @@
 #include "records/counted.hpp"
 #include "records/json/jsontext.hpp"
 #include "records/options/choice.hpp"
+#include "records/program/printablestream.hpp"
 #include "records/program/reading.hpp"
 
 namespace oxr::rec {
@@ -174,7 +175,7 @@ int profile(const ProfileOptions& options, const Console& console) {
   worker->setFIHandler(&none, false);
   const bool isWhole = readAll(input, *worker, console);
   const Profiles profiles = profiler.profiles();
-  output.write(options.isJson ? linesOf(profiles) : tableOf(profiles, worker->recordsRead()));
+  output.write(options.isJson ? linesOf(profiles) : printableLines(tableOf(profiles, worker->recordsRead())));
   output.close();
   if (!isWhole) return kFailed;
   return profiler.hasFault() ? kBadField : kDone;

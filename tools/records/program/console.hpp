@@ -13,9 +13,10 @@ namespace oxr::rec {
 struct Console {
   int input = 0;  // descriptors of the standard streams
   int output = 1;
-  std::ostream& messages;           // one line each
-  bool messagesOnTerminal = false;  // progress may be shown among them
-  std::string_view program{};       // its name, which begins each message; runCommand sets it
+  std::ostream& messages;            // one line each
+  bool messagesOnTerminal = false;   // progress may be shown among them
+  std::string_view program{};        // its name, which begins each message; runCommand sets it
+  std::ostream* terminal = nullptr;  // `messages` where control characters have an effect; the same if null
 };
 
 // Exit codes of the program.

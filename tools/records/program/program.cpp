@@ -10,6 +10,7 @@
 
 #include "records/plan/nearname.hpp"
 #include "records/program/help/model.hpp"
+#include "records/program/printablestream.hpp"
 
 namespace oxr::rec {
 
@@ -128,7 +129,9 @@ int help(const Program& program, const HelpOptions& options, const Console& cons
 }  // namespace
 
 int runCommand(const Program& program, std::span<const char* const> arguments, const Console& outside) {
-  const Console console{outside.input, outside.output, outside.messages, outside.messagesOnTerminal, program.name};
+  PrintableStream messages(outside.messages);
+  const Console console{outside.input, outside.output,   messages, outside.messagesOnTerminal,
+                        program.name,  &outside.messages};
   CLI::App app(sentence(program.brief), program.name);
   app.require_subcommand(1);
   app.set_version_flag("--version", std::string(program.name) + ' ' + program.version);
