@@ -11,6 +11,7 @@ set(python_folder "${PROJECT_BINARY_DIR}/python")
 
 add_library(oxrrec_python MODULE ${python_sources})
 oxr_settings(oxrrec_python)
+oxr_harden(oxrrec_python)
 target_include_directories(oxrrec_python PRIVATE python/src)
 set_property(SOURCE ${PROJECT_SOURCE_DIR}/python/src/module.cpp
              APPEND PROPERTY COMPILE_DEFINITIONS OXR_VERSION="${PROJECT_VERSION}")

@@ -43,6 +43,11 @@ if(NOT OXR_SANITIZE AND NOT OXR_FUZZ)
                                 "${CMAKE_CXX_COMPILER}")
   set_tests_properties(install PROPERTIES TIMEOUT 300)
 
+  add_test(NAME hardened
+           COMMAND "${PROJECT_SOURCE_DIR}/tests/install/hardened" "$<TARGET_FILE:kelhost>"
+                   "$<TARGET_FILE:oxrbitstreamutilities>" "$<TARGET_FILE:oxrrec>" "$<TARGET_FILE:oxrmq>"
+                   $<$<BOOL:${OXR_BUILD_PYTHON}>:$<TARGET_FILE:oxrrec_python>>)
+
   # The packages are of a build folder of their own, without what the tests have in the libraries.
   add_test(NAME make_packages COMMAND "${PROJECT_SOURCE_DIR}/dev" package)
   add_test(NAME packages COMMAND "${PROJECT_SOURCE_DIR}/tests/install/packages"
