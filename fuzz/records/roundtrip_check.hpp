@@ -8,10 +8,13 @@
 
 #include "fuzz/harness/choices.hpp"
 #include "growingbytebuffer.hpp"
+#include "oxrrec/encode/unnesting.hpp"
+#include "oxrrec/nesting.hpp"
 #include "records/records.hpp"
 
-// Records of random layouts with random values: written from a JSON line as decode gives it, and read again, they give
-// the same line, and the same bytes when that is written once more.
+// Records of random layouts with random values: written from JSON lines as decode gives them, and read again, they give
+// the same lines, and the same bytes when these are written once more. Some files have several kinds of record, those
+// of one kind standing in the objects of another.
 
 namespace oxr::fuzz {
 
@@ -19,18 +22,25 @@ namespace roundtrip {
 
 using namespace oxr::rec;
 
-// A layout, its settings and a record of it are drawn together: an item writes its entry once, and its value for each
-// occurrence. Of an area that a field chooses in, an occurrence has one of two alternatives.
+// A layout, its settings and records of it are drawn together: an item writes its entry once, and its value for each
+// occurrence. Of an area that a field chooses in, an occurrence has one of two alternatives. Of several kinds of record
+// the first one has no parent, and any other one of those before it.
 class Sample {
  public:
   explicit Sample(Choices& choices) : choices_(choices) {
-    copybook = "01 R.\n";
-    std::vector<Item> items = drawGroup(1);
-    copybook += entries(items, 5);
-    line = object(items) + '\n';
+    kinds_.resize(choices.coin() ? 1 : choices.between(2, 3));
+    for (std::size_t kind = 0; kind < kinds_.size(); ++kind) {
+      kinds_[kind].items = drawGroup(1);
+      copybook += "01 " + nameOf(kind) + ".\n";
+      if (kinds_.size() > 1) drawKind(kind);
+      copybook += entries(kinds_[kind].items, 5);
+    }
+    for (int left = kinds_.size() > 1 ? choices.between(1, 3) : 1; left > 0; --left)
+      lines.push_back(record(0));
   }
   std::string copybook;
-  std::string line;
+  std::vector<std::string> lines;
+  std::vector<std::string> nest;  // "CHILD:PARENT"
   std::vector<FieldSettingText> settings;
   std::vector<std::string> conditions;
 
@@ -46,6 +56,39 @@ class Sample {
     int occurs = 0;  // 0: no array
     std::vector<Item> items{};
   };
+
+  struct RecordItems {
+    std::vector<Item> items{};
+    std::vector<std::size_t> children{};
+  };
+
+  static std::string nameOf(std::size_t kind) { return "R" + std::to_string(kind); }
+  static std::string letterOf(std::size_t kind) { return std::string(1, static_cast<char>('a' + kind)); }
+
+  void drawKind(std::size_t kind) {
+    const std::string name = nameOf(kind);
+    copybook += "05 " + name + "-K PIC X.\n";
+    conditions.push_back(name + "-K=" + letterOf(kind) + ':' + name);
+    if (kind == 0) return;
+    const std::size_t parent = choices_.upTo(kind - 1);
+    kinds_[parent].children.push_back(kind);
+    nest.push_back(name + ':' + nameOf(parent));
+  }
+
+  // A record with those that stand in it.
+  std::string record(std::size_t kind) {
+    std::string text = object(kinds_[kind].items);
+    if (kinds_.size() > 1)
+      text.insert(1, '"' + nameOf(kind) + "-K\":\"" + letterOf(kind) + (text.size() > 2 ? "\"," : "\""));
+    for (const std::size_t child : kinds_[kind].children) {
+      text.back() = ',';
+      text += '"' + nameOf(child) + "\":[";
+      for (int i = 0, count = choices_.between(0, 3); i < count; ++i)
+        text += (i == 0 ? "" : ",") + record(child);
+      text += "]}";
+    }
+    return text;
+  }
 
   std::vector<Item> drawGroup(int depth) {
     std::vector<Item> items;
@@ -180,8 +223,57 @@ class Sample {
   }
 
   Choices& choices_;
+  std::vector<RecordItems> kinds_;
   int names_ = 0;
 };
+
+// What encode makes of lines.
+inline std::string written(const Sample& sample, const std::vector<std::string>& lines, const RecordPlan& plan,
+                           RecordWorker& worker) {
+  JsonReader reader(plan.names());
+  const Unnesting unnesting(sample.nest, plan);
+  GrowingByteBuffer bytes;
+  worker.initializeWrite(nullptr, 0, 0, 0);
+  const auto write = [&](const JsonTree& tree, const std::string&) {
+    worker.setFIMessageTree(&tree, false);
+    worker.write(&bytes, 0, 0);
+    return Unnesting::Written::isGood;
+  };
+  for (const std::string& line : lines) {
+    const std::string padded = line + std::string(JsonReader::kPadding, ' ');
+    static_cast<void>(unnesting.writeAll(reader.read(std::string_view(padded).substr(0, line.size())), false, write));
+  }
+  worker.finishWriting(bytes);
+  return std::string(bytes.bytes());
+}
+
+// What decode makes of records.
+inline std::vector<std::string> read(const Sample& sample, const std::string& bytes, const RecordPlan& plan,
+                                     RecordWorker& worker) {
+  Nesting nesting(sample.nest, plan);
+  JsonHandler json(plan.names(), {});
+  ReadOnlyByteBuffer buffer;
+  buffer.create(bytes.data(), static_cast<int>(bytes.size()));
+  std::string all;
+  const auto nest = [&] {
+    require(nesting.add(worker.kindOfRecord(), json.lines(), all), "a child stands before its parent");
+    json.clear();
+  };
+  worker.initializeParse(-1, nullptr, -1);
+  worker.setFIHandler(&json, false);
+  worker.setKindsOfInterest(nesting.names());
+  worker.parseFirst(&buffer, nullptr, true, 0, -1);
+  nest();
+  while (worker.hasNext()) {
+    worker.parseNext();
+    nest();
+  }
+  nesting.finish(all);
+  std::vector<std::string> lines;
+  for (std::size_t at = 0, end = 0; (end = all.find('\n', at)) != std::string::npos; at = end + 1)
+    lines.push_back(all.substr(at, end - at));
+  return lines;
+}
 
 class Ignored : public FaultListener {
  public:
@@ -201,35 +293,21 @@ inline void checkRoundTrip(Choices& choices) {
   RecordWorker::Settings settings;
   settings.form.framing = choices.oneOf(kFramings);
   const Sample sample(choices);
-  const Layout layout = readCopybook(sample.copybook, "c", {.format = SourceFormat::free});
+  const Copybook copybook = Copybook::read(sample.copybook, "c", {.format = SourceFormat::free});
   options.fieldSettings = sample.settings;
   options.conditions = sample.conditions;
-  const RecordPlan plan(layout, options);
+  const RecordPlan plan(copybook, "", options);
   Ignored listener;
   const auto worker = RecordWorker::make(plan, settings, listener);
-  JsonReader reader(plan.names());
-  const auto written = [&](const std::string& line) {
-    const std::string padded = line + std::string(JsonReader::kPadding, ' ');
-    GrowingByteBuffer bytes;
-    worker->initializeWrite(nullptr, 0, 0, 0);
-    worker->setFIMessageTree(&reader.read(std::string_view(padded).substr(0, line.size())), false);
-    worker->write(&bytes, 0, 0);
-    worker->finishWriting(bytes);
-    return std::string(bytes.bytes());
-  };
   try {
-    const std::string bytes = written(sample.line);
-    JsonHandler json(plan.names(), {});
-    ReadOnlyByteBuffer buffer;
-    buffer.create(bytes.data(), static_cast<int>(bytes.size()));
-    worker->initializeParse(-1, nullptr, -1);
-    worker->setFIHandler(&json, false);
-    worker->parse(&buffer, nullptr, 0, -1);
-    const std::string read(json.lines());
-    requireEqual(read, sample.line, "a record of\n" + sample.copybook);
-    requireEqual(written(read), bytes, "the bytes of a record of\n" + sample.copybook);
+    const std::string bytes = written(sample, sample.lines, plan, *worker);
+    const std::vector<std::string> lines = read(sample, bytes, plan, *worker);
+    require(lines.size() == sample.lines.size(), "other lines of records of\n" + sample.copybook);
+    for (std::size_t i = 0; i < lines.size(); ++i)
+      requireEqual(lines[i], sample.lines[i], "a record of\n" + sample.copybook);
+    requireEqual(written(sample, lines, plan, *worker), bytes, "the bytes of a record of\n" + sample.copybook);
   } catch (const WriteError& error) {
-    disagree(sample.copybook + sample.line + "is refused: " + error.what());
+    disagree(sample.copybook + sample.lines.front() + " is refused: " + error.what());
   }
 }
 

@@ -54,8 +54,6 @@ py::object Records::kindOf(std::string_view kind) {
 
 namespace {
 
-using Pairs = std::vector<std::pair<std::string, std::string>>;
-
 // An iterator of its own, so that a loop calls next() without anything between.
 struct RecordsObject {
   PyObject base;
@@ -113,26 +111,27 @@ PyType_Spec description{"oxrrec._oxrrec.Records", sizeof(RecordsObject), 0,
 
 PyTypeObject* recordsType = nullptr;
 
-// The pairs of `nest`, by the names that the records have.
-Pairs pairsOf(const rec::DecodeOptions& options, const rec::RecordPlan& plan) {
+rec::Nesting nestingOf(const rec::DecodeOptions& options, const rec::RecordPlan& plan) {
   try {
-    return rec::Nesting(options.nest, plan).pairs();
+    return {options.nest, plan};
   } catch (const rec::ToolError& error) {
     throw OptionFault(error.what());
   }
 }
 
-// An iterator, the notes of how it was opened, the pairs of `nest`, and whether who puts these into each other is to
-// leave out records with a bad field.
+// An iterator, the notes of how it was opened, the pairs of `nest` by the names that the records have, and whether who
+// puts these into each other is to leave out records with a bad field.
 py::tuple open(const Arguments& arguments, const py::object& file) {
   const auto options = readArguments(arguments, rec::addReadingOptions);
   auto records = std::make_unique<Records>(options, file);
-  const Pairs pairs = pairsOf(options, records->plan());
+  const rec::Nesting nesting = nestingOf(options, records->plan());
+  records->setKindsOfInterest(nesting.names());
   const std::string notes = records->notes();
   PyObject* const made = recordsType->tp_alloc(recordsType, 0);
   if (made == nullptr) throw py::error_already_set();
   std::construct_at(&recordsOf(made), std::move(records));
-  return py::make_tuple(py::reinterpret_steal<py::object>(made), notes, pairs, options.onError == rec::OnError::skip);
+  return py::make_tuple(py::reinterpret_steal<py::object>(made), notes, nesting.pairs(),
+                        options.onError == rec::OnError::skip);
 }
 
 void close(const py::object& self) {

@@ -23,6 +23,8 @@ class Records {
   // A new reference; null, without an exception, at the end. Throws what a function of the module may throw.
   PyObject* next();
   const rec::RecordPlan& plan() const { return reading_.plan(); }
+  // The names of kinds that matter to who asks for them: see RecordWorker.
+  void setKindsOfInterest(std::vector<std::string> names) { reading_.worker().setKindsOfInterest(std::move(names)); }
   const Source& source() const { return reading_.source(); }
   std::string notes() const { return reading_.notes(); }
   // Throws value_error while next() is at work.

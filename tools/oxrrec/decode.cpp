@@ -48,7 +48,10 @@ class Decoding {
       badRecords_.emplace(description.openOutput(options.errors, input_, console));
       badFields_.setRecords(&*badRecords_, worker_.get());
     }
-    if (!options.nest.empty()) nesting_.emplace(options.nest, description.plan());
+    if (!options.nest.empty()) {
+      nesting_.emplace(options.nest, description.plan());
+      worker_->setKindsOfInterest(nesting_->names());
+    }
     worker_->setSource(&input_);
     worker_->initializeParse(-1, nullptr, -1);
     worker_->setFIHandler(lines_.get(), false);

@@ -48,6 +48,13 @@ std::vector<std::pair<std::string, std::string>> Nesting::pairs() const {
   return names;
 }
 
+std::vector<std::string> Nesting::names() const {
+  std::vector<std::string> names;
+  for (const Kind& kind : kinds_)
+    names.push_back(kind.name);
+  return names;
+}
+
 std::size_t Nesting::named(const std::string& name, const std::vector<std::string>& kinds) {
   if (const Kind* const known = find(name)) return static_cast<std::size_t>(known - kinds_.data());
   const auto kind =

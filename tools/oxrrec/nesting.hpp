@@ -31,6 +31,9 @@ class Nesting {
   // Child and parent, in the order of the pairs, by the names that the records have.
   std::vector<std::pair<std::string, std::string>> pairs() const;
 
+  // All of these: a record that has several names goes by one of them.
+  std::vector<std::string> names() const;
+
   // Takes the line of a record, with its newline, and appends to `lines` what is done by that. False for a child that
   // came before any parent: it stands on a line of its own.
   bool add(std::string_view kind, std::string_view line, std::string& lines);

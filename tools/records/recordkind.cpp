@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "records/rawbytes.hpp"
 #include "records/recordworker.hpp"
 
@@ -33,7 +35,7 @@ bool RecordWorker::findKind() {
     if (answer == Chooser::kNone) return false;
     const Choice::Alternative& alternative = undecided_->alternatives[static_cast<std::size_t>(answer)];
     kind_ += alternative.target;
-    kindName_ = alternative.name;
+    call(alternative.name);
   }
   for (std::size_t i = kind_->firstChoice; i < kind_->endChoice; ++i) {
     const Choice& choice = plan_.choices()[i];
@@ -41,9 +43,17 @@ bool RecordWorker::findKind() {
     undecided_ = &choice;
     decisions_[i] = decide(choosers_[i]);
     if (decisions_[i] == Chooser::kNone) return false;
-    kindName_ = choice.alternatives[static_cast<std::size_t>(decisions_[i])].name;
+    call(choice.alternatives[static_cast<std::size_t>(decisions_[i])].name);
   }
   return true;
+}
+
+// A record has the name of its level 01 entry and of each of its areas.
+void RecordWorker::call(std::string_view name) {
+  const auto isOfInterest = [this](std::string_view known) {
+    return std::find(kindsOfInterest_.begin(), kindsOfInterest_.end(), known) != kindsOfInterest_.end();
+  };
+  if (kindsOfInterest_.empty() || !isOfInterest(kindName_) || isOfInterest(name)) kindName_ = name;
 }
 
 // Goes behind a record of no kind. Returns whether it is shown.

@@ -64,8 +64,10 @@ class RecordWorker final : public BitstreamWorker {
   void setSource(BufferSource* source) { source_ = source; }
   // Who sees each field as it is read; null, as at first, for nobody.
   void setObserver(FieldObserver* observer) { observer_ = observer; }
+  // The names that matter to who asks for kinds. None, as at first: all alike.
+  void setKindsOfInterest(std::vector<std::string> names) { kindsOfInterest_ = std::move(names); }
   // What the last record is, as the condition named it that chose: the group that its area holds, else the level 01
-  // entry. Empty where no condition chose.
+  // entry; of these, one of interest before all others. Empty where no condition chose.
   std::string_view kindOfRecord() const { return kindName_; }
   // The bytes of the record in hand, as far as the input has them, for whoever hears of it while it is read and for who
   // catches what ended that. Of a variable record that is not framed: what the input still has, up to the longest.
@@ -137,6 +139,7 @@ class RecordWorker final : public BitstreamWorker {
   void beginRecord();
   void readKnown();
   bool findKind();
+  void call(std::string_view name);
   bool passUnknown();
   void showRaw(std::span<const unsigned char> bytes);
   std::int32_t decide(Chooser& chooser);
@@ -183,6 +186,7 @@ class RecordWorker final : public BitstreamWorker {
 
   const RecordKind* kind_;     // of the last record
   std::string_view kindName_;  // as the condition gave it
+  std::vector<std::string> kindsOfInterest_;
   std::uint64_t skipped_ = 0;
   // Of the record in hand:
   const Choice* undecided_ = nullptr;    // the choice that has no alternative for it
