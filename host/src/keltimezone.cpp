@@ -114,10 +114,6 @@ KelWstring idOfOffset(int seconds) {
   return fromUtf8(std::string_view(text.data(), static_cast<std::size_t>(length)));
 }
 
-}  // namespace
-
-namespace {
-
 constinit std::shared_mutex cacheMutex;
 [[maybe_unused]] const bool cacheIsHeld = oxr::holdOverForks<cacheMutex>();
 

@@ -22,6 +22,9 @@ struct Judge : CheckedWorker {
   std::string judge(int call) const {
     return refusalOf([&] { _validateAndTransitionState(static_cast<EBitstreamWorkerCall>(call)); });
   }
+  std::string judgeEvent(int event) {
+    return refusalOf([&] { _performTreeStateTransition(static_cast<EBitstreamWorkerCall>(event)); });
+  }
 };
 
 // The shortest calls to each state of the two machines, as the charts have them.
@@ -51,6 +54,8 @@ TEST(StateChecker, EachPairOfStateAndCallIsJudged) {
     for (const int each : way)
       stranger.judge(each);
     EXPECT_EQ(stranger.judge(CALL_END_EMBEDDED + 1), stranger.judge(CALL_UNUSED_14)) << "what is no call at all";
+    EXPECT_NE(stranger.judgeEvent(CALL_END_EMBEDDED + 1), "") << "nor an event of the tree";
+    EXPECT_NE(stranger.judgeEvent(-1), "");
     if (state.second != 0 && state.first != 10) continue;  // the two machines know nothing of each other
     for (int call = CALL_INITIALIZE_PARSE; call <= CALL_END_EMBEDDED; ++call)
       for (int further = CALL_INITIALIZE_PARSE; further <= CALL_END_EMBEDDED; ++further) {

@@ -1,8 +1,8 @@
 #include "oxrrec/badfields.hpp"
 
-#include "records/counted.hpp"
-
 #include <utility>
+
+#include "records/counted.hpp"
 
 namespace oxr::rec {
 

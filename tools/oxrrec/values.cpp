@@ -1,5 +1,6 @@
 #include "oxrrec/values.hpp"
 
+#include "kelprintable.hpp"
 #include "kelwstringconvertor.hpp"
 
 namespace oxr::rec {
@@ -38,8 +39,8 @@ std::string characterOf(FieldConverter& converter, unsigned char byte) {
     const PWFData value = converter.convert(step, &byte);
     const UnitView text = value.getPWFStringValue().view();
     if (text.empty()) return " ";
-    const bool isShown = text.size() == 1 && text[0] >= 0x20 && !(text[0] >= 0x7F && text[0] <= 0xA0) &&
-                         (text[0] & 0xF800) != 0xD800 && text[0] != 0xAD && text[0] != 0xFFFD;
+    const bool isShown = text.size() == 1 && !isControl(text[0]) && text[0] != 0xA0 && (text[0] & 0xF800) != 0xD800 &&
+                         text[0] != 0xAD && text[0] != 0xFFFD;
     return isShown ? toUtf8(text) : kNoCharacter;
   } catch (const KelException&) {
     return kNoCharacter;

@@ -35,7 +35,7 @@ bool RecordWorker::findKind() {
     if (answer == Chooser::kNone) return false;
     const Choice::Alternative& alternative = undecided_->alternatives[static_cast<std::size_t>(answer)];
     kind_ += alternative.target;
-    call(alternative.name);
+    nameKind(alternative.name);
   }
   for (std::size_t i = kind_->firstChoice; i < kind_->endChoice; ++i) {
     const Choice& choice = plan_.choices()[i];
@@ -43,13 +43,13 @@ bool RecordWorker::findKind() {
     undecided_ = &choice;
     decisions_[i] = decide(choosers_[i]);
     if (decisions_[i] == Chooser::kNone) return false;
-    call(choice.alternatives[static_cast<std::size_t>(decisions_[i])].name);
+    nameKind(choice.alternatives[static_cast<std::size_t>(decisions_[i])].name);
   }
   return true;
 }
 
 // A record has the name of its level 01 entry and of each of its areas.
-void RecordWorker::call(std::string_view name) {
+void RecordWorker::nameKind(std::string_view name) {
   const auto isOfInterest = [this](std::string_view known) {
     return std::find(kindsOfInterest_.begin(), kindsOfInterest_.end(), known) != kindsOfInterest_.end();
   };

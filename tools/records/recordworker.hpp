@@ -139,7 +139,7 @@ class RecordWorker final : public BitstreamWorker {
   void beginRecord();
   void readKnown();
   bool findKind();
-  void call(std::string_view name);
+  void nameKind(std::string_view name);
   bool passUnknown();
   void showRaw(std::span<const unsigned char> bytes);
   std::int32_t decide(Chooser& chooser);

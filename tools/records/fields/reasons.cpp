@@ -4,6 +4,7 @@
 #include <iterator>
 #include <vector>
 
+#include "kelprintable.hpp"
 #include "kelwstringconvertor.hpp"
 #include "records/counted.hpp"
 
@@ -90,7 +91,7 @@ std::string hexOf(std::int64_t value, int digits) {
 
 // Nothing of a record shall move a terminal's cursor.
 bool isShown(std::int64_t unit) {
-  return unit >= 0x20 && !(unit >= 0x7F && unit < 0xA0) && (unit & 0xF800) != 0xD800 && unit < 0xFFF0;
+  return unit >= 0 && unit < 0xFFF0 && (unit & 0xF800) != 0xD800 && !isControl(static_cast<std::uint32_t>(unit));
 }
 
 // A character as it is, if a terminal can show it.

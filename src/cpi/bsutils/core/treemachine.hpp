@@ -59,8 +59,10 @@ inline constexpr auto kTreeCells = cellsOf(kTreeMachine, [](const TreeRow& row, 
   return TreeStep{false, row.state};
 });
 
-// The event is a known one: the machine of the worker takes no other.
+// What is no call at all is refused. The machine of the worker takes no such event, but a derived checker can ask this
+// one alone.
 constexpr TreeStep treeStep(int state, EBitstreamWorkerCall event) {
+  if (static_cast<std::size_t>(event) >= kCallCount) return {false, state};
   return kTreeCells[static_cast<std::size_t>(state)][event];
 }
 
