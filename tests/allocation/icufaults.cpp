@@ -47,6 +47,7 @@ constexpr IcuFault kFaults[] = {
     {IcuFault::leaks, "TimeZone::createDefault", "what was half made stays"},
     {IcuFault::leaks, "OlsonTimeZone::getNextTransition", "what was half made stays"},
     {IcuFault::leaks, "SimpleDateFormat::SimpleDateFormat", "what was half made stays"},
+    {IcuFault::leaks, "GregorianCalendar::GregorianCalendar", "what was half made stays"},
     {IcuFault::leaks, "GregorianCalendar::setGregorianChange", "what was half made stays"},
     {IcuFault::leaks, "TimeZoneFormat::createInstance", "what was half made stays"},
     {IcuFault::leaks, "TimeZoneFormat::format", "what was half made stays"},

@@ -177,7 +177,8 @@ Options optionsOf(int count, char** arguments) {
 
 int run(int count, char** arguments) {
   const Options options = optionsOf(count, arguments);
-  setenv("KELHOST_LOG", "/dev/null", 1);  // the host's own sink, with nobody to read it
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);  // all points take minutes: what failed shows at once, in a file as well
+  setenv("KELHOST_LOG", "/dev/null", 1);     // the host's own sink, with nobody to read it
   giveIcuItsMemory();
   CallStack().take();      // its first use needs memory
   KelAbend::newHandler();  // and so does the log's, and that of the failures' usual texts

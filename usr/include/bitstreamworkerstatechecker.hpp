@@ -161,6 +161,7 @@ class OXR_EXPORT BitstreamWorkerStateChecker : public BitstreamWorker, public FI
   std::size_t openEntries() const { return idContext_.size(); }
 
  private:
+  void open(EBitstreamWorkerCall call, std::unique_ptr<IDInfo> entry);
   void pop(bool isMatch);
 
   objectHeader header{"QVBS", 144, 272};

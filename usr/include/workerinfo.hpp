@@ -72,7 +72,8 @@ class OXR_EXPORT MapWorkerInfo : public WorkerInfo {
  public:
   MapWorkerInfo() = default;
   MapWorkerInfo(const MapWorkerInfo& source);
-  // Merges: what `source` holds is stored here, one setProperty a key; what only this object holds remains.
+  // Merges: what `source` holds is stored here, one setProperty a key; what only this object holds remains. An
+  // exception leaves what is stored by then.
   MapWorkerInfo& operator=(const MapWorkerInfo& source);
   ~MapWorkerInfo() override;
 

@@ -3,8 +3,9 @@
 
 #include "bitstreamworkerstatechecker.hpp"
 
+#include <array>
+#include <cstdio>
 #include <iostream>
-#include <string>
 
 #include "core/treemachine.hpp"
 #include "core/workermachine.hpp"
@@ -30,7 +31,10 @@ T& existing(T* pointer) {
 BitstreamWorkerStateChecker::BitstreamWorkerStateChecker(BitstreamWorker* worker) : worker_(worker) {}
 
 BitstreamWorkerStateChecker::~BitstreamWorkerStateChecker() {
-  std::cout << "ERROR: there were " + std::to_string(idContext_.size()) + " items left on idContext stack" << std::endl;
+  // In one piece, so that no other thread's line comes between, and without memory: nothing may leave a destructor.
+  std::array<char, 80> line;
+  std::snprintf(line.data(), line.size(), "ERROR: there were %zu items left on idContext stack", idContext_.size());
+  std::cout << line.data() << std::endl;
 }
 
 void BitstreamWorkerStateChecker::_validateAndTransitionState(EBitstreamWorkerCall call) const {
@@ -81,14 +85,12 @@ const FIMessageTree& BitstreamWorkerStateChecker::treeFor(EBitstreamWorkerCall c
 }
 
 FIHandler& BitstreamWorkerStateChecker::handlerForStart(EBitstreamWorkerCall call, int id) {
-  _validateAndTransitionState(call);
-  idContext_.push_back(std::make_unique<IDInfo>(id));
+  open(call, std::make_unique<IDInfo>(id));
   return handlerNow();
 }
 
 FIHandler& BitstreamWorkerStateChecker::handlerForStart(EBitstreamWorkerCall call, oxr::UnitView name) {
-  _validateAndTransitionState(call);
-  idContext_.push_back(std::make_unique<IDInfo>(name));
+  open(call, std::make_unique<IDInfo>(name));
   return handlerNow();
 }
 
@@ -102,6 +104,17 @@ FIHandler& BitstreamWorkerStateChecker::handlerForEnd(EBitstreamWorkerCall call,
   _validateAndTransitionState(call);
   pop(!idContext_.empty() && idContext_.back()->isNamed(name));
   return handlerNow();
+}
+
+// The entry gets its place first: a start that finds no memory for it has not been taken, and can be told again.
+void BitstreamWorkerStateChecker::open(EBitstreamWorkerCall call, std::unique_ptr<IDInfo> entry) {
+  idContext_.push_back(std::move(entry));
+  try {
+    _validateAndTransitionState(call);
+  } catch (...) {
+    idContext_.pop_back();
+    throw;
+  }
 }
 
 // Closes the newest entry if it is the one that an end names; else leaves it open and raises.
