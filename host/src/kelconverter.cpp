@@ -150,7 +150,9 @@ namespace {
 
 // Of the cache. A child that forks finds it free.
 constinit std::mutex cacheMutex;
-[[maybe_unused]] const bool cacheIsHeld = oxr::holdOverForks<cacheMutex>();
+[[gnu::constructor(oxr::kNotedFirst)]] void holdCacheOverForks() {
+  oxr::holdOverForks<cacheMutex>();
+}
 
 }  // namespace
 

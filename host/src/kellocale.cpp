@@ -5,6 +5,7 @@
 
 #include <mutex>
 
+#include "kelforkhold.hpp"
 #include "kelmemory.hpp"
 #include "kelwstringconvertor.hpp"
 
@@ -27,6 +28,7 @@ icu::UnicodeString decimalPointOf(const icu::Locale& locale) {
 
 void KelLocale::initialiseExtendedInformation() {
   constinit static std::once_flag once;
+  const KelForkHold hold;
   std::call_once(once, [] {
     const icu::Locale locale = icu::Locale::getDefault();
     const icu::UnicodeString point = oxr::askTwice([&] { return decimalPointOf(locale); });

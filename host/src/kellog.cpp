@@ -26,7 +26,9 @@ namespace oxr {
 namespace {
 
 constinit std::mutex logMutex;
-[[maybe_unused]] const bool logIsHeld = holdOverForks<logMutex>();
+[[gnu::constructor(kNotedFirst)]] void holdLogOverForks() {
+  holdOverForks<logMutex>();
+}
 
 // Null until the first record: then the host's own. The lock is held.
 std::shared_ptr<LogSink>& sinkInForce() {

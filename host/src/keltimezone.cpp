@@ -16,8 +16,8 @@
 #include <utility>
 
 #include "heldoverforks.hpp"
+#include "kelforkhold.hpp"
 #include "kelmemory.hpp"
-#include "kelneverdestroyed.hpp"
 #include "kelwstringconvertor.hpp"
 #include "timefailures.hpp"
 
@@ -52,10 +52,6 @@ std::unique_ptr<icu::BasicTimeZone> asBasic(std::unique_ptr<icu::TimeZone> zone)
   if (dynamic_cast<icu::BasicTimeZone*>(zone.get()) == nullptr) return nullptr;
   return std::unique_ptr<icu::BasicTimeZone>(static_cast<icu::BasicTimeZone*>(zone.release()));
 }
-
-// Of ICU while it looks a zone up: it has locks of its own then, and would not find them free after a fork.
-constinit std::mutex openingMutex;
-[[maybe_unused]] const bool openingIsHeld = oxr::holdOverForks<openingMutex>();
 
 // ICU's zone of an ID; null for one that it does not know, which is also what ICU says where it has no memory.
 std::unique_ptr<icu::BasicTimeZone> openZone(UnitView id) {
@@ -115,7 +111,9 @@ KelWstring idOfOffset(int seconds) {
 }
 
 constinit std::shared_mutex cacheMutex;
-[[maybe_unused]] const bool cacheIsHeld = oxr::holdOverForks<cacheMutex>();
+[[gnu::constructor(oxr::kNotedFirst)]] void holdCacheOverForks() {
+  oxr::holdOverForks<cacheMutex>();
+}
 
 }  // namespace
 
@@ -125,8 +123,7 @@ constinit std::shared_mutex cacheMutex;
 class KelTimeZone::Cache {
  public:
   static Cache& get() {
-    static NeverDestroyed<Cache> cache;
-    return cache.get();
+    return madeOnce<[] { return Cache(); }>();
   }
 
   // The zone of an ID; null for one that ICU does not know.
@@ -136,8 +133,15 @@ class KelTimeZone::Cache {
       const auto found = zones_.find(keyOf(id));
       if (found != zones_.end()) return found->second.get();
     }
-    std::unique_ptr<const KelTimeZone> zone = open(id);
-    if (zone == nullptr) return nullptr;
+    const KelForkHold hold;
+    return open(id);
+  }
+
+  // Asks ICU, which makes a part of a zone when it is first asked about it. The process must not fork meanwhile.
+  const KelTimeZone* open(const KelWstring& id) {
+    std::unique_ptr<icu::BasicTimeZone> opened = openZone(id.view());
+    if (opened == nullptr) return nullptr;
+    std::unique_ptr<const KelTimeZone> zone(new KelTimeZone(std::move(opened)));
     std::u16string key = keyOf(zone->getID());
     const std::unique_lock lock(cacheMutex);
     // The zone that is there already stays: others may point at it.
@@ -151,13 +155,6 @@ class KelTimeZone::Cache {
   }
 
  private:
-  // ICU makes a part of a zone when it is first asked about it.
-  static std::unique_ptr<const KelTimeZone> open(const KelWstring& id) {
-    const std::lock_guard lock(openingMutex);
-    std::unique_ptr<icu::BasicTimeZone> opened = openZone(id.view());
-    return std::unique_ptr<const KelTimeZone>(opened == nullptr ? nullptr : new KelTimeZone(std::move(opened)));
-  }
-
   static std::u16string keyOf(const KelWstring& id) { return {toIcu(id.characters()), id.length()}; }
 
   std::unordered_map<std::u16string, std::unique_ptr<const KelTimeZone>> zones_;
@@ -173,14 +170,15 @@ KelTimeZone::~KelTimeZone() = default;
 
 // TZ may name a rule that no ID stands for, such as a file or "XYZ-3": then ICU's zone itself is kept.
 const KelTimeZone* KelTimeZone::createDefault(KelThreadContext*) {
-  static const KelTimeZone* const zone = [] {
+  Cache::get();  // while there is no hold yet
+  return madeOnce<[] {
+    Cache& zones = Cache::get();
     std::unique_ptr<icu::BasicTimeZone> found = openDefaultZone();
-    if (found == nullptr) return ofOffset(0);
-    const KelTimeZone* const known = Cache::get().find(wide(idOf(*found)));
+    if (found == nullptr) return zones.open(idOfOffset(0));
+    const KelTimeZone* const known = zones.open(wide(idOf(*found)));
     if (known != nullptr && known->zone_->hasSameRules(*found)) return known;
     return static_cast<const KelTimeZone*>(new KelTimeZone(std::move(found)));  // stays to the end of the process
-  }();
-  return zone;
+  }>();
 }
 
 const KelTimeZone* KelTimeZone::createTimeZone(const KelWstring& id, KelThreadContext*) {

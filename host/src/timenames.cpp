@@ -16,8 +16,8 @@
 #include <vector>
 
 #include "calendar.hpp"
+#include "kelforkhold.hpp"
 #include "kelmemory.hpp"
-#include "kelneverdestroyed.hpp"
 #include "kelperthread.hpp"
 #include "kelwstringconvertor.hpp"
 #include "timefailures.hpp"
@@ -106,8 +106,7 @@ class NameTable {
   }
 
   static const NameTable& get() {
-    static NeverDestroyed<NameTable> table;
-    return table.get();
+    return madeOnce<[] { return NameTable(); }>();
   }
 
  private:
@@ -147,10 +146,10 @@ class NameTable {
   std::array<std::array<Names, 4>, kValueKinds - kNumberKinds> names_;
 };
 
-// ICU's zone texts, one object a thread: it keeps what it looked up.
+// ICU's zone texts, one object a thread: it keeps what it looked up. It takes a lock for each name.
 const icu::TimeZoneFormat& zoneFormat() {
-  static PerThread<icu::TimeZoneFormat> formats;
-  return formats.get([] {
+  return madeOnce<[] { return PerThread<icu::TimeZoneFormat>(); }>().get([] {
+    const KelForkHold hold;
     UErrorCode status = U_ZERO_ERROR;
     std::unique_ptr<icu::TimeZoneFormat> made(icu::TimeZoneFormat::createInstance(icu::Locale::getDefault(), status));
     requireIcu(status);
@@ -165,8 +164,10 @@ UTimeZoneFormatStyle styleOf(NameWidth width) {
 
 // The calendar of the thread, cleared, with the rule of weeks set.
 icu::GregorianCalendar& weekCalendar(const WeekRule& rule) {
-  static PerThread<icu::GregorianCalendar> calendars;
-  icu::GregorianCalendar& calendar = calendars.get(makeCalendar);
+  icu::GregorianCalendar& calendar = madeOnce<[] { return PerThread<icu::GregorianCalendar>(); }>().get([] {
+    const KelForkHold hold;
+    return makeCalendar();
+  });
   calendar.clear();
   calendar.setFirstDayOfWeek(static_cast<UCalendarDaysOfWeek>(rule.firstDay + UCAL_SUNDAY));
   calendar.setMinimalDaysInFirstWeek(static_cast<std::uint8_t>(rule.minimalDays));
@@ -207,7 +208,9 @@ std::optional<NameMatch> matchName(TimeKind kind, NameWidth width, UnitView text
 
 std::u16string zoneNameAt(const KelTimeZone& zone, NameWidth width, std::int64_t instant) {
   icu::UnicodeString name;
-  zoneFormat().format(styleOf(width), zone.icuZone(), static_cast<double>(instant) * 1000, name);
+  const icu::TimeZoneFormat& format = zoneFormat();
+  const KelForkHold hold;
+  format.format(styleOf(width), zone.icuZone(), static_cast<double>(instant) * 1000, name);
   if (requireMemory(name).isEmpty()) throw std::bad_alloc();  // a zone without a name shows its offset
   return {name.getBuffer(), static_cast<std::size_t>(name.length())};
 }
@@ -221,13 +224,24 @@ std::u16string localizedOffset(int seconds) {
   return {text.getBuffer(), static_cast<std::size_t>(text.length())};
 }
 
+namespace {
+
+std::unique_ptr<const icu::TimeZone> parseZone(UTimeZoneFormatStyle style, const icu::UnicodeString& text,
+                                               icu::ParsePosition& position, UTimeZoneFormatTimeType& type) {
+  const icu::TimeZoneFormat& format = zoneFormat();
+  const KelForkHold hold;
+  return std::unique_ptr<const icu::TimeZone>(format.parse(style, text, position, &type));
+}
+
+}  // namespace
+
 std::optional<ZoneMatch> matchZone(NameWidth width, UnitView text) {
   const icu::UnicodeString units = aliasOf(text);
   std::optional<ZoneMatch> best;
   for (const UTimeZoneFormatStyle style : {styleOf(width), UTZFMT_STYLE_ZONE_ID}) {
     icu::ParsePosition position(0);
     UTimeZoneFormatTimeType type = UTZFMT_TIME_TYPE_UNKNOWN;
-    const std::unique_ptr<icu::TimeZone> zone(zoneFormat().parse(style, units, position, &type));
+    const auto zone = parseZone(style, units, position, type);
     const auto length = static_cast<std::size_t>(position.getIndex());
     if (zone == nullptr || length == 0 || (best && length <= best->length)) continue;
     icu::UnicodeString id;
@@ -263,14 +277,13 @@ std::optional<OffsetMatch> matchLocalizedOffset(UnitView text) {
 }
 
 WeekRule weekRuleOf(UnitView firstDayName, int minimalDays) {
-  static const WeekRule ofLocale = [] {
+  WeekRule rule = madeOnce<[] {
     const auto calendar = makeCalendar();
     UErrorCode status = U_ZERO_ERROR;
     const int first = calendar->getFirstDayOfWeek(status) - UCAL_SUNDAY;
     requireIcu(status);
     return WeekRule{first, calendar->getMinimalDaysInFirstWeek()};
-  }();
-  WeekRule rule = ofLocale;
+  }>();
   for (std::size_t day = 0; day < kDaysOfWeek.size(); ++day)
     if (isText(firstDayName, kDaysOfWeek[day])) rule.firstDay = static_cast<int>(day);
   if (minimalDays >= 1 && minimalDays <= 7) rule.minimalDays = minimalDays;

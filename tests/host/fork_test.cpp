@@ -2,10 +2,12 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cmath>
 #include <cstdlib>
 #include <thread>
 #include <vector>
 
+#include "harness/converter.hpp"
 #include "harness/newprocess.hpp"
 #include "harness/text.hpp"
 #include "host/process.hpp"
@@ -28,6 +30,20 @@ bool useTheHost(std::size_t round) {
   return page->converter() != nullptr && zone != nullptr;
 }
 
+// Numbers and a date-time that a converter reads and writes for the first time, by ICU.
+bool useTheLibrary() {
+  DataCnv converter = converterFor(930);
+  KelWstring infinite, small;
+  converter.doubleToUString(HUGE_VAL, infinite, false);
+  converter.doubleToUString(0.1, small, true);
+  const double read = converter.PWFStringTodouble(u"-1.25E2"_k);
+  const KelWstring pattern = u"EEEE, d MMMM yyyy HH:mm ww zzzz"_k,
+                   text = u"Saturday, 3 February 2001 04:05 05 GMT+01:00"_k;
+  const PWFDateTime time = converter.StrToDateTime(text.characters(), pattern.characters(), -1);
+  const PWFData written = converter.StrFromDateTime(time, pattern.characters(), nullptr);
+  return infinite == u"INF"_k && small == u"1.E-1"_k && read == -125 && text == KelWstring(written.getStringValue());
+}
+
 // A child of a process whose other threads are in the middle of something: 0 if it could do the same, else the number
 // of the signal that ended it, or 1.
 int fork(std::size_t round) {
@@ -36,7 +52,7 @@ int fork(std::size_t round) {
     ::alarm(20);  // ends one that waits for a lock that nobody holds
     bool isRight = true;
     for (std::size_t i = 0; i < std::size(kPages); ++i)
-      isRight = useTheHost(round + i) && isRight;
+      isRight = useTheHost(round + i) && useTheLibrary() && isRight;
     ::_exit(isRight ? 0 : 1);
   }
   int status = 0;
@@ -61,7 +77,7 @@ TEST_F(Forks, LeaveChildrenThatWorkWhileOtherThreadsAreAtWork) {
       for (std::size_t t = 0; t < 6; ++t)
         threads.emplace_back([&isOver, t] {
           for (std::size_t round = 5 * t; !isOver; ++round)
-            EXPECT_TRUE(useTheHost(round));
+            EXPECT_TRUE(useTheHost(round) && useTheLibrary());
         });
       for (std::size_t round = 0; round < 20; ++round)
         EXPECT_EQ(fork(round), 0);

@@ -9,6 +9,7 @@
 #include "codepage/utf16form.hpp"
 #include "codepage/utf8form.hpp"
 #include "cpunicodeconverter.hpp"
+#include "kelforkhold.hpp"
 
 namespace oxr {
 
@@ -155,7 +156,7 @@ struct CodePage {
 };
 
 // Keeps what a converter holds on its way to Unicode (shift state, byte order, half characters) over an operation that
-// must not change it.
+// must not change it. ICU takes a lock to make a converter and one to close it.
 //
 // Example:
 //   CodePage::KeptState kept(converter, isPeek);
@@ -167,6 +168,7 @@ class CodePage::KeptState {
   KeptState(CPUnicodeConverter& page, bool keep) : page_(page), heldUnitsBack_(page.holdsUnitsBack) {
     if (!keep) return;
     UErrorCode status = U_ZERO_ERROR;
+    const KelForkHold hold;
     saved_.adoptInstead(ucnv_clone(page.converter.getAlias(), &status));
     if (saved_.isNull()) throw std::bad_alloc();  // unreached: but without memory
   }
@@ -175,11 +177,16 @@ class CodePage::KeptState {
   // Puts the kept state back.
   ~KeptState() {
     if (saved_.isNull()) return;
+    const KelForkHold hold;
     page_.converter.adoptInstead(saved_.orphan());
     page_.holdsUnitsBack = heldUnitsBack_;
   }
   // Gives up the kept state: the present one stays.
-  void drop() { saved_.adoptInstead(nullptr); }
+  void drop() {
+    if (saved_.isNull()) return;
+    const KelForkHold hold;
+    saved_.adoptInstead(nullptr);
+  }
 
  private:
   CPUnicodeConverter& page_;

@@ -12,6 +12,7 @@
 
 #include "codepage/codepage.hpp"
 #include "kelconverter.hpp"
+#include "kelforkhold.hpp"
 #include "support/scratch.hpp"
 #include "support/support.hpp"
 #include "support/validrange.hpp"
@@ -43,6 +44,7 @@ void substituteAllButTruncation(const void* context, UConverterToUnicodeArgs* ar
 UConverter* cloneInto(char* buffer, int& size, const UConverter* shared, UErrorCode& status) {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+  const KelForkHold hold;
   return ucnv_safeClone(shared, buffer, &size, &status);
 #pragma GCC diagnostic pop
 }
@@ -130,6 +132,7 @@ bool CodePage::readAnyFast(const CPUnicodeConverter& page, KelWstring& target, s
 }
 
 CPUnicodeConverter::~CPUnicodeConverter() {
+  const KelForkHold hold;
   converter.adoptInstead(nullptr);  // while the buffer that it lies in is still there
 }
 

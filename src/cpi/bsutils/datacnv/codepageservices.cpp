@@ -16,6 +16,7 @@
 #include "datacnv/parts.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
+#include "kelforkhold.hpp"
 #include "kelmemory.hpp"
 #include "support/scratch.hpp"
 #include "support/support.hpp"
@@ -184,27 +185,37 @@ PWFData DataCnv::RawCharsToPWFData(const char* bytes, int size) {
 
 icu::DecimalFormat* DataCnv::getDecimalFormatter() {
   if (decFormatter != nullptr) return decFormatter.get();  // without a lock
-  // The mutexes are always taken in this order, the object's and then the one of the process.
-  const KelMutex::Mutex lock(decFormatterMutex);
-  icu::DecimalFormat* shared = _global_decFormatter.load(std::memory_order_acquire);
-  if (shared == nullptr) {
-    const KelMutex::Mutex writeLock(_global_decFormatterWriteMutex);
-    shared = _global_decFormatter.load(std::memory_order_relaxed);
+  UErrorCode status = U_ZERO_ERROR;
+  {
+    // Always in this order: no fork, the object's mutex and then the one of the process.
+    const KelForkHold hold;
+    const KelMutex::Mutex lock(decFormatterMutex);
+    icu::DecimalFormat* shared = _global_decFormatter.load(std::memory_order_acquire);
     if (shared == nullptr) {
-      UErrorCode status = U_ZERO_ERROR;
-      std::unique_ptr<icu::DecimalFormat> made = makeFormatter(status);
-      if (made == nullptr)
-        raise<KelRecoverableException>(untracedSite(nullptr, "DataCnv::getDecimalFormatter", kDataCnvHeaderPath),
-                                       failures::kDecimalFormatter, failures::kDecimalFormatter.text,
-                                       static_cast<int>(status));
-      _exponentSymbol = made->getDecimalFormatSymbols()->getConstSymbol(icu::DecimalFormatSymbols::kExponentialSymbol);
-      _otherCaseExponentSymbol = otherCase(_exponentSymbol);
-      _symbolsAreAscii = hasAsciiSymbols(*made->getDecimalFormatSymbols());
-      shared = made.release();
-      // This store is the last, and a release: who sees the formatter sees its symbols, and never one half set up.
-      _global_decFormatter.store(shared, std::memory_order_release);
+      const KelMutex::Mutex writeLock(_global_decFormatterWriteMutex);
+      shared = _global_decFormatter.load(std::memory_order_relaxed);
+      if (shared == nullptr) {
+        std::unique_ptr<icu::DecimalFormat> made = makeFormatter(status);
+        if (made != nullptr) {
+          const Symbols& symbols = *made->getDecimalFormatSymbols();
+          _exponentSymbol = symbols.getConstSymbol(Symbols::kExponentialSymbol);
+          _otherCaseExponentSymbol = otherCase(_exponentSymbol);
+          _symbolsAreAscii = hasAsciiSymbols(symbols);
+          shared = made.release();
+          // This store is the last, and a release: who sees the formatter sees its symbols, and never one half set up.
+          _global_decFormatter.store(shared, std::memory_order_release);
+        }
+      }
+    }
+    if (shared != nullptr) {
+      std::unique_ptr<icu::DecimalFormat> clone = cloneWhole(*shared);
+      readFirstNumber(*clone);
+      decFormatter = std::move(clone);
     }
   }
-  decFormatter = cloneWhole(*shared);
+  if (decFormatter == nullptr)
+    raise<KelRecoverableException>(untracedSite(nullptr, "DataCnv::getDecimalFormatter", kDataCnvHeaderPath),
+                                   failures::kDecimalFormatter, failures::kDecimalFormatter.text,
+                                   static_cast<int>(status));
   return decFormatter.get();
 }

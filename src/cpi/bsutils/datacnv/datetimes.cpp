@@ -6,6 +6,7 @@
 #include "datacnv/parts.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
+#include "kelforkhold.hpp"
 #include "pwffrmtr.hpp"
 #include "support/support.hpp"
 
@@ -17,12 +18,13 @@ constexpr int kTerminated = -1;  // the length of a text that is zero-terminated
 
 // The pattern for the fields that are set; null where there is none for them.
 const unsigned short* standardPattern(const PWFDateTime& value) {
-  static const KelWstring fineTimestampPattern = DataCnv::TIMESTAMP_PATTERN + DataCnv::MILLISEC_PATTERN;
   using core::isSet;
   const bool hasDate = isSet(value._year) && isSet(value._month) && isSet(value._day);
   const bool hasTime = isSet(value._hour) && isSet(value._minute) && isSet(value._second);
-  if (hasDate && hasTime)
-    return (isSet(value._subsecond) ? fineTimestampPattern : DataCnv::TIMESTAMP_PATTERN).characters();
+  if (hasDate && hasTime) {
+    const KelWstring& fine = madeOnce<[] { return DataCnv::TIMESTAMP_PATTERN + DataCnv::MILLISEC_PATTERN; }>();
+    return (isSet(value._subsecond) ? fine : DataCnv::TIMESTAMP_PATTERN).characters();
+  }
   if (hasDate) return DataCnv::DATE_PATTERN.characters();
   return hasTime ? DataCnv::TIME_PATTERN.characters() : nullptr;
 }

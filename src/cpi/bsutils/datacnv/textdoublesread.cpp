@@ -12,6 +12,7 @@
 #include "datacnv/parts.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
+#include "kelforkhold.hpp"
 #include "kelmemory.hpp"
 #include "support/scratch.hpp"
 #include "support/support.hpp"
@@ -64,12 +65,11 @@ bool readByIcu(const icu::DecimalFormat& formatter, const icu::UnicodeString& te
 // The process may have any locale, and change it. A number that was written with "." is read with "." all the same:
 // NumbersFromText.LocalesChangeNothing.
 locale_t plainLocale() {
-  static const locale_t locale = [] {
+  return madeOnce<[] {
     const locale_t made = newlocale(LC_ALL_MASK, "C", nullptr);
     if (made == nullptr) throw std::bad_alloc();
     return made;
-  }();
-  return locale;
+  }>();
 }
 
 // Appends the text's UTF-8 form at `target`, which moves on.

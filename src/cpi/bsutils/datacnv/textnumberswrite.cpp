@@ -21,6 +21,7 @@
 #include "datacnv/textedit.hpp"
 #include "datacnv/textfield.hpp"
 #include "dataconv.hpp"
+#include "kelforkhold.hpp"
 #include "kelutility.hpp"
 #include "support/fastway.hpp"
 #include "support/scratch.hpp"
@@ -60,6 +61,7 @@ constexpr int kAllPlaces = std::numeric_limits<double>::max_digits10 - std::nume
 
 // A formatter for one of the two notations, made from the object's own.
 std::unique_ptr<icu::DecimalFormat> makeNotation(const icu::DecimalFormat& formatter, bool exponential) {
+  const KelForkHold hold;
   std::unique_ptr<icu::DecimalFormat> made = cloneWhole(formatter);
   made->setMinimumIntegerDigits(1);
   made->setScientificNotation(exponential);
@@ -67,6 +69,7 @@ std::unique_ptr<icu::DecimalFormat> makeNotation(const icu::DecimalFormat& forma
   if (exponential) made->setExponentSignAlwaysShown(true);
   made->setMaximumFractionDigits(kAllPlaces);
   requireWhole(*made);
+  writeFirstNumbers(*made);
   return made;
 }
 

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "core/datetimefields.hpp"
+#include "kelforkhold.hpp"
 #include "keltimestampformatter.hpp"
 #include "kelwstringconvertor.hpp"
 #include "pwffrmtr.hpp"
@@ -22,10 +23,9 @@ constexpr long kMostMilliseconds = std::numeric_limits<long>::max() / kMicroseco
 
 // The pattern of an epoch, told by its length; null for none.
 const KelTimeStampPattern* epochPattern(std::size_t length) {
-  static const KelTimeStampPattern spaced(convertString(L"yyyy-MM-dd'T'HH:mm ZZZ"));
-  static const KelTimeStampPattern unspaced(convertString(L"yyyy-MM-dd'T'HH:mmZZZ"));
-  if (length == 23) return &spaced;
-  return length == 22 ? &unspaced : nullptr;
+  if (length == 23) return &madeOnce<[] { return KelTimeStampPattern(convertString(L"yyyy-MM-dd'T'HH:mm ZZZ")); }>();
+  if (length == 22) return &madeOnce<[] { return KelTimeStampPattern(convertString(L"yyyy-MM-dd'T'HH:mmZZZ")); }>();
+  return nullptr;
 }
 
 // An epoch as a failure shows it.
