@@ -43,6 +43,7 @@ constexpr IcuFault kFaults[] = {
     {IcuFault::loses, "TimeZone::createDefault", "takes a zone without rules for the process's, which is kept beside"},
     {IcuFault::loses, "TimeZone::createTimeZone", "goes on without what a zone's ID stands for"},
     {IcuFault::leaks, "DecimalFormatSymbols::DecimalFormatSymbols", "what was half made stays"},
+    {IcuFault::leaks, "DecimalFormat::format", "what was half made stays"},
     {IcuFault::leaks, "TimeZone::createTimeZone", "what was half made stays"},
     {IcuFault::leaks, "TimeZone::createDefault", "what was half made stays"},
     {IcuFault::leaks, "OlsonTimeZone::getNextTransition", "what was half made stays"},
