@@ -40,6 +40,7 @@ const struct {
     {kPair, "<00090000><00060000>A1", "bdw",
      "| #1 at byte 4: its header asks for 2 bytes, but its block has only 1 left", 2},
     {kPair, "<00040000>", "bdw", "| #1 at byte 0: its block's header gives a length of 4: it has no record*", 2},
+    {kPair, "<0010>", "bdw", "| #1 at byte 0: the input ends within its block's header", 2},
     {kPair, "<000A0001><00060000>A1", "bdw", "| #1 at byte 0: there is no block header: bytes 3 and 4 of one are zero",
      2},
     {kPair, "<00100000><00060000>A1", "bdw", "{A:A,N:1} | #2 at byte 10: the input ends within its record header", 2},
@@ -49,6 +50,8 @@ const struct {
     {kWide, "<00090000><00050100>A<000A0000><00060300>BC<00110000><00050300>D<00080200>1234", "spanned",
      "{A:ABCD,B:1234}"},
     {kPair, "<00090000><00050100>B", "spanned", "| #1 at byte 4: the input ends before its last segment", 2},
+    {kPair, "<0009000000050900>B", "spanned",
+     "| #1 at byte 4: there is no record header: byte 3 of one is 0 to 3, byte 4 zero", 2},
     {kPair, "<00090000><00050200>B", "spanned", "| #1 at byte 4: it begins with a later segment of a record", 2},
     {kPair, "<00090000><00050100>B<000A0000><00060000>C3", "spanned",
      "| #1 at byte 4: another one begins before its last segment*", 2},
@@ -59,6 +62,11 @@ const struct {
     {kWide, "<C1C215C325>", "lines --ccsid 37", "{A:AB,B:} {A:C,B:}"},
     {"05 N PIC 9. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N.", "2ab<0A>0<0A>2a<0A>", "lines",
      "{N:2,A:[a,b]} {N:0,A:[]} {N:2,A:[a,]}"},
+    // Records that tell their own length: one of no kind tells none.
+    {"05 N PIC 9. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N.", "1a03abc", "auto",
+     "{N:1,A:[a]} {N:0,A:[]} {N:3,A:[a,b,c]} | records without headers, as long as their counts say (--records fixed)"},
+    {"01 R. 05 N PIC 9. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N.", "1a03abc", "fixed --when N=1:R",
+     "{N:1,A:[a]} | #2 at byte 2: no condition (--when) tells what it is, so the next record cannot be found", 2},
     {kPair, "<4100310A>", "lines --ccsid 1200", "oxrrec: CCSID 1200 has no lines: its characters take several bytes",
      2},
     // Headers, trailers and ranges of the file. Places count from its start.
@@ -68,6 +76,8 @@ const struct {
     {kPair, "A1B2CxD4", "fixed --range 2-6 --first-record 2", "{A:B,N:2} | #3, byte 5, N: *", 1},
     {kPair, "HHA1B2T", "fixed --skip-header 2 --skip-trailer 1 --range 4-7", "{A:B,N:2}"},
     {kPair, "A1", "fixed --skip-header 3", "oxrrec: standard input has only 2 bytes, but its header asks for 3", 2},
+    {kPair, "A1", "fixed --skip-header 1 --skip-trailer 2",
+     "oxrrec: standard input has only 2 bytes, but its header with its trailer asks for 3", 2},
     {kPair, "A1", "fixed --range 0-3", "oxrrec: standard input has only 2 bytes, but the range asks for 3", 2},
     {kPair, "A1", "fixed --range 3-0", "oxrrec: --range: '3-0' is no range of bytes such as 1000-2000*", 2},
 };
@@ -118,6 +128,9 @@ TEST(Framing, IsFoundOutAndSuggested) {
       {{Framing::spanned}, "blocks of records that go on * (--records spanned)", "bdw"},
       {{Framing::length2}, "* (--records length2)", "fixed"},
       {{Framing::length2Little}, "* (--records length2-le)", "bdw"},
+      {{Framing::length2Little, true},
+       "*, which counts itself, 10 of * (--records length2-le --length-includes-header yes)",
+       "rdw"},
       {{Framing::length4}, "* (--records length4)", "length4-le"},
       {{Framing::length4Little}, "* (--records length4-le)", "rdw"},
       {{Framing::lines}, "lines of text, 10 of * (--records lines)", "fixed"},
@@ -189,6 +202,11 @@ TEST(Framing, IsNotGuessed) {
   }
 }
 
+TEST(Framing, LooksForALineEndForAWhile) {
+  EXPECT_EQ(decodeBytes(kPair, std::string((1U << 24) + 1, 'x'), "--records lines --ccsid 819").messages,
+            "oxrrec: standard input: record 1 at byte 0: its line does not end within 16777216 bytes\n");
+}
+
 // A pipe is read like a file.
 TEST(Framing, ReadsAWindowOfAPipe) {
   const auto pipe = [](const std::string& text, const InputWindow& window) {
@@ -208,6 +226,7 @@ TEST(Framing, ReadsAWindowOfAPipe) {
   };
   EXPECT_EQ(replaced(pipe("HHabcdefghTTTTTT", {2, 6, std::nullopt}), "|", ""), "abcdefgh");
   EXPECT_EQ(replaced(pipe("HHabcdefghTTTTTT", {2, 6, InputWindow::Range{4, 7}}), "|", ""), "cde");
+  EXPECT_EQ(replaced(pipe("HHabcdefghTTTTTT", {2, 6, InputWindow::Range{4, ~std::uint64_t{0}}}), "|", ""), "cdefgh");
   EXPECT_THROW(pipe("abc", {0, 4, std::nullopt}), ToolError);
   EXPECT_THROW(pipe("abc", {4, 0, std::nullopt}), ToolError);
 }

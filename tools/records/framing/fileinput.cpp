@@ -75,8 +75,9 @@ void FileInput::windowOnFile(const InputWindow& window, std::uint64_t fileSize) 
 void FileInput::windowOnPipe(const InputWindow& window) {
   passOver(origin_.bytes);
   heldBack_ = window.skipTrailer;
-  left_ = window.range ? window.range->end - std::min(window.range->end, origin_.bytes) + heldBack_
-                       : std::numeric_limits<std::uint64_t>::max();
+  constexpr std::uint64_t kAll = std::numeric_limits<std::uint64_t>::max();
+  const std::uint64_t wanted = window.range ? window.range->end - std::min(window.range->end, origin_.bytes) : kAll;
+  left_ = std::min(wanted, kAll - heldBack_) + heldBack_;
 }
 
 void FileInput::passOver(std::uint64_t bytes) {
