@@ -59,6 +59,7 @@ TEST_F(JsonReading, MakesATreeOfALine) {
       read("{\"A\":\"" + seventeen + "\\n\",\"\xC3\x9C\":\"\\ud83d\\ude00\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\"}"),
       "{A='" + seventeen + "\n \xC3\x9C='\xF0\x9F\x98\x80\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80}");
   EXPECT_EQ(read("{}"), "{}");
+  EXPECT_EQ(read("{\"A\\u0000\":1}"), "{A\uFFFD=1}");
 }
 
 TEST_F(JsonReading, PassesOverHiddenNodesAndWalksBack) {

@@ -128,7 +128,11 @@ JsonNames::JsonNames(const std::vector<unsigned short>& names) {
 std::uint32_t JsonNames::find(std::uint32_t container, std::uint32_t previous, std::string_view text) {
   if (const auto known = byText_.find(text); known != byText_.end())
     return next_[slot(container, previous)] = known->second;
-  foreign_.push_back(fromUtf8(text));
+  // Names end with a zero: one within a name would make another name of it.
+  std::string name(text);
+  for (std::size_t at = 0; (at = name.find('\0', at)) != std::string::npos;)
+    name.replace(at, 1, "\uFFFD");
+  foreign_.push_back(fromUtf8(name));
   return kForeign + static_cast<std::uint32_t>(foreign_.size() - 1);
 }
 
