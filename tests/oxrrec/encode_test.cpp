@@ -124,6 +124,17 @@ TEST(Encode, TellsWhatDoesNotFit) {
       {"PIC 9 OCCURS 2", R"("A":[1,2,3])", "A(2): more than the 2 elements that it has room for"},
       {"PIC 9 OCCURS 2", R"("A":[1,"x"])", "A(2): \"x\" is no number"},
       {"PIC 9 OCCURS 2", R"("A":1)", "A: an array is wanted, as in [...]"},
+      {"PIC 9 OCCURS 2", R"("A":{"B":1,"C":2})", "A: an array is wanted, as in [...]"},
+      {"PIC 9 OCCURS 2", R"("A":[1,[2]])", "A(2): a value is wanted, not an object or an array"},
+      {"COMP-1", R"("A":true)", "A: a number is wanted"},
+      {"COMP-2", R"("A":1e999)", "A: 1e999 is too large or too small for a float"},
+      {"COMP-2", R"("A":1e80)", "A: the number is too large or too small for the field's float"},
+      {"PIC 9(38) COMP", R"("A":340282366920938463463374607431768211456)",
+       "A: 340282366920938463463374607431768211456 is too large for the field's 16 bytes"},
+      {"PIC 9(38) COMP", R"("A":999999999999999999999999999999999999999)",
+       "A: 999999999999999999999999999999999999999 is too large for the field's 16 bytes"},
+      {"PIC N(2)", R"("A":"abc")", "A: the text has 3 characters, more than the field's 4 bytes have room for"},
+      {"PIC G(2)", R"("A":"a")", "A: the text has characters that take one byte in code page 819"},
   };
   for (const Case& row : kCases) {
     const Outcome outcome = encodeLines("01 R. 05 A " + std::string(row.field) + ". " + kRest,
@@ -132,15 +143,27 @@ TEST(Encode, TellsWhatDoesNotFit) {
     EXPECT_EQ(outcome.messages, "oxrrec: standard input: line 1, " + std::string(row.told) + '\n');
     EXPECT_EQ(outcome.lines, "");
   }
-  const auto told = [&](const char* line) { return encodeLines("01 R. " + std::string(kRest), line).messages; };
-  EXPECT_EQ(told(R"({"C":2,"G":[{"X":"a"}]})"), "oxrrec: standard input: line 1, G: 1 element, but C is 2\n");
-  EXPECT_EQ(told(R"({"C":2,"G":[{"X":"a"},{"X":"abc"}]})"),
-            "oxrrec: standard input: line 1, G(2).X: the text has 3 characters, more than the field's 2 bytes\n");
-  EXPECT_EQ(told(R"({"C":3,"G":[{"X":"a"},{"X":"b"},{"X":"c"}]})"),
-            "oxrrec: standard input: line 1, G(2): more than the 2 elements that it has room for\n");
-  EXPECT_EQ(told("{\"C\":0,\n"),
-            "oxrrec: standard input: line 1, column 1: no JSON: a quote, a comma, a colon or a "
-            "bracket is missing or too many\n");
+  constexpr const char* kLines[][2] = {
+      {R"({"C":2,"G":[{"X":"a"}]})", "G: 1 element, but C is 2"},
+      {R"({"C":2,"G":[{"X":"a"},{"X":"abc"}]})", "G(2).X: the text has 3 characters, more than the field's 2 bytes"},
+      {R"({"C":3,"G":[{"X":"a"},{"X":"b"},{"X":"c"}]})", "G(2): more than the 2 elements that it has room for"},
+      {R"({"C":1,"G":[5]})", R"(G(1): an object is wanted, as in {"NAME": ...})"},
+      {R"({"C":1,"G":[[{"X":"a"}]]})", R"(G(1): an object is wanted, as in {"NAME": ...})"},
+      {R"({"C":1,"G":[null]})", "G(1): null cannot be stored"},
+      {R"({"C":1,"G":null})", "G: null cannot be stored"},
+      {"{\"C\":0,\n", "column 1: no JSON: a quote, a comma, a colon or a bracket is missing or too many"},
+  };
+  for (const auto& [line, why] : kLines)
+    EXPECT_EQ(encodeLines("01 R. " + std::string(kRest), line).messages,
+              "oxrrec: standard input: line 1, " + std::string(why) + '\n');
+  EXPECT_EQ(encodeLines("01 R. 05 C PIC 9. 05 G OCCURS 1 TO 2 DEPENDING C PIC X.", R"({"C":0,"G":[]})").messages,
+            "oxrrec: standard input: line 1, G: 0 elements, not within 1 and 2\n");
+  EXPECT_EQ(encodeLines("01 R. 05 C PIC 9. 05 G OCCURS 1 TO 2 DEPENDING C PIC X.", R"({"C":null,"G":["a"]})",
+                        "--blank-numbers null")
+                .messages,
+            "oxrrec: standard input: line 1, G: its count is not known\n");
+  EXPECT_EQ(encodeLines("01 R. 05 C PIC 9. 05 FILLER OCCURS 3 DEPENDING C PIC X.", R"({"C":9})").messages,
+            "oxrrec: standard input: line 1, FILLER: its count is not known, or not within 0 and 3\n");
 }
 
 TEST(Encode, LeavesOutLinesThatDoNotFit) {
@@ -277,6 +300,31 @@ TEST(Encode, EndsLinesAndFillsBlocksAsSaid) {
                     "<0009000000050300>c<0009000000050200>d"));
 }
 
+// What stands around records has no room for them, or could not be told from them.
+TEST(Encode, TellsWhatCannotBeFramed) {
+  static constexpr char kLong[] = "05 A PIC X(70000).";
+  static constexpr char kShort[] = "01 R. 05 A PIC X(2).";
+  constexpr struct {
+    const char* copybook;
+    const char* arguments;
+    const char* line;
+    const char* told;
+  } kCases[] = {
+      {kLong, "length2", R"({"A":""})", "it has 70000 bytes, its length in front has room for 65535"},
+      {kLong, "rdw", R"({"A":""})", "it has 70000 bytes, its length in front has room for 65531"},
+      {kLong, "bdw", R"({"A":""})", "it has 70000 bytes, its block has room for 32752"},
+      {kShort, "lines", R"({"A":"a\n"})", "it holds a line end, which a line cannot"},
+      {kShort, "lines", R"({"A":"a\r"})", "it holds a line end, which a line cannot"},
+      {kShort, "lines --ccsid 37", R"({"A":"\u0085a"})", "it holds a line end, which a line cannot"},
+      {kShort, "spanned --when A=x:R", R"({"RAW":""})", "it has no bytes"},
+  };
+  for (const auto& [copybook, arguments, line, told] : kCases) {
+    const Outcome outcome = encodeLines(copybook, line, std::string("--records ") + arguments);
+    EXPECT_EQ(outcome.messages, "oxrrec: standard input: line 1: record 1: " + std::string(told) + '\n') << arguments;
+    EXPECT_EQ(outcome.lines, "");
+  }
+}
+
 TEST(Encode, FillsWhatNobodyGives) {
   static constexpr char kCopybook[] =
       "01 R. 05 A PIC X. 05 FILLER PIC X(2). 05 FILLER PIC 9(4) COMP. 05 C PIC 9."
@@ -312,6 +360,11 @@ TEST(Verify, TellsDifferencesAndWhetherTheyCarryAValue) {
   EXPECT_EQ(verify("xx ab"),
             "r: record 1: A: null cannot be stored\n"
             "r: 1 record, 5 bytes: 1 difference with a value, 0 without; 2 bad fields\n1");
+  EXPECT_EQ(verify(""), "r: 0 records, 0 bytes: all equal\n0");
+  const std::string many = verify(std::string(125, 'x'));
+  EXPECT_EQ(std::count(many.begin(), many.end(), '\n'), 21);
+  EXPECT_EQ(many.substr(many.rfind("r: ")),
+            "r: 25 records, 125 bytes: 25 differences with a value, 0 without; 50 bad fields\n1");
   EXPECT_EQ(runProgram("verify --ccsid 37 --copybook " + copybook + " -").code, kFailed);
 }
 
@@ -341,6 +394,11 @@ TEST(Verify, KeepsWhatCarriesNoValue) {
       {kAreas, "length2 --when T=p:P --when T=q:Q", "<0004>x**q", "G(1).P: no condition", "all equal; 2 bad"},
       {kAreas, "length2 --when T=p:P --on-unknown raw", "<0005>x**y1", "all equal", "all equal"},
       {kJustified, "fixed", "ab ", "all equal", "all equal"},
+      {"01 J PIC X(18) JUST RIGHT.", "fixed", "  a               ",
+       "J: ... 61 20 20 20 20 20 20 20 20 20 20 20 20 20 20 20 became ... 20 20 20 20 20 20 20 20 20 20 20 20 20 20 20 "
+       "61, "
+       "the same value",
+       "all equal; 1 wi"},
       {"01 J PIC X(3) JUST RIGHT.", "fixed", "a  ", "J: 61 20 20 became 20 20 61, the same value", "all equal; 1 wi"},
   };
   for (const auto& [copybook, arguments, bytes, told, kept] : kCases) {

@@ -199,10 +199,9 @@ const Step* RecordWriter::field(const Step& step) {
 
 const Step* RecordWriter::beginGroup(const Step& step) {
   if (!step.isOccurrence && !cursor_.find(plan_.name(step))) return absent(step, Lack::name);
-  if (const PWFData value = cursor_.value(); !value.isNothing()) {
-    if (value.isNull()) return absent(step, Lack::value);
-    fail(step, "an object is wanted, as in {\"NAME\": ...}");
-  }
+  const PWFData value = cursor_.value();
+  if (value.isNull()) return absent(step, Lack::value);
+  if (!value.isNothing() || cursor_.isOnArray()) fail(step, "an object is wanted, as in {\"NAME\": ...}");
   cursor_.enter();
   return &step + 1;
 }
@@ -238,10 +237,8 @@ const Step* RecordWriter::beginArray(const Step& step) {
   const bool isShown = plan_.name(step) != nullptr;
   if (isShown) {
     if (!cursor_.find(plan_.name(step))) return absent(step, Lack::name);
-    if (const PWFData value = cursor_.value(); !value.isNothing()) {
-      if (value.isNull()) return absent(step, Lack::value);
-      fail(step, "an array is wanted, as in [...]");
-    }
+    if (const PWFData value = cursor_.value(); value.isNull()) return absent(step, Lack::value);
+    if (!cursor_.isOnArray()) fail(step, "an array is wanted, as in [...]");
     cursor_.enter();
   }
   const std::optional<std::uint32_t> silent = isShown ? cursor_.next() ? 1 : 0 : silentCount(step);

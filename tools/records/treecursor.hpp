@@ -31,10 +31,13 @@ class TreeCursor {
   // be asked before leave().
   const unsigned short* strayName();
 
-  int category() const { return place_.getCategory(); }
+  // Whether it stands on an array, not on an object or a value.
+  bool isOnArray() const { return place_.getCategory() == kListCategory; }
   PWFData value() const { return place_.getData(); }
 
  private:
+  static constexpr int kListCategory = 12;
+
   // Where the cursor is in an open object or array.
   struct Level {
     std::uint32_t index = 0;  // of the member that it stands on
