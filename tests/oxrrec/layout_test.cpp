@@ -162,6 +162,10 @@ TEST(Layout, IsShownInThreeForms) {
             "level and name                          offset    size  kind          picture\n"
             "1 S                                          0       1  text          X\n");
   EXPECT_EQ(table.messages, "oxrrec: this is S; --record chooses another: R\n");
+  EXPECT_EQ(runProgram(good + " --as sql").messages, table.messages);
+  for (const char* const said : {" --lenient-numbers", " --field N:sign=leading"})
+    EXPECT_EQ(runProgram(good + said).messages,
+              "oxrrec: --as table shows the copybook alone: what is said of values is for --as json-schema and sql\n");
   EXPECT_EQ(runProgram(good + " --record r --as sql").lines,
             "CREATE TABLE \"R\" (\n  \"N\" numeric(1,0),\n  \"G(1).B\" varchar(3),\n  \"G(2).B\" varchar(3),\n"
             "  \"C\" numeric(5,1),\n  \"FILLER(1).D\" numeric(3,3),\n  \"FILLER(2).D\" numeric(3,3)\n);\n");
@@ -171,6 +175,41 @@ TEST(Layout, IsShownInThreeForms) {
         "\"N\": { \"type\": \"integer\", \"minimum\": 0 }", "\"C\": { \"type\": \"string\", \"pattern\"",
         "\"required\": [\"N\", \"G\", \"C\", \"FILLER\"]"})
     EXPECT_NE(schema.find(part), std::string::npos) << part << " in\n" << schema;
+}
+
+// The clauses of A, arguments, its type in a table, and its schema between the braces.
+constexpr const char* kTypes[][4] = {
+    {"COMP-1", "", "real", R"("type": "number")"},
+    {"COMP-2", "", "double precision", R"("type": "number")"},
+    {"PIC G(3)", "", "varchar(3)", R"("type": "string", "maxLength": 3)"},
+    {"PIC 9(5) COMP-6", "", "numeric(5,0)", R"("type": "integer", "minimum": 0)"},
+    {"PIC 99PPP", "", "numeric(5,0)", R"("type": "integer", "minimum": 0)"},
+    {"PIC S9(4) COMP-5", "", "numeric(5,0)", R"("type": "integer")"},
+    {"PIC S9(19) COMP-5", "", "numeric(22,0)", R"("type": "integer")"},
+    {"PIC 9(5)", "--blank-numbers null", "numeric(5,0)", R"("type": ["integer", "null"], "minimum": 0)"},
+    {"PIC ZZ9.99", "", "varchar(6)", R"("type": "string", "maxLength": 6)"},
+    {"PIC ZZ9.99", "--edited number --decimals text", "numeric(6,2)",
+     R"("type": "string", "pattern": "^-?[0-9]+\\.[0-9]+$")"},
+    {"PIC X(9)", "--field A:date=HHmmssZZZ", "time with time zone", R"("type": "string", "format": "time")"},
+    {"PIC X(9)", "--field A:date=HHmmssSSS", "time",
+     R"("type": "string", "pattern": "^[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}$")"},
+    {"PIC X(6)", "--field A:date=yyMMdd --low-values zero", "date", R"("type": ["string", "null"], "format": "date")"},
+};
+
+TEST(Layout, GivesEachFieldAType) {
+  for (const auto& [clauses, arguments, type, schema] : kTypes) {
+    const Folder folder;
+    const std::string command = "layout --format free --copybook " +
+                                folder.write("c", "05 A " + std::string(clauses) + '.') + ' ' + arguments + " --as ";
+    EXPECT_EQ(runProgram(command + "sql").lines, "CREATE TABLE \"RECORD\" (\n  \"A\" " + std::string(type) + "\n);\n");
+    EXPECT_NE(runProgram(command + "json-schema").lines.find("\"A\": { " + std::string(schema) + " }\n"),
+              std::string::npos)
+        << clauses << ' ' << arguments;
+  }
+  const Folder folder;
+  EXPECT_EQ(
+      runProgram("layout --as sql --format free --copybook " + folder.write("c", "05 A OCCURS 65537 PIC X.")).messages,
+      "oxrrec: " + folder.path("c") + ": the table would have more than 65536 columns\n");
 }
 
 // What is said of values and kinds of record shows in what they become; a table of the copybook has no place for it.

@@ -11,15 +11,12 @@ namespace {
 
 constexpr std::size_t kMaxColumns = 1U << 16;
 
-// Digits of the largest number in so many bytes: COMP-5 is limited by its bytes and not by its picture.
-int digitsOfBytes(std::uint32_t bytes, int digits) {
-  constexpr std::array<int, 9> kDigits = {0, 3, 5, 8, 10, 13, 15, 17, 20};
-  return bytes < kDigits.size() ? kDigits[bytes] : digits;
-}
+// Digits of the largest number in so many bytes: COMP-5 is limited by its bytes, 16 at most, and not by its picture.
+constexpr std::array<int, 17> kDigitsOfBytes = {0, 3, 5, 8, 10, 13, 15, 17, 20, 22, 25, 27, 29, 32, 34, 37, 39};
 
 // S9(3)V99 has 5 digits, 2 of them after the point; SPP99 has 4, of which 2 are always zero; 99PPP has 5 before it.
 std::string numeric(const Item& item) {
-  const int digits = item.kind == Kind::nativeBinary ? digitsOfBytes(item.size, item.digits) : item.digits;
+  const int digits = item.kind == Kind::nativeBinary ? kDigitsOfBytes.at(item.size) : item.digits;
   const int scale = item.scale;
   return "numeric(" + std::to_string(std::max(digits, scale) - std::min(scale, 0)) + ',' +
          std::to_string(std::max(scale, 0)) + ')';
