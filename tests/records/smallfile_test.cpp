@@ -60,21 +60,21 @@ TEST(SmallFile, APipeIsReadToItsEndOrForAWhile) {
       {kMost + 10, true, "it has more than 2 KiB", 9},  // one byte beyond the limit is read
   };
   EXPECT_EQ(read(path), cases[2].expected) << "without a writer";
-  for (const auto& [written, staysOpen, expected, left] : cases) {
+  for (const auto& c : cases) {
     // It has both ends, so that what is left can be counted, and opening it never waits.
-    const int other = staysOpen ? ::open(path.c_str(), O_RDWR | O_CLOEXEC) : -1;
-    const std::string bytes(written, 'x');
+    const int other = c.staysOpen ? ::open(path.c_str(), O_RDWR | O_CLOEXEC) : -1;
+    const std::string bytes(c.written, 'x');
     std::thread writer([&] {
       std::this_thread::sleep_for(std::chrono::milliseconds(20));
-      const int file = staysOpen ? other : ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
-      EXPECT_EQ(::write(file, bytes.data(), bytes.size()), static_cast<ssize_t>(written));
-      if (!staysOpen) ::close(file);
+      const int file = c.staysOpen ? other : ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+      EXPECT_EQ(::write(file, bytes.data(), bytes.size()), static_cast<ssize_t>(c.written));
+      if (!c.staysOpen) ::close(file);
     });
-    EXPECT_EQ(read(path), expected);
+    EXPECT_EQ(read(path), c.expected);
     writer.join();
     int waiting = 0;
-    EXPECT_TRUE(!staysOpen || ::ioctl(other, FIONREAD, &waiting) == 0);
-    EXPECT_EQ(waiting, left);
+    EXPECT_TRUE(!c.staysOpen || ::ioctl(other, FIONREAD, &waiting) == 0);
+    EXPECT_EQ(waiting, c.left);
     ::close(other);
   }
 }
