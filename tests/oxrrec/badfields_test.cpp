@@ -66,6 +66,8 @@ const struct {
     {"ZZ9.99", "40C1F14BF2F2", "no edited number: byte 2 of 6 is C1 (\"A\")", "--edited number"},
     {"ZZ9.99", "F1F2F3F4F5F6", "no edited number: byte 4 of 6 is F4 (\"4\")", "--edited number"},
     {"ZZ9", "40F140", "no edited number: byte 3 of 3 is 40 (\" \")", "--edited number"},
+    {"$9.99", "61F54BF0F0", "no edited number: byte 1 of 5 is 61 (\"/\")", "--edited number"},
+    {"-99", "5BF1F2", "no edited number: byte 1 of 3 is 5B (\"$\")", "--edited number"},
     {"9(3)CR", "F0F1F2C4C2", "no edited number: byte 4 of 5 is C4 (\"D\")", "--edited number"},
     {"ZZ9.99", "4040404B4040", "no edited number: it has no digit", "--edited number"},
     {"S99.99", "F1F24BC1F4", "not a number: byte 4 of 5 is C1 (\"A\"), no digit (OXR5505)", "--edited number"},

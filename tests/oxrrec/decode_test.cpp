@@ -173,6 +173,9 @@ const struct {
      "{T:2,A:b} {T:3,B:{Q:c}} {RAW:3964} | #3, byte 4, T: no condition (--when) holds for this value; bytes 39 | 1 bad "
      "*",
      1},
+    {"05 T PIC S9V9. 05 A PIC X. 05 B REDEFINES A PIC 9.", "1ux057159", "--when T=-2--1.05:A --when T=+.50,1.5-1.5:B",
+     "{T:-1.5,A:x} {T:0.5,B:7} {T:1.5,B:9}"},
+    {kKinds, "'abxx-12xxOxxxx", "--when T='''','-':CUST --when T=\"O\":ORD", "{T:',N:ab} {T:-,N:12} {T:O,Q:xxxx}"},
     {kAreas, "1a", "--flat --when T=1:B", "{T:1,Q:a}"},
     {"05 G OCCURS 3. 10 T PIC X. 10 A PIC X. 10 B REDEFINES A PIC 9.", "Axb1A3", "--when T=A:A --when T=b:B",
      "{G:[{T:A,A:x},{T:b,B:1},{T:A,A:3}]}"},
@@ -180,6 +183,11 @@ const struct {
      "{G:[{T:A,A:1},{T:c,RAW:78}]}"},
     {"05 N PIC 9. 05 L PIC X OCCURS 0 TO 3 DEPENDING N. 05 T PIC X. 05 A PIC X. 05 B REDEFINES A PIC 9.", "2xyAz0B7",
      "--when T=A:A --when T=*:B", "{N:2,L:[x,y],T:A,A:z} {N:0,L:[],T:B,B:7}"},
+    // The field behind the area moves with it, whatever follows in its own group.
+    {"05 N PIC 9. 05 L PIC X OCCURS 0 TO 3 DEPENDING N. 05 A PIC X. 05 B REDEFINES A PIC 9. 05 G. 10 T PIC X. 10 M PIC "
+     "X"
+     " OCCURS 0 TO 3 DEPENDING N.",
+     "1x7Bm0yA", "--when T=A:A --when T=B:B", "{N:1,L:[x],B:7,G:{T:B,M:[m]}} {N:0,L:[],A:y,G:{T:A,M:[]}}"},
     {"05 N PIC 9. 05 A PIC X(4). 05 B REDEFINES A. 10 L PIC X OCCURS 0 TO 3 DEPENDING N. 10 C PIC X. 05 D PIC X.",
      "1abcde", "", "{N:1,A:abcd,B:{L:[a],C:b},D:e}"},
     {kAreas, "<00060000>1a<00050000>2", "--records rdw --when T=1:A --when T=2:B --on-error null",
@@ -318,6 +326,13 @@ constexpr const char* kRefusals[][2] = {
     {"--copybook @kinds --ccsid 37 --when T=1 @in", "--when T=1: this is not FIELD=VALUE:NAME\n"},
     {"--copybook @kinds --ccsid 37 --when T=1,:A @in", "--when T=1,:A: a value is missing\n"},
     {"--copybook @kinds --ccsid 37 --when T='1:A @in", "--when T='1:A: a quoted value has no end\n"},
+    {"--copybook @kinds --ccsid 37 --when T:A=1 @in", "--when T:A=1: this is not FIELD=VALUE:NAME\n"},
+    {"--copybook @kinds --ccsid 37 --when T=1-:A @in", "--when T=1-:A: a value is missing\n"},
+    {"--copybook @kinds --ccsid 37 --when T='1'2:A @in", "--when T='1'2:A: a \",\" is missing between two values\n"},
+    {"--copybook @kinds --ccsid 37 --when T=.:A @in", "--when T=.:A: . is no number, as the field's values are\n"},
+    {"--copybook @kinds --ccsid 37 --when G=1:A @in", "--when G=1:A: G is no text and no integer or decimal number\n"},
+    {"--copybook @twice --ccsid 37 --when R.A=1:L @in",
+     "--when R.A=1:L: L: several items have that name: G.L (@twice:2), H.L (@twice:3) and J.L (@twice:4)\n"},
     {"--copybook @kinds --ccsid 37 --when T=9-1:A @in", "--when T=9-1:A: the range 9-1 ends before it begins\n"},
     {"--copybook @kinds --ccsid 37 --when T=1,X:A @in", "--when T=1,X:A: X is no number, as the field's values are\n"},
     {"--copybook @kinds --ccsid 37 --when TT=1:A @in", "--when TT=1:A: there is no item TT; is T meant?\n"},
@@ -325,6 +340,8 @@ constexpr const char* kRefusals[][2] = {
     {"--copybook @kinds --ccsid 37 --when T=1:T @in",
      "--when T=1:T: T is no record, and neither redefines an item nor *"},
     {"--copybook @kinds --ccsid 37 --when F=1:A @in", "--when F=1:A: F has no fixed place to look at\n"},
+    {"--copybook @moves --ccsid 37 --when T=1:A @in", "--when T=1:A: T has no fixed place to look at\n"},
+    {"--copybook @behind --ccsid 37 --when T=1:A @in", "--when T=1:A: T has no fixed place to look at\n"},
     {"--copybook @kinds --ccsid 37 --record R --when T=1:R @in",
      "--record cannot be said where --when names records\n"},
     // Arguments that are not known, or missing.
@@ -347,7 +364,14 @@ TEST(Decode, RefusesWhatItCannotDo) {
   folder.write("kinds", "01 R. 05 T PIC 9. 05 A PIC X. 05 B REDEFINES A PIC X. 05 G OCCURS 2. 10 F PIC X.");
   folder.write("bad", "01 R. 05 A PIC Q.");
   folder.write("packed", "01 R. 05 P PIC 9(7) COMP-3.");
-  folder.write("twice", "01 R.\n05 G. 10 U PIC 9.\n05 H. 10 U PIC 9.\n05 A PIC X. 05 B REDEFINES A PIC X.");
+  folder.write("twice",
+               "01 R.\n05 G. 10 U PIC 9. 10 L REDEFINES U PIC X.\n05 H. 10 U PIC 9. 10 L REDEFINES U PIC X.\n"
+               "05 J. 10 V PIC 9. 10 L REDEFINES V PIC X. 05 A PIC X. 05 B REDEFINES A PIC X.");
+  folder.write("moves",
+               "01 R. 05 N PIC 9. 05 G OCCURS 0 TO 2 DEPENDING N. 10 A PIC X. 10 B REDEFINES A PIC 9. 05 T PIC 9.");
+  folder.write("behind",
+               "01 R. 05 N PIC 9. 05 L PIC X OCCURS 0 TO 2 DEPENDING N. 05 A PIC X. 05 B REDEFINES A PIC 9."
+               " 05 M PIC X OCCURS 0 TO 2 DEPENDING N. 05 T PIC 9.");
   folder.write("settings", "# of fields\n\nA:integers=little\n");
   for (const auto& [arguments, messages] : kRefusals) {
     SCOPED_TRACE(arguments);

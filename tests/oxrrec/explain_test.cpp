@@ -43,6 +43,20 @@ const struct {
      kDone},
     {"2 --first-record 3", "0\x12\x3C", "oxrrec: standard input: the first record that is read is 3\n", kFailed},
     {"3", "0\x12\x3C", "oxrrec: standard input: there is 1 record\n", kFailed},
+    {"1", "", "oxrrec: standard input: there are 0 records\n", kFailed},
+    {"1 --records rdw", std::string_view("\0\x08\0\0000\x12\x3C!", 8),
+     "record 1 of standard input, R: 4 bytes from byte 4\n"
+     "field  offset  length  picture       bytes  value\n"
+     "N           0       1  9             30     0\n"
+     "P           1       2  S9(3) COMP-3  12 3C  123\n"
+     "! the record has 4 bytes, 1 more than its layout\n",
+     kBadField},
+    {"1 --records rdw", std::string_view("\0\x06\0\0000\x12", 6),
+     "record 1 of standard input, R: 2 bytes from byte 4\n"
+     "field  offset  length  picture       bytes  value\n"
+     "N           0       1  9             30     0\n"
+     "P           1       2  S9(3) COMP-3  12     ! the record ends after 2 bytes, before the field does\n",
+     kBadField},
     {"2",
      "0\x12\x3C"
      "9",
@@ -59,7 +73,7 @@ TEST(Explain, ShowsTheFieldsOfOneRecord) {
         runProgram("explain --format free --ccsid 819 --copybook " + copybook + ' ' + number + " -", records);
     const std::string all = outcome.lines + outcome.messages;
     const std::size_t fault = all.find("! "), number5505 = all.find(" (OXR");
-    const bool isBad = fault != std::string::npos;
+    const bool isBad = number5505 != std::string::npos;
     EXPECT_EQ(isBad ? all.substr(0, fault + 2) + '*' + all.substr(number5505) : all, table);
     EXPECT_EQ(outcome.code, code);
   }
@@ -89,6 +103,18 @@ TEST(Explain, NamesSettingsThatAcceptBytes) {
                                        bytesOf(bytes));
     EXPECT_THAT(outcome.lines, testing::HasSubstr(advice + std::string("\n"))) << outcome.messages;
   }
+}
+
+TEST(Explain, CutsLongBytesAndNamesTheKindOfRecord) {
+  const Folder folder;
+  EXPECT_THAT(runProgram("explain 1 - --format free --ccsid 819 --copybook " + folder.write("c", "05 A PIC X(13)."),
+                         "abcdefghijklm")
+                  .lines,
+              testing::HasSubstr("61 62 63 64 65 66 67 68 69 6A 6B 6C ...  \"abcdefghijklm\"\n"));
+  const std::string kinds = folder.write("k", "01 A. 05 K PIC X. 05 N PIC S9(3). 01 B. 05 K PIC X. 05 N PIC S9(3).");
+  EXPECT_THAT(
+      runProgram("explain 1 - --format free --ccsid 819 --when K=a:A --when K=b:B --copybook " + kinds, "aq12").lines,
+      testing::HasSubstr("; -112 with --field A.N:sign=leading\n"));
 }
 
 TEST(Explain, ShowsTheValueOfEachKind) {

@@ -102,6 +102,12 @@ TEST(Index, TellsRangesThatGiveTheWhole) {
   }
 }
 
+TEST(Index, OfNothingHasNoRange) {
+  const Folder folder;
+  EXPECT_EQ(runProgram("index - --format free --ccsid 819 --copybook " + folder.write("c", kDots)).lines,
+            "{\"ranges\":[],\"records\":0}\n");
+}
+
 // Whatever ends the work, all threads end, and all results before it are given.
 TEST(OrderedWorkThreads, EndsInOrder) {
   for (const int bad : {0, 1, 5, 200}) {

@@ -49,6 +49,7 @@ TEST(Profile, ComparesValuesByWhatTheyAre) {
       {"9(18) COMP", "<0000000000000001FFFFFFFFFFFFFFFF0000000000000002>",
        "\"smallest\":1,\"largest\":18446744073709551615"},
       {"S99V9 SIGN TRAILING SEPARATE", "095-100-005+000-100+", "\"smallest\":-10.0,\"largest\":10.0"},
+      {"S99 SIGN LEADING", "q1r212", "\"signs\":{\"3\":1,\"7\":2},\"smallest\":-22,\"largest\":12"},
       {"XX", "B1A9", "\"smallest\":\"A9\",\"largest\":\"B1\""},
   };
   for (const auto& [picture, records, extremes] : kCases) {
@@ -68,6 +69,8 @@ TEST(Profile, SuggestsWhatMakesValuesReadable) {
        "--blank-numbers null --lenient-numbers --low-values null makes bad values readable of: A\n"},
       {"05 A COMP-1.", "<7FC00040000000400000004041800000>", "--floats ieee-le makes bad values readable of: A\n"},
       {"05 A PIC S9(2) SIGN LEADING.", "K1K2", "--ascii-signs letters makes bad values readable of: A\n"},
+      {"05 A COMP-1.", "<7FC000400000004000000040000000004180000041800000>",
+       "--floats ieee-le makes bad values readable of: A\n"},
       {"05 A COMP-2.", "<7FF80000000000003FF0000000000000>", "A: 1 time not a number (NaN)\n"},
       {"05 A COMP-1.", "<7FC0C03F41800000418000007FC00000>", "A: 2 times not a number (NaN)\n"},
   };
@@ -77,6 +80,27 @@ TEST(Profile, SuggestsWhatMakesValuesReadable) {
                                            folder.write("c", std::string("01 R. ") + copybook),
                                        bytesOf(bytes));
     EXPECT_THAT(outcome.lines, testing::EndsWith(told)) << outcome.messages;
+  }
+}
+
+// A picture, records and arguments; and what is told.
+TEST(Profile, CountsNullsLeadingSignsAndWhatIsWrongWithRecords) {
+  constexpr const char* kCases[][4] = {
+      {"9(2)", "<2020>", "--to json --blank-numbers null",
+       "\"null\":1,\"blank\":1,\"nul\":0,\"signs\":{},\"smallest\":null"},
+      {"S9(3) COMP-3", "<D123C012>", "--to json --field N:packed-sign=leading",
+       "\"signs\":{\"C\":1,\"D\":1},\"smallest\":-123,\"largest\":12,"},
+      {"9. 05 A PIC X OCCURS 3 DEPENDING N", "<00050000>9<00060000>1x", "--records rdw",
+       "(record): 1 time N, the count is not within its bounds\n"},
+      {"9. 05 A PIC X", "<00070000>1xy", "--records rdw", "(record): 1 time the record is longer than its layout\n"},
+      {"ZZ9", "   ", "--edited number", "--blank-numbers null makes bad values readable of: N\n"},
+  };
+  for (const auto& [picture, records, arguments, told] : kCases) {
+    const Folder folder;
+    const std::string book = folder.write("c", "01 R. 05 N PIC " + std::string(picture) + '.');
+    const Outcome outcome =
+        runProgram("profile --format free --ccsid 819 - --copybook " + book + ' ' + arguments, bytesOf(records));
+    EXPECT_THAT(outcome.lines, HasSubstr(told)) << outcome.messages;
   }
 }
 

@@ -24,8 +24,6 @@ const char* usageOf(Kind kind) {
       return "COMP-1";
     case Kind::longFloat:
       return "COMP-2";
-    case Kind::opaque:
-      return "no value";
     default:
       return "";
   }
