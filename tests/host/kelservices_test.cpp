@@ -65,7 +65,7 @@ TEST_F(KelLocaleEnvironment, FollowsLcAll) {
     KelLocale::initialiseExtendedInformation();
     if (characters != KelLocale::iSymbols.characters()) std::abort();
     std::fputs((toUtf8(KelLocale::iLocale) + ' ' + toUtf8(KelLocale::iSymbols)).c_str(), stderr);
-    std::_Exit(0);
+    std::exit(0);
   };
   for (const auto& [lcAll, expected] : {std::pair("de_DE.UTF-8", "^de_DE ,$"), {"C", "^en_US_POSIX \\.$"}}) {
     const ScopedEnvironment locale("LC_ALL", lcAll);

@@ -156,7 +156,7 @@ TEST_F(KelTimeZoneEnvironment, DefaultIsTheZoneOfTheProcess) {
         {
           const KelTimeZone* const zone = KelTimeZone::createDefault(nullptr);
           std::fprintf(stderr, "%s %d", toUtf8(zone->getID()).c_str(), zone->offsetAt(0));
-          std::_Exit(0);
+          std::exit(0);
         },
         testing::ExitedWithCode(0), "^" + row[1] + "$");
   }
