@@ -200,7 +200,9 @@ TEST_F(WithBroker, WhatIsTakenIsThereOnceAfterALostConnectionToo) {
   }
   broker->command("ctl close_all_connections test");
   EXPECT_EQ(taking->wait(), 0) << taking->messages();
-  EXPECT_THAT(taking->messages(), HasSubstr("2 messages taken from queue " + queue("in") + ", 4 doubles dropped"));
+  // However much of them it had taken when the connection went.
+  EXPECT_THAT(taking->messages(),
+              testing::ContainsRegex("2 messages taken from queue " + queue("in") + ", [1-4] doubles dropped"));
   EXPECT_EQ(rec::test::contentOf(path), "ab");
   EXPECT_EQ(failing->wait(), 2);
   EXPECT_THAT(failing->messages(), HasSubstr("would be written twice; the messages are still in queue"));
