@@ -700,6 +700,7 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   std::unique_ptr<icu::DecimalFormat> decFormatter;
   std::unique_ptr<icu::DecimalFormat> notations[2];  // of doubles as text: plain, exponential; made on first need
   bool strictNumericChecking;
+  bool hasReadByIcu = false;  // decFormatter has
   EMessageStandard messageStandard;
   int ebcdicState = -1;  // of IsCcsidEBCDIC: -1 not known, 0 no, 1 yes
   ExternalCodes externalCodes;

@@ -207,11 +207,7 @@ icu::DecimalFormat* DataCnv::getDecimalFormatter() {
         }
       }
     }
-    if (shared != nullptr) {
-      std::unique_ptr<icu::DecimalFormat> clone = cloneWhole(*shared);
-      readFirstNumber(*clone);
-      decFormatter = std::move(clone);
-    }
+    if (shared != nullptr) decFormatter = cloneWhole(*shared);
   }
   if (decFormatter == nullptr)
     raise<KelRecoverableException>(untracedSite(nullptr, "DataCnv::getDecimalFormatter", kDataCnvHeaderPath),

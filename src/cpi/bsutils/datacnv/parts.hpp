@@ -28,6 +28,7 @@ struct DataCnvParts {
   static std::unique_ptr<icu::DecimalFormat>& notation(DataCnv& cnv, bool exponential) {
     return cnv.notations[exponential ? 1 : 0];
   }
+  static bool& hasReadByIcu(DataCnv& cnv) { return cnv.hasReadByIcu; }
   static PWFDateTimeFormatter& dateTimes(DataCnv& cnv) {
     if (cnv.dtFormatter == nullptr) [[unlikely]]
       cnv.dtFormatter = std::make_unique<PWFDateTimeFormatter>(cnv.lenient, cnv.timeZoneName, cnv.centuryWindow,

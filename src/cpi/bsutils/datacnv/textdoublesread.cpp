@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "core/numbertextread.hpp"
+#include "datacnv/formatters.hpp"
 #include "datacnv/parts.hpp"
 #include "datacnv/sourcepath.hpp"
 #include "dataconv.hpp"
@@ -94,6 +95,11 @@ inline bool readCanonicalFast(const KelWstring& text, double& value) {
   // The traced name isn't the operation's own: NumbersFromText.Trace.
   const FunctionTrace trace(&cnv, "DataCnv::UStringTodouble", kDataCnvPath);
   const icu::DecimalFormat& formatter = *cnv.getDecimalFormatter();
+  if (bool& hasRead = DataCnvParts::hasReadByIcu(cnv); !hasRead) [[unlikely]] {
+    const KelForkHold hold;
+    readFirstNumber(formatter);
+    hasRead = true;
+  }
   icu::UnicodeString units(toIcu(text.characters()), static_cast<std::int32_t>(text.length()));
   requireMemory(units.findAndReplace(DataCnvParts::otherCaseExponentSymbol(), DataCnvParts::exponentSymbol()));
   icu::Formattable number;
