@@ -148,6 +148,25 @@ TEST(Copybook, LinesAreReadInEitherFormat) {
             "1:1: expected a level number (01 to 49, 66, 77 or 88), found '12345605'");
 }
 
+// What ends or goes on with an entry behind the last column is no remark, also where the entry is the last one.
+TEST(Copybook, TextBehindTheLastColumnIsNotLostInSilence) {
+  const auto readWith = [](std::string line, std::string_view behind, const char* after) {
+    line.resize(72, ' ');
+    return read("       01 R.\n" + line.append(behind) + after);
+  };
+  constexpr char kEntry[] = "           05 A PIC S9(5)";
+  constexpr char kTold[] =
+      "2:73: text behind column 72 is not read in fixed format, but looks like a part of an entry: --format free reads "
+      "it, --format fixed leaves it out";
+  for (const char* behind : {"COMP-3.", " COMP.", "BINARY", "V99.", "computational-5.", "USAGE COMP-3.", " SYNC."})
+    for (const char* after : {"", "\n      * old\n\n           05 B PIC X."})
+      EXPECT_EQ(readWith(kEntry, behind, after), kTold) << behind;
+  for (const char* behind : {"ID000001", " INDEX", "DISPLAY", "*> COMP."})
+    EXPECT_EQ(readWith(kEntry, behind, ""), "R 0 5; A 0 5 external") << behind;
+  EXPECT_EQ(readWith(kEntry, "CHANGED.", "\n               COMP-3."), "R 0 3; A 0 3 packed");
+  EXPECT_EQ(readWith("           05 A PIC X.", "CHANGED.", "\n           05 B PIC X(2)."), kShortRecord);
+}
+
 TEST(Copybook, ChoosesTheRecordByName) {
   EXPECT_THAT(Copybook::read("01 A PIC X. 01 B. 05 C PIC X.", "c").recordNames(), testing::ElementsAre("A", "B"));
   constexpr std::string_view kText = "01 A. 05 X PIC X. 01 B REDEFINES A. 05 Y PIC 99. 01 C PIC 9.";

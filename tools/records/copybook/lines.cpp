@@ -5,6 +5,7 @@
 
 #include "records/copybook/ascii.hpp"
 #include "records/copybook/characters.hpp"
+#include "records/copybook/words.hpp"
 
 // A line goes through three steps: its tabs become blanks, so that columns can be counted; a directive is obeyed; and
 // what is no program text (sequence area, indicator, comments, all after column 72) is blanked or cut off.
@@ -19,9 +20,9 @@ namespace {
 constexpr std::size_t kIndicator = 6;      // index of the character in column 7
 constexpr std::size_t kFixedTextEnd = 72;  // columns of a fixed line that are read
 
-// Words that only text of an entry has, at column 73 and after.
-constexpr std::array<std::string_view, 7> kClauseWords = {"PIC",    "PICTURE",   "COMP",     "COMP-3",
-                                                          "OCCURS", "REDEFINES", "DEPENDING"};
+// Words that only text of an entry has, at column 73 and after, beside usages that no field is called by.
+constexpr std::array<std::string_view, 9> kClauseWords = {"PIC",       "PICTURE", "USAGE", "OCCURS",      "REDEFINES",
+                                                          "DEPENDING", "SIGN",    "SYNC",  "SYNCHRONIZED"};
 
 // What a line that starts in columns 1 to 6 of a free text may start with, beside a level.
 constexpr std::array<std::string_view, 7> kFreeStarts = {"IDENTIFICATION",  "ID",      "DATA",   "COPY",
@@ -60,6 +61,13 @@ bool startsDivision(std::string_view text, std::string_view division) {
   std::string_view word = takeWord(text);
   if (word.ends_with('.')) word.remove_suffix(1);
   return equalIgnoringCase(word, "DIVISION");
+}
+
+bool isClauseWord(std::string_view word) {
+  if (word.ends_with('.')) word.remove_suffix(1);
+  const Token token{TokenKind::word, std::string(word), {}};
+  const auto usage = findUsage(token);
+  return isOneOf(word, kClauseWords) || (usage && *usage != Usage::display && !isUsageOrName(token));
 }
 
 // "D" marks a debugging line, but before a letter it is rather the first letter of a clause (test
@@ -159,9 +167,10 @@ bool LineReader::obeyDirective() {
 }
 
 // Makes program text of expanded_. Returns false if there is none.
-bool LineReader::reduce(ProgramLine& line) const {
+bool LineReader::reduce(ProgramLine& line) {
   const std::size_t first = expanded_.find_first_not_of(' ');
   if (first == std::string::npos || expanded_[first] == '*') return false;
+  endedBehind_ = 0;
   line.isContinuation = false;
   line.number = number_;
   line.text = expanded_;
@@ -185,18 +194,24 @@ bool LineReader::reduce(ProgramLine& line) const {
 
 // What stands behind column 72 is often a name of eight characters, or a remark. It looks like text of an entry if it
 // has a word of one, or if a word reaches over the border that no period ends before it. A literal may do so: it is
-// continued in the next line.
-void LineReader::checkBehind(const std::string& text, std::size_t end) const {
+// continued in the next line. A period there may end the entry that this line leaves open, which the next one shows.
+void LineReader::checkBehind(const std::string& text, std::size_t end) {
   const std::string_view read = std::string_view(text).substr(0, end);
   if (read.find("*>") != std::string_view::npos || std::count_if(read.begin(), read.end(), isQuote) % 2 != 0) return;
   std::string_view rest = std::string_view(text).substr(end);
-  bool isCode = read.back() != ' ' && read.back() != '.' && rest[0] != ' ';
-  for (rest = trim(rest); !isCode && !rest.empty();)
-    isCode = isOneOf(takeWord(rest), kClauseWords);
-  if (isCode)
-    source_.raise({number_, static_cast<std::uint32_t>(kFixedTextEnd + 1), file_},
-                  "text behind column 72 is not read in fixed format, but looks like a part of an entry: --format free "
-                  "reads it, --format fixed leaves it out");
+  rest = rest.substr(0, rest.find("*>"));
+  bool isCode = read.back() != ' ' && read.back() != '.' && !rest.empty() && rest[0] != ' ';
+  rest = trim(rest);
+  if (rest.ends_with('.') && !trim(read).empty() && !trim(read).ends_with('.')) endedBehind_ = number_;
+  while (!isCode && !rest.empty())
+    isCode = isClauseWord(takeWord(rest));
+  if (isCode) refuseBehind(number_);
+}
+
+void LineReader::refuseBehind(std::uint32_t line) const {
+  source_.raise({line, static_cast<std::uint32_t>(kFixedTextEnd + 1), file_},
+                "text behind column 72 is not read in fixed format, but looks like a part of an entry: --format free "
+                "reads it, --format fixed leaves it out");
 }
 
 bool LineReader::nextReduced(ProgramLine& line) {
@@ -206,9 +221,13 @@ bool LineReader::nextReduced(ProgramLine& line) {
 }
 
 bool LineReader::next(ProgramLine& line) {
+  const std::uint32_t endedBehind = endedBehind_;
+  bool isThere = false;
   do {
-    if (!nextReduced(line)) return false;
-  } while (line.number < firstLine_);
+    isThere = nextReduced(line);
+  } while (isThere && line.number < firstLine_);
+  if (endedBehind != 0 && (!isThere || startsEntry(trim(line.text)))) refuseBehind(endedBehind);
+  if (!isThere) return false;
   if (!isProgram_ || !startsDivision(line.text, "PROCEDURE")) return true;
   at_ = text_.size();
   return false;

@@ -39,8 +39,9 @@ class LineReader {
   bool nextReduced(ProgramLine& line);
   bool nextRaw();
   bool obeyDirective();
-  bool reduce(ProgramLine& line) const;
-  void checkBehind(const std::string& text, std::size_t end) const;
+  bool reduce(ProgramLine& line);
+  void checkBehind(const std::string& text, std::size_t end);
+  [[noreturn]] void refuseBehind(std::uint32_t line) const;
 
   const Source& source_;
   const FileIndex file_;
@@ -53,6 +54,7 @@ class LineReader {
   std::size_t at_ = 0;        // in text_
   std::uint32_t number_ = 0;  // of the line in expanded_
   bool hadTab_ = false;
+  std::uint32_t endedBehind_ = 0;  // the last line, if its text has no period, but what stands behind it has one
   std::string expanded_;
 };
 
