@@ -64,7 +64,8 @@ const struct {
      "{N:2,A:[a,b]} {N:0,A:[]} {N:2,A:[a,]}"},
     // Records that tell their own length: one of no kind tells none.
     {"05 N PIC 9. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N.", "1a03abc", "auto",
-     "{N:1,A:[a]} {N:0,A:[]} {N:3,A:[a,b,c]} | records without headers, as long as their counts say (--records fixed)"},
+     "{N:1,A:[a]} {N:0,A:[]} {N:3,A:[a,b,c]} | records without headers, as long as their counts say, 3 of them fit the "
+     "input exactly (--records fixed)"},
     {"01 R. 05 N PIC 9. 05 A PIC X OCCURS 0 TO 3 DEPENDING ON N.", "1a03abc", "fixed --when N=1:R",
      "{N:1,A:[a]} | #2 at byte 2: no condition (--when) tells what it is, so the next record cannot be found", 2},
     {kPair, "<4100310A>", "lines --ccsid 1200", "oxrrec: CCSID 1200 has no lines: its characters take several bytes",
@@ -105,6 +106,7 @@ std::string framed(const RecordForm& form, bool isLong) {
   return file;
 }
 
+constexpr char kCountedPair[] = "05 N PIC 9. 05 A PIC X OCCURS 0 TO 5 DEPENDING ON N.";
 constexpr char kDots[] = "01 R. 05 K PIC X(3). 05 D PIC X(13).";
 
 // What `--records auto` says of a file, and of one that is said to lie in another way.
@@ -149,6 +151,35 @@ TEST(Framing, IsFoundOutAndSuggested) {
   }
 }
 
+// What nothing stands around, or what hardly is a file.
+TEST(Framing, IsFoundOutByCountsAndWithoutBytes) {
+  const struct {
+    const char* copybook;
+    std::string bytes;
+    const char* found;
+    std::size_t records;
+  } kFound[] = {
+      {kCountedPair, "2ab02cd",
+       "records without headers, as long as their counts say, 3 of them fit the input exactly (--records fixed)", 3},
+      {kCountedPair, "", "no byte, so no record in any form (--records fixed)", 0},
+      {kDots, "", "no byte, so no record in any form (--records fixed)", 0},
+      {kDots, "a\nb\nc", "lines of text, 3 of them fit the input exactly (--records lines)", 3},
+      {kDots, framed({Framing::bdw, false}, false),
+       "blocks of records, both with 4-byte headers, lengths do not count the headers, 10 of them fit the input "
+       "exactly (--records bdw --length-includes-header no)",
+       10},
+      {kCountedPair, replaced(std::string(30'000, '.'), ".", "3abc"),
+       "records without headers, as long as their counts say, 16384 of them fit the first 64 KiB exactly (--records "
+       "fixed)",
+       30'000},
+  };
+  for (const auto& [copybook, bytes, found, records] : kFound) {
+    const Outcome outcome = decodeBytes(copybook, bytes, "--records auto --ccsid 819");
+    EXPECT_EQ(outcome.messages, std::string(kStart) + found + '\n');
+    EXPECT_EQ(std::count(outcome.lines.begin(), outcome.lines.end(), '\n'), static_cast<std::ptrdiff_t>(records));
+  }
+}
+
 // More than what `--records auto` looks at, in blocks whose length takes more than 15 bits.
 TEST(Framing, IsFoundOutInLargeFiles) {
   for (const RecordForm& form : {RecordForm{Framing::bdw}, RecordForm{Framing::spanned}}) {
@@ -173,8 +204,17 @@ TEST(Framing, IsNotGuessed) {
       {"01 R. 05 A PIC X(3). 05 FILLER PIC X.", "abc\nabc\n", "--records auto",
        "the records may lie in 2 ways, say which: * (--records lines); or * (--records fixed)"},
       {"01 R. 05 A PIC X(30).", std::string(31, 'x'), "--records auto",
-       "how the records lie cannot be told: there are neither headers nor line ends, and 31 bytes are no multiple of "
+       "how the records lie cannot be told: there are neither headers nor lines of text, and 31 bytes are no multiple "
+       "of "
        "the 30 of a record but 1 more: --skip-header or --skip-trailer leaves out what is no record"},
+      {"01 R. 05 A PIC S9(5) COMP-3. 05 B PIC X.", bytesOf("<00001C>a<0A00002C>b<0A>"), "--records auto",
+       "*and 10 bytes are no multiple of the 4 of a record; a line end stands behind each record: --records lines "
+       "reads them if their values hold none"},
+      // Counts are looked at, as far as records are.
+      {kCountedPair, bytesOf("2ab1cx<00>"), "--records auto",
+       "*there are neither headers nor lines of text, nor do records lie as their counts say: record 3 at byte 5: its "
+       "length hangs on a count that cannot be read, *"},
+      {kCountedPair, "2ab7cdefghi", "--records auto", "*: record 2 at byte 3: its length hangs on a count *"},
       {"01 R. 05 A PIC X(30).", "a line\nanother\n", "--records auto --ccsid 37",
        "how the records lie cannot be told: it is lines of text in no EBCDIC code page: --ccsid 819, 1208 or another "
        "one"},

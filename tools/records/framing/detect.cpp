@@ -186,6 +186,7 @@ std::optional<Reading> withHeaders(const Candidate& candidate, const RecordForm&
 
 struct Lines {
   std::uint64_t count = 0;
+  bool hasRest = false;  // bytes behind the last line end
   std::uint32_t longest = 0;
   std::uint32_t pitch = 0;  // bytes from each line to the next, line end included, if it is always the same
 };
@@ -208,6 +209,7 @@ std::optional<Lines> linesOf(const RecordForm& form, Bytes bytes) {
       return std::nullopt;
     }
   }
+  lines.hasRest = size != 0;
   return lines.count == 0 ? std::nullopt : std::optional(lines);
 }
 
@@ -218,6 +220,10 @@ bool isAllOf(const InputStart& start) {
 // Records that follow each other, if the size of the input allows them.
 std::optional<Reading> withoutHeaders(const RecordForm& layout, const InputStart& start) {
   Reading reading{Framing::fixed, std::nullopt, layout.isVariable, 0, isAllOf(start), 1};
+  if (layout.isVariable && start.counted) {
+    reading.records = start.counted->records;
+    return start.counted->fault.empty() ? std::optional(reading) : std::nullopt;
+  }
   if (layout.isVariable || layout.maxSize == 0) return reading;
   reading.records = start.bytes.size() / layout.maxSize;
   if (!start.size) return reading;
@@ -266,7 +272,8 @@ std::vector<Reading> readingsOf(const InputStart& start, const RecordForm& layou
   auto fixed = linesOfOtherPage(start, layout) ? std::nullopt : withoutHeaders(layout, start);
   if (const auto lines = linesOf(layout, start.bytes)) {
     const double evidence = kLineBits * static_cast<double>(lines->count);
-    readings.push_back({Framing::lines, std::nullopt, false, lines->count, isAllOf(start), evidence});
+    const std::uint64_t count = lines->count + (isAllOf(start) && lines->hasRest ? 1 : 0);
+    readings.push_back({Framing::lines, std::nullopt, false, count, isAllOf(start), evidence});
     // The layout may have a field for the line end.
     if (fixed && lines->pitch == layout.maxSize) fixed->evidence = evidence;
   }

@@ -15,10 +15,17 @@ namespace oxr::rec {
 // So many bytes are looked at.
 inline constexpr std::uint32_t kDetectBytes = std::uint32_t{64} << 10;
 
+// What a walk finds along the counts of records that follow each other without headers.
+struct CountedRecords {
+  std::uint64_t records = 0;  // whole ones
+  std::string fault{};        // why there is no record after them; empty if the input, or its start, ends there
+};
+
 // The start of an input, kDetectBytes at least if it has them.
 struct InputStart {
   std::span<const unsigned char> bytes;
-  std::optional<std::uint64_t> size;  // of all of it, where that is known
+  std::optional<std::uint64_t> size;        // of all of it, where that is known
+  std::optional<CountedRecords> counted{};  // of a layout of variable length, where somebody walked along its counts
 };
 
 // A form that the start of an input fits.

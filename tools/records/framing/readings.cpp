@@ -52,11 +52,30 @@ std::string otherPageText(const InputStart& start, const RecordForm& layout) {
                    : "it is lines of text in no EBCDIC code page: --ccsid 819, 1208 or another one";
 }
 
+// Whether a line end stands behind each record of full size.
+bool haveLineEnds(const InputStart& start, const RecordForm& layout) {
+  const std::size_t pitch = std::size_t{layout.maxSize} + 1;
+  if (start.bytes.size() < pitch || start.size.value_or(0) % pitch != 0) return false;
+  for (std::size_t at = layout.maxSize; at < start.bytes.size(); at += pitch)
+    if (start.bytes[at] != layout.lineFeed && start.bytes[at] != layout.nextLine) return false;
+  return true;
+}
+
 // What may be wrong where there is no reading.
 std::string clueFor(const InputStart& start, const RecordForm& layout) {
   if (!start.size || *start.size < layout.maxSize || layout.maxSize == 0) return {};
+  if (haveLineEnds(start, layout))
+    return "; a line end stands behind each record: --records lines reads them if their values hold none";
   return " but " + std::to_string(*start.size % layout.maxSize) +
          " more: --skip-header or --skip-trailer leaves out what is no record";
+}
+
+// Why there is no reading.
+std::string whyNone(const InputStart& start, const RecordForm& layout) {
+  const std::string text = "there are neither headers nor lines of text, ";
+  if (start.counted) return text + "nor do records lie as their counts say: " + start.counted->fault;
+  return text + "and " + counted(start.size.value_or(0), "byte") + " are no multiple of the " +
+         std::to_string(layout.maxSize) + " of a record" + clueFor(start, layout);
 }
 
 // Few small records are a multiple of anything.
@@ -67,8 +86,14 @@ constexpr std::uint32_t kLargeEnough = 16;
 
 std::string Reading::description() const {
   std::string text = wordsOf(*this).text;
-  if (countsHeader) text += *countsHeader ? ", which counts itself" : ", which does not count the header";
-  if (framing == Framing::fixed && isVariable) return text + ", as long as their counts say";
+  if (countsHeader)
+    text += *countsHeader        ? ", which counts itself"
+            : isBlocked(framing) ? ", lengths do not count the headers"
+                                 : ", which does not count the header";
+  if (framing == Framing::fixed && isVariable) {
+    text += ", as long as their counts say";
+    if (records == 0) return text;
+  }
   text += ", " + std::to_string(records) + " of them fit the ";
   return text + (isWhole ? "input" : "first " + std::to_string(kDetectBytes >> 10) + " KiB") + " exactly";
 }
@@ -83,10 +108,7 @@ Reading onlyReading(const InputStart& start, const RecordForm& layout) {
   const std::vector<Reading> readings = readingsOf(start, layout);
   if (const std::string other = otherPageText(start, layout); readings.empty() && !other.empty())
     throw ToolError("how the records lie cannot be told: " + other);
-  if (readings.empty())
-    throw ToolError("how the records lie cannot be told: there are neither headers nor line ends, and " +
-                    counted(start.size.value_or(0), "byte") + " are no multiple of the " +
-                    std::to_string(layout.maxSize) + " of a record" + clueFor(start, layout));
+  if (readings.empty()) throw ToolError("how the records lie cannot be told: " + whyNone(start, layout));
   if (readings.size() == 1) return readings.front();
   std::string all;
   for (const Reading& reading : readings)
