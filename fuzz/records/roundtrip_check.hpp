@@ -256,7 +256,8 @@ inline std::vector<std::string> read(const Sample& sample, const std::string& by
   buffer.create(bytes.data(), static_cast<int>(bytes.size()));
   std::string all;
   const auto nest = [&] {
-    require(nesting.add(worker.kindOfRecord(), json.lines(), all), "a child stands before its parent");
+    require(nesting.add(worker.kindOfRecord(), json.lines(), all) == Nesting::Put::inPlace,
+            "a child stands before its parent");
     json.clear();
   };
   worker.initializeParse(-1, nullptr, -1);

@@ -37,7 +37,11 @@ const struct {
     {"--nest B:A --nest C:B", "c1b2c3a4", "{K:c,N:1} {K:b,N:2,C:[{K:c,N:3}]} {K:a,N:4,B:[]}",
      "2 records stand on lines of their own, since they come before any parent; the first is record 1, C\n"},
     // A parent that is left out takes no children from its forerunner.
-    {"--nest B:A --on-error skip", "a1b2axb3", "{K:a,N:1,B:[{K:b,N:2}]} {K:b,N:3}", "the first is record 4, B\n"},
+    {"--nest B:A --on-error skip", "a1b2axb3", "{K:a,N:1,B:[{K:b,N:2}]} {K:b,N:3}",
+     "record stands on a line of its own, since its parent was left out; the first is record 4, B\n"},
+    // One that is left out in one parent is none to miss in the next.
+    {"--nest B:A --nest C:B --on-error skip", "a1bxc2a3c4", "{K:c,N:2} {K:a,N:1,B:[]} {K:c,N:4} {K:a,N:3,B:[]}",
+     "since it comes before any parent; the first is record 5, C\n"},
     // What the work ends at is not there, what came before is.
     {"--nest B:A", "a1b2bx", "{K:a,N:1,B:[{K:b,N:2}]}"},
     {"--nest B:A", "", ""},

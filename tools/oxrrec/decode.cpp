@@ -73,7 +73,8 @@ class Decoding {
     output_.close();
     if (badRecords_) badRecords_->close();
     if (code != kDone) return code;
-    tellOrphans();
+    tell(beforeParent_, "it comes before any parent", "they come before any parent");
+    tell(ofLeftOut_, "its parent was left out", "their parents were left out");
     if (!badFields_.hasAny()) return kDone;
     badFields_.tellSum(worker_->recordsRead(), worker_->hint());
     return kBadField;
@@ -149,19 +150,27 @@ class Decoding {
   // Moves the line of the last record to those that are put into each other.
   void nest(bool isLeftOut) {
     const std::string_view kind = worker_->kindOfRecord();
-    if (isLeftOut)
+    if (isLeftOut) {
       nesting_->leaveOut(kind, nested_);
-    else if (!nesting_->add(kind, lines_->lines(), nested_) && orphans_++ == 0)
-      firstOrphan_ = std::to_string(worker_->recordNumber()) + ", " + std::string(kind);
+    } else if (const auto put = nesting_->add(kind, lines_->lines(), nested_); put != Nesting::Put::inPlace) {
+      Orphans& orphans = put == Nesting::Put::withoutParent ? ofLeftOut_ : beforeParent_;
+      if (orphans.count++ == 0) orphans.first = std::to_string(worker_->recordNumber()) + ", " + std::string(kind);
+    }
     lines_->clear();
   }
 
-  void tellOrphans() const {
-    if (orphans_ == 0) return;
-    messages_ << kProgram << input_.name() << ": " << orphans_
-              << (orphans_ == 1 ? " record stands on a line of its own, since it comes"
-                                : " records stand on lines of their own, since they come")
-              << " before any parent; the first is record " << firstOrphan_ << '\n';
+  // Children on lines of their own.
+  struct Orphans {
+    std::uint64_t count = 0;
+    std::string first{};
+  };
+
+  void tell(const Orphans& orphans, const char* whyOne, const char* whyMany) const {
+    if (orphans.count == 0) return;
+    messages_ << kProgram << input_.name() << ": " << orphans.count
+              << (orphans.count == 1 ? " record stands on a line of its own, since "
+                                     : " records stand on lines of their own, since ")
+              << (orphans.count == 1 ? whyOne : whyMany) << "; the first is record " << orphans.first << '\n';
   }
 
   std::string_view text() const { return nesting_ ? std::string_view(nested_) : lines_->lines(); }
@@ -182,9 +191,9 @@ class Decoding {
   std::unique_ptr<LineHandler> lines_;
   const bool isFirstRange_;
   std::optional<Nesting> nesting_;
-  std::string nested_;         // what it has done
-  std::uint64_t orphans_ = 0;  // children that came before any parent
-  std::string firstOrphan_;
+  std::string nested_;  // what it has done
+  Orphans beforeParent_;
+  Orphans ofLeftOut_;
   std::uint64_t position_ = 0;        // where the last record ended
   std::optional<QuietOutput> quiet_;  // a checker's last line has no place among the lines of records
   std::optional<CheckedParts> checked_;

@@ -69,14 +69,14 @@ Nesting::Kind* Nesting::find(std::string_view name) {
   return kind == kinds_.end() ? nullptr : &*kind;
 }
 
-bool Nesting::add(std::string_view kind, std::string_view line, std::string& lines) {
+Nesting::Put Nesting::add(std::string_view kind, std::string_view line, std::string& lines) {
   Kind* const known = find(kind);
   if (known == nullptr) {
     lines += line;
-    return true;
+    return Put::inPlace;
   }
   close(*known, lines);
-  const bool isOrphan = known->parent && !kinds_[*known->parent].isOpen;
+  const Kind* const parent = known->parent ? &kinds_[*known->parent] : nullptr;
   const std::string_view object = line.substr(0, line.size() - 1);
   if (known->children.empty()) {
     deliver(*known, object, lines);
@@ -84,11 +84,15 @@ bool Nesting::add(std::string_view kind, std::string_view line, std::string& lin
     known->isOpen = true;
     known->object.assign(object.substr(0, object.size() - 1));
   }
-  return !isOrphan;
+  if (parent == nullptr || parent->isOpen) return Put::inPlace;
+  return parent->isLeftOut ? Put::withoutParent : Put::beforeParent;
 }
 
 void Nesting::leaveOut(std::string_view kind, std::string& lines) {
-  if (Kind* const known = find(kind)) close(*known, lines);
+  Kind* const known = find(kind);
+  if (known == nullptr) return;
+  close(*known, lines);
+  known->isLeftOut = true;
 }
 
 void Nesting::finish(std::string& lines) {
@@ -100,6 +104,7 @@ void Nesting::finish(std::string& lines) {
 void Nesting::close(Kind& kind, std::string& lines) {
   for (const std::size_t child : kind.children)
     close(kinds_[child], lines);
+  kind.isLeftOut = false;
   if (!kind.isOpen) return;
   kind.isOpen = false;
   std::string object = std::move(kind.object);

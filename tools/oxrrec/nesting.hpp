@@ -34,9 +34,11 @@ class Nesting {
   // All of these: a record that has several names goes by one of them.
   std::vector<std::string> names() const;
 
-  // Takes the line of a record, with its newline, and appends to `lines` what is done by that. False for a child that
-  // came before any parent: it stands on a line of its own.
-  bool add(std::string_view kind, std::string_view line, std::string& lines);
+  // Where a record was put. A child without a parent stands on a line of its own.
+  enum class Put : std::uint8_t { inPlace, beforeParent, withoutParent };  // withoutParent: that was left out
+
+  // Takes the line of a record, with its newline, and appends to `lines` what is done by that.
+  Put add(std::string_view kind, std::string_view line, std::string& lines);
   // The same for a record that is left out: its children must not go to an earlier one of its kind.
   void leaveOut(std::string_view kind, std::string& lines);
   // Appends what is still open.
@@ -48,6 +50,7 @@ class Nesting {
     std::optional<std::size_t> parent{};
     std::vector<std::size_t> children{};
     bool isOpen = false;      // children may still come
+    bool isLeftOut = false;   // they may, but the record is left out
     std::string object{};     // of the open record, without its last brace
     std::string collected{};  // finished objects of this kind for the open parent, with commas
   };
