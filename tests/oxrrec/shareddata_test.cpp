@@ -146,7 +146,7 @@ constexpr const char* kVerified[] = {
     "occurs-segments accounts.cob accounts.bin --ccsid 37 --odo fixed --low-values null --blank-numbers null"
     " --filler 40",
     "occurs-segments segments.cob segments.rdw.bin --ccsid 37 --records rdw-le --length-includes-header no "
-    "--keep-filler"
+    "--keep-filler --lenient-numbers"
     " --when SEGMENT-ID=1:COMPANY --when SEGMENT-ID=2:DEPT --when SEGMENT-ID=3:EMPLOYEE --when SEGMENT-ID=4:OFFICE"
     " --when SEGMENT-ID=5:CUSTOMER --when SEGMENT-ID=6:CONTACT --when SEGMENT-ID=7:CONTRACT",
     "floats layout.cob hex-be.rdw-le.bin --ccsid 37 --records rdw-le --length-includes-header no --floats hex",

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
+#include "oxrrec/badfields.hpp"
 #include "oxrrec/verify/differences.hpp"
 #include "records/counted.hpp"
 #include "records/fields/hextext.hpp"
@@ -20,14 +22,22 @@ namespace {
 constexpr std::uint64_t kToldDifferences = 20;
 constexpr std::size_t kShownBytes = 16;
 
-// Bad fields are null in the line, and told as differences if nothing else gives their bytes.
-class IgnoredFaults : public FaultListener {
+// Bad fields are null in the line, which is no difference: their bytes are not compared.
+class BadFieldTexts : public FaultListener {
  public:
-  bool goOnAfter(const FieldFault&) override {
-    ++count;
+  explicit BadFieldTexts(std::string input) : input_(std::move(input)) {}
+  bool goOnAfter(const FieldFault& fault) override {
+    if (++count_ <= kToldFields) texts_ += input_ + ": " + fault.text() + '\n';
     return true;
   }
-  std::uint64_t count = 0;
+  std::uint64_t count() const { return count_; }
+  // Those that were not taken yet.
+  std::string take() { return std::exchange(texts_, {}); }
+
+ private:
+  const std::string input_;
+  std::string texts_;
+  std::uint64_t count_ = 0;
 };
 
 std::string hex(std::span<const unsigned char> bytes) {
@@ -96,6 +106,7 @@ class Verifying {
         settings_(withAllRecords(settledRecords(options.input, plan, input_, console))),
         form_(recordForm(plan, settings_.form)),
         missingOption_(missingOption(form_)),
+        faults_(input_.name()),
         bytesInput_(openInput(options.input.path, options.input.window, console)),
         wholeInput_(openInput(options.input.path, options.input.window, console)),
         output_(openOutput(kStandardStream, console)),
@@ -118,6 +129,7 @@ class Verifying {
     try {
       readRecords();
     } catch (const FrameError& error) {
+      output_.write(faults_.take());
       throw ToolError(input_.name() + ": " + error.what());
     }
     framer_.finish(framed_);
@@ -126,7 +138,7 @@ class Verifying {
     if (framesDiffer_) output_.write(input_.name() + ": what stands around the records differs\n");
     tellSum();
     output_.close();
-    return isEqual() ? kDone : kBadField;
+    return isEqual() && faults_.count() == 0 ? kDone : kBadField;
   }
 
  private:
@@ -146,20 +158,23 @@ class Verifying {
     const auto parsed = static_cast<std::uint64_t>(worker_->getNumBytesParsed());
     const auto size = bytes_.isFramed() ? next.size : static_cast<std::uint32_t>(parsed - bytes_.position());
     original_.assign(next.data, next.data + size);
-    encode(next.padding);
+    output_.write(faults_.take());
+    encode(next.padding, keepsFiller_ || faults_.count() != faultsBefore_);
+    faultsBefore_ = faults_.count();
     if (comparesFrames()) framer_.add(original_, framed_);
     checkFrames();
     bytes_.finish(size);
     json_.clear();
   }
 
-  // Encodes the record again, and tells how it differs from the original, of which the last bytes are padding.
-  void encode(std::uint32_t padding) {
+  // Encodes the record again, and tells how it differs from the original, of which the last bytes are padding. What has
+  // no value, as a bad field, may come from the original.
+  void encode(std::uint32_t padding, bool takesOriginal) {
     line_ = json_.lines();
     line_.append(JsonReader::kPadding, ' ');
     try {
       const JsonTree& tree = reader_.read(std::string_view(line_).substr(0, line_.size() - JsonReader::kPadding));
-      const auto written = keepsFiller_ ? writer_.write(tree, original_) : writer_.write(tree);
+      const auto written = takesOriginal ? writer_.write(tree, original_) : writer_.write(tree);
       record_.assign(written.begin(), written.end());
     } catch (const WriteError& error) {
       ++refused_;
@@ -213,12 +228,15 @@ class Verifying {
   void tellSum() {
     std::string text = input_.name() + ": " + counted(worker_->recordsRead(), "record") + ", " +
                        counted(static_cast<std::uint64_t>(worker_->getNumBytesParsed()), "byte") + ": ";
-    text += isEqual() ? comparesFrames() ? "all equal" : "all records equal"
+    const char* const equal = faults_.count() != 0 ? "all else equal"
+                              : comparesFrames()   ? "all equal"
+                                                   : "all records equal";
+    text += isEqual() ? equal
                       : counted(withValue_ + refused_, "difference") + " with a value, " +
                             std::to_string(withoutValue_) + " without";
     if (kept_ != 0) text += "; " + std::to_string(kept_) + " without a value taken from the original";
-    if (faults_.count != 0) text += "; " + counted(faults_.count, "bad field");
-    if (!comparesFrames()) text += "; what stands around them is compared with " + missingOption_;
+    if (faults_.count() != 0) text += "; " + counted(faults_.count(), "bad field");
+    if (!comparesFrames()) text += "; what stands around records is compared with " + missingOption_;
     output_.write(text + '\n');
   }
 
@@ -227,7 +245,8 @@ class Verifying {
   const RecordWorker::Settings settings_;
   const RecordForm form_;
   const std::string missingOption_;
-  IgnoredFaults faults_;
+  BadFieldTexts faults_;
+  std::uint64_t faultsBefore_ = 0;  // of the record in hand
   FileInput bytesInput_;
   FileInput wholeInput_;
   FileOutput output_;
