@@ -202,8 +202,6 @@ py::object nextOf(const py::object& records) {
 
 py::tuple write(const Arguments& arguments, const py::object& target, const py::object& given) {
   const auto options = readArguments(arguments, rec::addRecordWritingOptions);
-  if (options.records.form.framing == rec::Framing::automatic)
-    throw OptionFault("records=\"auto\" tells how an input lies; how records are to be written has to be said");
   std::ostringstream notes;
   const auto description = released([&] { return rec::Description(options.record, {0, 1, notes, false, "oxrrec"}); });
   Writing writing(options, description.plan());

@@ -51,6 +51,9 @@ const struct {
     {"9(3)", "40F1F2",
      "its digits are padded with blanks or NULs: byte 1 of 3 is 40 (\" \"); --lenient-numbers would accept it "
      "(OXR5505)"},
+    {"S9(3)V9", "31327000",
+     "its digits are padded with blanks or NULs: byte 4 of 4 is 00; --lenient-numbers would accept it (OXR5505)",
+     "--ccsid 819"},
     {"S9(3) SIGN LEADING SEPARATE", "604000C1", "not a number: byte 4 of 4 is C1 (\"A\"), no digit (OXR5505)",
      "--lenient-numbers"},
     {"S9(3) SIGN LEADING SEPARATE", "604040F2",

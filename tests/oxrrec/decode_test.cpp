@@ -336,7 +336,9 @@ constexpr const char* kRefusals[][2] = {
     {"--copybook @kinds --ccsid 37 --when T=9-1:A @in", "--when T=9-1:A: the range 9-1 ends before it begins\n"},
     {"--copybook @kinds --ccsid 37 --when T=1,X:A @in", "--when T=1,X:A: X is no number, as the field's values are\n"},
     {"--copybook @kinds --ccsid 37 --when TT=1:A @in", "--when TT=1:A: there is no item TT; is T meant?\n"},
-    {"--copybook @kinds --ccsid 37 --when T=1:C @in", "--when T=1:C: there is no record and no item C*"},
+    {"--copybook @kinds --ccsid 37 --when T=1:C @in", "--when T=1:C: there is no record C, and no such item in R*"},
+    {"--copybook @several --ccsid 37 --when T=1:B --when T=2:N @in",
+     "--when T=2:N: there is no record N, and no such item in B*"},
     {"--copybook @kinds --ccsid 37 --when T=1:T @in",
      "--when T=1:T: T is no record, and neither redefines an item nor *"},
     {"--copybook @kinds --ccsid 37 --when F=1:A @in", "--when F=1:A: F has no fixed place to look at\n"},
@@ -362,6 +364,7 @@ TEST(Decode, RefusesWhatItCannotDo) {
   folder.write("good", kPair);
   folder.write("signs", "01 R.\n05 A PIC S9.9.\n05 B PIC S9,9.\n05 FILLER PIC S9.9.\n");
   folder.write("kinds", "01 R. 05 T PIC 9. 05 A PIC X. 05 B REDEFINES A PIC X. 05 G OCCURS 2. 10 F PIC X.");
+  folder.write("several", "01 A. 05 T PIC 9. 05 N PIC 9. 01 B. 05 T PIC 9.");
   folder.write("bad", "01 R. 05 A PIC Q.");
   folder.write("packed", "01 R. 05 P PIC 9(7) COMP-3.");
   folder.write("twice",

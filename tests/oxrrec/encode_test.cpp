@@ -118,8 +118,10 @@ TEST(Encode, TellsWhatDoesNotFit) {
       {"PIC 99 COMP-3", R"("A":1000)", "A: 1000 needs 4 digits, and the field has 3"},
       {"PIC S99 COMP", R"("A":32768)", "A: 32768 is too large for the field's 2 bytes"},
       {"PIC 99", R"("B":1)", "A: the name is missing"},
-      {"PIC 99", R"("A":1,"B":1)", "B: the copybook has no such name here, or it is given twice"},
-      {"PIC 99", R"("A":1,"A":1)", "A: the copybook has no such name here, or it is given twice"},
+      {"PIC 99", R"("A":1,"B":1)", "B: the copybook has no such name here"},
+      {"PIC 99", R"("A":1,"A":1)", "A: it is given twice"},
+      {"PIC 99. 05 B PIC 9", R"("B":1,"A":1,"B":2)", "B: it is given twice"},
+      {"PIC 99. 05 B PIC 9", R"("X":1,"B":1,"X":2,"A":1)", "X: the copybook has no such name here"},
       {"PIC 9 OCCURS 2", R"("A":[1])", "A: 1 element, not the 2 that it always has"},
       {"PIC 9 OCCURS 2", R"("A":[1,2,3])", "A(2): more than the 2 elements that it has room for"},
       {"PIC 9 OCCURS 2", R"("A":[1,"x"])", "A(2): \"x\" is no number"},
@@ -276,7 +278,7 @@ TEST(Encode, TakesRecordsApartThatDecodePutTogether) {
       {"05 K PIC X. 05 A PIC X(8). 05 C REDEFINES A. 10 N PIC 9. 10 T PIC X OCCURS 0 TO 5 DEPENDING ON N.",
        "--when K=A:A --when K=C:C --records length2", R"({"K":"C","C":{"N":2,"T":["x","y"]}})", "<0004>C2xy"},
       {kAreas, "--when T=p:P", R"({"G":[{"T":"p","P":"7","Z":1},{"T":"p","P":"7"}]})",
-       "| line 1, G(1).Z: the copybook has no such name here, or it is given twice"},
+       "| line 1, G(1).Z: the copybook has no such name here"},
       {kAreas, "--when T=p:P --when T=q:Q", R"({"G":[{"T":"x","RAW":"2A2A"},{"T":"q","Q":7}]})", "x**q07"},
       {kAreas, "--when T=p:P", R"({"G":[{"T":"x","RAW":"2A"},{"T":"p","P":"7"}]})",
        "| line 1, G(1).P: RAW has 1 byte, not the 2 of it"},
@@ -338,6 +340,9 @@ TEST(Encode, FillsWhatNobodyGives) {
   EXPECT_EQ(encodeLines(kCopybook, line, "--filler 2a").lines, "a****1t*z");
   EXPECT_EQ(encodeLines(kCopybook, line, "--filler 2").code, kFailed);
   EXPECT_EQ(encodeLines(kCopybook, line, "--records auto").code, kFailed);
+  EXPECT_EQ(encodeLines(kCopybook, line, "--max-line 1GiB").code, kDone);
+  EXPECT_EQ(encodeLines(kCopybook, line, "--max-line 1073741825").messages,
+            "oxrrec: --max-line: 1073741825 is more than 1073741824 bytes (oxrrec encode --help tells more)\n");
 }
 
 TEST(Verify, TellsDifferencesAndWhetherTheyCarryAValue) {

@@ -159,5 +159,5 @@ def test_left_out_and_refused(options, caplog):
         oxrrec._oxrrec.Records.close(5)
     with pytest.raises(TypeError, match="not iterable"):
         oxrrec.write(target, 5, **options)
-    with pytest.raises(oxrrec.OptionError, match="has to be said"):
+    with pytest.raises(oxrrec.OptionError, match="auto is none of"):
         oxrrec.write(target, [], **dict(options, records="auto"))

@@ -172,10 +172,11 @@ const Step* RecordWriter::walkOne(const Step& step) {
 
 // To be called before the cursor leaves an object: that of a group, or of the record.
 void RecordWriter::checkNames(const Step* group) {
-  const unsigned short* const stray = cursor_.strayName();
-  if (stray == nullptr) return;
+  const TreeCursor::Stray stray = cursor_.stray();
+  if (stray.name == nullptr) return;
   const std::string path = group == nullptr ? "" : fieldPath(layout(), group->item, arrays_) + '.';
-  throw WriteError("the copybook has no such name here, or it is given twice", path + toUtf8(UnitView(stray)));
+  throw WriteError(stray.isSecond ? "it is given twice" : "the copybook has no such name here",
+                   path + toUtf8(UnitView(stray.name)));
 }
 
 const Step* RecordWriter::field(const Step& step) {

@@ -1,5 +1,7 @@
 #include "records/treecursor.hpp"
 
+#include <algorithm>
+
 // Members mostly come in the order that they are asked for, so the next one is looked at first. If it is another one,
 // the object's members get marks, and all that have none are gone through, from here to the end and from the beginning.
 
@@ -88,18 +90,33 @@ void TreeCursor::goTo(std::uint32_t index) {
     step();
 }
 
-const unsigned short* TreeCursor::strayName() {
+TreeCursor::Stray TreeCursor::stray() {
+  if (!isStray()) return {};
+  const unsigned short* const name = place_.getTagName();
+  return {name, wasFound(name, levels_.back().index)};
+}
+
+// Goes to a member that was not found; false if all were.
+bool TreeCursor::isStray() {
+  const Level& level = levels_.back();
+  if (level.isInOrder) return (level.isOnMember && !level.isTaken) || step();
+  const auto stray = std::find(taken_.begin() + static_cast<std::ptrdiff_t>(level.marks), taken_.end(), false);
+  if (stray == taken_.end()) return false;
+  goTo(static_cast<std::uint32_t>(stray - taken_.begin() - static_cast<std::ptrdiff_t>(level.marks)));
+  return true;
+}
+
+// Whether a member of this name was found, when the first one that was not is the member `stray`.
+bool TreeCursor::wasFound(const unsigned short* name, std::uint32_t stray) {
   Level& level = levels_.back();
-  if (level.isInOrder) {
-    const bool isAhead = level.isOnMember && !level.isTaken;
-    return isAhead || step() ? place_.getTagName() : nullptr;
+  place_.moveToParent();
+  level.isOnMember = false;
+  level.index = 0;
+  while (step()) {
+    const bool isFound = level.isInOrder ? level.index < stray : taken_[level.marks + level.index];
+    if (isFound && isHere(name)) return true;
   }
-  for (std::size_t at = level.marks; at < taken_.size(); ++at) {
-    if (taken_[at]) continue;
-    goTo(static_cast<std::uint32_t>(at - level.marks));
-    return place_.getTagName();
-  }
-  return nullptr;
+  return false;
 }
 
 }  // namespace oxr::rec

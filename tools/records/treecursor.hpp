@@ -27,9 +27,13 @@ class TreeCursor {
   void enter();
   void leave();
 
-  // The name of a member of the object that nobody asked for, or that it has a second time; null if there is none. To
-  // be asked before leave().
-  const unsigned short* strayName();
+  // A member of the object that was not found: one that nobody asked for, or that the object has a second time.
+  struct Stray {
+    const unsigned short* name = nullptr;  // null if there is none
+    bool isSecond = false;                 // another one of that name was found
+  };
+  // To be asked last, before leave().
+  Stray stray();
 
   // Whether it stands on an array, not on an object or a value.
   bool isOnArray() const { return place_.getCategory() == kListCategory; }
@@ -52,6 +56,8 @@ class TreeCursor {
   bool search(const unsigned short* name);
   void mark();
   void goTo(std::uint32_t index);
+  bool isStray();
+  bool wasFound(const unsigned short* name, std::uint32_t stray);
 
   std::vector<bool> taken_;  // marks of members that were found, of all open objects that are not in order
   FITreeIterator place_;

@@ -125,8 +125,6 @@ class Encoding {
 }  // namespace
 
 int encode(const EncodeOptions& options, const Console& console) {
-  if (options.records.form.framing == Framing::automatic)
-    throw ToolError("--records auto tells how an input lies; how records are to be written has to be said");
   const Description description(options.record, console);
   return Encoding(options, console, description).run();
 }

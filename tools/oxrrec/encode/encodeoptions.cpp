@@ -3,6 +3,12 @@
 
 namespace oxr::rec {
 
+namespace {
+
+constexpr std::uint64_t kLongestLine = std::uint64_t{1} << 30;
+
+}  // namespace
+
 void addWritingOptions(CLI::App& command, RecordForm& form) {
   command
       .add_option_function<std::uint32_t>(
@@ -21,7 +27,7 @@ void addWritingOptions(CLI::App& command, RecordForm& form) {
 
 void addRecordWritingOptions(CLI::App& command, EncodeOptions& options) {
   addRecordOptions(command, options.record);
-  addFramingOptions(command, options.records.form);
+  addFramingOptions(command, options.records.form, FormIs::said);
   addWritingOptions(command, options.records.form);
   addFillerOption(command, options.records.filler);
   addUnknownLineOption(command, options.records.onUnknown);
@@ -45,7 +51,7 @@ void addEncodeOptions(CLI::App& command, EncodeOptions& options) {
   command.add_option("INPUT", options.input, "the JSON lines, - for standard input")->required();
   addRecordWritingOptions(command, options);
   command.add_option("--max-line", options.longestLine, "the longest line that is read, 1GiB at most [64MiB]")
-      ->transform(sizeInBytes())
+      ->transform(sizeInBytes(kLongestLine))
       ->type_name("BYTES")
       ->group("Records");
   addOutputOption(command, options.output);

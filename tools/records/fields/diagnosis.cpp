@@ -38,13 +38,16 @@ FaultReason asOtherSign(FaultReason reason, std::span<const unsigned char> bytes
   return reason;
 }
 
-// Words for a field whose digits alone, without the padding around them, would be good.
+// Words for a field whose digits alone, without the padding around them, would be good. The first byte of the padding
+// is what is wrong with it.
 FaultReason asPadded(FaultReason reason, std::span<const unsigned char> bytes, const External& external,
                      const PageBytes& page) {
   if (!reason) return reason;
   const Unpadded inner = withoutPadding(bytes, external.sign, page.blank);
   if (inner.begin == inner.end || externalFault(inner.bytes(bytes), external, page)) return reason;
   reason.code = FaultCode::padded;
+  const std::uint32_t place = inner.begin != 0 ? 0 : inner.digits != 1 ? 1 : inner.end;
+  reason.numbers = {place, bytes[place], page.units[bytes[place]]};
   return reason;
 }
 

@@ -45,9 +45,9 @@ inline CLI::Validator wholeNumber(std::uint64_t least, std::uint64_t most = std:
 }
 
 // Makes an option take "64MiB" as the number of bytes.
-inline CLI::Validator sizeInBytes() {
+inline CLI::Validator sizeInBytes(std::uint64_t most = std::numeric_limits<std::uint64_t>::max()) {
   return CLI::Validator(
-      [](std::string& text) {
+      [most](std::string& text) {
         const std::string given = text;
         std::string fault;
         try {
@@ -56,7 +56,8 @@ inline CLI::Validator sizeInBytes() {
           fault = given;
         }
         if (fault.empty()) fault = wholeNumber(1)(text);
-        return fault.empty() ? fault : given + " is no number of bytes such as 1000 or 64MiB";
+        if (!fault.empty()) return given + " is no number of bytes such as 1000 or 64MiB";
+        return wholeNumber(1, most)(text).empty() ? fault : given + " is more than " + std::to_string(most) + " bytes";
       },
       "");
 }

@@ -91,25 +91,27 @@ void requireEffect(const CLI::App& command, const RecordForm& form) {
 
 }  // namespace
 
-void addFramingOptions(CLI::App& command, RecordForm& form) {
+void addFramingOptions(CLI::App& command, RecordForm& form, FormIs known) {
   command.callback([&command, &form] { requireEffect(command, form); });
-  addChoice<Framing>(command, "--records", form.framing,
-                     {{"auto", Framing::automatic},
-                      {"fixed", Framing::fixed},
-                      {"rdw", Framing::rdw},
-                      {"rdw-le", Framing::rdwLittle},
-                      {"bdw", Framing::bdw},
-                      {"spanned", Framing::spanned},
-                      {"length2", Framing::length2},
-                      {"length2-le", Framing::length2Little},
-                      {"length4", Framing::length4},
-                      {"length4-le", Framing::length4Little},
-                      {"lines", Framing::lines}},
-                     "what stands around the records: nothing (fixed); 4 bytes in front with the length in bytes 1 and "
-                     "2, most significant first (rdw), or in bytes 3 and 4, least significant first (rdw-le); blocks "
-                     "of such records (bdw), which may go on in the next block (spanned); a length alone (length2, "
-                     "length4); line ends (lines); whatever the first 64 KiB show (auto) [fixed]")
-      ->group(kTopic);
+  Words<Framing> forms = {{"fixed", Framing::fixed},
+                          {"rdw", Framing::rdw},
+                          {"rdw-le", Framing::rdwLittle},
+                          {"bdw", Framing::bdw},
+                          {"spanned", Framing::spanned},
+                          {"length2", Framing::length2},
+                          {"length2-le", Framing::length2Little},
+                          {"length4", Framing::length4},
+                          {"length4-le", Framing::length4Little},
+                          {"lines", Framing::lines}};
+  std::string help =
+      "what stands around the records: nothing (fixed); 4 bytes in front with the length in bytes 1 and 2, most "
+      "significant first (rdw), or in bytes 3 and 4, least significant first (rdw-le); blocks of such records (bdw), "
+      "which may go on in the next block (spanned); a length alone (length2, length4); line ends (lines)";
+  if (known == FormIs::saidOrFound) {
+    forms.emplace("auto", Framing::automatic);
+    help += "; whatever the first 64 KiB show (auto)";
+  }
+  addChoice<Framing>(command, "--records", form.framing, forms, help + " [fixed]")->group(kTopic);
   choose<bool>(command.add_option_function<bool>(
                    "--length-includes-header", [&form](bool counts) { form.countsHeader = counts; },
                    "whether a length in front counts its own bytes [yes, but not in length2 and length4]"),

@@ -29,6 +29,9 @@ struct RecordOptions {
   std::vector<std::string> settingFiles{};  // those that settings of fields were read from
 };
 
+// Who knows how records lie: he who says so; or nobody, until an input is looked at.
+enum class FormIs : std::uint8_t { said, saidOrFound };
+
 // A record file, and how its records lie.
 struct InputOptions {
   std::string path;  // or kStandardStream
@@ -46,7 +49,7 @@ void addUnknownOption(CLI::App& command, OnUnknown& onUnknown);
 void addUnknownLineOption(CLI::App& command, OnUnknown& onUnknown);
 // Topic "records": how records lie in a file. Those of the first function tell how long a record is.
 void addLengthOptions(CLI::App& command, RecordOptions& record);
-void addFramingOptions(CLI::App& command, RecordForm& form);
+void addFramingOptions(CLI::App& command, RecordForm& form, FormIs known = FormIs::saidOrFound);
 void addWindowOptions(CLI::App& command, InputWindow& window);
 // Topic "fields", for writing: the byte that stands where no field gives one.
 void addFillerOption(CLI::App& command, std::optional<unsigned char>& filler);

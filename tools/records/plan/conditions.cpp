@@ -81,7 +81,11 @@ void requireArea(const Condition& condition, const std::deque<Layout>& layouts) 
     }
   const std::string& name = condition.name.text();
   if (isThere) refuse(condition, name + " is no record, and neither redefines an item nor is redefined");
-  refuse(condition, "there is no record and no item " + name + condition.name.hint(layouts.front()));
+  std::string records;
+  for (const Layout& layout : layouts)
+    records += (records.empty() ? "" : " and ") + layout.recordName;
+  refuse(condition,
+         "there is no record " + name + ", and no such item in " + records + condition.name.hint(layouts.front()));
 }
 
 void addCondition(Choice& choice, const Condition& condition, std::uint32_t alternative, const Layout& layout,
