@@ -90,7 +90,7 @@ endif()
 add_test(NAME oxrmq_broker COMMAND oxrmq_broker_tests)
 add_test(NAME oxrmq_docs COMMAND "${PROJECT_SOURCE_DIR}/tests/oxrmq/docs_examples" "$<TARGET_FILE:oxrmq>"
                                  "${PROJECT_SOURCE_DIR}/docs/oxrmq.md" "${PROJECT_SOURCE_DIR}/tools/oxrrec/samples")
-set_tests_properties(oxrmq_broker oxrmq_docs PROPERTIES TIMEOUT 300)
+set_tests_properties(oxrmq_broker oxrmq_docs PROPERTIES TIMEOUT 900)
 
 # The page of `oxrrec explain` in a browser; its screenshots stay in the build folder.
 add_test(NAME explain_page COMMAND "${PROJECT_SOURCE_DIR}/tests/oxrrec/explain_page" "$<TARGET_FILE:oxrrec>"
