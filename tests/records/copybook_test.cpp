@@ -335,6 +335,8 @@ constexpr Case kErrors[] = {
      "1:69: there are several 'N': add OF and the name of a group"},
     {"05 A OCCURS 16385. 10 B PIC X(16384).", "1:1: the item is longer than 256 MiB"},
     {"05 A PIC X(268435456). 05 B PIC X.", "1:24: the record is longer than 256 MiB"},
+    {"05 A OCCURS 1025. 10 B OCCURS 1024. 15 C PIC X.", "1:1: the record has more than 1,048,576 fields"},
+    {"05 A PIC X OCCURS 1048576. 05 B REDEFINES A PIC X.", "1:28: the record has more than 1,048,576 fields"},
 };
 
 TEST(Copybook, EntriesGiveALayoutOrAnErrorWithItsPlace) {

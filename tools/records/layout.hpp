@@ -12,6 +12,10 @@ namespace oxr::rec {
 // The largest record, array and field that a layout may describe, in bytes.
 inline constexpr std::uint32_t kMaxRecordBytes = 256U << 20;
 
+// The most fields that a record may have, each counted as often as it occurs. It bounds what a copybook of a few words
+// can ask of whatever holds a record's fields: a line of JSON, a table, two readings to be compared.
+inline constexpr std::uint32_t kMaxRecordFields = 1U << 20;
+
 // How the bytes of an item are to be read.
 enum class Kind : std::uint8_t {
   group,           // no bytes of its own: the items below it

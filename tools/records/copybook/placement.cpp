@@ -24,7 +24,12 @@ class Placer {
  public:
   Placer(const Source& source, std::span<const Entry* const> entries, std::vector<std::uint32_t> boundaries,
          Dialect dialect, std::vector<Item>& items)
-      : source_(source), entries_(entries), boundaries_(std::move(boundaries)), dialect_(dialect), items_(items) {}
+      : source_(source),
+        entries_(entries),
+        boundaries_(std::move(boundaries)),
+        dialect_(dialect),
+        items_(items),
+        fields_(items.size(), 0) {}
 
   void place() {
     findBoundaries();
@@ -70,6 +75,7 @@ class Placer {
       end = std::max(end, std::uint64_t{item.offset} + total);
       isMoved = isMoved || item.movesWhatFollows();
       if (end > kMaxRecordBytes) source_.raise(entries_[child]->place, "the record is longer than 256 MiB");
+      countFields(child);
     }
     if (items_[group].occurs.isArray) end += missingTo(boundaries_[group], end);
     items_[group].size = static_cast<std::uint32_t>(end);
@@ -82,11 +88,20 @@ class Placer {
     return static_cast<std::uint32_t>(total);
   }
 
+  // Adds what an item with its occurrences has to the group around it.
+  void countFields(ItemIndex item) {
+    const std::uint64_t each = items_[item].isGroup() ? fields_[item] : 1;
+    std::uint64_t& ofGroup = fields_[items_[item].parent];
+    ofGroup += each * items_[item].occurs.max;
+    if (ofGroup > kMaxRecordFields) source_.raise(entries_[item]->place, "the record has more than 1,048,576 fields");
+  }
+
   const Source& source_;
   std::span<const Entry* const> entries_;
   std::vector<std::uint32_t> boundaries_;
   const Dialect dialect_;
   std::vector<Item>& items_;
+  std::vector<std::uint64_t> fields_;  // of one occurrence of each group, at most kMaxRecordFields
 };
 
 }  // namespace
