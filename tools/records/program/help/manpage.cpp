@@ -27,7 +27,7 @@ std::string entry(const OptionText& option) {
   for (const std::string& name : option.names)
     names += (names.empty() ? "" : ", ") + ("\\fB" + roff(name) + "\\fR");
   if (!option.value.empty()) names += " \\fI" + roff(option.value) + "\\fR";
-  return ".TP\n" + names + '\n' + roff(option.help) + (option.isRequired ? " Required." : "") + '\n';
+  return ".TP\n" + names + '\n' + roff(option.help) + (option.isRequired ? ". Required." : "") + '\n';
 }
 
 }  // namespace
