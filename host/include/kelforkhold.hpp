@@ -6,8 +6,8 @@
 
 // Keeps the process from forking to the end of a scope. It is for calls of libraries that take locks of their own, or
 // do some work once a process: a child that was made meanwhile would find the locks taken and the work half done, for
-// good. Any number of threads may hold at a time; a fork waits for those that do. One that holds must not hold again,
-// nor fork.
+// good. Any number of threads may hold at a time; a fork waits for those that do. One that holds may hold again, but
+// must not fork.
 class KELHOST_EXPORT KelForkHold {
  public:
   KelForkHold();

@@ -18,14 +18,15 @@ class ForkLock {
 };
 
 constinit ForkLock forkLock;
+constinit thread_local int holds = 0;  // of this thread; a second lock behind a fork that waits would wait for itself
 [[maybe_unused]] const bool isHeld = oxr::holdOverForks<forkLock>();
 
 }  // namespace
 
 KelForkHold::KelForkHold() {
-  forkLock.lockShared();
+  if (holds++ == 0) forkLock.lockShared();
 }
 
 KelForkHold::~KelForkHold() {
-  forkLock.unlock();
+  if (--holds == 0) forkLock.unlock();
 }
