@@ -40,13 +40,12 @@ class LittleMemory : public testing::Test {
 constexpr struct {
   const char* arguments;
   std::size_t step;
-  const char* told = "";  // at the end of what is told where there is memory enough
 } kCommands[] = {
     {"decode -o @out @in", 64},
     {"decode --jobs 2 -o @out @in", 1024},
     {"decode --to csv -o @out @in", 128},
     {"encode -o @out @lines", 64},
-    {"verify @in", 128, "2400 records, 405000 bytes: all equal\n"},
+    {"verify @in", 128},
     {"explain 3 --html @out @in", 128},
     {"profile -o @out @in", 128},
     {"index --every 100KB -o @out @in", 128},
@@ -66,7 +65,7 @@ TEST_F(LittleMemory, IsToldInOneMessageAndLeavesNoFile) {
   std::size_t least = 0;
   for (std::size_t bit = std::size_t{1} << 17; bit >= 32; bit /= 2)
     if (run(least + bit, "help") == kNotStarted) least += bit;
-  for (const auto& [command, step, told] : kCommands) {
+  for (const auto& [command, step] : kCommands) {
     const std::string arguments = std::string(command) + " --copybook SAMPLES/customers.cob --ccsid 37 --records rdw";
     int sizes = 0;
     for (std::size_t size = least + 32;; size += step, ++sizes) {
@@ -81,8 +80,7 @@ TEST_F(LittleMemory, IsToldInOneMessageAndLeavesNoFile) {
       EXPECT_EQ(folder_.names(), "in lines");
     }
     EXPECT_GT(sizes, 5) << command;
-    EXPECT_THAT(messages_, testing::EndsWith(told));
-    EXPECT_EQ(messages_.empty(), *told == 0);
+    EXPECT_EQ(messages_, "") << command;
   }
 }
 
