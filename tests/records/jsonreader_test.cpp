@@ -15,14 +15,14 @@ std::string padded(const std::string& line) {
 std::string shown(FITreeIterator place) {
   const unsigned short* const name = place.getTagName();
   std::string text = name == nullptr ? "" : toUtf8(UnitView(name));
-  if (place.getCategory() == JsonTree::kFieldCategory) {
+  if (place.getCategory() == TreeCategory::kField) {
     const PWFData value = place.getData();
     if (value.isNull()) return text + "=null";
     if (value.getDataLogicalType() == BOOLEAN) return text + (value.getBoolValue() ? "=true" : "=false");
     const char* const mark = value.getDataLogicalType() == DECIMAL ? "=" : "='";
     return text + mark + toUtf8(UnitView(static_cast<const unsigned short*>(value.getDataValue())));
   }
-  const bool isArray = place.getCategory() == JsonTree::kArrayCategory;
+  const bool isArray = place.getCategory() == TreeCategory::kArray;
   text += isArray ? '[' : '{';
   const char* separator = "";
   for (bool more = place.moveToFirstChild(); more; more = place.moveToNextSibling()) {

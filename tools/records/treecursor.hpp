@@ -7,6 +7,7 @@
 
 #include "fimessagetree.hpp"
 #include "kelunits.hpp"
+#include "records/treecategory.hpp"
 
 namespace oxr::rec {
 
@@ -36,12 +37,10 @@ class TreeCursor {
   Stray stray();
 
   // Whether it stands on an array, not on an object or a value.
-  bool isOnArray() const { return place_.getCategory() == kListCategory; }
+  bool isOnArray() const { return place_.getCategory() == TreeCategory::kArray; }
   PWFData value() const { return place_.getData(); }
 
  private:
-  static constexpr int kListCategory = 12;
-
   // Where the cursor is in an open object or array.
   struct Level {
     std::uint32_t index = 0;  // of the member that it stands on

@@ -39,11 +39,11 @@ class JsonPlace final : public FITreeIteratorImpl {
   int getCategory() const override {
     switch (here().kind) {
       case JsonNode::Kind::object:
-        return JsonTree::kObjectCategory;
+        return TreeCategory::kObject;
       case JsonNode::Kind::array:
-        return JsonTree::kArrayCategory;
+        return TreeCategory::kArray;
       default:
-        return JsonTree::kFieldCategory;
+        return TreeCategory::kField;
     }
   }
   PWFData getData() const override { return tree_.valueOf(here()); }

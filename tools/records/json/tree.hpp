@@ -6,6 +6,7 @@
 
 #include "fimessagetree.hpp"
 #include "kelunits.hpp"
+#include "records/treecategory.hpp"
 
 namespace oxr::rec {
 
@@ -27,18 +28,16 @@ struct JsonNode {
 // A JSON object as a message. What lies below an array are its elements, which have its name: the elements that a
 // RecordWorker reports for the same record.
 //
-//   object  category 2, nothing as its value
-//   array   category 12, nothing as its value
-//   text    category 0, STRING
-//   number  category 0, DECIMAL with the characters that the line has, an exponent among them
-//   truth   category 0, BOOLEAN
-//   null    category 0, a null
+//   object  TreeCategory::kObject, nothing as its value
+//   array   TreeCategory::kArray, nothing as its value
+//   text    TreeCategory::kField, STRING
+//   number  TreeCategory::kField, DECIMAL with the characters that the line has, an exponent among them
+//   truth   TreeCategory::kField, BOOLEAN
+//   null    TreeCategory::kField, a null
 //
 // An iterator is good as long as the tree is not filled anew.
 class JsonTree final : public FIMessageTree {
  public:
-  static constexpr int kFieldCategory = 0, kObjectCategory = 2, kArrayCategory = 12;
-
   // The object that is the message: the whole line's, number 0, unless another was set.
   void setRoot(std::uint32_t node) { root_ = node; }
   std::uint32_t root() const { return root_; }
