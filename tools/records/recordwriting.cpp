@@ -331,16 +331,16 @@ void RecordWriter::put(const Step& step, std::uint64_t at, const PWFData& value)
   } catch (const FieldRefused& refusal) {
     fail(step, refusal.what());
   } catch (const KelRecoverableException& failure) {
-    fail(step, faultText(failure), failure.oxrMessageNumber());
+    fail(step, failure);
   }
   filled_ = std::max(filled_, at + step.size);
-  keepEnd(step, at);
+  if (original_) keepEnd(step, at);
 }
 
 // Of a text that the end of the original cuts off, the blanks behind that end are none of its value.
 void RecordWriter::keepEnd(const Step& step, std::uint64_t at) {
   std::uint64_t end = at + step.size;
-  if (original_ && end > original_->size() && at < original_->size() && FieldConverter::canBeCut(step)) {
+  if (end > original_->size() && at < original_->size() && FieldConverter::canBeCut(step)) {
     std::vector<unsigned char> blanks(end - original_->size());
     writers_[step.form].fillWithBlanks(step.kind, blanks.data(), static_cast<std::uint32_t>(blanks.size()));
     if (std::memcmp(record_.data() + original_->size(), blanks.data(), blanks.size()) == 0) end = original_->size();
@@ -381,8 +381,12 @@ const char* RecordWriter::textOf(Lack lack) {
   return lack == Lack::name ? "the name is missing" : "null cannot be stored";
 }
 
-void RecordWriter::fail(const Step& step, const std::string& why, int number) const {
-  throw WriteError(why, fieldPath(layout(), step.item, arrays_), number);
+void RecordWriter::fail(const Step& step, std::string_view why, int number) const {
+  throw WriteError(std::string(why), fieldPath(layout(), step.item, arrays_), number);
+}
+
+void RecordWriter::fail(const Step& step, const KelRecoverableException& failure) const {
+  fail(step, faultText(failure), failure.oxrMessageNumber());
 }
 
 }  // namespace oxr::rec

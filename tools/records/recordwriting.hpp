@@ -5,6 +5,7 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "records/fields/fields.hpp"
@@ -134,7 +135,8 @@ class RecordWriter {
   std::size_t stepIndex(const Step& step) const { return static_cast<std::size_t>(&step - plan_.steps().data()); }
   std::uint64_t placeOf(const Step& step) const { return static_cast<std::uint64_t>(step.offset + shift_); }
   const Layout& layout() const { return *kind_->layout; }
-  [[noreturn]] void fail(const Step& step, const std::string& why, int number = 0) const;
+  [[noreturn]] void fail(const Step& step, std::string_view why, int number = 0) const;
+  [[noreturn]] void fail(const Step& step, const KelRecoverableException& failure) const;
 
   const RecordPlan& plan_;
   const Settings settings_;
@@ -154,7 +156,7 @@ class RecordWriter {
   TreeCursor cursor_;
   std::vector<unsigned char> record_;
   std::uint64_t filled_ = 0;    // bytes of it that are there
-  std::uint64_t givenEnd_ = 0;  // where the last value in it ends
+  std::uint64_t givenEnd_ = 0;  // where the last value in it ends, if there is an original
   bool isLost_ = false;         // all from here on is as in the original: nobody can tell where anything is
   std::int64_t shift_ = 0;
   std::int64_t shrink_ = 0;  // bytes that the arrays closed so far lack
