@@ -104,8 +104,15 @@ PWFData::PWFData(const PWFInterval& value) {
   init(&value, 0, INTERVAL, COPY);
 }
 
+// Text that is there needs nothing of init() but its trace, which keeps more on its stack than all the rest.
 PWFData::PWFData(const unsigned short* text, ELogicalType type) {
-  init(text, -1, type, COPY);
+  const bool isText = text != nullptr && (type == STRING || type == DECIMAL);
+  if (!isText || ValueTrace::on()) {
+    init(text, -1, type, COPY);
+  } else {
+    logicalType = type;
+    assignText(stringValue, text, -1);
+  }
 }
 
 PWFData::PWFData(void* data, int length, ELogicalType type, EOwnership own) {
