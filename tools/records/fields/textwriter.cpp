@@ -87,12 +87,12 @@ bool FieldTextWriter::convertUsual(UnitView text) {
   if (converted_.size() < text.size()) converted_.resize(text.size());
   constexpr unsigned kMask = std::tuple_size_v<decltype(usual_)> - 1;
   unsigned units = 0, bytes = 0;  // all in one
-  unsigned char* to = converted_.data();
-  for (const unsigned short unit : text) {
-    const unsigned byte = usual_[unit & kMask];
-    units |= unit;
+  unsigned char* const to = converted_.data();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const unsigned byte = usual_[text[i] & kMask];
+    units |= text[i];
     bytes |= byte;
-    *to++ = static_cast<unsigned char>(byte);
+    to[i] = static_cast<unsigned char>(byte);
   }
   return units <= kMask && (bytes & kOdd) == 0;
 }
