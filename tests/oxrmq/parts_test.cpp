@@ -1,8 +1,10 @@
 // The parts of oxrmq that need no broker.
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <set>
 
 #include "oxrmq/amqp/acknowledgements.hpp"
@@ -81,6 +83,7 @@ TEST(Address, CredentialsAndTargetsAreTwoWordsEach) {
   EXPECT_EQ(faultOf([] { readCredentials("/dev/zero"); }),
             "cannot read the credentials in /dev/zero: it has more than 64 KiB");
   EXPECT_EQ(faultOf([] { readState("/dev/zero"); }), "cannot read /dev/zero: it has more than 64 KiB");
+  EXPECT_THAT(faultOf([] { readState(std::string(300, 'x')); }), HasSubstr("xxx: File name too long"));
   const Target target = parseTarget("e/k/l");
   EXPECT_EQ(target.exchange + ' ' + target.key, "e k/l");
   EXPECT_EQ(shown(parseTarget("/q")), "queue q");
@@ -223,7 +226,7 @@ TEST(FeedState, IsReadAsWritten) {
   const FeedState state{"a file", 100, 11, 7, 9, 65536, 3, 42, 5};
   EXPECT_EQ(parseState(textOf(state), "s"), state);
   for (const std::string& wrong :
-       {std::string("x"), textOf(state).substr(0, 40), textOf(state).replace(40, 1, "x"),
+       {std::string("x"), textOf(state).substr(0, 12), textOf(state).substr(0, 40), textOf(state).replace(40, 1, "x"),
         textOf(state).insert(textOf(state).find('\n'), " x"), textOf(state).insert(textOf(state).size() - 1, "x")})
     EXPECT_THAT(faultOf([&] { parseState(wrong, "s"); }), HasSubstr("s is no state")) << wrong;
   struct Case {
@@ -238,6 +241,7 @@ TEST(FeedState, IsReadAsWritten) {
                         {{"a file", 100, 11, 7, 8, 65536, 3}, "how the records lie"},
                         {{"a file", 100, 11, 7, 9, 65536, 0}, "--message-bytes 65536 --message-records 3"}};
   EXPECT_THAT(whyNot({"f", 1, 1, 1, 1, 0, 3}, {"f", 1, 1, 1, 1, 4, 3}), HasSubstr("(--message-records 3)"));
+  EXPECT_THAT(whyNot({"f", 1, 1, 1, 1, 4, 0}, {"f", 1, 1, 1, 1, 5, 0}), HasSubstr("(--message-bytes 4)"));
   const auto idOf = [](const FeedState& run, std::string_view bytes) { return MessageIds(run).at(5, bytes); };
   for (const Case& each : cases) {
     EXPECT_THAT(whyNot(state, each.now), testing::ContainsRegex(each.why));
@@ -294,6 +298,17 @@ TEST(Outbox, HasWhatIsNotConfirmed) {
   EXPECT_THAT(faultOf([&] { outbox.next(); }), HasSubstr("out of memory where"));
   outbox.lost();
   EXPECT_THAT(faultOf([&] { outbox.next(); }), HasSubstr("out of memory for"));
+}
+
+TEST(Outbox, SendsAgainWhatComesBackAfterTheEnd) {
+  Outbox outbox([] { return Part{rec::Chunk{}, true}; }, {});
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_TRUE(outbox.hasAny());
+    const std::optional<rec::Chunk> last = outbox.next();
+    EXPECT_FALSE(outbox.hasAny());
+    EXPECT_FALSE(outbox.next());
+    outbox.giveBack({*last});
+  }
 }
 
 TEST(CutAhead, ThreadsGiveAllInOrderAndThenWhatWentWrong) {
@@ -392,26 +407,27 @@ TEST_F(Conversions, StopWhereTheOutputIsTooLong) {
   }
 }
 
-TEST_F(Conversions, LeaveOutRecordsOfNoKind) {
+TEST_F(Conversions, LeaveOutWhatTheOptionsSay) {
   rec::RecordPlan::Options options;
   options.form.ccsid = 819;
   options.conditions = {"T=1:A"};
-  const rec::Layout layout = rec::readCopybook("01 R. 05 T PIC 9. 05 A PIC X. 05 B REDEFINES A PIC X.", "c");
+  const rec::Layout layout = rec::readCopybook("01 R. 05 T PIC 9. 05 A PIC 9. 05 B REDEFINES A PIC X.", "c");
   const rec::RecordPlan plan(layout, options);
   const rec::RecordWorker::Settings settings{.form = {.framing = rec::Framing::lines},
                                              .onUnknown = rec::OnUnknown::isSkipped};
-  Decoding decoding(plan, {.records = settings});
+  Decoding decoding(plan, {.records = settings}), skipping(plan, {.records = settings, .onError = OnError::skip});
   Encoding encoding(plan, {.records = settings});
   struct Case {
     Conversion& conversion;
     const char* body;
     const char* output;
-    std::uint64_t records, leftOut;
+    std::uint64_t records, leftOut, badFields = 0;
   };
   const Case cases[] = {
-      {decoding, "1a\n2b\n3c\n", "{\"T\":1,\"A\":\"a\"}\n", 1, 2},
+      {decoding, "17\n2b\n3c\n", "{\"T\":1,\"A\":7}\n", 1, 2},
       {decoding, "2b\n3c\n", "", 0, 2},
-      {encoding, "{\"T\":1,\"A\":\"a\"}\n{\"RAW\":\"41\"}\n", "1a\n", 1, 1},
+      {skipping, "17\n1x\n18\n2b\n", "{\"T\":1,\"A\":7}\n{\"T\":1,\"A\":8}\n", 2, 2, 1},
+      {encoding, "{\"T\":1,\"A\":7}\n{\"RAW\":\"41\"}\n", "17\n", 1, 1},
       {encoding, "{\"RAW\":\"41\"}\n", "", 0, 1},
   };
   for (const Case& each : cases) {
@@ -421,7 +437,7 @@ TEST_F(Conversions, LeaveOutRecordsOfNoKind) {
     EXPECT_EQ(made.output, each.output);
     EXPECT_EQ(made.records, each.records);
     EXPECT_EQ(made.leftOut, each.leftOut);
-    EXPECT_EQ(made.badFields, 0U);
+    EXPECT_EQ(made.badFields, each.badFields);
   }
 }
 
@@ -437,6 +453,55 @@ TEST(Metrics, AreLinesThatPrometheusReads) {
     EXPECT_THAT(line, testing::MatchesRegex("(# (HELP|TYPE) oxrmq_[a-z_]+_total .+|oxrmq_[a-z_]+_total [0-9.]+)"));
 }
 
+TEST(Metrics, TellOnceThatTheyCannotBeWritten) {
+  std::ostringstream messages;
+  const rec::Console console{.messages = messages, .program = "oxrmq"};
+  const Counters counters;
+  Log log(console);
+  // Written at the start and at the end.
+  MetricsFile("/nowhere/m", counters, log);
+  EXPECT_EQ(messages.str(), "oxrmq: cannot write /nowhere/m: No such file or directory\n");
+}
+
+// What oxrmq tells that ends with nothing usable. Words are separated by blanks.
+std::string messagesOf(const std::string& arguments, int input = 0) {
+  std::ostringstream messages;
+  std::istringstream stream(arguments);
+  const std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
+  std::vector<const char*> pointers;
+  for (const std::string& word : words)
+    pointers.push_back(word.c_str());
+  EXPECT_EQ(rec::runCommand(kOxrmq, pointers, {input, 1, messages}), rec::kFailed);
+  return messages.str();
+}
+
+constexpr char kNobody[] = " --url amqp://127.0.0.1:1";
+
+// What tells where messages begin, and which records they have, is in the state.
+TEST(Oxrmq, FeedsOnOnlyWithTheSameSettings) {
+  const rec::test::Folder folder;
+  const std::string copybook =
+      folder.write("c.cob", "01 R. 05 T PIC 9. 05 A PIC X. 05 B REDEFINES A PIC X. 01 S PIC XX.");
+  const std::string fed = "feed " + folder.write("f", std::string("\0\0021a", 4)) + " --to /a --resume " +
+                          folder.path("state") + " --copybook " + copybook + kNobody;
+  const std::string usual = " --records length2 --ccsid 819";
+  const auto isNotReached = HasSubstr("nobody answers there");
+  const auto isOther = HasSubstr("the options or the copybook that tell how the records lie");
+  EXPECT_THAT(messagesOf(fed + usual), isNotReached);
+  std::vector<std::string> others = {" --records fixed --ccsid 819", " --records length2 --ccsid 850"};
+  for (const char* const more :
+       {"--length-includes-header yes", "--skip-header 3", "--skip-trailer 3", "--range 0-3", "--first-record 2",
+        "--record S", "--odo fixed", "--format free", "--binary-sizes 1-8", "--dialect gnucobol", "--when T=1:A",
+        "--field T:blank-numbers=zero", "--integers little", "--ascii-signs letters", "--blank-numbers zero",
+        "--low-values zero", "--lenient-numbers"})
+    others.push_back(usual + ' ' + more);
+  for (const std::string& other : others)
+    EXPECT_THAT(messagesOf(fed + other), isOther) << other;
+  EXPECT_THAT(messagesOf(fed + usual), isNotReached);
+  std::ofstream(copybook, std::ios::app) << "\n";
+  EXPECT_THAT(messagesOf(fed + usual), isOther);
+}
+
 // What is wrong before a broker is asked.
 TEST(Oxrmq, TellsWhatItCannotWorkWith) {
   const std::string samples = OXR_SAMPLES_DIR;
@@ -445,9 +510,13 @@ TEST(Oxrmq, TellsWhatItCannotWorkWith) {
   const std::string copybook = folder.write("c.cob", rec::test::contentOf(samples + "/customers.cob"));
   const std::string fed = "feed " + records + " --records rdw --to /a ";
   const std::string consume = " --from a --to /b --errors /c --copybook " + samples + "/customers.cob --ccsid 37";
+  const std::string encrypted = "decode --url amqps://localhost" + consume + " --tls-ca ";
+  std::filesystem::resize_file(folder.write("large", ""), (4U << 20) + 1);
+  const rec::FileDescriptor unreadable = rec::FileDescriptor::owned(::open("/dev/null", O_WRONLY | O_CLOEXEC));
   struct Case {
     std::string arguments;
     const char* message;
+    int input = 0;
   };
   const Case cases[] = {
       {"feed x --to /a", "--copybook has to tell"},
@@ -477,22 +546,22 @@ TEST(Oxrmq, TellsWhatItCannotWorkWith) {
        "c.cob: it is an input, too"},
       {"encode --credentials " + copybook + " --metrics " + copybook + consume, "c.cob: it is an input, too"},
       {"encode --on-error null" + consume, "null is none of errors|skip"},
+      {encrypted + folder.path(""), "it is no file"},
+      {encrypted + folder.path("large"), "large: it has more than 4 MiB"},
+      {encrypted + copybook, "cannot use the certificates in"},
+      {encrypted + "/nowhere", "cannot use the certificates in /nowhere"},
+      {fed + "--wait 1" + kNobody, "nobody answers there; trying again in 0."},
+      {"feed - --source s --to /a --ccsid 37 --records auto --copybook " + copybook,
+       "cannot read standard input: Bad file descriptor", unreadable.get()},
+      {"feed - --source s --to /a --records rdw", "standard input: Bad file descriptor", 1 << 20},
   };
   for (const Case& each : cases) {
     SCOPED_TRACE(each.arguments);
-    std::ostringstream messages;
-    std::vector<std::string> words;
-    std::istringstream stream(each.arguments);
-    for (std::string word; stream >> word;)
-      words.push_back(word);
-    std::vector<const char*> pointers;
-    for (const std::string& word : words)
-      pointers.push_back(word.c_str());
-    EXPECT_EQ(rec::runCommand(kOxrmq, pointers, {0, 1, messages}), rec::kFailed);
-    EXPECT_THAT(messages.str(), HasSubstr(each.message));
-    EXPECT_THAT(messages.str(), testing::Not(testing::ContainsRegex("secret|se:cr")));
+    const std::string messages = messagesOf(each.arguments, each.input);
+    EXPECT_THAT(messages, HasSubstr(each.message));
+    EXPECT_THAT(messages, testing::Not(testing::ContainsRegex("secret|se:cr")));
   }
-  EXPECT_EQ(folder.names(), "c.bin c.cob");
+  EXPECT_EQ(folder.names(), "c.bin c.cob large");
 }
 
 }  // namespace

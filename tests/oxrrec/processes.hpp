@@ -90,8 +90,11 @@ class Process {
     id_ = 0;
     return WIFEXITED(status_) ? WEXITSTATUS(status_) : -WTERMSIG(status_);
   }
-  int end(int signal) {
+  void send(int signal) const {
     if (id_ > 0) ::kill(id_, signal);
+  }
+  int end(int signal) {
+    send(signal);
     return wait();
   }
   std::string messages() const { return rec::test::contentOf(folder_.path("messages")); }

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <set>
+#include <variant>
 
 #include "oxrmq/amqp/connection.hpp"
 #include "oxrmq/withbroker/processes.hpp"
@@ -86,15 +87,21 @@ class WithBroker : public testing::Test {
     return all;
   }
   void publish(const std::string& name, const std::string& id, std::string_view body, std::string_view type = {},
-               const std::map<std::string, std::string>& headers = {}) {
+               const std::map<std::string, std::variant<std::string, std::int64_t>>& headers = {},
+               std::string_view encoding = {}) {
     Connection connection(address(), {});
     connection.declareQueue(queue(name), "classic");
     Properties properties;
     properties.setMessageId(id);
     if (!type.empty()) properties.setContentType(type);
-    for (const auto& [header, text] : headers)
-      properties.setHeader(header.c_str(), text);
-    connection.publish({"", queue(name)}, properties, body);
+    for (const auto& [header, value] : headers)
+      std::visit([&name = header, &properties](const auto& given) { properties.setHeader(name.c_str(), given); },
+                 value);
+    amqp_basic_properties_t raw = properties.raw();
+    if (!encoding.empty()) raw._flags |= AMQP_BASIC_CONTENT_ENCODING_FLAG;
+    raw.content_encoding = bytesOf(encoding);
+    Properties all(raw);
+    connection.publish({"", queue(name)}, all, body);
     while (true)
       if (const std::optional<Event> event = connection.next(seconds(10))) break;
     connection.close();

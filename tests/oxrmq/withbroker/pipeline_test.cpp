@@ -67,6 +67,12 @@ TEST_F(WithBroker, AnotherFileOfTheSameNameHasOtherIds) {
   EXPECT_THAT(again->messages(), HasSubstr("the file has changed since"));
   ASSERT_EQ(feed(path, "--to /@in --message-records 100")->wait(), 0);
   EXPECT_EQ(receive("in", 4).size(), 4U);
+  // A part of the file is not more than that when it is gone on with.
+  for (const char* const sent : {"1 messages with 8 records sent", "0 messages with 0 records sent"}) {
+    const auto part = feed(path, "--to /@in --range 1350-2700 --resume " + folder_.path("part"));
+    EXPECT_EQ(part->wait(), 0);
+    EXPECT_THAT(part->messages(), HasSubstr(sent));
+  }
 }
 
 // What the broker tells of a queue.
@@ -189,7 +195,7 @@ TEST_F(WithBroker, NothingIsLostWhenTheBrokerGoesAway) {
 TEST_F(WithBroker, WhatIsTakenIsThereOnceAfterALostConnectionToo) {
   for (const char* const id : {"a", "b", "a"})
     publish("in", id, id);
-  for (const char* const id : {"a", ""})
+  for (const char* const id : {"a", "", ""})
     publish("nameless", id, "x");
   const std::string path = folder_.path("taken");
   const auto taking = oxrmq("take --idle 2 --from @in -o " + path), failing = oxrmq("take --idle 9 --from @nameless");
@@ -208,12 +214,58 @@ TEST_F(WithBroker, WhatIsTakenIsThereOnceAfterALostConnectionToo) {
   EXPECT_THAT(failing->messages(), HasSubstr("would be written twice; the messages are still in queue"));
   QueueCounts counts(address());
   EXPECT_EQ(counts.of(queue("in")).first, 0U);
-  EXPECT_EQ(counts.of(queue("nameless")).first, 2U);
+  EXPECT_EQ(counts.of(queue("nameless")).first, 3U);
+}
+
+TEST_F(WithBroker, WhatNeverComesIsWaitedForUntilTheEndIsAskedFor) {
+  struct Case {
+    const char* command;
+    const char* told;
+    int code;
+  };
+  const Case cases[] = {
+      {"take --from q", "stopped before the broker was there again; the messages are still in queue q", 2},
+      {"feed SAMPLES/customers.rdw.bin --records rdw --to /q", "stopped at byte 0 of the file", 1},
+      {"decode --from q --to /q --errors /q --copybook SAMPLES/customers.cob --ccsid 37", "0 messages with 0", 0},
+  };
+  for (const Case& each : cases) {
+    SCOPED_TRACE(each.command);
+    // A signal that is ignored when the program starts stays so.
+    const auto program =
+        oxrmq(each.command + std::string(" --wait 999 --url amqp://127.0.0.1:1"), "env --ignore-signal=INT");
+    EXPECT_TRUE(program->tells("trying again in 0."));
+    program->send(SIGINT);
+    EXPECT_TRUE(comes([&] {
+      const std::string told = program->messages();
+      return std::count(told.begin(), told.end(), '\n') > 3;
+    }));
+    EXPECT_EQ(program->end(SIGTERM), each.code);
+    EXPECT_THAT(program->messages(), HasSubstr(each.told));
+  }
+  Connection(address(), {}).declareQueue(queue("empty"), "classic");
+  const auto taking = oxrmq("take --idle 99 --from @empty");
+  QueueCounts counts(address());
+  EXPECT_TRUE(comes([&] { return counts.of(queue("empty")).second == 1; }));
+  EXPECT_EQ(taking->end(SIGINT), 0);
+  EXPECT_THAT(taking->messages(), HasSubstr("0 messages taken"));
+}
+
+TEST_F(WithBroker, AQueueThatIsRemovedIsMadeAgain) {
+  publish("in", "f:0", customers(1));
+  const auto decoding = decode();
+  EXPECT_EQ(receive("out", 1).size(), 1U);
+  broker->command("ctl delete_queue " + queue("in"));
+  EXPECT_TRUE(decoding->tells("queue " + queue("in") + " gives no more messages; trying again in 0."));
+  publish("in", "f:1", customers(1));
+  EXPECT_EQ(receive("out", 1).count("f:1"), 1U);
+  EXPECT_EQ(decoding->end(SIGTERM), 0) << decoding->messages();
 }
 
 TEST_F(WithBroker, AFullQueueOnlyDelays) {
   const std::string path = folder_.write("c.bin", customers(20));
-  Connection(address(), {}).declareQueue(queue("out"), "classic", 5);
+  for (const char* const name : {"out", "full"})
+    Connection(address(), {}).declareQueue(queue(name), "classic", 5);
+  const auto feeding = feed(path, "--to /@full --message-records 1");
   const auto decoding = oxrmq(
       "decode --from @in --to /@out --errors /@in2 --copybook SAMPLES/customers.cob --ccsid 37 --records rdw --wait "
       "10");
@@ -238,6 +290,9 @@ TEST_F(WithBroker, AFullQueueOnlyDelays) {
   }
   EXPECT_EQ(joined(lines, "c.bin"), linesOf(path));
   EXPECT_EQ(again->end(SIGTERM), 0) << again->messages();
+  EXPECT_TRUE(feeding->tells("takes no message for queue " + queue("full"))) << feeding->messages();
+  EXPECT_EQ(joined(receive("full", 160), "c.bin"), customers(20));
+  EXPECT_EQ(feeding->wait(), 0);
 }
 
 TEST_F(WithBroker, ABrokerWithoutMemoryOnlyDelays) {
