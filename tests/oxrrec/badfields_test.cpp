@@ -79,6 +79,10 @@ const struct {
     {"9(8)", "F0F0F0F0F1F0F1F0", "no date: there is no year 0 (OXR5540)", "--field F:date=yyyyMMdd"},
     {"9(8)", "F2F0F2F3F0F2F2F9", "no date: month 2 has no day 29 (OXR5540)", "--field F:date=yyyyMMdd"},
     {"9(8)", "F2F0F2F4F1F1F2F2", "no date: it has 8 characters, and its pattern 6 (OXR5540)", "--field F:date=yyMMdd"},
+    {"9(6)", "F2F4F0F0F0F0", "no date: there is no hour 24 (OXR5540)", "--field F:date=HHmmss"},
+    {"9(6)", "F2F3F6F0F0F0", "no date: there is no minute 60 (OXR5540)", "--field F:date=HHmmss"},
+    {"9(6)", "F2F3F5F9F6F0", "no date: there is no second 60 (OXR5540)", "--field F:date=HHmmss"},
+    {"X(10)", "F0F14BF1F34BF2F0F2F3", "no date: there is no month 13 (OXR5540)", "--field F:date=dd.MM.yyyy"},
     {"9(7)", "F2F0F2F3F3F6F7", "no date: there is no day 367 (OXR5540)", "--field F:date=yyyyDDD"},
     {"X(10)", "F0F161F1F161F2F0F2F3", "no date: character 3 is \"/\" (OXR5540)", "--field F:date=dd.MM.yyyy"},
     {"X(2)", "F20F", "no date: character 2 is U+000F (OXR5540)", "--field F:date=HH"},
@@ -114,6 +118,15 @@ TEST(BadFields, StandInTheInput) {
                                       "--ccsid 819 --records lines --on-error null");
   EXPECT_THAT(outcome.messages, testing::HasSubstr("record 1, byte 1, B: holds blanks"));
   EXPECT_THAT(outcome.messages, testing::HasSubstr("record 1, byte 1, C: holds blanks"));
+}
+
+// A float that begins with its last byte ends where the next field begins.
+TEST(BadFields, HaveNoBytesOfOthers) {
+  const std::string record = oxr::test::fromHex("000000000000F07FF07F");
+  const Outcome outcome =
+      decodeBytes("05 F COMP-2. 05 G PIC X(2).", record + record, "--floats ieee-le --on-error null");
+  EXPECT_THAT(outcome.messages, testing::HasSubstr("record 1, byte 0, F: an infinite number; "));
+  EXPECT_THAT(outcome.messages, testing::HasSubstr("record 2, byte 10, F: an infinite number; "));
 }
 
 // Good fields between bad ones are read as ever.

@@ -1,6 +1,7 @@
 // encode and verify through the program. Records of all kinds are held against decode in
 // fuzz/records/roundtrip_check.hpp.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <regex>
@@ -216,6 +217,10 @@ TEST(Encode, WritesWhatRedefines) {
     EXPECT_EQ(outcome.code == kDone ? outcome.lines : outcome.messages.substr(32, outcome.messages.size() - 33), bytes)
         << line;
   }
+  // Null is no number.
+  const Outcome blank =
+      encodeLines("05 A PIC 9(3). 05 B REDEFINES A PIC X(3).", R"({"A":5,"B":""})", "--blank-numbers null");
+  EXPECT_THAT(blank.messages, testing::HasSubstr("A: its value does not agree with that of B"));
 }
 
 // The level 01 entry, or the item of an area, whose conditions the values meet. A framed record ends with it.

@@ -186,8 +186,7 @@ std::optional<Reading> withHeaders(const Candidate& candidate, const RecordForm&
 
 struct Lines {
   std::uint64_t count = 0;
-  bool hasRest = false;  // bytes behind the last line end
-  std::uint32_t longest = 0;
+  bool hasRest = false;     // bytes behind the last line end
   std::uint32_t pitch = 0;  // bytes from each line to the next, line end included, if it is always the same
 };
 
@@ -200,9 +199,7 @@ std::optional<Lines> linesOf(const RecordForm& form, Bytes bytes) {
     const unsigned char byte = bytes[at];
     ++size;
     if (byte == form.lineFeed || byte == form.nextLine) {
-      const bool hasReturn = size > 1 && bytes[at - 1] == form.carriageReturn;
       lines.pitch = lines.count == 0 || lines.pitch == size ? size : 0;
-      lines.longest = std::max(lines.longest, size - (hasReturn ? 2 : 1));
       ++lines.count;
       size = 0;
     } else if (byte < form.blank && byte != form.carriageReturn && byte != kTabs[0] && byte != kTabs[1]) {
