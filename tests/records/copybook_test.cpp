@@ -399,6 +399,18 @@ TEST(Copybook, LargeInputStaysBounded) {
     missing += " COPY M.";
   EXPECT_THAT(read(missing, options, "./c"), testing::EndsWith(": more than 16384 texts are copied"));
   EXPECT_EQ(read(std::string(kLargest, '\t') + "01 R PIC X."), "0:0: the copybook has more than 4 MiB");
+  std::string levels, arrays = "01 R.";
+  for (int level = 1; level <= 10'000; ++level)
+    levels += std::to_string(level) + " A. ";
+  EXPECT_THAT(read(levels), testing::EndsWith("expected a level number (01 to 49, 66, 77 or 88), found '50'"));
+  for (int level = 2; level <= 48; ++level)
+    arrays += ' ' + std::to_string(level) + " A OCCURS 1000.";
+  EXPECT_THAT(read(arrays + " 49 A OCCURS 1000 PIC X."), testing::EndsWith(": the item is longer than 256 MiB"));
+  options.readText = [](const std::filesystem::path& path) {
+    const int level = std::stoi(path.filename());
+    return std::optional(level == 10'000 ? "05 A PIC X." : "COPY " + std::to_string(level + 1) + '.');
+  };
+  EXPECT_THAT(read("01 R. COPY 1.", options, "./c"), testing::EndsWith(": copied texts are nested deeper than 32"));
 }
 
 TEST(Copybook, DescribesALayoutInColumns) {
