@@ -45,8 +45,8 @@ if(NOT OXR_SANITIZE AND NOT OXR_FUZZ)
 
   add_test(NAME hardened
            COMMAND "${PROJECT_SOURCE_DIR}/tests/install/hardened" "$<TARGET_FILE:kelhost>"
-                   "$<TARGET_FILE:oxrbitstreamutilities>" "$<TARGET_FILE:oxrrec>" "$<TARGET_FILE:oxrmq>"
-                   $<$<BOOL:${OXR_BUILD_PYTHON}>:$<TARGET_FILE:oxrrec_python>>)
+                   "$<TARGET_FILE:oxrbitstreamutilities>" "$<TARGET_FILE:oxrrec>"
+                   $<$<BOOL:${OXR_BUILD_PYTHON}>:$<TARGET_FILE:oxrrec_python>> -- "$<TARGET_FILE:oxrmq>")
 
   # The packages are of a build folder of their own, without what the tests have in the libraries.
   add_test(NAME make_packages COMMAND "${PROJECT_SOURCE_DIR}/dev" package)
