@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <initializer_list>
 
 // Vectors of 16 bytes, of 32 with AVX2, of 64 where the processor permutes the bytes of all of these. Those of 64
@@ -238,12 +239,18 @@ void storeUnits(WordVector low, WordVector high, unsigned short* out) {
 
 #endif
 
-// Three bytes a, b, c as b a c b: two words with two characters each.
-constexpr Table kSpread = {{1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10}};
+// Three bytes a, b, c as b a c b: two words with two characters each. The data begin with byte `first` of each 16.
+constexpr Table spreadFrom(std::uint8_t first) {
+  Table table = {{1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10}};
+  for (std::uint8_t& entry : table.entries)
+    entry = static_cast<std::uint8_t>(entry + first);
+  return table;
+}
+constexpr Table kSpread = spreadFrom(0), kSpreadFrom4 = spreadFrom(4);
 
 // The 6-bit values of the data, a byte each.
-ByteVector splitData(ByteVector data) {
-  const auto words = hn::BitCast(Words(), shuffle(data, kSpread));
+ByteVector splitData(ByteVector data, const Table& spread) {
+  const auto words = hn::BitCast(Words(), shuffle(data, spread));
   const auto both = [](std::uint32_t pair) { return hn::BitCast(Words(), hn::Set(DoubleWords(), pair)); };
   // A product shifts each word by a distance of its own: by 10 and 6 to the right, by 4 and 8 to the left.
   const auto even = hn::MulHigh(hn::And(words, both(0x0FC0'FC00)), both(0x0400'0040));
@@ -264,15 +271,29 @@ ByteVector toCharacters(ByteVector values) {
   return hn::Add(values, lookUp(kToCharacter, range));
 }
 
-std::size_t encodeBlocks(const unsigned char* data, std::size_t size, unsigned short* out) {
+void storeCharacters(ByteVector characters, unsigned short* out) {
   const auto zero = hn::Zero(Bytes());
-  std::size_t taken = 0;
-  for (; size - taken >= kWidth; taken += kDataWidth, out += kWidth) {
-    const ByteVector characters = toCharacters(splitData(loadData(data + taken)));
-    storeUnits(hn::BitCast(Words(), hn::InterleaveLower(Bytes(), characters, zero)),
-               hn::BitCast(Words(), hn::InterleaveUpper(Bytes(), characters, zero)), out);
-  }
-  return taken;
+  storeUnits(hn::BitCast(Words(), hn::InterleaveLower(Bytes(), characters, zero)),
+             hn::BitCast(Words(), hn::InterleaveUpper(Bytes(), characters, zero)), out);
+}
+
+// Encodes a block whose data begin 4 bytes after `before`: unlike one that is read from its first byte on, it needs no
+// bytes behind it.
+void encodeAfter4(const unsigned char* before, unsigned short* out) {
+  storeCharacters(toCharacters(splitData(loadData(before), kSpreadFrom4)), out);
+}
+
+std::size_t encodeBlocks(const unsigned char* data, std::size_t size, unsigned short* out) {
+  const std::size_t whole = size / 3 * 3;
+  if (whole < kDataWidth + 4) return 0;
+  storeCharacters(toCharacters(splitData(loadData(data), kSpread)), out);
+  std::size_t taken = kDataWidth;
+  for (out += kWidth; whole - taken >= kDataWidth; taken += kDataWidth, out += kWidth)
+    encodeAfter4(data + taken - 4, out);
+  // The last block, some of which is encoded already.
+  const std::size_t rest = whole - taken;
+  if (rest != 0) encodeAfter4(data + whole - kDataWidth - 4, out + rest / 3 * 4 - kWidth);
+  return whole;
 }
 
 // Units by range: 8 neighbours each, from 0 on, but that "+" belongs to the range below its own. Then each range has
@@ -306,6 +327,11 @@ constexpr Table kGather = {{2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, 15, 15, 15, 
 void storeValues(ByteVector values, unsigned char* out) {
   storeData(shuffle(hn::BitCast(Bytes(), joinValues(values)), kGather), out);
 }
+void storeJustValues(ByteVector values, unsigned char* out) {
+  unsigned char data[kDataWidth + 4];
+  storeValues(values, data);
+  std::memcpy(out, data, kDataWidth);
+}
 
 std::size_t decodeBlocks(const unsigned short* text, std::size_t length, unsigned char* out, std::size_t room) {
   std::size_t taken = 0;
@@ -319,14 +345,22 @@ std::size_t decodeBlocks(const unsigned short* text, std::size_t length, unsigne
     out += 2 * kDataWidth;
     room -= 2 * kDataWidth;
   }
-  for (; length - taken >= kWidth && room >= kWidth; taken += kWidth) {
+  for (; length - taken >= kWidth && room >= kDataWidth; taken += kWidth) {
     const Values block = toValues(loadUnits(text + taken));
-    if (anyFault(block.faults)) break;
-    storeValues(block.values, out);
+    if (anyFault(block.faults)) return taken;
+    storeJustValues(block.values, out);
     out += kDataWidth;
     room -= kDataWidth;
   }
-  return taken;
+  if (taken == 0) return 0;
+  // The last block, some of which is decoded already. A group with padding is left.
+  const std::size_t whole = length / 4 * 4 - (text[length / 4 * 4 - 1] == '=' ? 4 : 0);
+  const std::size_t rest = whole - taken;
+  if (rest == 0 || rest >= kWidth || room < rest / 4 * 3) return taken;
+  const Values block = toValues(loadUnits(text + whole - kWidth));
+  if (anyFault(block.faults)) return taken;
+  storeJustValues(block.values, out + rest / 4 * 3 - kDataWidth);
+  return whole;
 }
 
 #endif
