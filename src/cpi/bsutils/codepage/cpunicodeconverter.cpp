@@ -312,10 +312,12 @@ void CPUnicodeConverter::toUnicodeString(KelWstring& target, const char* source,
 
 void CPUnicodeConverter::fromUnicodeString(char* target, int& targetLength, const KelWstring& source,
                                            UErrorCode& conversionStatus) const {
+  const auto writeFast = [&]() __attribute__((always_inline)) {
+    return CodePage::writeTextFast(*this, target, targetLength, source.view());
+  };
   if (targetLength <= 0)
     conversionStatus = U_ILLEGAL_ARGUMENT_ERROR;
-  else if (U_FAILURE(conversionStatus) ||
-           !wentFast([&] { return CodePage::writeTextFast(*this, target, targetLength, source.view()); }))
+  else if (U_FAILURE(conversionStatus) || !wentFast(writeFast))
     targetLength = CodePage::General::convertWhole(*this, target, targetLength, source.characters(),
                                                    static_cast<int>(source.length()), conversionStatus);
 }
