@@ -64,9 +64,6 @@ using Forks = OwnProcess;
 
 // A process that has done little so far is the worst case: what is made on first use is made while it forks.
 TEST_F(Forks, LeaveChildrenThatWorkWhileOtherThreadsAreAtWork) {
-#if defined(__SANITIZE_ADDRESS__)
-  GTEST_SKIP() << "the sanitizer's own allocator keeps its locks over a fork";
-#endif
   const char* const asked = std::getenv("OXR_FORKS");
   const int processes = asked != nullptr ? std::atoi(asked) : 4;
   const ScopedEnvironment log("KELHOST_LOG", "none");

@@ -14,12 +14,6 @@ constexpr int kNotStarted = 127;
 
 class LittleMemory : public testing::Test {
  protected:
-  void SetUp() override {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "a sanitizer's own memory is too large for a limit";
-#endif
-  }
-
   // The program's exit code with so many KiB of addresses; what it tells is kept.
   int run(std::size_t size, const std::string& arguments) {
     std::vector<std::string> words = {"prlimit", "--as=" + std::to_string(size << 10), "--core=0", OXRREC_PROGRAM};
