@@ -528,7 +528,7 @@ TEST(Oxrmq, TellsWhatItCannotWorkWith) {
       {"feed - --records rdw --to /a", "--source"},
       {"feed x --records auto --to /a --resume s --copybook c", "--records auto"},
       {"feed /nowhere --records rdw --to /a", "cannot open /nowhere"},
-      {"decode --records auto" + consume, "--records auto is for files"},
+      {"decode --records auto" + consume, "--records: auto is none of bdw|"},
       {"decode --consumers 0" + consume, "0 is no whole number from 1 to 256"},
       {"decode --from b --from a" + consume, "--from a is given twice"},
       {"decode --grace -1" + consume, "--grace: -1 is no whole number"},

@@ -173,6 +173,8 @@ TEST(Copybook, ChoosesTheRecordByName) {
   EXPECT_EQ(read(kText), "A 0 1; X 0 1 text");
   EXPECT_EQ(read(kText, {SourceFormat::detect, "b"}), "B 0 2; Y 0 2 external");
   EXPECT_EQ(read(kText, {SourceFormat::detect, "D"}), "0:0: no record is named D; there are: A, B, C");
+  EXPECT_EQ(read("01 A PIC X. 01 B PIC X. 01 A PIC 9.", {SourceFormat::detect, "A"}),
+            "1:25: another record is named A");
 }
 
 // Texts that others copy, by their paths.

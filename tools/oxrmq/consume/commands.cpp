@@ -9,15 +9,9 @@ namespace oxr::mq {
 
 namespace {
 
-void refuseAutomatic(const rec::RecordForm& form) {
-  if (form.framing == rec::Framing::automatic)
-    throw rec::ToolError("--records auto is for files: how the records of messages lie has to be said");
-}
-
 template <class Made, class Settings>
 int consumeBy(const ConsumeOptions& options, const rec::RecordOptions& record, Settings settings,
               const std::string& name, const rec::Console& console) {
-  refuseAutomatic(settings.records.form);
   settings.longest = options.longestOutput;
   const rec::Description description(record, console);
   refuseInputs(options.broker.metrics, filesOf(options.broker));
@@ -31,7 +25,7 @@ int consumeBy(const ConsumeOptions& options, const rec::RecordOptions& record, S
 void addDecodeOptions(CLI::App& command, DecodeOptions& options) {
   addConsumeOptions(command, options.consume);
   rec::addRecordOptions(command, options.record);
-  rec::addFramingOptions(command, options.decoding.records.form);
+  rec::addFramingOptions(command, options.decoding.records.form, rec::FormIs::said);
   rec::addUnknownOption(command, options.decoding.records.onUnknown);
   command
       .add_flag("--allow-extra", options.decoding.records.allowExtra, "records may be longer than the copybook says")
@@ -60,7 +54,7 @@ int decode(const DecodeOptions& options, const rec::Console& console) {
 void addEncodeOptions(CLI::App& command, EncodeOptions& options) {
   addConsumeOptions(command, options.consume);
   rec::addRecordOptions(command, options.record);
-  rec::addFramingOptions(command, options.encoding.records.form);
+  rec::addFramingOptions(command, options.encoding.records.form, rec::FormIs::said);
   rec::addUnknownLineOption(command, options.encoding.records.onUnknown);
   rec::addFillerOption(command, options.encoding.records.filler);
   command

@@ -78,11 +78,17 @@ Record LayoutBuilder::choose(const std::vector<Record>& records, std::string_vie
     return first == records.end() ? records.front() : *first;
   }
   std::string known;
+  const Record* chosen = nullptr;
   for (const Record& record : records) {
-    if (equalIgnoringCase(record.name, name)) return record;
+    if (equalIgnoringCase(record.name, name)) {
+      if (chosen != nullptr)
+        source_.raise(record.entries.front().place, "another record is named " + record.entries.front().name);
+      chosen = &record;
+    }
     if (known.size() < 200) known += (known.empty() ? "" : ", ") + std::string(record.name);
   }
-  source_.raise("no record is named " + std::string(name) + "; there are: " + known);
+  if (chosen == nullptr) source_.raise("no record is named " + std::string(name) + "; there are: " + known);
+  return *chosen;
 }
 
 // A record that redefines another stands for itself: only the name is checked.
