@@ -94,6 +94,7 @@ TEST_F(JsonReading, RefusesWhatIsNoObject) {
       {R"({"A":"x)", "column 1: a text has no closing quote"},
       {"{\"A\":\"\xFF\"}", "column 1: the line is no UTF-8"},
       {"{\"A\":\"\n\"}", "column 1: a control character stands in a text"},
+      {R"({"A":"B":{}})", "column 9: no JSON: a quote, a comma, a colon or a bracket is missing or too many"},
       {R"({"A" 1})", "column 6: no JSON: a quote, a comma, a colon or a bracket is missing or too many"},
   };
   for (const auto& [line, told] : kCases)
