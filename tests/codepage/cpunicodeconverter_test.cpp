@@ -84,6 +84,12 @@ TEST(CpUnicodeConverter, StringsTakeWhatOthersLeft) {
   }
 }
 
+// Where a range of so many ends, also one that no memory has.
+template <class T>
+T* endOf(T* begin, long count) {
+  return reinterpret_cast<T*>(reinterpret_cast<std::intptr_t>(begin) + count * static_cast<long>(sizeof(T)));
+}
+
 // The bytes, the room for them and the status before; the status afterwards. Nothing moves.
 TEST(CpUnicodeConverter, LeavesBadRangesAlone) {
   for (const auto& [length, room, before, after] :
@@ -92,7 +98,7 @@ TEST(CpUnicodeConverter, LeavesBadRangesAlone) {
     const unsigned short units[] = {'A', 'B'}, *source = units;
     char byte = '#', *target = &byte;
     auto status = static_cast<UErrorCode>(before);
-    page.fromUnicode(target, &byte + room, source, units + length, nullptr, true, status);
+    page.fromUnicode(target, endOf(&byte, room), source, endOf(units, length), nullptr, true, status);
     EXPECT_TRUE(status == after && byte == '#' && target == &byte && source == units) << length << '/' << room;
   }
 }

@@ -2,8 +2,8 @@
 
 // The events that a BitstreamWorkerStateChecker judges, each with the operation that reports it. The numbers are part
 // of the contract, mismatches included: endMessage reports no event, and projectDependencies reports the event of a
-// getter.
-enum EBitstreamWorkerCall {
+// getter. Any other number is a value, too, and no event: it is refused.
+enum EBitstreamWorkerCall : int {
   CALL_INITIALIZE_PARSE = 0,
   CALL_SET_HANDLER = 1,
   CALL_GET_HANDLER = 2,
