@@ -104,14 +104,15 @@ PWFData::PWFData(const PWFInterval& value) {
   init(&value, 0, INTERVAL, COPY);
 }
 
-// Text that is there needs nothing of init() but its trace, which keeps more on its stack than all the rest.
+// Text that is there needs nothing of init() but its lines in the trace. The trace itself keeps more on the stack than
+// all the rest.
 PWFData::PWFData(const unsigned short* text, ELogicalType type) {
-  const bool isText = text != nullptr && (type == STRING || type == DECIMAL);
-  if (!isText || ValueTrace::on()) {
-    init(text, -1, type, COPY);
-  } else {
+  if (text != nullptr && (type == STRING || type == DECIMAL)) {
     logicalType = type;
     assignText(stringValue, text, -1);
+    traceInit(text, -1, type);
+  } else {
+    init(text, -1, type, COPY);
   }
 }
 
