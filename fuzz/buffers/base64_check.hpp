@@ -6,8 +6,7 @@
 
 #include "base64.hpp"
 #include "core/base64.hpp"
-#include "core/base64vectors.hpp"
-#include "fuzz/harness/choices.hpp"
+#include "fuzz/harness/chosenvectors.hpp"
 #include "kelexception.hpp"
 
 namespace oxr::fuzz {
@@ -15,18 +14,6 @@ namespace oxr::fuzz {
 using Base64Bytes = std::vector<unsigned char>;
 using Base64Text = std::vector<unsigned short>;
 inline constexpr std::string_view kBase64Letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-
-// One of the kinds of vectors that this processor has, or the plain loops, for as long as the object lives.
-class ChosenVectors {
- public:
-  explicit ChosenVectors(Choices& choices) { vectors_.used = choices.upTo(vectors_.count - 1); }
-  ChosenVectors(const ChosenVectors&) = delete;
-  ChosenVectors& operator=(const ChosenVectors&) = delete;
-  ~ChosenVectors() { vectors_.used = 0; }
-
- private:
-  core::Base64Vectors& vectors_ = core::base64Vectors();
-};
 
 // What is to come out: the units of the alphabet alone first, then group by group. True when no group is cut.
 inline bool readBase64ByModel(const Base64Text& text, Base64Bytes& bytes) {

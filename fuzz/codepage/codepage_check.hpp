@@ -7,6 +7,7 @@
 
 #include "cpunicodeconverter.hpp"
 #include "fuzz/codepage/icupage.hpp"
+#include "fuzz/harness/chosenvectors.hpp"
 #include "fuzz/harness/generalway.hpp"
 
 namespace oxr::fuzz {
@@ -144,14 +145,15 @@ inline void convertBlock(PageLockstep& both, unsigned block) {
 }
 
 // Lead and trail bytes on both sides of each limit of UTF-8: overlong forms, surrogates, what lies above U+10FFFF, cut
-// ones.
-inline void convertUtf8Limits(PageLockstep& both, unsigned lead) {
+// ones; after so many characters that blocks of bytes end at any place of it.
+inline void convertUtf8Limits(PageLockstep& both, unsigned lead, std::size_t before) {
   for (const char second : "\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0")
     for (const char third : "\x7F\x80\xBF\xC0")
       for (const char fourth : "\x7F\x80\xBF\xC0") {
-        const std::string bytes{static_cast<char>(lead), second, third, fourth, 'A'};
-        for (std::size_t length = 2; length <= bytes.size(); ++length)
-          both.decode(std::string_view(bytes).substr(0, length), 8, true);
+        const std::string bytes =
+            std::string(before, 'B') + std::string{static_cast<char>(lead), second, third, fourth, 'A'};
+        for (std::size_t length = before + 2; length <= bytes.size(); ++length)
+          both.decode(std::string_view(bytes).substr(0, length), before + 8, true);
       }
 }
 
@@ -159,6 +161,7 @@ inline void convertUtf8Limits(PageLockstep& both, unsigned lead) {
 inline void checkCodePage(Choices& choices) {
   const IcuPage& page = choices.oneOf(kIcuPages);
   const GeneralWay general(choices.upTo(2) == 0);
+  const ChosenVectors vectors(choices);
   PageLockstep both(page);
   while (!choices.isEmpty()) {
     switch (choices.upTo(31)) {
@@ -166,7 +169,8 @@ inline void checkCodePage(Choices& choices) {
         convertBlock(both, choices.any<unsigned char>());
         break;
       case 1:
-        if (page.ccsid == 1208) convertUtf8Limits(both, 0xC0 + static_cast<unsigned>(choices.upTo(0x3F)));
+        if (page.ccsid == 1208)
+          convertUtf8Limits(both, 0xC0 + static_cast<unsigned>(choices.upTo(0x3F)), choices.upTo(20));
         break;
       case 2:
         both.reset();

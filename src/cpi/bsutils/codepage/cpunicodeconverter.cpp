@@ -124,7 +124,8 @@ bool CodePage::readAnyFast(const CPUnicodeConverter& page, KelWstring& target, s
   if (const std::size_t count = unitCount(page, bytes))
     return convertCountedFast(page, bytes, target.resizeForOverwrite(static_cast<unsigned>(count)));
   if (!isAtStart(page)) return false;
-  Scratch<unsigned short, 256> work(bytes.size());
+  constexpr std::size_t kBlock = 16;  // units that may be overwritten, so that the last ones need no copy of their own
+  Scratch<unsigned short, 256> work(bytes.size() + kBlock);
   const core::Advance done = convertFast(page, bytes, std::span(work.data(), work.size()));
   if (done.read != bytes.size()) return false;
   std::copy_n(work.data(), done.written, target.resizeForOverwrite(static_cast<unsigned>(done.written)));

@@ -8,6 +8,10 @@ namespace oxr::core {
 struct Advance {
   std::size_t read = 0;
   std::size_t written = 0;
+
+  friend Advance operator+(const Advance& first, const Advance& rest) {
+    return {first.read + rest.read, first.written + rest.written};
+  }
 };
 
 }  // namespace oxr::core

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/base64vectors.hpp"
+#include "core/vectors.hpp"
 
 namespace oxr::core {
 
@@ -75,7 +75,7 @@ void writeBytes(std::uint32_t bits, std::size_t count, unsigned char* out) {
 }  // namespace
 
 void encodeBase64(std::span<const unsigned char> data, unsigned short* out) {
-  const std::size_t taken = base64Vectors().loops().encode(data.data(), data.size(), out);
+  const std::size_t taken = vectorLoops().encodeBase64(data.data(), data.size(), out);
   out += taken / 3 * 4;
   data = data.subspan(taken);
   for (; data.size() >= 3; data = data.subspan(3), out += 4)
@@ -97,7 +97,7 @@ Base64Decoded decodeBase64(UnitView text, std::span<unsigned char> target) {
     if (cleanAgain) {
       const auto length = static_cast<std::size_t>(end - next);
       const std::size_t taken =
-          base64Vectors().loops().decode(next, length, target.data() + written, target.size() - written);
+          vectorLoops().decodeBase64(next, length, target.data() + written, target.size() - written);
       next += taken;
       written += taken / 4 * 3;
       passedForeign = false;

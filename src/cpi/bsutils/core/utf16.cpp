@@ -1,5 +1,7 @@
 #include "core/utf16.hpp"
 
+#include "core/vectors.hpp"
+
 namespace oxr::core {
 
 // Most text has no surrogates. A block with surrogates goes unit by unit, so that a half that stands alone ends the
@@ -37,20 +39,14 @@ std::size_t copyPairs(const unsigned char* in, unsigned char* out, std::size_t c
 
 template <Order kOrder>
 std::size_t utf16::copyGeneral(const unsigned char* in, unsigned char* out, std::size_t count) {
-  std::size_t done = 0;
-  while (done < count) {
+  const auto copyPlainBlocks = vectorLoops().copyUtf16[static_cast<std::size_t>(kOrder)];
+  for (std::size_t done = 0;;) {
+    done += copyPlainBlocks(in + 2 * done, out + 2 * done, count - done);
     const std::size_t size = std::min(count - done, kBlock);
-    // The size of a block is told to the compiler, which writes its loop out.
-    if (size == kBlock ? copyPlain<kOrder>(in + 2 * done, out + 2 * done, kBlock)
-                       : copyPlain<kOrder>(in + 2 * done, out + 2 * done, size)) [[likely]] {
-      done += size;
-      continue;
-    }
     const std::size_t copied = copyPairs<kOrder>(in + 2 * done, out + 2 * done, size, count - done);
     done += copied;
-    if (copied < size) break;
+    if (done == count || copied < size) return done;
   }
-  return done;
 }
 
 template std::size_t utf16::copyGeneral<Order::both>(const unsigned char*, unsigned char*, std::size_t);

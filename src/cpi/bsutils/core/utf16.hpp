@@ -71,7 +71,7 @@ std::size_t copyGeneral(const unsigned char* in, unsigned char* out, std::size_t
 
 template <Order kOrder>
 [[gnu::always_inline]] inline std::size_t copy(const unsigned char* in, unsigned char* out, std::size_t count) {
-  constexpr std::size_t kShort = 64;  // units; of more it is worth knowing where the surrogates are
+  constexpr std::size_t kShort = 64;  // units; more are worth a call for wider vectors
   return count <= kShort && copyPlain<kOrder>(in, out, count) ? count : copyGeneral<kOrder>(in, out, count);
 }
 

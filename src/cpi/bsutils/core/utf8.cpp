@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "core/utf16.hpp"
+#include "core/vectors.hpp"
 
 namespace oxr::core {
 
@@ -164,21 +165,13 @@ Advance convert(std::span<const From> input, std::span<To> output, ConvertLong c
 }  // namespace
 
 Advance decodeUtf8(std::span<const unsigned char> bytes, std::span<unsigned short> units) {
-  return convert(bytes, units, [](auto& in, auto end, auto& out, auto outEnd) {
-    do
-      if (!decodeLong(in, end, out, outEnd)) return false;
-    while (in != end && *in >= 0x80);
-    return true;
-  });
+  const Advance done = vectorLoops().decodeUtf8(bytes.data(), bytes.size(), units.data(), units.size());
+  return done + convert(bytes.subspan(done.read), units.subspan(done.written), decodeLong);
 }
 
 Advance encodeUtf8(std::span<const unsigned short> units, std::span<unsigned char> bytes) {
-  return convert(units, bytes, [](auto& in, auto end, auto& out, auto outEnd) {
-    do
-      if (!encodeLong(in, end, out, outEnd)) return false;
-    while (in != end && *in >= 0x80);
-    return true;
-  });
+  const Advance done = vectorLoops().encodeUtf8(units.data(), units.size(), bytes.data(), bytes.size());
+  return done + convert(units.subspan(done.read), bytes.subspan(done.written), encodeLong);
 }
 
 }  // namespace oxr::core

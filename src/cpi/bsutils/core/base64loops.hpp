@@ -1,20 +1,4 @@
-#include "core/base64vectors.hpp"
-
-#include <algorithm>
-#include <cstdint>
-#include <cstring>
-#include <initializer_list>
-
-// Vectors of 16 bytes, of 32 with AVX2, of 64 where the processor permutes the bytes of all of these. Those of 64
-// without that, and those of unknown width, are not worth a way of their own.
-#define HWY_WANT_AVX3_DL
-#undef HWY_DISABLED_TARGETS
-#define HWY_DISABLED_TARGETS (HWY_AVX3 | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128)
-// This file is compiled once for each kind of vector that the architecture has.
-#undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "core/base64vectors.cpp"
-#include <hwy/foreach_target.h>
-#include <hwy/highway.h>
+// The vector loops of Base64. `vectors.cpp` includes this file once for each kind of vectors that it compiles for.
 
 HWY_BEFORE_NAMESPACE();
 namespace oxr::core::HWY_NAMESPACE {
@@ -23,10 +7,10 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET == HWY_SCALAR || HWY_HAVE_SCALABLE || __BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__
 
-std::size_t encodeBlocks(const unsigned char*, std::size_t, unsigned short*) {
+std::size_t encodeBase64(const unsigned char*, std::size_t, unsigned short*) {
   return 0;
 }
-std::size_t decodeBlocks(const unsigned short*, std::size_t, unsigned char*, std::size_t) {
+std::size_t decodeBase64(const unsigned short*, std::size_t, unsigned char*, std::size_t) {
   return 0;
 }
 
@@ -75,7 +59,7 @@ void encodeBlock(const unsigned char* data, std::size_t size, unsigned short* ou
   _mm512_mask_storeu_epi16(out + 32, static_cast<__mmask32>(stored >> 32), high);
 }
 
-std::size_t encodeBlocks(const unsigned char* data, std::size_t size, unsigned short* out) {
+std::size_t encodeBase64(const unsigned char* data, std::size_t size, unsigned short* out) {
   std::size_t taken = 0;
   for (; size - taken >= kDataWidth; taken += kDataWidth, out += kWidth)
     encodeBlock(data + taken, kDataWidth, out);
@@ -112,7 +96,7 @@ Block decodeBlock(__m512i low, __m512i high) {
   return {_mm512_permutexvar_epi8(load(kGather), groups), foreign};
 }
 
-std::size_t decodeBlocks(const unsigned short* text, std::size_t length, unsigned char* out, std::size_t room) {
+std::size_t decodeBase64(const unsigned short* text, std::size_t length, unsigned char* out, std::size_t room) {
   std::size_t taken = 0;
   // Whole vectors where there is room for them: a store under a mask takes several times as long.
   for (; length - taken >= kWidth && room >= kWidth; taken += kWidth, out += kDataWidth, room -= kDataWidth) {
@@ -283,7 +267,7 @@ void encodeAfter4(const unsigned char* before, unsigned short* out) {
   storeCharacters(toCharacters(splitData(loadData(before), kSpreadFrom4)), out);
 }
 
-std::size_t encodeBlocks(const unsigned char* data, std::size_t size, unsigned short* out) {
+std::size_t encodeBase64(const unsigned char* data, std::size_t size, unsigned short* out) {
   const std::size_t whole = size / 3 * 3;
   if (whole < kDataWidth + 4) return 0;
   storeCharacters(toCharacters(splitData(loadData(data), kSpread)), out);
@@ -333,7 +317,7 @@ void storeJustValues(ByteVector values, unsigned char* out) {
   std::memcpy(out, data, kDataWidth);
 }
 
-std::size_t decodeBlocks(const unsigned short* text, std::size_t length, unsigned char* out, std::size_t room) {
+std::size_t decodeBase64(const unsigned short* text, std::size_t length, unsigned char* out, std::size_t room) {
   std::size_t taken = 0;
   // Two at a time: the test for faults costs as much for both as for one.
   for (; length - taken >= 2 * kWidth && room >= 2 * kWidth; taken += 2 * kWidth) {
@@ -368,54 +352,3 @@ std::size_t decodeBlocks(const unsigned short* text, std::size_t length, unsigne
 }  // namespace
 }  // namespace oxr::core::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
-
-#if HWY_ONCE
-namespace oxr::core {
-namespace {
-
-[[maybe_unused]] bool allOf(std::initializer_list<int> supported) {
-  return std::ranges::all_of(supported, [](int each) { return each != 0; });
-}
-
-// Highway could choose among its targets too, but for that its library is loaded, which takes 4 ms: it measures a
-// timer.
-Base64Vectors widestFirst() {
-  Base64Vectors all;
-#if HWY_ARCH_X86
-#if HWY_TARGETS & HWY_AVX3_DL
-  // unreached: a machine has them or has them not
-  if (allOf({__builtin_cpu_supports("avx512f"), __builtin_cpu_supports("avx512bw"), __builtin_cpu_supports("avx512dq"),
-             __builtin_cpu_supports("avx512vl"), __builtin_cpu_supports("avx512vbmi"),
-             __builtin_cpu_supports("avx512vbmi2"), __builtin_cpu_supports("avx512bitalg"),
-             __builtin_cpu_supports("avx512vpopcntdq"), __builtin_cpu_supports("vpclmulqdq"),
-             __builtin_cpu_supports("bmi2"), __builtin_cpu_supports("fma")}))
-    all.add({N_AVX3_DL::encodeBlocks, N_AVX3_DL::decodeBlocks});
-#endif
-#if HWY_TARGETS & HWY_AVX2
-  // unreached: a machine has them or has them not
-  if (allOf({__builtin_cpu_supports("avx2"), __builtin_cpu_supports("bmi2"), __builtin_cpu_supports("fma")}))
-    all.add({N_AVX2::encodeBlocks, N_AVX2::decodeBlocks});
-#endif
-#if HWY_TARGETS & HWY_SSE4
-  // unreached: a machine has them or has them not
-  if (allOf({__builtin_cpu_supports("sse4.2"), __builtin_cpu_supports("pclmul")}))
-    all.add({N_SSE4::encodeBlocks, N_SSE4::decodeBlocks});
-#endif
-#if HWY_TARGETS & HWY_SSSE3
-  // unreached: a machine has them or has them not
-  if (__builtin_cpu_supports("ssse3")) all.add({N_SSSE3::encodeBlocks, N_SSSE3::decodeBlocks});
-#endif
-#endif
-  all.add({HWY_STATIC_DISPATCH(encodeBlocks), HWY_STATIC_DISPATCH(decodeBlocks)});
-  return all;
-}
-
-}  // namespace
-
-Base64Vectors& base64Vectors() {
-  static Base64Vectors vectors = widestFirst();
-  return vectors;
-}
-
-}  // namespace oxr::core
-#endif
