@@ -32,18 +32,18 @@ Source::~Source() {
 
 namespace {
 
-// Does a call of the system again while a signal ends it early, after the signal's handler of Python, which may throw.
+// Does a call of the system that may wait, and again while a signal ends it early. Before each the signal's handler of
+// Python runs, which may throw: of a signal that came before the wait began, nothing would end it.
 template <class Call>
 auto uninterrupted(Call call) {
-  auto result = call();
-  while (result < 0 && errno == EINTR) {
+  for (;;) {
     {
       const Held interpreter;
       if (orStay([] { return PyErr_CheckSignals(); }) != 0) throw py::error_already_set();
     }
-    result = call();
+    const auto result = call();
+    if (result >= 0 || errno != EINTR) return result;
   }
-  return result;
 }
 
 bool isPipe(const std::string& path) {
