@@ -7,6 +7,11 @@ endif()
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+  if(NOT OXR_COVERAGE)
+    # What one clone compiled serves the next one, too. Coverage has the clone's own paths in its counters.
+    list(PREPEND CMAKE_CXX_COMPILER_LAUNCHER
+         ${CMAKE_COMMAND} -E env "CCACHE_BASEDIR=${PROJECT_SOURCE_DIR}" CCACHE_NOHASHDIR=1)
+  endif()
 endif()
 
 set(CMAKE_CXX_STANDARD 20)
