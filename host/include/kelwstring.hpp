@@ -67,7 +67,7 @@ class KELHOST_EXPORT KelWstring {
     if (!isShared_ && count <= inlineCapacity_)
       setInline(text, count);
     else
-      replaceInternal(0, length_, text, count, 0);
+      assignLong(text, count);
   }
   // Appends `count` units.
   void appendInternal(const unsigned short* text, unsigned count, int) { replaceInternal(length_, 0, text, count, 0); }
@@ -195,12 +195,16 @@ class KELHOST_EXPORT KelWstring {
   }
   void setEmpty() noexcept;
   unsigned short* freshUnits(unsigned length);
+  unsigned short* firstBlock(unsigned length);
   void adopt(unsigned short* units, unsigned length) noexcept;
+  [[gnu::noinline]] void makeRoom(std::uint64_t length);
   void dropBlock() noexcept;
+  void assignLong(const unsigned short* text, unsigned count);
   void assignShared(const KelWstring& other);
   void take(KelWstring& other);
   void unshare();
   unsigned short* resizeBlock(unsigned length);
+  [[gnu::noinline]] unsigned short* replaceBlock(unsigned length);
 
   unsigned short* text_ = const_cast<unsigned short*>(&kTerminator);
   unsigned length_ = 0;

@@ -65,8 +65,19 @@ void KelWstring::adopt(unsigned short* units, unsigned length) noexcept {
   isShared_ = units != inlineBuffer();
 }
 
+// Gives a string without a block one for a text of `length` units, which are still to be written.
+unsigned short* KelWstring::firstBlock(unsigned length) {
+  unsigned short* const units = allocateBlock(grownCapacity(checkedLength(length)))->units();
+  text_ = units;
+  length_ = length;
+  isShared_ = true;
+  units[length] = 0;
+  return units;
+}
+
 void KelWstring::dropBlock() noexcept {
   Block* const dropped = block();
+  isShared_ = false;
   // A block that no other string shares can't gain a sharer here, so that its count need not change: that spares the
   // usual text a locked instruction, which takes longer than all the rest.
   if (dropped->references.load(std::memory_order_acquire) == 1 ||
@@ -74,7 +85,15 @@ void KelWstring::dropBlock() noexcept {
     dropped->~Block();
     ::operator delete(dropped);
   }
-  isShared_ = false;
+}
+
+// What assignInternal() does where the buffer alone will not do. A text that finds no room in the buffer is no piece of
+// it, so that a string without a block only needs one.
+void KelWstring::assignLong(const unsigned short* text, unsigned count) {
+  if (isShared_)
+    replaceInternal(0, length_, text, count, 0);
+  else
+    std::memcpy(firstBlock(count), text, std::size_t{count} * sizeof *text);
 }
 
 void KelWstring::assignShared(const KelWstring& other) {
@@ -110,12 +129,16 @@ void KelWstring::unshare() {
 void KelWstring::reserve(unsigned capacity) {
   if (canHold(capacity)) return;
   unsigned short* const units = allocateBlock(checkedLength(std::max(capacity, length_)))->units();
-  copyUnits(units, text_, std::size_t{length_} + 1);
+  copyShort(units, text_, length_ + 1);
   adopt(units, length_);
 }
 
 // What resizeForOverwrite() does where the buffer alone will not do: the text has a block, or will need one.
 unsigned short* KelWstring::resizeBlock(unsigned length) {
+  return isShared_ ? replaceBlock(length) : firstBlock(length);
+}
+
+unsigned short* KelWstring::replaceBlock(unsigned length) {
   if (length <= inlineCapacity_) {
     dropBlock();
     setEmpty();
@@ -127,14 +150,17 @@ unsigned short* KelWstring::resizeBlock(unsigned length) {
   return text_;
 }
 
+// Moves the text to where `length` units have room.
+void KelWstring::makeRoom(std::uint64_t length) {
+  unsigned short* const units = freshUnits(checkedLength(length));
+  copyUnits(units, text_, length_);
+  adopt(units, length_);
+}
+
 unsigned short* KelWstring::appendForOverwrite(unsigned count) {
   const unsigned before = length_;
-  const unsigned after = checkedLength(std::uint64_t{before} + count);
-  if (!canHold(after)) {
-    unsigned short* const units = freshUnits(after);
-    copyUnits(units, text_, before);
-    adopt(units, after);
-  }
+  const unsigned after = before + count;
+  if (after < before || !canHold(after)) makeRoom(std::uint64_t{before} + count);
   length_ = after;
   if (isShared_ || inlineCapacity_ != 0) text_[after] = 0;
   return text_ + before;
