@@ -32,28 +32,24 @@ class OXR_EXPORT PWFData {
     traceMade("PWFData::PWFData");
   }
   // Makes a STRING. A long text shares its block with `text`.
-  explicit PWFData(const PWFString& text) : logicalType(STRING), nullFlag(false), stringValue(text) {
+  explicit PWFData(const PWFString& text)
+      : logicalType(STRING), nullFlag(false), stringValue(text), valueArea(ValueArea::Unset()) {
     traceMade("PWFData::PWFData(PWFString&)");
   }
   // Makes an INTEGER of 4 bytes, which a null is, too.
-  PWFData(PWFInt32 value, bool isNull) : logicalType(INTEGER), nullFlag(isNull) {
-    valueArea.integer.width = 4;
-    valueArea.integer.value32 = isNull ? 0 : value;
+  PWFData(PWFInt32 value, bool isNull)
+      : logicalType(INTEGER), nullFlag(isNull), valueArea(Integer{4, isNull ? 0 : value, 0}) {
     traceMade("PWFData::PWFData(PWFInt32,bool)");
   }
   // Makes an INTEGER of 8 bytes.
-  PWFData(PWFInt64 value, bool isNull) : logicalType(INTEGER), nullFlag(isNull) {
-    valueArea.integer.width = 8;
-    valueArea.integer.value64 = isNull ? 0 : value;
+  PWFData(PWFInt64 value, bool isNull)
+      : logicalType(INTEGER), nullFlag(isNull), valueArea(Integer{8, 0, isNull ? 0 : value}) {
     traceInit(isNull ? nullptr : &valueArea.integer.value64, 8, INTEGER);
   }
   // Makes an INTEGER of 4 bytes, or a BOOLEAN. Any other type raises 0xC0001592.
   PWFData(PWFInt32 value, ELogicalType type);
   // Makes a FLOAT.
-  explicit PWFData(double value) : logicalType(FLOAT) {
-    valueArea.doubleValue = value;
-    traceInit(&valueArea.doubleValue, 0, FLOAT);
-  }
+  explicit PWFData(double value) : logicalType(FLOAT), valueArea(value) { traceInit(&valueArea.doubleValue, 0, FLOAT); }
   // Makes a BOOLEAN.
   explicit PWFData(bool value);
   // Makes a DATETIME. Its zone stays where it is and must outlive the value.
@@ -63,7 +59,8 @@ class OXR_EXPORT PWFData {
   // Makes a value of `type`, as a rule STRING or DECIMAL, from zero-terminated text. Null text gives a null.
   PWFData(const unsigned short* text, ELogicalType type);
   // Makes a STRING of `characters` code units. Null text gives a null.
-  PWFData(const unsigned short* text, int characters) : logicalType(STRING), nullFlag(text == nullptr) {
+  PWFData(const unsigned short* text, int characters)
+      : logicalType(STRING), nullFlag(text == nullptr), valueArea(ValueArea::Unset()) {
     if (text != nullptr && characters > 0) stringValue.assignInternal(text, static_cast<unsigned>(characters), 0);
     traceInit(text, static_cast<int>(2u * static_cast<unsigned>(characters)), STRING);
   }
@@ -159,8 +156,16 @@ class OXR_EXPORT PWFData {
     PWFInt32 length;  // bytes
     void* pointer;
   };
+  // All bytes are 0 where nothing is said. What a text or a number has no use for is left as it is: they are made most
+  // often, and clearing it takes several stores.
   union ValueArea {
-    unsigned char bytes[48] = {};
+    struct Unset {};
+    ValueArea() : bytes{} {}
+    explicit ValueArea(Unset) {}
+    explicit ValueArea(const Integer& value) : integer(value) {}
+    explicit ValueArea(double value) : doubleValue(value) {}
+
+    unsigned char bytes[48];
     Integer integer;
     double doubleValue;
     PWFInt32 booleanValue;
@@ -170,7 +175,7 @@ class OXR_EXPORT PWFData {
   };
 
   // Makes a text of `length` units that are still to be written.
-  PWFData(ELogicalType type, unsigned length) : logicalType(type), nullFlag(false) {
+  PWFData(ELogicalType type, unsigned length) : logicalType(type), nullFlag(false), valueArea(ValueArea::Unset()) {
     stringValue.resizeForOverwrite(length);
   }
 

@@ -116,8 +116,14 @@ PWFData::PWFData(const unsigned short* text, ELogicalType type) {
   }
 }
 
+// Bytes that are there need nothing of init() either.
 PWFData::PWFData(void* data, int length, ELogicalType type, EOwnership own) {
-  init(data, length, type, own);
+  if (data != nullptr && type == BINARY && !debugTraceOn()) {
+    logicalType = type;
+    storeBinary(data, length, own);
+  } else {
+    init(data, length, type, own);
+  }
 }
 
 PWFData::PWFData(const void* data, int length, ELogicalType type, EOwnership own) {
