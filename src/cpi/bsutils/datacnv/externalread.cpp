@@ -38,12 +38,17 @@ core::PadPlace padPlace(EJustification justification) {
   return justification == eJustifyLeft ? core::PadPlace::trailing : core::PadPlace::none;
 }
 
-// The table of the code page for a field that the fast ways take; null for any other. Arguments that are refused are
-// left to the general way, before the converter is asked for anything.
+// Whether these are arguments of the fast ways. Those that are refused are left to the general way, before the
+// converter is asked for anything.
+inline bool isForFastWays(const unsigned char* source, int size, const ExternalForm& form) {
+  return source != nullptr && static_cast<unsigned>(size) - 1 < core::kMaxExternalBytes && form.padCharIsUnicode &&
+         isKnownSign(form.sign);
+}
+
+// The table of the code page for a field that the fast ways take; null for any other.
 inline const core::SingleByteTable* tableFor(DataCnv& cnv, const unsigned char* source, int size,
                                              const ExternalForm& form) {
-  if (source == nullptr || static_cast<unsigned>(size) - 1 >= core::kMaxExternalBytes || !form.padCharIsUnicode ||
-      !isKnownSign(form.sign) || !externalCodes(cnv).haveDigitZone) [[unlikely]]
+  if (!isForFastWays(source, size, form) || !externalCodes(cnv).haveDigitZone) [[unlikely]]
     return nullptr;
   return CodePage::byteTable(*DataCnvParts::converterIfMade(cnv));
 }
@@ -72,18 +77,15 @@ struct ShortExternal {
   std::uint32_t wholeDigits = 0;  // before the point
   bool hasPoint = false;
   std::uint32_t minus = 0;   // units of the sign: 0 or 1
-  std::uint32_t length = 0;  // units of the text; 0 while there is no such field
+  std::uint32_t length = 0;  // units of the text
 
-  PWFData value() const {
-    return TextInPlace::make(DECIMAL, length, [this](unsigned short* out) {
-      *out = '-';
-      // Up to 17 units: the text's room and its terminator.
-      if (hasPoint)
-        word.writePointed(wholeDigits, out + minus);
-      else
-        word.write(out + minus);
-      out[length] = 0;
-    });
+  // Up to 17 units: the text's room and its terminator.
+  void write(unsigned short* out) const {
+    *out = '-';
+    if (hasPoint)
+      word.writePointed(wholeDigits, out + minus);
+    else
+      word.write(out + minus);
   }
 };
 
@@ -101,11 +103,19 @@ void takeZerosOff(core::ExternalWord& word, std::uint32_t& size, std::uint32_t p
   size -= count;
 }
 
-// REQUIRES: a field that the fast ways take.
-[[gnu::always_inline]] inline bool readShortFast(unsigned char zero, const unsigned char* source, std::uint32_t size,
-                                                 std::uint32_t places, const ExternalForm& form,
+// It calls nothing, so that it saves no registers: looking up the codes of the page is left to what comes after it.
+[[gnu::always_inline]] inline bool readShortFast(DataCnv& cnv, const unsigned char* source, int fieldSize,
+                                                 int virtualDecimalPoint, const ExternalForm& form,
                                                  ShortExternal& number) {
-  if (size > core::ExternalWord::kMaxSize || places >= size || core::isSeparate(form.signPlace())) return false;
+  const auto size = static_cast<std::uint32_t>(fieldSize);
+  const auto places = static_cast<std::uint32_t>(virtualDecimalPoint);  // below 0: more than any field has
+  if (size > core::ExternalWord::kMaxSize || places >= size || !isForFastWays(source, fieldSize, form) ||
+      core::isSeparate(form.signPlace()))
+    return false;
+  const ExternalCodes& codes = DataCnvParts::externalCodes(cnv);
+  if (!codes.haveDigitZone || CodePage::byteTable(*DataCnvParts::converterIfMade(cnv)) == nullptr) [[unlikely]]
+    return false;
+  const unsigned char zero = codes.zero;
   number.word = core::ExternalWord(source, size, zero);
   core::SignByte carrier;
   if (isIncluded(form.sign)) {
@@ -114,18 +124,17 @@ void takeZerosOff(core::ExternalWord& word, std::uint32_t& size, std::uint32_t p
     number.word.replace(position, source[position], carrier.digit);
   }
   if (!carrier.valid || !number.word.isAllDigits()) return false;
+  std::uint32_t count = size;
   const bool padIsZero = form.justification == eJustifyRight && form.padChar == '0';
   if (padIsZero)
-    takeZerosOff(number.word, size, places);
-  else if (endsInPad(number.word, size, form))
+    takeZerosOff(number.word, count, places);
+  else if (endsInPad(number.word, count, form))
     return false;
-  const std::uint32_t length = size + carrier.negative + (places != 0);
-  if (length > TextInPlace::kInlineUnits) return false;
-  number.wholeDigits = size - places;
+  number.length = count + carrier.negative + (places != 0);
+  number.wholeDigits = count - places;
   number.hasPoint = places != 0;
   number.minus = carrier.negative;
-  number.length = length;
-  return true;
+  return number.length <= TextInPlace::kInlineUnits;
 }
 
 // What the fast way reads of any other field.
@@ -135,45 +144,32 @@ struct LongExternal {
   std::uint32_t places;         // of them, after the point
 
   // Zeros precede digits that are too few for their places.
-  PWFData value() const {
+  void write(KelWstring& text) const {
     const std::size_t count = number.digits.size();
     const std::size_t zeros = places < count ? 0 : places - count + 1;
     const std::size_t length = number.negative + zeros + count + (places != 0);
-    return TextInPlace::make(DECIMAL, length, [&](unsigned short* out) {
-      const unsigned short* digit = number.digits.data();
-      if (number.negative) *out++ = '-';
-      if (zeros != 0) {
-        *out++ = '0';
-      } else {
-        out = std::copy_n(digit, count - places, out);
-        digit += count - places;
-      }
-      if (places == 0) return;
-      *out++ = '.';
-      if (zeros > 1) out = std::fill_n(out, zeros - 1, static_cast<unsigned short>('0'));
-      std::copy(digit, number.digits.data() + count, out);
-    });
+    unsigned short* out = text.resizeForOverwrite(static_cast<unsigned>(length));
+    const unsigned short* digit = number.digits.data();
+    if (number.negative) *out++ = '-';
+    if (zeros != 0) {
+      *out++ = '0';
+    } else {
+      out = std::copy_n(digit, count - places, out);
+      digit += count - places;
+    }
+    if (places == 0) return;
+    *out++ = '.';
+    if (zeros > 1) out = std::fill_n(out, zeros - 1, static_cast<unsigned short>('0'));
+    std::copy(digit, number.digits.data() + count, out);
   }
 };
 
-[[gnu::noinline]] bool readLongFast(DataCnv& cnv, const core::SingleByteTable& table, const unsigned char* source,
-                                    int size, ExternalForm form, LongExternal& number) {
-  number.number = readDigits(table, cnv, source, size, form, number.units);
+inline bool readLongFast(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint,
+                         const ExternalForm& form, LongExternal& number) {
+  if (virtualDecimalPoint < 0) return false;
+  number.places = static_cast<std::uint32_t>(virtualDecimalPoint);
+  number.number = readDigitsFast(cnv, source, size, form, number.units);
   return !number.number.digits.empty();
-}
-
-// One of the two is read where the result is true: the short one if it has a length.
-[[gnu::always_inline]] inline bool readDecimalFast(DataCnv& cnv, const unsigned char* source, int size,
-                                                   int virtualDecimalPoint, const ExternalForm& form,
-                                                   ShortExternal& shortNumber, LongExternal& longNumber) {
-  const core::SingleByteTable* const table = tableFor(cnv, source, size, form);
-  if (virtualDecimalPoint < 0 || table == nullptr) [[unlikely]]
-    return false;
-  longNumber.places = static_cast<std::uint32_t>(virtualDecimalPoint);
-  if (readShortFast(externalCodes(cnv).zero, source, static_cast<std::uint32_t>(size), longNumber.places, form,
-                    shortNumber)) [[likely]]
-    return true;
-  return readLongFast(cnv, *table, source, size, form, longNumber);
 }
 
 inline bool readDoubleFast(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint,
@@ -259,13 +255,11 @@ void decimalText(DataCnv& cnv, const FailureSite& site, KelWstring& text, const 
   if (negative) insertUnit(text, 0, '-');
 }
 
-[[gnu::noinline]] PWFData readDecimalGeneral(DataCnv& cnv, const unsigned char* source, int size,
-                                             int virtualDecimalPoint, ExternalForm form) {
+[[gnu::noinline]] void readDecimalGeneral(DataCnv& cnv, KelWstring& text, const unsigned char* source, int size,
+                                          int virtualDecimalPoint, const ExternalForm& form) {
   const FunctionTrace trace(&cnv, "DataCnv::ExtDecToDec", kDataCnvPath);
   requireField(trace.site(), source, size, "Invalid external decimal size: ");
-  PWFData value = TextInPlace::make(DECIMAL, 0, [](unsigned short*) {});
-  decimalText(cnv, trace.site(), TextInPlace::text(value), source, size, virtualDecimalPoint, form);
-  return value;
+  decimalText(cnv, trace.site(), text, source, size, virtualDecimalPoint, form);
 }
 
 [[gnu::noinline]] double readDoubleGeneral(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint,
@@ -309,6 +303,20 @@ ExternalForm formOf(ESign sign, EJustification justification, int padChar, bool 
           negativeSignTable};
 }
 
+// What is not short. It takes the arguments as its caller has them, which then need not keep a form in memory.
+[[gnu::noinline]] void readDecimal(DataCnv& cnv, KelWstring& text, const unsigned char* source, int size,
+                                   int virtualDecimalPoint, ESign sign, EJustification justification, int padChar,
+                                   bool padCharIsUnicode, bool customSign, const unsigned short* positiveSignTable,
+                                   const unsigned short* negativeSignTable) {
+  const ExternalForm form =
+      formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable);
+  LongExternal number;
+  if (wentFast([&] { return readLongFast(cnv, source, size, virtualDecimalPoint, form, number); }))
+    number.write(text);
+  else
+    readDecimalGeneral(cnv, text, source, size, virtualDecimalPoint, form);
+}
+
 }  // namespace
 
 PWFData DataCnv::ExtDecToDec(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,
@@ -316,13 +324,14 @@ PWFData DataCnv::ExtDecToDec(const unsigned char* source, int size, int virtualD
                              const unsigned short* positiveSignTable, const unsigned short* negativeSignTable) {
   const ExternalForm form =
       formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable);
-  ShortExternal shortNumber;
-  LongExternal longNumber;
-  if (wentFast([&]() __attribute__((always_inline)) {
-        return readDecimalFast(*this, source, size, virtualDecimalPoint, form, shortNumber, longNumber);
-      })) [[likely]]
-    return shortNumber.length != 0 ? shortNumber.value() : longNumber.value();
-  return readDecimalGeneral(*this, source, size, virtualDecimalPoint, form);
+  PWFData value = TextInPlace::make(DECIMAL);
+  ShortExternal number;
+  if (!debugTraceOn() && readShortFast(*this, source, size, virtualDecimalPoint, form, number)) [[likely]]
+    TextInPlace::writeShort(value, number.length, [&](unsigned short* out) { number.write(out); });
+  else
+    readDecimal(*this, TextInPlace::text(value), source, size, virtualDecimalPoint, sign, justification, padChar,
+                padCharIsUnicode, customSign, positiveSignTable, negativeSignTable);
+  return value;
 }
 
 double DataCnv::ExtDecToDbl(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign,

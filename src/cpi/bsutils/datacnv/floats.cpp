@@ -146,7 +146,7 @@ PWFData DataCnv::FltToDec(const unsigned char* source, int size, int virtualDeci
   const FunctionTrace trace(this, "DataCnv::FltToDec", kDataCnvPath);
   if (source == nullptr) raiseInternalError(trace.site(), "Null input pointer");
   if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid input size: ", size));
-  PWFData value = TextInPlace::make(DECIMAL, 0, [](unsigned short*) {});
+  PWFData value = TextInPlace::make(DECIMAL);
   KelWstring& text = TextInPlace::text(value);
   doubleToUString(FltToDbl(source, size), text, false);
   // Without a scale a whole number keeps its point at the end, "15."; with one, a minus counts as a position. Both

@@ -140,7 +140,7 @@ PWFData DataCnv::IntToDec(const unsigned char* source, int size, int virtualDeci
   if (source == nullptr) raiseInternalError(trace.site(), "Null input pointer");
   if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid input size: ", size));
   const PWFInt64 number = IntToInt64(source, size, eSignLeadingIncluded);
-  PWFData value = TextInPlace::make(DECIMAL, 0, [](unsigned short*) {});
+  PWFData value = TextInPlace::make(DECIMAL);
   KelWstring& text = TextInPlace::text(value);
   Int64ToUString(number, text);
   // The minus counts as a position when the point is placed: Integers.Read.

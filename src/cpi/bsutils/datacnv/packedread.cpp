@@ -5,6 +5,7 @@
 // the value itself, from one register.
 
 #include <algorithm>
+#include <stdexcept>
 #include <vector>
 
 #include "core/packedfield.hpp"
@@ -60,7 +61,9 @@ struct LongPacked {
   std::uint32_t length = 0;
 
   bool read(const unsigned char* source, std::uint32_t size, bool reversed) {
-    if (size > core::PackedWords::kMaxSize || places > core::PackedWords::kMaxPlaces) return false;
+    if (size <= core::PackedWord::kMaxSize || size > core::PackedWords::kMaxSize ||
+        places > core::PackedWords::kMaxPlaces)
+      return false;
     field = core::PackedWords(source, size, reversed);
     return true;
   }
@@ -86,23 +89,24 @@ template <class Packed>
          packed.isFit();
 }
 
-// The value of a good field, wherever its point falls.
-PWFData shiftedValue(const core::PackedField& field, int places) {
+// Writes the text of a good field, wherever its point falls.
+void writeShifted(const core::PackedField& field, int places, KelWstring& target) {
   // The minus counts as a position when the point is placed: Packed.MinusCountsAsAPosition.
   const bool minus = field.sign() == core::kPackedMinus;
   const std::uint32_t units = field.digitCount() + minus;
   core::PointShift shift;
   if (places != 0) shift = core::shiftWholeNumber(units, places);
-  return TextInPlace::make(DECIMAL, shift.length(units), [&](unsigned short* out) {
-    constexpr unsigned short kZero = '0';
-    unsigned short* const text = std::fill_n(out, shift.frontZeros, kZero);
-    *text = '-';
-    field.writeDigits(text + minus);
-    unsigned short* const end = std::fill_n(text + units, shift.backZeros, kZero);
-    if (!shift.hasPoint()) return;
-    std::copy_backward(out + shift.point, end, end + 1);
-    out[shift.point] = '.';
-  });
+  const std::uint64_t length = shift.length(units);
+  if (length >= KelWstring::npos) throw std::length_error("PWFData");
+  constexpr unsigned short kZero = '0';
+  unsigned short* const out = target.resizeForOverwrite(static_cast<unsigned>(length));
+  unsigned short* const text = std::fill_n(out, shift.frontZeros, kZero);
+  *text = '-';
+  field.writeDigits(text + minus);
+  unsigned short* const end = std::fill_n(text + units, shift.backZeros, kZero);
+  if (!shift.hasPoint()) return;
+  std::copy_backward(out + shift.point, end, end + 1);
+  out[shift.point] = '.';
 }
 
 // Raises what is wrong with a field, if anything is: through the member that tests half bytes, which the trace shows.
@@ -113,35 +117,29 @@ void validateField(DataCnv& cnv, const core::PackedField& field, ESign sign, con
   cnv.ValidatePackedDecimal(nibbles.data(), static_cast<int>(nibbles.size()), sign, source);
 }
 
-[[gnu::noinline]] PWFData readPackedGeneral(DataCnv& cnv, const unsigned char* source, int size,
-                                            int virtualDecimalPoint, ESign sign) {
+void readPackedGeneral(DataCnv& cnv, KelWstring& text, const unsigned char* source, int size, int virtualDecimalPoint,
+                       ESign sign) {
   const FunctionTrace trace(&cnv, "DataCnv::PckdDecToDec", kDataCnvPath);
   if (source == nullptr) raiseInternalError(trace.site(), "Null input pointer");
   if (size <= 0) raiseInternalError(trace.site(), numbered("Invalid input size: ", size));
   const core::PackedField field(source, size, DataCnvParts::isPackedReversed(cnv));
   // All digits are tested at once; one by one only to tell which fault it is, or to show the test in the trace.
   if (debugTraceOn() || !field.isGood(sign != eSignNone)) validateField(cnv, field, sign, source);
-  return shiftedValue(field, virtualDecimalPoint);
+  writeShifted(field, virtualDecimalPoint, text);
 }
 
-template <class Packed>
-[[gnu::always_inline]] inline PWFData readPacked(DataCnv& cnv, const unsigned char* source, int size,
-                                                 int virtualDecimalPoint, ESign sign) {
-  Packed packed;
-  if (wentFast([&]() __attribute__((always_inline)) {
+// What is not short.
+[[gnu::noinline]] void readPacked(DataCnv& cnv, KelWstring& text, const unsigned char* source, int size,
+                                  int virtualDecimalPoint, ESign sign) {
+  LongPacked packed;
+  if (!wentFast([&]() __attribute__((always_inline)) {
         return readPackedFast(source, size, virtualDecimalPoint, sign, DataCnvParts::isPackedReversed(cnv), packed);
-      })) [[likely]]
-    return TextInPlace::make(DECIMAL, packed.length, [&](unsigned short* out) {
-      *out = '-';
-      packed.write(out + packed.minus);
-      out[packed.length] = 0;
-    });
-  return readPackedGeneral(cnv, source, size, virtualDecimalPoint, sign);
-}
-
-[[gnu::noinline]] PWFData readLong(DataCnv& cnv, const unsigned char* source, int size, int virtualDecimalPoint,
-                                   ESign sign) {
-  return readPacked<LongPacked>(cnv, source, size, virtualDecimalPoint, sign);
+      })) [[unlikely]]
+    return readPackedGeneral(cnv, text, source, size, virtualDecimalPoint, sign);
+  unsigned short* const out = text.resizeForOverwrite(packed.length);
+  *out = '-';
+  packed.write(out + packed.minus);
+  out[packed.length] = 0;
 }
 
 }  // namespace
@@ -162,7 +160,15 @@ void DataCnv::ValidatePackedDecimal(const unsigned char* nibbles, int count, ESi
 }
 
 PWFData DataCnv::PckdDecToDec(const unsigned char* source, int size, int virtualDecimalPoint, ESign sign) {
-  if (size > static_cast<int>(core::PackedWord::kMaxSize))
-    return readLong(*this, source, size, virtualDecimalPoint, sign);
-  return readPacked<ShortPacked>(*this, source, size, virtualDecimalPoint, sign);
+  PWFData value = TextInPlace::make(DECIMAL);
+  ShortPacked packed;
+  if (!debugTraceOn() && readPackedFast(source, size, virtualDecimalPoint, sign, packedEndian == eEndianLittle, packed))
+      [[likely]]
+    TextInPlace::writeShort(value, packed.length, [&](unsigned short* out) {
+      *out = '-';
+      packed.write(out + packed.minus);
+    });
+  else
+    readPacked(*this, TextInPlace::text(value), source, size, virtualDecimalPoint, sign);
+  return value;
 }

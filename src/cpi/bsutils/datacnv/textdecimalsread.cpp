@@ -202,7 +202,7 @@ PWFData DataCnv::StrToDec(const unsigned short* text, int length, bool useVirtua
                           const unsigned short* plusText, ETrimType trim, EJustification justification,
                           unsigned short padChar, bool padCharIsUnicode) {
   const FunctionTrace trace(this, "DataCnv::StrToDec", kDataCnvPath);
-  PWFData value = TextInPlace::make(DECIMAL, 0, [](unsigned short*) {});
+  PWFData value = TextInPlace::make(DECIMAL);
   readDecimal(*this,
               {{text, length, sign, minusText, plusText, trim, justification, padChar, padCharIsUnicode},
                useVirtualDecimalPoint,
@@ -224,7 +224,7 @@ PWFData DataCnv::StrToDec(const unsigned char* bytes, int& length, int scale) {
   // A length of 0 passes in spite of the words, and is for toUnicodeString to refuse: NumbersFromText.ReadPlainTexts.
   if (length < 0)
     raiseBare<KelConversionException>(trace.site(), failures::kInvalidData, kDecimal.negativeLength, kDecimal.word, "");
-  PWFData value = TextInPlace::make(DECIMAL, 0, [](unsigned short*) {});
+  PWFData value = TextInPlace::make(DECIMAL);
   KelWstring& text = TextInPlace::text(value);
   toUnicodeString(text, bytes, length);
   validateDecimal(text, eSignLeadingSeparate);

@@ -228,7 +228,7 @@ void writeInteger(DataCnv& cnv, const FailureSite& site, long value, KelWstring&
 constexpr int kPlainUnits = 100;  // more than any integer or exponential double has
 
 PWFData emptyString() {
-  return TextInPlace::make(STRING, 0, [](unsigned short*) {});
+  return TextInPlace::make(STRING);
 }
 
 // Serves every integer.

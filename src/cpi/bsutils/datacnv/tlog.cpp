@@ -156,7 +156,7 @@ void DataCnv::TLOGPckdStrToStr(const unsigned char* source, KelWstring& target, 
 PWFData DataCnv::TLOGPckdStrToStr(const unsigned char* source, int size, EEndian endian) {
   const auto trace = readingTrace(
       this, "DataCnv::TLOGPckdStrToStr( const unsigned char* source, PWFInt32 size, EEndian endian)", size, endian);
-  PWFData value = TextInPlace::make(STRING, 0, [](unsigned short*) {});
+  PWFData value = TextInPlace::make(STRING);
   TLOGPckdStrToStr(source, TextInPlace::text(value), size, endian);
   return value;
 }
@@ -180,7 +180,7 @@ void DataCnv::TLOGPckdDecToDec(const unsigned char* source, KelWstring& target, 
 PWFData DataCnv::TLOGPckdDecToDec(const unsigned char* source, int size, EEndian endian) {
   const auto trace = readingTrace(
       this, "DataCnv::TLOGPckdDecToDec(const unsigned char* source, PWFInt32 size, EEndian endian)", size, endian);
-  PWFData value = TextInPlace::make(DECIMAL, 0, [](unsigned short*) {});
+  PWFData value = TextInPlace::make(DECIMAL);
   TLOGPckdDecToDec(source, TextInPlace::text(value), size, endian);
   return value;
 }

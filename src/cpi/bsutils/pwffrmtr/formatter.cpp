@@ -89,7 +89,7 @@ PWFData shortText(Write write) {
 }
 template <class Write>
 PWFData longText(Write write) {
-  PWFData value = TextInPlace::make(STRING, 0, [](unsigned short*) {});
+  PWFData value = TextInPlace::make(STRING);
   write(TextInPlace::text(value));
   return value;
 }

@@ -24,6 +24,14 @@ struct TextInPlace {
     write(const_cast<unsigned short*>(value.stringValue.characters()));
     return value;
   }
+  // Makes a value of `type` with an empty text, for what is written into it afterwards.
+  static PWFData make(ELogicalType type) { return PWFData(type, 0u); }
+  // Writes a text of up to kInlineUnits units into such a value, as above; the terminator is put in afterwards.
+  template <class Write>
+  [[gnu::always_inline]] static void writeShort(PWFData& value, std::uint32_t length, Write write) {
+    write(const_cast<unsigned short*>(value.stringValue.characters()));
+    value.stringValue.cutTo(length);
+  }
   // Gives the text of a value in the making.
   static KelWstring& text(PWFData& value) { return value.stringValue; }
 };
