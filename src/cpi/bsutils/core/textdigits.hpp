@@ -80,17 +80,19 @@ inline std::uint64_t halfBytesOf(UnitView text) {
   return HalfBytes<std::uint64_t>::of(textStart<2>(text));
 }
 
-// The digits of the whole number that remains of a canonical decimal when its point moves so many `places`, from 0 on,
-// to the right and the rest is cut: as half bytes, the last one lowest. `text` is zero-terminated. False for any other
-// text, for one that does not end within a Word full of units, and for more digits than a Word less one holds.
-template <class Word>
-[[gnu::always_inline]] inline bool wholeDigits(const unsigned short* text, std::uint32_t places, Word& digits,
-                                               bool& negative) {
+// Steps over the sign of a number.
+inline const unsigned short* afterSign(const unsigned short* text, bool& negative) {
+  negative = *text == '-';
+  return text + (negative | (*text == '+'));
+}
+
+// A number without its sign, whose first units are in registers; see wholeDigits().
+template <class Word, class Start>
+[[gnu::always_inline]] inline bool wholeDigitsOf(const unsigned short* text, const Start& start, std::uint32_t places,
+                                                 Word& digits) {
   constexpr std::uint32_t kBits = 8 * sizeof(Word);
   using Halves = HalfBytes<Word>;
-  negative = *text == '-';
-  text += negative | (*text == '+');
-  const Word word = Halves::of(textStart<kBits / 32>(text));
+  const Word word = Halves::of(start);
   const Word others = Halves::others(word);
   // Positions are counted in bits from the top, four a unit.
   const std::uint32_t whole = Halves::leadingZeros(others);
@@ -106,6 +108,24 @@ template <class Word>
     return text[end / 4] == 0;
   }
   return text[whole / 4] == 0;
+}
+
+// The digits of the whole number that remains of a canonical decimal when its point moves so many `places`, from 0 on,
+// to the right and the rest is cut: as half bytes, the last one lowest. `text` is zero-terminated. False for any other
+// text, for one that does not end within a Word full of units, and for more digits than a Word less one holds.
+template <class Word>
+[[gnu::always_inline]] inline bool wholeDigits(const unsigned short* text, std::uint32_t places, Word& digits,
+                                               bool& negative) {
+  text = afterSign(text, negative);
+  return wholeDigitsOf(text, textStart<sizeof(Word) / 4>(text), places, digits);
+}
+// The same for a text that need not be copied first; false for any other. It calls nothing.
+template <class Word>
+[[gnu::always_inline]] inline bool wholeDigitsInPage(const unsigned short* text, std::uint32_t places, Word& digits,
+                                                     bool& negative) {
+  TextStart<sizeof(Word) / 4> start;
+  text = afterSign(text, negative);
+  return loadStart(text, start) && wholeDigitsOf(text, start, places, digits);
 }
 
 }  // namespace oxr::core

@@ -50,16 +50,24 @@ template <std::size_t kVectors>
   return start;
 }
 
+// Loads the start of a text that lies in one page. False where it has to be copied.
+template <std::size_t kVectors>
+[[gnu::always_inline]] inline bool loadStart(const unsigned short* text, TextStart<kVectors>& start) {
+  if constexpr (kLoadsPastEnd)
+    if (isWithinPage(text, sizeof start)) [[likely]] {
+      for (std::size_t i = 0; i < kVectors; ++i)
+        start[i] = loadPastEnd(text + 8 * i);
+      return true;
+    }
+  return false;
+}
+
 // Calls for the copy only where there has to be one.
 template <std::size_t kVectors, class Copy>
 [[gnu::always_inline]] inline TextStart<kVectors> textStart(const unsigned short* text, Copy copy) {
-  if constexpr (kLoadsPastEnd)
-    if (isWithinPage(text, sizeof(TextStart<kVectors>))) [[likely]] {
-      TextStart<kVectors> start;
-      for (std::size_t i = 0; i < kVectors; ++i)
-        start[i] = loadPastEnd(text + 8 * i);
-      return start;
-    }
+  TextStart<kVectors> start;
+  if (loadStart(text, start)) [[likely]]
+    return start;
   return copy();
 }
 

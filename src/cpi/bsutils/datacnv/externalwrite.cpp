@@ -46,23 +46,38 @@ int negated(int places) {
           form.justification == eJustifyLeft};
 }
 
-// A number of up to 15 digits into a field of up to 16 bytes whose pads precede it, in registers.
-[[gnu::always_inline]] inline bool writeShortFast(const unsigned short* text, std::uint32_t places,
-                                                  const ExternalCodes& codes, const ExternalForm& form,
-                                                  std::span<unsigned char> field) {
+// A number of up to 15 digits into a field of up to 16 bytes whose pads precede it, in registers. Looking up the codes
+// of the page is left to what comes after it.
+[[gnu::always_inline]] inline bool writeShortFast(DataCnv& cnv, const unsigned short* text, unsigned char* target,
+                                                  int size, int places, const ExternalForm& form) {
+  const ExternalCodes& codes = DataCnvParts::externalCodes(cnv);
+  if (static_cast<unsigned>(size) - 1 >= core::ExternalWord::kMaxSize || static_cast<unsigned>(places) > kShortDigits ||
+      text == nullptr || target == nullptr || !isKnownSign(form.sign) || form.justification == eJustifyLeft ||
+      !form.padCharIsUnicode || codes.padChar != form.padChar || !codes.padIsByte) [[unlikely]]
+    return false;
   std::uint64_t digits;
   bool negative;
-  if (field.size() > core::ExternalWord::kMaxSize || places > kShortDigits || form.justification == eJustifyLeft ||
-      !core::wholeDigits(text, places, digits, negative) || (negative & (form.sign == eSignNone)))
+  if (!core::wholeDigitsInPage(text, static_cast<std::uint32_t>(places), digits, negative) ||
+      (negative & (form.sign == eSignNone)))
     return false;
-  return core::writeShortExternal(digits, negative, outputOf(codes, form), field);
+  return core::writeShortExternal(digits, negative, outputOf(codes, form), {target, static_cast<std::size_t>(size)});
 }
 
-// Any other number of plain digits. A function that may be called from elsewhere (`used`) keeps its arguments as they
-// are; taken apart, they would have its caller load each code of the page before it knows whether it needs them.
-[[gnu::noinline, gnu::used]] bool writeLongFast(const unsigned short* text, int places, const ExternalCodes& codes,
-                                                ExternalForm form, std::span<unsigned char> field) {
+// Whether these are arguments of the fast ways. Those that are refused are left to the general way, before the
+// converter is asked for anything.
+inline bool isForFastWays(const unsigned short* text, const unsigned char* target, int size, int places,
+                          const ExternalForm& form) {
+  return text != nullptr && target != nullptr && size >= 1 && places >= 0 && isKnownSign(form.sign) &&
+         form.padCharIsUnicode;
+}
+
+// Any number of plain digits. REQUIRES: isForFastWays().
+[[gnu::noinline]] bool writeLongFast(DataCnv& cnv, const unsigned short* text, unsigned char* target, int size,
+                                     int places, const ExternalForm& form) {
+  const ExternalCodes& codes = externalCodes(cnv, form.padChar);
+  if (!codes.padIsByte) return false;
   const core::ExternalOutput output = outputOf(codes, form);
+  const std::span<unsigned char> field(target, static_cast<std::size_t>(size));
   static constexpr unsigned short kZero = '0';
   core::DigitBuffer buffer;
   core::IntegerDigits number;
@@ -74,23 +89,15 @@ int negated(int places) {
   return true;
 }
 
-[[gnu::always_inline]] inline bool writeExternalFast(DataCnv& cnv, const unsigned short* text, unsigned char* target,
-                                                     int size, int places, const ExternalForm& form) {
-  if (text == nullptr || target == nullptr || size < 1 || places < 0 || !isKnownSign(form.sign) ||
-      !form.padCharIsUnicode)
-    return false;
-  const ExternalCodes& codes = externalCodes(cnv, form.padChar);
-  if (!codes.padIsByte) return false;
-  const std::span<unsigned char> field(target, static_cast<std::size_t>(size));
-  return writeShortFast(text, static_cast<std::uint32_t>(places), codes, form, field) ||
-         writeLongFast(text, places, codes, form, field);
-}
-
 // A plus is not taken off a text, and a text may hold zeros that would end it for the fast way.
 inline bool writeTextFast(DataCnv& cnv, const KelWstring& text, unsigned char* target, int size, int places,
                           const ExternalForm& form) {
-  return text[0] != '+' && UnitView(text.characters()).size() == text.length() &&
-         writeExternalFast(cnv, text.characters(), target, size, negated(places), form);
+  const unsigned short* const digits = text.characters();
+  places = negated(places);
+  return isForFastWays(digits, target, size, places, form) && text[0] != '+' &&
+         UnitView(digits).size() == text.length() &&
+         (writeShortFast(cnv, digits, target, size, places, form) ||
+          writeLongFast(cnv, digits, target, size, places, form));
 }
 
 void requireTarget(const FailureSite& site, const unsigned char* target, int size) {
@@ -149,8 +156,8 @@ void padExternal(DataCnv& cnv, KelWstring& digits, int characters, int freeBytes
   carrier = core::writeOverpunch(form.overpunch(cnv), carrier, negative, posEbcdicOverpunch);
 }
 
-[[gnu::noinline]] void writeDecimalGeneral(DataCnv& cnv, const unsigned short* text, unsigned char* target, int& size,
-                                           int virtualDecimalPoint, ExternalForm form) {
+void writeDecimalGeneral(DataCnv& cnv, const unsigned short* text, unsigned char* target, int& size,
+                         int virtualDecimalPoint, const ExternalForm& form) {
   const FunctionTrace trace(&cnv, "DataCnv::ExtDecFromDec", kDataCnvPath);
   if (text == nullptr) raiseInternalError(trace.site(), "Null input pointer");
   requireTarget(trace.site(), target, size);
@@ -162,6 +169,20 @@ void padExternal(DataCnv& cnv, KelWstring& digits, int characters, int freeBytes
   if (negative) insertUnit(digits, 0, '-');
   cnv.UStringToExtDec(digits, target, size, negated(virtualDecimalPoint), form.sign, form.justification, form.padChar,
                       form.padCharIsUnicode, form.customSign, form.positiveSignTable, form.negativeSignTable);
+}
+
+// What is not short. It takes the arguments as its caller has them, which then need not keep a form in memory.
+[[gnu::noinline]] void writeDecimal(DataCnv& cnv, const unsigned short* text, unsigned char* target, int& size,
+                                    int virtualDecimalPoint, ESign sign, EJustification justification,
+                                    unsigned short padChar, bool padCharIsUnicode, bool customSign,
+                                    const unsigned short* positiveSignTable, const unsigned short* negativeSignTable) {
+  const ExternalForm form{sign,       justification,     padChar,          padCharIsUnicode,
+                          customSign, positiveSignTable, negativeSignTable};
+  if (!wentFast([&] {
+        return isForFastWays(text, target, size, virtualDecimalPoint, form) &&
+               writeLongFast(cnv, text, target, size, virtualDecimalPoint, form);
+      }))
+    writeDecimalGeneral(cnv, text, target, size, virtualDecimalPoint, form);
 }
 
 }  // namespace
@@ -183,11 +204,9 @@ void DataCnv::ExtDecFromDec(const unsigned short* text, unsigned char* target, i
                             const unsigned short* negativeSignTable) {
   const ExternalForm form{sign,       justification,     padChar,          padCharIsUnicode,
                           customSign, positiveSignTable, negativeSignTable};
-  if (wentFast([&]() __attribute__((always_inline)) {
-        return writeExternalFast(*this, text, target, size, virtualDecimalPoint, form);
-      })) [[likely]]
-    return;
-  writeDecimalGeneral(*this, text, target, size, virtualDecimalPoint, form);
+  if (debugTraceOn() || !writeShortFast(*this, text, target, size, virtualDecimalPoint, form)) [[unlikely]]
+    writeDecimal(*this, text, target, size, virtualDecimalPoint, sign, justification, padChar, padCharIsUnicode,
+                 customSign, positiveSignTable, negativeSignTable);
 }
 
 void DataCnv::ExtDecFromDbl(double value, unsigned char* target, int& size, int virtualDecimalPoint, ESign sign,
