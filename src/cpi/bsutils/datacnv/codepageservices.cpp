@@ -128,6 +128,19 @@ UErrorCode readTextGeneral(DataCnv& cnv, KelWstring& out, const unsigned char* b
   return wentFast(readFast) ? U_ZERO_ERROR : readTextGeneral(cnv, out, bytes, size);
 }
 
+// Reads a plain text without a call: saving registers for one would cost a fifth of it. `page` may be missing yet.
+[[gnu::always_inline]] inline bool readPlainFast(const CPUnicodeConverter* page, KelWstring& out,
+                                                 const unsigned char* bytes, int size) {
+  return !debugTraceOn() && page != nullptr && bytes != nullptr && size > 0 &&
+         CodePage::readPlainFast(*page, out, textOf(bytes, size));
+}
+
+[[gnu::noinline]] void readRawText(DataCnv& cnv, KelWstring& out, const char* bytes, int size) {
+  // The traced name has the arguments in it: CodePageServices.Convert.
+  const FunctionTrace trace(&cnv, "DataCnv::RawCharsToPWFData( const char* source, PWFInt32 size )", kDataCnvPath);
+  readText(cnv, out, reinterpret_cast<const unsigned char*>(bytes), size);
+}
+
 [[gnu::noinline]] UErrorCode writeTextGeneral(const CPUnicodeConverter& page, const KelWstring& text,
                                               unsigned char* bytes, int& size) {
   UErrorCode status = U_ZERO_ERROR;
@@ -157,11 +170,9 @@ bool DataCnv::IsCcsidEBCDIC() {
   return ebcdicState == 1;
 }
 
-// The status is for the caller to look at; only a size that no character fits is a failure. A plain text is read
-// without a call: saving registers for one would cost a fifth of it.
+// The status is for the caller to look at; only a size that no character fits is a failure.
 UErrorCode DataCnv::toUnicodeString(KelWstring& out, const unsigned char* bytes, int size) {
-  if (!debugTraceOn() && converter != nullptr && bytes != nullptr && size > 0 &&
-      CodePage::readPlainFast(*converter, out, textOf(bytes, size))) [[likely]]
+  if (readPlainFast(converter.get(), out, bytes, size)) [[likely]]
     return U_ZERO_ERROR;
   return readText(*this, out, bytes, size);
 }
@@ -176,10 +187,10 @@ UErrorCode DataCnv::fromUnicodeString(const KelWstring& text, unsigned char* byt
 }
 
 PWFData DataCnv::RawCharsToPWFData(const char* bytes, int size) {
-  // The traced name has the arguments in it: CodePageServices.Convert.
-  const FunctionTrace trace(this, "DataCnv::RawCharsToPWFData( const char* source, PWFInt32 size )", kDataCnvPath);
-  PWFData value = TextInPlace::make(STRING, 0, [](unsigned short*) {});
-  toUnicodeString(TextInPlace::text(value), reinterpret_cast<const unsigned char*>(bytes), size);
+  PWFData value = TextInPlace::make(STRING);
+  KelWstring& text = TextInPlace::text(value);
+  if (!readPlainFast(converter.get(), text, reinterpret_cast<const unsigned char*>(bytes), size)) [[unlikely]]
+    readRawText(*this, text, bytes, size);
   return value;
 }
 
