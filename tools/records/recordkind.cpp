@@ -81,9 +81,7 @@ bool RecordWorker::passUnknown() {
 }
 
 void RecordWorker::showRaw(std::span<const unsigned char> bytes) {
-  handler_->startElement(kRawName, kFieldElement, kNoInfo, -1, -1);
-  handler_->data(PWFData(hexText(bytes)), kNoInfo, -1, -1);
-  handler_->endElement(kRawName, kNoInfo);
+  tell(kRawName, PWFData(hexText(bytes)), -1);
 }
 
 std::int32_t RecordWorker::decide(Chooser& chooser) {
@@ -104,7 +102,7 @@ std::uint64_t RecordWorker::placeOf(const Question& question) const {
 }
 
 PWFData RecordWorker::valueOrNull(const Step& step, const unsigned char* bytes) {
-  FieldConverter& converter = converters_[step.form];
+  FieldConverter& converter = *converters_[step.form];
   if (converter.diagnose(step, bytes)) return FieldConverter::null(step);
   try {
     return converter.convert(step, bytes);

@@ -60,7 +60,7 @@ RecordWorker::RecordWorker(const RecordPlan& plan, const Settings& settings, Fau
       isMistrusted_(plan.steps().size()),
       counters_(plan.counters()) {
   for (const PhysicalForm& form : plan.forms())
-    converters_.emplace_back(form);
+    converters_.push_back(std::make_unique<FieldConverter>(form));
   if (plan.recordChoice() != nullptr) recordChooser_.emplace(*plan.recordChoice());
   for (const Choice& choice : plan.choices())
     choosers_.emplace_back(choice);
@@ -74,6 +74,7 @@ void RecordWorker::initializeParse(int, MessageInfo*, int) {
 void RecordWorker::setFIHandler(FIHandler* handler, bool adopt) {
   if (handler != adopted_.get()) adopted_.reset(adopt ? handler : nullptr);
   handler_ = handler;
+  records_ = dynamic_cast<RecordHandler*>(handler);
 }
 
 void RecordWorker::parse(const BitstreamBuffer* buffer, std::vector<int>* path, int offset, int flags) {
@@ -178,31 +179,50 @@ int RecordWorker::occurrence(const Step& step) const {
   return step.isOccurrence ? static_cast<int>(arrays_.back().index) : -1;
 }
 
-void RecordWorker::field(const Step& step) {
+// Part of the walk: as a call of its own it would cost as much as many a conversion. An observer sees a field between
+// its start and its value.
+[[gnu::always_inline]] inline void RecordWorker::field(const Step& step) {
   const unsigned short* const name = plan_.name(step);
-  if (name != nullptr) handler_->startElement(name, kFieldElement, kNoInfo, occurrence(step), -1);
+  const bool isObserved = observer_ != nullptr;
+  if (isObserved && name != nullptr) [[unlikely]]
+    handler_->startElement(name, kFieldElement, kNoInfo, occurrence(step), -1);
   const PWFData value = read(step);
-  if (observer_ != nullptr && hasValue_) [[unlikely]]
+  if (isObserved && hasValue_) [[unlikely]]
     observe(step, static_cast<std::uint64_t>(step.offset + shift_), value, nullptr);
   if (step.slot != kNoSlot) keepCount(step, value);
   if (name == nullptr) return;
+  if (!isObserved) return tell(name, value, occurrence(step));
+  handler_->data(value, kNoInfo, -1, -1);
+  handler_->endElement(name, kNoInfo);
+}
+
+void RecordWorker::tellInEvents(const unsigned short* name, const PWFData& value, int index) {
+  handler_->startElement(name, kFieldElement, kNoInfo, index, -1);
   handler_->data(value, kNoInfo, -1, -1);
   handler_->endElement(name, kNoInfo);
 }
 
 // What the conversions return goes out as it is: a copy would cost as much as many a conversion.
-PWFData RecordWorker::read(const Step& step) {
-  hasValue_ = false;
-  if (isLost_) return FieldConverter::null(step);
+inline PWFData RecordWorker::read(const Step& step) {
   const auto at = static_cast<std::uint64_t>(step.offset + shift_);
-  if (at + step.size > record_.size) [[unlikely]]
-    return cutOff(step, at);
-  hasValue_ = true;
-  FieldConverter& converter = converters_[step.form];
-  if (hasMistrust_ && isMistrusted_[indexOf(step)]) [[unlikely]]
-    if (FaultReason reason = converter.diagnose(step, record_.data + at)) return failed(step, at, std::move(reason));
+  hasValue_ = !isLost_ && at + step.size <= record_.size;
+  if (!hasValue_) [[unlikely]]
+    return isLost_ ? FieldConverter::null(step) : cutOff(step, at);
+  if (hasMistrust_) [[unlikely]]
+    return readWithMistrust(step, at);
+  return convert(step, at);
+}
+
+PWFData RecordWorker::readWithMistrust(const Step& step, std::uint64_t at) {
+  if (isMistrusted_[indexOf(step)])
+    if (FaultReason reason = converters_[step.form]->diagnose(step, record_.data + at))
+      return failed(step, at, std::move(reason));
+  return convert(step, at);
+}
+
+inline PWFData RecordWorker::convert(const Step& step, std::uint64_t at) {
   try {
-    return converter.convert(step, record_.data + at);
+    return converters_[step.form]->convert(step, record_.data + at);
   } catch (const KelRecoverableException& failure) {
     return refused(step, at, failure.oxrMessageNumber(), faultText(failure));
   } catch (const FieldRefused& refusal) {
@@ -213,7 +233,7 @@ PWFData RecordWorker::read(const Step& step) {
 // A field that its conversion refused. What that said is told where the bytes do not show the reason.
 PWFData RecordWorker::refused(const Step& step, std::uint64_t at, int message, std::string said) {
   hasMistrust_ = isMistrusted_[indexOf(step)] = true;
-  FieldConverter& converter = converters_[step.form];
+  FieldConverter& converter = *converters_[step.form];
   const unsigned char* const bytes = record_.data + at;
   FaultReason reason = converter.diagnose(step, bytes);
   return failed(step, at, reason ? std::move(reason) : converter.refusal(step, bytes, message, std::move(said)));
@@ -233,7 +253,7 @@ PWFData RecordWorker::cutOff(const Step& step, std::uint64_t at) {
 PWFData RecordWorker::readStart(const Step& step, std::uint64_t at) {
   hasValue_ = true;
   try {
-    return converters_[step.form].convertStart(step, record_.data + at, static_cast<std::uint32_t>(record_.size - at));
+    return converters_[step.form]->convertStart(step, record_.data + at, static_cast<std::uint32_t>(record_.size - at));
   } catch (const KelRecoverableException& failure) {
     return failed(step, at, reasonOf(failure));
   }
@@ -301,11 +321,7 @@ const Step* RecordWorker::beginArray(const Step& step) {
   const Step* const end = after - 1;
   const unsigned short* const name = plan_.name(step);
   const std::int64_t count = isLost_ && step.slot != kNoSlot ? kNotACount : countFor(step);
-  if (name != nullptr && count == kNotACount) {
-    handler_->startElement(name, kFieldElement, kNoInfo, -1, -1);
-    handler_->data(PWFData(STRING), kNoInfo, -1, -1);
-    handler_->endElement(name, kNoInfo);
-  }
+  if (name != nullptr && count == kNotACount) tell(name, PWFData(STRING), -1);
   if (count == kNotACount) return after;
   if (name != nullptr) handler_->startElement(name, kArrayElement, kNoInfo, -1, -1);
   arrays_.push_back({step.item, 0});

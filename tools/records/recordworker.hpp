@@ -1,6 +1,5 @@
 #pragma once
 
-#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
@@ -149,7 +148,14 @@ class RecordWorker final : public BitstreamWorker {
   void passArea(const Step& step, const Choice& choice);
   void walk();
   void field(const Step& step);
-  PWFData read(const Step& step);
+  [[gnu::always_inline]] void tell(const unsigned short* name, const PWFData& value, int index) {
+    if (records_ != nullptr) return records_->field(name, value, index);
+    tellInEvents(name, value, index);
+  }
+  void tellInEvents(const unsigned short* name, const PWFData& value, int index);
+  [[gnu::always_inline]] PWFData read(const Step& step);
+  PWFData readWithMistrust(const Step& step, std::uint64_t at);
+  [[gnu::always_inline]] PWFData convert(const Step& step, std::uint64_t at);
   PWFData refused(const Step& step, std::uint64_t at, int message, std::string said);
   PWFData readStart(const Step& step, std::uint64_t at);
   PWFData cutOff(const Step& step, std::uint64_t at);
@@ -169,13 +175,14 @@ class RecordWorker final : public BitstreamWorker {
   const RecordPlan& plan_;
   const Settings settings_;
   FaultListener& listener_;
-  std::deque<FieldConverter> converters_;  // by Step::form
+  std::vector<std::unique_ptr<FieldConverter>> converters_;  // by Step::form
   std::optional<Chooser> recordChooser_;
   std::vector<Chooser> choosers_;  // by Step::choice
   RecordReader reader_;
   BufferSource* source_ = nullptr;
   FieldObserver* observer_ = nullptr;
   FIHandler* handler_ = nullptr;
+  RecordHandler* records_ = nullptr;  // the same, if it is one
   std::unique_ptr<FIHandler> adopted_;
   const DictionaryInfo* descriptor_ = nullptr;
   bool isOpen_ = false;

@@ -20,16 +20,6 @@ namespace oxr::rec {
 
 namespace {
 
-// The size without the trailing bytes that equal `byte`.
-std::uint32_t withoutTrailing(unsigned char byte, const unsigned char* bytes, std::uint32_t size) {
-  const std::uint64_t eight = 0x0101010101010101U * byte;
-  while (size >= sizeof eight && std::memcmp(bytes + size - sizeof eight, &eight, sizeof eight) == 0)
-    size -= sizeof eight;
-  while (size != 0 && bytes[size - 1] == byte)
-    --size;
-  return size;
-}
-
 bool asksForMore(const PhysicalForm& form) {
   return form.blankNumbers != EmptyNumber::isError || form.lowValues != EmptyNumber::isError || form.lenientNumbers ||
          form.editedAsNumber || form.packedSign == SignEnd::leading || !form.date.empty();
@@ -61,12 +51,8 @@ FieldConverter::FieldConverter(const PhysicalForm& form)
   dateDigits_ = pattern.digits;
 }
 
-PWFData FieldConverter::plain(const Step& step, const unsigned char* bytes, std::uint32_t size) {
+PWFData FieldConverter::other(const Step& step, const unsigned char* bytes, std::uint32_t size) {
   switch (step.kind) {
-    case Kind::external:
-      return external(step, bytes, size);
-    case Kind::packed:
-      return packed(step, bytes, size);
     case Kind::unsignedPacked:
       return unsignedPacked(step, bytes, size);
     case Kind::binary:
@@ -133,16 +119,6 @@ PWFData FieldConverter::null(const Step& step) {
   }
 }
 
-// Four blanks of five in a file stand at the end of a field: without them most texts are short enough to stay inside
-// their value.
-PWFData FieldConverter::text(const unsigned char* bytes, std::uint32_t size) {
-  if (blank_ != 0) {
-    size = withoutTrailing(blank_, bytes, size);
-    if (size == 0) return PWFData(KelWstring());
-  }
-  return cnv_.RawCharsToPWFData(reinterpret_cast<const char*>(bytes), static_cast<int>(size));
-}
-
 PWFData FieldConverter::national(const unsigned char* bytes, std::uint32_t size) {
   if (!national_)
     national_.emplace(form_.nationalCcsid, form_.integerEndian, eEndianBig, floatFormat(form_.floats), kCenturyWindow,
@@ -168,24 +144,9 @@ PWFData FieldConverter::doubleBytes(const unsigned char* bytes, std::uint32_t si
   return used == text.size() ? value : PWFData(KelWstring(text.substr(0, used)));
 }
 
-PWFData FieldConverter::external(const Step& step, const unsigned char* bytes, std::uint32_t size) {
-  if (!digits_.areGood(bytes, size, step.sign)) [[unlikely]]
-    return oddExternal(step, bytes, size);
-  return decimalOf(step, bytes, size);
-}
-
-// Nothing is trimmed, so blanks are no digits; a field that may be blank for zero loses its leading blanks.
-PWFData FieldConverter::decimalOf(const Step& step, const unsigned char* bytes, std::uint32_t size) {
-  return cnv_.ExtDecToDec(bytes, static_cast<int>(size), step.scale, step.sign,
-                          step.isBlankWhenZero ? eJustifyRight : eJustifyNone, ' ', true, form_.hasLetterSigns, nullptr,
-                          nullptr);
-}
-
-PWFData FieldConverter::packed(const Step& step, const unsigned char* bytes, std::uint32_t length) {
-  const auto size = static_cast<int>(length);
-  if (step.scale < 2 * size - 1) return cnv_.PckdDecToDec(bytes, size, step.scale, step.sign);
-  // As many places as digits, or more: the conversion would put the point, or zeros, before a minus. So the point
-  // is placed while the minus is away.
+// As many places as digits, or more: the conversion would put the point, or zeros, before a minus. So the point is
+// placed while the minus is away.
+PWFData FieldConverter::packedPlaces(const Step& step, const unsigned char* bytes, int size) {
   const PWFData digits = cnv_.PckdDecToDec(bytes, size, 0, step.sign);
   UnitView text(digits.getDecimalValue(), static_cast<std::size_t>(digits.getDecimalLength()));
   const bool isNegative = text[0] == '-';

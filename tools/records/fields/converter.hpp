@@ -1,5 +1,7 @@
 #pragma once
 
+#include <bit>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <span>
@@ -46,7 +48,7 @@ class FieldConverter {
   explicit FieldConverter(const PhysicalForm& form);
 
   // `bytes` has step.size bytes. Throws KelRecoverableException or FieldRefused for a bad field.
-  PWFData convert(const Step& step, const unsigned char* bytes) {
+  [[gnu::always_inline]] PWFData convert(const Step& step, const unsigned char* bytes) {
     if (isSpecial_) [[unlikely]]
       return special(step, bytes);
     return plain(step, bytes, step.size);
@@ -69,18 +71,55 @@ class FieldConverter {
   static PWFData null(const Step& step);
 
  private:
-  PWFData plain(const Step& step, const unsigned char* bytes, std::uint32_t size);
+  // A function that hands a value on has a guard of the stack for it. So the kinds that most fields have are read right
+  // where the value is wanted.
+  [[gnu::always_inline]] PWFData plain(const Step& step, const unsigned char* bytes, std::uint32_t size) {
+    switch (step.kind) {
+      case Kind::text:
+        return text(bytes, size);
+      case Kind::external:
+        return external(step, bytes, size);
+      case Kind::packed:
+        return packed(step, bytes, size);
+      default:
+        return other(step, bytes, size);
+    }
+  }
+  PWFData other(const Step& step, const unsigned char* bytes, std::uint32_t size);
   PWFData special(const Step& step, const unsigned char* bytes);
   std::optional<PWFData> empty(const Step& step, const unsigned char* bytes);
 
-  PWFData text(const unsigned char* bytes, std::uint32_t size);
+  // Four blanks of five in a file stand at the end of a field: without them most texts are short enough to stay inside
+  // their value.
+  [[gnu::always_inline]] PWFData text(const unsigned char* bytes, std::uint32_t size) {
+    if (blank_ != 0) {
+      size = withoutTrailing(blank_, bytes, size);
+      if (size == 0) return PWFData(&kNoText, 0);
+    }
+    return cnv_.RawCharsToPWFData(reinterpret_cast<const char*>(bytes), static_cast<int>(size));
+  }
   PWFData national(const unsigned char* bytes, std::uint32_t size);
   PWFData doubleBytes(const unsigned char* bytes, std::uint32_t size);
-  PWFData external(const Step& step, const unsigned char* bytes, std::uint32_t size);
+  [[gnu::always_inline]] PWFData external(const Step& step, const unsigned char* bytes, std::uint32_t size) {
+    if (!digits_.areGood(bytes, size, step.sign)) [[unlikely]]
+      return oddExternal(step, bytes, size);
+    return decimalOf(step, bytes, size);
+  }
   PWFData oddExternal(const Step& step, const unsigned char* bytes, std::uint32_t size);
-  PWFData decimalOf(const Step& step, const unsigned char* bytes, std::uint32_t size);
+  // Nothing is trimmed, so blanks are no digits; a field that may be blank for zero loses its leading blanks.
+  [[gnu::always_inline]] PWFData decimalOf(const Step& step, const unsigned char* bytes, std::uint32_t size) {
+    return cnv_.ExtDecToDec(bytes, static_cast<int>(size), step.scale, step.sign,
+                            step.isBlankWhenZero ? eJustifyRight : eJustifyNone, ' ', true, form_.hasLetterSigns,
+                            nullptr, nullptr);
+  }
   PWFData padded(const Step& step, const unsigned char* bytes);
-  PWFData packed(const Step& step, const unsigned char* bytes, std::uint32_t size);
+  [[gnu::always_inline]] PWFData packed(const Step& step, const unsigned char* bytes, std::uint32_t length) {
+    const auto size = static_cast<int>(length);
+    if (step.scale >= 2 * size - 1) [[unlikely]]
+      return packedPlaces(step, bytes, size);
+    return cnv_.PckdDecToDec(bytes, size, step.scale, step.sign);
+  }
+  PWFData packedPlaces(const Step& step, const unsigned char* bytes, int size);
   PWFData packedWithLeadingSign(const Step& step, const unsigned char* bytes);
   PWFData unsignedPacked(const Step& step, const unsigned char* bytes, std::uint32_t size);
   PWFData binary(const Step& step, const unsigned char* bytes, std::uint32_t size);
@@ -95,6 +134,22 @@ class FieldConverter {
   const PageBytes& page();
   PWFData scaled(std::uint64_t magnitude, bool isNegative, int scale);
   PWFData scaled(std::string_view digits, bool isNegative, int scale);
+
+  static constexpr unsigned short kNoText = 0;
+
+  // The size without the trailing bytes that equal `byte`.
+  static std::uint32_t withoutTrailing(unsigned char byte, const unsigned char* bytes, std::uint32_t size) {
+    static_assert(std::endian::native == std::endian::little, "the last byte is the highest one of a register");
+    const std::uint64_t eight = 0x0101010101010101U * byte;
+    for (; size >= sizeof eight; size -= sizeof eight) {
+      std::uint64_t last;
+      std::memcpy(&last, bytes + size - sizeof last, sizeof last);
+      if (last != eight) return size - static_cast<std::uint32_t>(std::countl_zero(last ^ eight)) / 8;
+    }
+    while (size != 0 && bytes[size - 1] == byte)
+      --size;
+    return size;
+  }
 
   const PhysicalForm form_;
   const bool isSpecial_;  // something in the form asks for more than the kind of field

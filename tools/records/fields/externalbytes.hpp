@@ -51,7 +51,7 @@ struct ExternalBytes {
   std::uint16_t signZones = 0;
 
   // True for a number that is good. False for one that is not, or that needs a closer look.
-  bool areGood(const unsigned char* bytes, std::uint32_t size, ESign sign) const {
+  [[gnu::noinline]] bool areGood(const unsigned char* bytes, std::uint32_t size, ESign sign) const {
     if (zero == 0) return false;
     switch (sign) {
       case eSignLeadingIncluded:
