@@ -6,6 +6,7 @@
 #include "fuzz/harness/choices.hpp"
 #include "kelwstringconvertor.hpp"
 #include "records/json/json.hpp"
+#include "records/json/rapidjson.hpp"
 
 // A text stands in a JSON line as RapidJSON's own writer gives it, without the blanks at its end; a decimal as a plain
 // model of JSON numbers says.

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "harness/text.hpp"
+#include "kelwstringconvertor.hpp"
 
 namespace oxr::rec::test {
 namespace {
@@ -39,18 +40,39 @@ TEST(JsonHandler, WritesUnknownNamesAndDiscards) {
 
 TEST(JsonHandler, RefusesEventsThatDoNotFit) {
   JsonHandler json(kNames, {});
+  const auto refusesElements = [&json] {
+    EXPECT_THROW(json.startElement(kA, kGroupElement, kNone, -1, -1), FIHandlerException);
+    EXPECT_THROW(json.field(kA, PWFData(STRING), -1), FIHandlerException);
+  };
+  refusesElements();
+  EXPECT_THROW(json.endElement(kA, kNone), FIHandlerException);
   json.startMessage(kNone, kNone);
   EXPECT_THROW(json.endElement(kA, kNone), FIHandlerException);
   EXPECT_THROW(json.data(PWFData(STRING), kNone, -1, -1), FIHandlerException);
   EXPECT_THROW(json.startElement(kA, 9, kNone, -1, -1), FIHandlerException);
   EXPECT_THROW(json.startElement(1, kFieldElement, kNone, -1, -1, -1, -1, -1), FIHandlerException);
   json.startElement(kA, kFieldElement, kNone, -1, -1);
-  EXPECT_THROW(json.startElement(kA, kFieldElement, kNone, -1, -1), FIHandlerException);
+  refusesElements();
   EXPECT_THROW(json.data(PWFData(true), kNone, -1, -1), FIHandlerException);
   EXPECT_THROW(json.endMessage(kNone), FIHandlerException);
   json.startMessage(kNone, kNone);
   json.startElement(kA, kGroupElement, kNone, -1, -1);
   EXPECT_THROW(json.endMessage(kNone), FIHandlerException);
+}
+
+// A unit whose low byte alone would be a digit, a point or a minus, at each place of decimals of each length.
+TEST(JsonHandler, TakesNoWideUnitForADigit) {
+  for (std::size_t size = 1; size <= 18; ++size)
+    for (std::size_t at = 0; at < size; ++at)
+      for (const unsigned short odd : {0x137, 0x12E, 0x8030, 0x12D}) {
+        std::basic_string<unsigned short> units(size, '7');
+        units[at] = odd;
+        JsonHandler json(kNames, {});
+        json.startMessage(kNone, kNone);
+        json.field(kA, PWFData(units.c_str(), DECIMAL), -1);
+        json.endMessage(kNone);
+        EXPECT_EQ(json.lines(), "{\"A\":\"" + oxr::toUtf8(units) + "\"}\n");
+      }
 }
 
 }  // namespace

@@ -31,13 +31,13 @@ void CsvHandler::startMessage(const WorkerInfoPtr&, const WorkerInfoPtr&) {
   lineStart_ = lines_.size();
   isInRecord_ = true;
   std::fill(cells_.begin(), cells_.end(), Cell{});
-  values_.Clear();
+  values_.cutTo(0);
   walk_.begin();
 }
 
 void CsvHandler::endMessage(const WorkerInfoPtr&) {
   if (walk_.isInElement()) throw FIHandlerException();
-  const char* const values = values_.GetString();
+  const char* const values = values_.text().data();
   for (const Cell& cell : cells_) {
     lines_.append(values + cell.begin, cell.end - cell.begin);
     lines_ += ',';
@@ -60,18 +60,18 @@ void CsvHandler::data(const PWFData& value, const WorkerInfoPtr&, int, int) {
   if (value.isNull() || value.isNothing() || !walk_.hasColumn()) return;
   if (walk_.node().type != kFieldElement) throw FIHandlerException();
   Cell& cell = cells_.at(walk_.column());
-  cell.begin = values_.GetSize();
+  cell.begin = values_.size();
   if (value.getDataLogicalType() == STRING) {
     const UnitView text = value.getPWFStringValue().view();
     std::size_t size = text.size();
     while (size != 0 && text[size - 1] == ' ')
       --size;
     const std::string quoted = size == 0 ? "\"\"" : csvQuoted(toUtf8(text.substr(0, size)));
-    std::copy(quoted.begin(), quoted.end(), values_.Push(quoted.size()));
+    values_.endAt(std::copy(quoted.begin(), quoted.end(), values_.room(quoted.size())));
   } else {
     number(value);
   }
-  cell.end = values_.GetSize();
+  cell.end = values_.size();
 }
 
 void CsvHandler::number(const PWFData& value) {

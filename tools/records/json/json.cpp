@@ -27,19 +27,17 @@ JsonHandler::JsonHandler(const std::vector<unsigned short>& names, const Options
 }
 
 void JsonHandler::startMessage(const WorkerInfoPtr&, const WorkerInfoPtr&) {
-  lineStart_ = out_.GetSize();
-  isInRecord_ = true;
+  lineStart_ = out_.size();
+  place_ = Place::inRecord;
   open_.clear();
-  isInField_ = false;
-  line_.Reset(out_);
-  line_.StartObject();
+  line_.open('{');
 }
 
 void JsonHandler::endMessage(const WorkerInfoPtr&) {
-  if (isInField_ || !open_.empty()) throw FIHandlerException();
-  line_.EndObject();
-  out_.Put('\n');
-  isInRecord_ = false;
+  if (place_ != Place::inRecord || !open_.empty()) throw FIHandlerException();
+  line_.close('}');
+  out_.put('\n');
+  place_ = Place::outside;
 }
 
 const JsonKey& JsonHandler::foreignKey(const unsigned short* name) {
@@ -47,30 +45,18 @@ const JsonKey& JsonHandler::foreignKey(const unsigned short* name) {
 }
 
 void JsonHandler::startElement(const unsigned short* name, unsigned short type, const WorkerInfoPtr&, int index, int) {
-  if (isInField_) throw FIHandlerException();
-  if (type != kFieldElement) return startContainer(name, type, index);
-  isInField_ = true;
-  hasData_ = false;
-  if (index < 0)
-    line_.beginMember(keyFor(name));
-  else
-    line_.beginElement();
-}
-
-void JsonHandler::startContainer(const unsigned short* name, unsigned short type, int index) {
-  if (index < 0) line_.beginContainer(keyFor(name));
-  if (type == kGroupElement)
-    line_.StartObject();
-  else if (type == kArrayElement)
-    line_.StartArray();
-  else
-    throw FIHandlerException();
+  if (place_ != Place::inRecord) throw FIHandlerException();
+  if (type < kGroupElement || type > kArrayElement) throw FIHandlerException();
+  begin(name, index);
+  if (type == kFieldElement) {
+    place_ = Place::inField;
+    return;
+  }
+  line_.open(type == kGroupElement ? '{' : '[');
   open_.push_back(type);
 }
 
-void JsonHandler::data(const PWFData& value, const WorkerInfoPtr&, int, int) {
-  if (!isInField_ || hasData_) throw FIHandlerException();
-  hasData_ = true;
+inline void JsonHandler::put(const PWFData& value) {
   if (value.isNull() || value.isNothing()) {
     line_.null();
     return;
@@ -91,28 +77,38 @@ void JsonHandler::data(const PWFData& value, const WorkerInfoPtr&, int, int) {
   }
 }
 
+void JsonHandler::data(const PWFData& value, const WorkerInfoPtr&, int, int) {
+  if (place_ != Place::inField) throw FIHandlerException();
+  place_ = Place::afterValue;
+  put(value);
+}
+
+void JsonHandler::field(const unsigned short* name, const PWFData& value, int index) {
+  if (place_ != Place::inRecord) throw FIHandlerException();
+  begin(name, index);
+  put(value);
+}
+
 void JsonHandler::endElement(const unsigned short*, const WorkerInfoPtr&) {
-  if (!isInField_) return endContainer();
-  if (!hasData_) line_.null();
-  isInField_ = false;
+  if (place_ == Place::inRecord) return endContainer();
+  if (place_ == Place::outside) throw FIHandlerException();
+  if (place_ == Place::inField) line_.null();
+  place_ = Place::inRecord;
 }
 
 void JsonHandler::endContainer() {
   if (open_.empty()) throw FIHandlerException();
-  if (open_.back() == kGroupElement)
-    line_.EndObject();
-  else
-    line_.EndArray();
+  line_.close(open_.back() == kGroupElement ? '}' : ']');
   open_.pop_back();
 }
 
 void JsonHandler::discard() {
-  out_.Pop(out_.GetSize() - lineStart_);
-  isInRecord_ = false;
+  out_.cutTo(lineStart_);
+  place_ = Place::outside;
 }
 
 void JsonHandler::clear() {
-  out_.Clear();
+  out_.cutTo(0);
   lineStart_ = 0;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <string_view>
 #include <vector>
@@ -36,15 +37,19 @@ class JsonHandler : public LineHandler {
   using RecordHandler::endElement;
   void endElement(const unsigned short* name, const WorkerInfoPtr& info) override;
   void data(const PWFData& value, const WorkerInfoPtr& info, int index, int flags) override;
+  void field(const unsigned short* name, const PWFData& value, int index) override;
 
   void discard() override;
   void discardUnfinished() override {
-    if (isInRecord_) discard();
+    if (place_ != Place::outside) discard();
   }
-  std::string_view lines() const override { return {out_.GetString(), out_.GetSize()}; }
+  std::string_view lines() const override { return out_.text(); }
   void clear() override;
 
  private:
+  // Where the next event stands: fields may begin in a record, and have a value or not when they end.
+  enum class Place : std::uint8_t { outside, inRecord, inField, afterValue };
+
   const JsonKey& keyFor(const unsigned short* name) {
     // They are compared as numbers: a name of somebody else's lies in other memory, and such pointers do not compare.
     const std::uintptr_t at =
@@ -54,7 +59,14 @@ class JsonHandler : public LineHandler {
     return foreignKey(name);
   }
   const JsonKey& foreignKey(const unsigned short* name);
-  void startContainer(const unsigned short* name, unsigned short type, int index);
+  [[gnu::always_inline]] void begin(const unsigned short* name, int index) {
+    if (index < 0)
+      line_.beginMember(keyFor(name));
+    else
+      line_.beginElement();
+  }
+
+  [[gnu::always_inline]] void put(const PWFData& value);
   void endContainer();
 
   const unsigned short* const names_;
@@ -64,13 +76,11 @@ class JsonHandler : public LineHandler {
   std::deque<JsonKey> keys_;
   JsonKey foreignKey_{UnitView()};  // of the last name that is not among them
   const Options options_;
-  JsonBuffer out_;
+  LineBuffer out_;
   JsonLine line_{out_};
   std::size_t lineStart_ = 0;  // of the last record
-  bool isInRecord_ = false;
+  Place place_ = Place::outside;
   std::vector<unsigned short> open_;  // types of the open groups and arrays
-  bool isInField_ = false;            // a field is open, inside them
-  bool hasData_ = false;              // and its value is written
 };
 
 }  // namespace oxr::rec

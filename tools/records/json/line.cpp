@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
@@ -134,24 +135,28 @@ char* putPair(unsigned high, unsigned low, char* to) {
   return to;
 }
 
-// Writes any text as UTF-8 with what JSON escapes. A half of a pair that stands alone gives U+FFFD: whatever is in a
-// file, the JSON is valid. Returns where it ends.
+// Writes the unit at `at` and, of a pair, the next one, and moves `at` to the last of them. A half of a pair that
+// stands alone gives U+FFFD: whatever is in a file, the JSON is valid. Returns where it ends.
+char* putOddUnit(UnitView text, std::size_t& at, char* to) {
+  const unsigned unit = text[at];
+  if (unit < kEscapes.size()) {
+    if (kEscapes[unit] == 'u') return putEscape(unit, to);
+    *to++ = '\\';
+    *to++ = kEscapes[unit];
+    return to;
+  }
+  if (isHigh(unit) && at + 1 < text.size() && isLow(text[at + 1])) return putPair(unit, text[++at], to);
+  return putWide(isHigh(unit) || isLow(unit) ? kReplacement : unit, to);
+}
+
+// Writes any text as UTF-8 with what JSON escapes. Returns where it ends.
 char* putText(UnitView text, char* to) {
   for (std::size_t at = 0; at < text.size(); ++at) {
     const unsigned unit = text[at];
-    if (unit < kEscapes.size()) {
-      const char escape = kEscapes[unit];
-      if (escape == 'u') {
-        to = putEscape(unit, to);
-        continue;
-      }
-      if (escape != 0) *to++ = '\\';
-      *to++ = static_cast<char>(escape != 0 ? escape : unit);
-    } else if (isHigh(unit) && at + 1 < text.size() && isLow(text[at + 1])) {
-      to = putPair(unit, text[++at], to);
-    } else {
-      to = putWide(isHigh(unit) || isLow(unit) ? kReplacement : unit, to);
-    }
+    if (unit < kEscapes.size() && kEscapes[unit] == 0)
+      *to++ = static_cast<char>(unit);
+    else
+      to = putOddUnit(text, at, to);
   }
   return to;
 }
@@ -191,67 +196,144 @@ char* writeDigits(UnitView digits, char* to, char** point) {
   return to;
 }
 
+__extension__ using DoubleWord = unsigned __int128;
+
+std::uint64_t bytesOf(Units units) {
+  const auto bytes = __builtin_convertvector(units, Bytes);
+  std::uint64_t word;
+  std::memcpy(&word, &bytes, sizeof word);
+  return word;
+}
+
+constexpr int lowestBit(std::uint64_t word) {
+  return std::countr_zero(word);
+}
+constexpr int lowestBit(DoubleWord word) {
+  const auto low = static_cast<std::uint64_t>(word);
+  return low != 0 ? lowestBit(low) : 64 + lowestBit(static_cast<std::uint64_t>(word >> 64));
+}
+
+// Writes a decimal whose characters lie in a register, the first one lowest, so that nothing about it takes a loop.
+// Each has had that of '0' taken off bit by bit; the last one is the highest byte, and zeros come before the first.
+// Returns where the text ends, or null for what is no decimal and for one with nothing before or behind its point. All
+// of the word's bytes may be written to.
+template <class Word>
+char* writeWord(Word values, char* to) {
+  constexpr Word kEach = static_cast<Word>(~Word{0}) / 0xFF;
+  constexpr int kSize = sizeof(Word);
+  // Added to 0x76 a digit stays below 0x80, and every other ASCII character below 0x100.
+  const Word others = (values + 0x76 * kEach) & 0x80 * kEach;
+  int point = kSize;
+  if (others != 0) {
+    point = lowestBit(others) / 8;
+    const auto other = static_cast<unsigned char>(values >> 8 * point);
+    if ((others & (others - 1)) != 0 || other != ('.' ^ '0') || point == 0 || point == kSize - 1) return nullptr;
+  }
+  // A digit stays before the point.
+  const int zeros = std::min(values == 0 ? kSize : lowestBit(values) / 8, point - 1);
+  const Word text = (values ^ '0' * kEach) >> 8 * zeros;
+  std::memcpy(to, &text, sizeof text);
+  return to + (kSize - zeros);
+}
+
+constexpr std::size_t kShortRoom = sizeof(DoubleWord);
+
+// Writes a decimal of one to 16 units without its sign, digits that may have a point among them. Null for all others.
+// kShortRoom bytes may be written to.
+char* writeShort(UnitView units, char* to) {
+  constexpr std::uint64_t kZeros = 0x3030303030303030U;
+  const Units notAscii = Units{} + static_cast<short>(~0x7F);
+  const std::size_t size = units.size();
+  if (size == 0 || size > 2 * kLanes) return nullptr;
+  if (size > kLanes) {
+    const Units front = load(units.data()), back = load(units.data() + size - kLanes);
+    if (isAny((front | back) & notAscii)) return nullptr;
+    const std::uint64_t low = (bytesOf(front) ^ kZeros) << 8 * (2 * kLanes - size);
+    return writeWord(DoubleWord{bytesOf(back) ^ kZeros} << 64 | low, to);
+  }
+  if (size >= kLanes / 2) {
+    const Units halves = loadHalves(units.data(), units.data() + size - kLanes / 2);
+    if (isAny(halves & notAscii)) return nullptr;
+    // The upper half is the last one; the lower loses the units that both have.
+    const std::uint64_t values = bytesOf(halves) ^ kZeros;
+    return writeWord(values >> 32 << 32 | (values << 32 >> 32 << 8 * (kLanes - size) & 0xFFFFFFFFU), to);
+  }
+  // The first, the middle and the last of one to three.
+  const std::uint64_t first = units[0], middle = units[size / 2], last = units[size - 1];
+  if ((first | middle | last) > 0x7F) return nullptr;
+  const std::uint64_t bytes = first | middle << 8 * (size / 2) | last << 8 * (size - 1);
+  return writeWord((bytes ^ kZeros) << 8 * (kLanes - size), to);
+}
+
 }  // namespace
 
 JsonKey::JsonKey(UnitView name) {
-  JsonBuffer out;
+  LineBuffer out;
+  out.put(',');
   JsonLine(out).text(name);
-  text_ = ',' + std::string(out.GetString(), out.GetSize()) + ':';
+  out.put(':');
+  text_ = out.text();
   size_ = text_.size();
   text_.append(kBlock + 1, ' ');
 }
 
 void JsonLine::text(UnitView text) {
-  const std::size_t room = text.size() + 2;
-  char* const to = os_->Push(room);
+  char* const to = out_.room(text.size() + 2);
+  if (!narrow(text, to + 1)) [[unlikely]]
+    return generalText(text);
   to[0] = '"';
-  to[room - 1] = '"';
-  if (!narrow(text, to + 1)) generalText(text);
+  to[text.size() + 1] = '"';
+  out_.endAt(to + text.size() + 2);
 }
 
-// Goes on from the quotes that text() has put.
 void JsonLine::generalText(UnitView text) {
-  const std::size_t quotes = text.size() + 2;
-  const std::size_t room = kMostBytes * text.size() + 2;
-  char* const begin = os_->Push(room - quotes) - quotes;
-  char* const end = putText(text, begin + 1);
+  char* const to = out_.room(kMostBytes * text.size() + 2);
+  *to = '"';
+  char* const end = putText(text, to + 1);
   *end = '"';
-  os_->Pop(room - static_cast<std::size_t>(end + 1 - begin));
+  out_.endAt(end + 1);
 }
 
 void JsonLine::real(double value) {
   constexpr std::size_t kRoom = 32;
-  char* const to = os_->Push(kRoom);
-  os_->Pop(kRoom - static_cast<std::size_t>(std::to_chars(to, to + kRoom, value).ptr - to));
+  char* const to = out_.room(kRoom);
+  out_.endAt(std::to_chars(to, to + kRoom, value).ptr);
 }
 
 void JsonLine::integer(std::int64_t value) {
   constexpr std::size_t kRoom = 20;
-  char* const to = os_->Push(kRoom);
-  os_->Pop(kRoom - static_cast<std::size_t>(std::to_chars(to, to + kRoom, value).ptr - to));
+  char* const to = out_.room(kRoom);
+  out_.endAt(std::to_chars(to, to + kRoom, value).ptr);
 }
 
+// Nearly all decimals are short.
 void JsonLine::decimal(UnitView value, bool pointsAsText) {
+  const bool isNegative = !value.empty() && value[0] == '-';
+  char* const to = out_.room(1 + kShortRoom);
+  *to = '-';
+  char* const end = pointsAsText ? nullptr : writeShort(value.substr(isNegative), to + isNegative);
+  if (end == nullptr) [[unlikely]]
+    return generalDecimal(value, pointsAsText);
+  out_.endAt(end);
+}
+
+void JsonLine::generalDecimal(UnitView value, bool pointsAsText) {
   UnitView digits = value;
   const bool isNegative = !digits.empty() && digits[0] == '-';
   if (isNegative) digits.remove_prefix(1);
   // Besides the digits: a leading quote, the minus, and a zero before the point or a trailing quote.
-  const std::size_t room = digits.size() + 4;
-  char* const begin = os_->Push(room);
+  char* const begin = out_.room(digits.size() + 4);
   char* const start = begin + (pointsAsText ? 1 : 0);
   *begin = '"';
   if (isNegative) *start = '-';
   char* point = nullptr;
   char* end = writeDigits(digits, start + (isNegative ? 1 : 0), &point);
-  if (end == nullptr) {
-    os_->Pop(room);
-    return text(value);
-  }
+  if (end == nullptr) return text(value);
   if (point != nullptr && pointsAsText)
     *end++ = '"';
   else if (pointsAsText)
     end = std::copy(begin + 1, end, begin);
-  os_->Pop(room - static_cast<std::size_t>(end - begin));
+  out_.endAt(end);
 }
 
 }  // namespace oxr::rec

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "kelunits.hpp"
-#include "records/json/rapidjson.hpp"
+#include "records/json/linebuffer.hpp"
 
 namespace oxr::rec {
 
@@ -21,24 +21,40 @@ class JsonKey {
   std::size_t size_;  // without the blanks
 };
 
-// RapidJSON's streaming writer with a shorter way for what records mostly hold: a key that was rendered before, and
-// its value. A member or an element is begun first and then gets exactly one of the values.
+// Writes JSON member by member: a key that was rendered before, and its value. A member or an element is begun first
+// and then gets exactly one of the values, or an object or array that is opened and closed.
 //
-//   line.StartObject();
+//   line.open('{');
 //   line.beginMember(name);
 //   line.text(units);
-//   line.EndObject();
-class JsonLine : public JsonWriter<rapidjson::UTF16<unsigned short>> {
+//   line.close('}');
+//
+// Nothing keeps count of what was written: no value ends in a bracket that opens, so the last byte tells whether
+// something stands before.
+class JsonLine {
  public:
-  explicit JsonLine(JsonBuffer& out) : Writer(out) {}
+  explicit JsonLine(LineBuffer& out) : out_(out) {}
 
-  // The writer counts keys and values to know where it stands: a member with a plain value is two of them.
+  // '{' or '[', and what closes it.
+  void open(char bracket) { out_.put(bracket); }
+  void close(char bracket) { out_.put(bracket); }
+
+  // REQUIRES: an object is open.
   void beginMember(const JsonKey& key) {
-    Level& object = *level_stack_.template Top<Level>();
-    put(key, key.size_, object);
-    object.valueCount += 2;
+    char* const to = out_.room(key.size_ + JsonKey::kBlock);
+    const std::size_t skipped = hasOpened() ? 1 : 0;
+    const char* const from = key.text_.data() + skipped;
+    const std::size_t count = key.size_ - skipped;
+    std::size_t at = 0;
+    do
+      std::memcpy(to + at, from + at, JsonKey::kBlock);
+    while ((at += JsonKey::kBlock) < count);
+    out_.endAt(to + count);
   }
-  void beginElement() { Prefix(rapidjson::kNullType); }
+  // REQUIRES: an array is open.
+  void beginElement() {
+    if (!hasOpened()) out_.put(',');
+  }
   // The values. The line ends U+0085, U+2028 and U+2029 are escaped in texts, and a surrogate that
   // stands alone becomes U+FFFD.
   void text(UnitView text);
@@ -48,29 +64,20 @@ class JsonLine : public JsonWriter<rapidjson::UTF16<unsigned short>> {
   void integer(std::int64_t value);
   // With the shortest digits that read back as the same double. REQUIRES: finite.
   void real(double value);
-  void null() { WriteNull(); }
-
-  // A member that is an object or an array, which StartObject or StartArray then opens.
-  void beginContainer(const JsonKey& key) {
-    Level& object = *level_stack_.template Top<Level>();
-    put(key, key.size_ - 1, object);
-    object.valueCount += 1;
+  void null() {
+    constexpr char kNull[] = {'n', 'u', 'l', 'l'};
+    char* const to = out_.room(sizeof kNull);
+    std::memcpy(to, kNull, sizeof kNull);
+    out_.endAt(to + sizeof kNull);
   }
 
  private:
   void generalText(UnitView text);
-  // Appends the key up to `size`, without the comma for the first member.
-  void put(const JsonKey& key, std::size_t size, const Level& object) {
-    const std::size_t skipped = object.valueCount == 0 ? 1 : 0;
-    const char* const from = key.text_.data() + skipped;
-    const std::size_t count = size - skipped;
-    char* const to = os_->Push(count + JsonKey::kBlock);
-    std::size_t at = 0;
-    do
-      std::memcpy(to + at, from + at, JsonKey::kBlock);
-    while ((at += JsonKey::kBlock) < count);
-    os_->Pop(JsonKey::kBlock);
-  }
+  void generalDecimal(UnitView text, bool pointsAsText);
+  // Whether an object or an array was opened last.
+  bool hasOpened() const { return out_.last() == '{' || out_.last() == '['; }
+
+  LineBuffer& out_;
 };
 
 }  // namespace oxr::rec
