@@ -13,8 +13,9 @@
 
 #include "fuzz/harness/choices.hpp"
 #include "fuzz/records/stretches.hpp"
+#include "records/json/rapidjson.hpp"
 #include "records/records.hpp"
-// RapidJSON's own headers come after records.hpp, which sets the library up.
+// RapidJSON's own headers come after rapidjson.hpp, which sets the library up.
 #include <rapidjson/reader.h>
 
 // Any bytes give valid JSON lines and faults that name a place in the input, or an error, whatever the layout, the form

@@ -10,7 +10,8 @@
 
 #include "harness/hex.hpp"
 #include "oxrrec/runs.hpp"
-// RapidJSON's own headers come after records.hpp, which sets the library up.
+#include "records/json/rapidjson.hpp"
+// RapidJSON's own headers come after rapidjson.hpp, which sets the library up.
 #include <rapidjson/document.h>
 
 namespace oxr::rec::test {
