@@ -13,10 +13,9 @@ namespace oxr::core {
 
 namespace {
 
-// Most text is ASCII in runs: they are copied a block at a time. The loops have a constant count so that compilers turn
-// them into vectors.
-constexpr std::ptrdiff_t kBlock = 16;
-constexpr std::ptrdiff_t kHalfBlock = 8;
+// What the vectors leave: texts shorter than a block of theirs, and what comes near a fault or the end of the room.
+// Runs of ASCII are copied a block at a time, in loops of a constant count that compilers turn into vectors.
+constexpr std::ptrdiff_t kBlock = 8;
 
 constexpr std::uint64_t kNoAsciiBytes = 0x8080'8080'8080'8080;
 constexpr std::uint64_t kNoAsciiUnits = 0xFF80'FF80'FF80'FF80;
@@ -42,14 +41,6 @@ int asciiCount(const unsigned short* units) {
   return first != 0 ? bitsBeforeFirst(first) / 16 : 4 + bitsBeforeFirst(loadWord(units + 4) & kNoAsciiUnits) / 16;
 }
 
-// Whether the next 16 are all ASCII.
-bool isAsciiBlock(const unsigned char* bytes) {
-  return ((loadWord(bytes) | loadWord(bytes + 8)) & kNoAsciiBytes) == 0;
-}
-bool isAsciiBlock(const unsigned short* units) {
-  return ((loadWord(units) | loadWord(units + 4) | loadWord(units + 8) | loadWord(units + 12)) & kNoAsciiUnits) == 0;
-}
-
 // Copies by way of locals: input and output might overlap for all that a compiler knows.
 template <std::size_t kCount, class From, class To>
 void copy(const From* from, To* to) {
@@ -61,7 +52,7 @@ void copy(const From* from, To* to) {
   std::memcpy(to, output.data(), sizeof output);
 }
 
-// Copies a run of ASCII. Half a block is looked at first: in text that is not all ASCII the run mostly ends in there.
+// Copies a run of ASCII.
 template <class From, class To>
 void copyAscii(const From*& from, const From* fromEnd, To*& to, To* toEnd) {
   std::ptrdiff_t left = std::min<std::ptrdiff_t>(fromEnd - from, toEnd - to);
@@ -70,15 +61,11 @@ void copyAscii(const From*& from, const From* fromEnd, To*& to, To* toEnd) {
     to += count;
     left -= count;
   };
-  while (left >= kHalfBlock) {
+  while (left >= kBlock) {
     const int count = asciiCount(from);
-    copy<kHalfBlock>(from, to);
+    copy<kBlock>(from, to);
     advance(count);
-    if (count < kHalfBlock) return;
-    while (left >= kBlock && isAsciiBlock(from)) {
-      copy<kBlock>(from, to);
-      advance(kBlock);
-    }
+    if (count < kBlock) return;
   }
   while (left > 0 && *from < 0x80) {
     *to = static_cast<To>(*from);

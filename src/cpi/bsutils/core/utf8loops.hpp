@@ -40,7 +40,7 @@ std::uint32_t bitsOf(Tag tag, hn::Mask<Tag> mask) {
   hn::StoreMaskBits(tag, mask, reinterpret_cast<std::uint8_t*>(&bits));
   return bits;
 }
-std::uint32_t bitsAbove(hn::Vec<SignedBytes> bytes, int limit) {
+std::uint32_t bitsAbove(hn::Vec<SignedBytes> bytes, std::uint8_t limit) {
   const SignedBytes tag;
   return bitsOf(tag, hn::Gt(bytes, hn::Set(tag, static_cast<std::int8_t>(limit))));
 }
@@ -136,9 +136,9 @@ struct Decoding {
 
   // Finds the characters; false where one is not well formed.
   bool split() {
-    leads = bitsAbove(signedBytes, 0xBF - 0x100) & others;
-    pairs = bitsAbove(signedBytes, 0xEF - 0x100) & others;
-    const std::uint32_t threes = bitsAbove(signedBytes, 0xDF - 0x100) & others;
+    leads = bitsAbove(signedBytes, 0xBF) & others;
+    pairs = bitsAbove(signedBytes, 0xEF) & others;
+    const std::uint32_t threes = bitsAbove(signedBytes, 0xDF) & others;
     const std::uint32_t wanted = leads << 1 | threes << 2 | pairs << 3;
     if (wanted >> kBytes != 0) taken = 31 - static_cast<std::size_t>(__builtin_clz(leads));  // the last one is cut off
     const std::uint32_t trails = others & ~leads;
@@ -150,14 +150,15 @@ struct Decoding {
   std::uint32_t unusual() const {
     const SignedBytes d;
     const auto next = hn::BitCast(d, second);
-    const auto is = [&](int lead) HWY_ATTR { return hn::Eq(signedBytes, hn::Set(d, static_cast<std::int8_t>(lead))); };
+    const auto lead = [&](std::uint8_t byte) HWY_ATTR { return hn::Set(d, static_cast<std::int8_t>(byte)); };
+    const auto is = [&](std::uint8_t byte) HWY_ATTR { return hn::Eq(signedBytes, lead(byte)); };
     const auto nextBelow = [&](int limit)
                                HWY_ATTR { return hn::Lt(next, hn::Set(d, static_cast<std::int8_t>(limit))); };
     auto found = hn::Or(hn::Or(is(0xC0), is(0xC1)),
                         hn::Or(hn::And(is(0xE0), nextBelow(0x20)), hn::AndNot(nextBelow(0x20), is(0xED))));
     if (pairs != 0)
       found = hn::Or(found, hn::Or(hn::Or(hn::And(is(0xF0), nextBelow(0x10)), hn::AndNot(nextBelow(0x10), is(0xF4))),
-                                   hn::And(hn::Lt(signedBytes, hn::Zero(d)), hn::Gt(signedBytes, hn::Set(d, -12)))));
+                                   hn::And(hn::Lt(signedBytes, hn::Zero(d)), hn::Gt(signedBytes, lead(0xF4)))));
     return bitsOf(d, found);
   }
 
@@ -241,9 +242,11 @@ struct Encoding {
     const auto most = hn::Set(Units(), limit);
     return bitsOf(Units(), hn::Ne(hn::SaturatedSub(units, most), hn::Zero(Units())));
   }
-  std::uint32_t bitsOfKind(std::uint16_t mask, std::uint16_t kind) const {
-    const Units d;
-    return bitsOf(d, hn::Eq(hn::And(units, hn::Set(d, mask)), hn::Set(d, kind)));
+  hn::Mask<Units> areHalves() const {
+    return hn::Eq(hn::And(units, hn::Set(Units(), 0xF800)), hn::Set(Units(), 0xD800));
+  }
+  hn::Mask<Units> areLeads() const {
+    return hn::Eq(hn::And(units, hn::Set(Units(), 0xFC00)), hn::Set(Units(), 0xD800));
   }
 
   bool isAscii() const { return longs == 0; }
@@ -251,10 +254,10 @@ struct Encoding {
   // Finds the characters; false where half of a pair stands alone. Each half makes two bytes.
   bool split() {
     longer = bitsAbove(0x7FF);
-    const std::uint32_t halves = bitsOfKind(0xF800, 0xD800);
+    const std::uint32_t halves = bitsOf(Units(), areHalves());
     if (halves == 0) [[likely]]
       return true;
-    leads = bitsOfKind(0xFC00, 0xD800);
+    leads = bitsOf(Units(), areLeads());
     longer &= ~halves;
     if ((leads >> (kUnits - 1)) != 0) taken = kUnits - 1;  // a pair that is cut off
     return (leads << 1 & firstBits(kUnits)) == (halves & ~leads);
@@ -270,13 +273,11 @@ struct Encoding {
     if (leads != 0) [[unlikely]] {
       // The bits above the lowest ten are one less in a lead.
       const auto upper = hn::Add(hn::And(units, hn::Set(d, 0x3FF)), hn::Set(d, 0x40));
-      const auto isHalf = hn::Eq(hn::And(units, hn::Set(d, 0xF800)), hn::Set(d, 0xD800));
-      const auto isLead = hn::Eq(hn::And(units, hn::Set(d, 0xFC00)), hn::Set(d, 0xD800));
       const auto before = hn::ShiftLeftLanes<1>(units);
       const auto afterLead = hn::Or(hn::ShiftLeft<4>(hn::And(before, hn::Set(d, 3))), bitsAs(sixth, 0xF, 0x80));
-      last = hn::IfThenElse(isLead, trail(hn::ShiftRight<2>(upper)), last);
-      middle = hn::IfThenElse(isHalf, afterLead, middle);
-      middle = hn::IfThenElse(isLead, hn::Or(hn::ShiftRight<8>(upper), hn::Set(d, 0xF0)), middle);
+      last = hn::IfThenElse(areLeads(), trail(hn::ShiftRight<2>(upper)), last);
+      middle = hn::IfThenElse(areHalves(), afterLead, middle);
+      middle = hn::IfThenElse(areLeads(), hn::Or(hn::ShiftRight<8>(upper), hn::Set(d, 0xF0)), middle);
     }
     const auto first = hn::Or(hn::ShiftRight<12>(units), hn::Set(d, 0xE0));
     const auto lasts = hn::Or(last, hn::ShiftLeft<8>(middle));
