@@ -40,7 +40,8 @@ class PageEnd : public ::testing::Test {
 
 TEST_F(PageEnd, IsNotPassed) {
   DataCnv cnv = converterFor(37);
-  for (const char* const number : {"7", "-123", "1234567", "-12345678901234", "1234567890123456"}) {
+  for (const char* const number :
+       {"7", "-123", "1234567", "-12345678901234", "1234567890123456", "00000000000000000000000000000000000042"}) {
     // The last of the places is that of a text that lies on two pages.
     for (std::size_t step = 0; step <= 40; ++step) {
       const std::size_t before = step < 40 ? step : unitsOfPage() - 8;
@@ -48,7 +49,6 @@ TEST_F(PageEnd, IsNotPassed) {
       std::string terminated(number);
       terminated += '\0';
       const unsigned short* const text = place(terminated, before);
-      const int length = static_cast<int>(terminated.size()) - 1;
       for (int width : {9, 16}) {
         std::array<unsigned char, 16> field;
         cnv.PckdDecFromDec(text, field.data(), width, 0, eSignLeadingIncluded);
@@ -61,8 +61,10 @@ TEST_F(PageEnd, IsNotPassed) {
       EXPECT_EQ(cnv.ExtDecToInt64(external.data(), 16, eSignTrailingIncluded, eJustifyRight, '0', true, false, nullptr,
                                   nullptr),
                 std::stol(number));
-      EXPECT_EQ(cnv.StrToInt64(place(number, before), length, eSignLeadingSeparate, DataCnv::US_MINUS.characters(),
-                               DataCnv::US_PLUS.characters(), eTrimNone, eJustifyRight, ' ', true),
+      const std::string shortest = std::to_string(std::stol(number));
+      EXPECT_EQ(cnv.StrToInt64(place(shortest, before), static_cast<int>(shortest.size()), eSignLeadingSeparate,
+                               DataCnv::US_MINUS.characters(), DataCnv::US_PLUS.characters(), eTrimNone, eJustifyRight,
+                               ' ', true),
                 std::stol(number));
     }
   }

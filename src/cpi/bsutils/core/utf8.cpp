@@ -77,12 +77,13 @@ bool isTrailByte(unsigned byte) {
   return (byte & 0xC0) == 0x80;
 }
 
-// One character of several bytes; false, and nothing has moved, when it is not well formed or finds no room.
+// One character of several bytes; false, and nothing has moved, when it is not well formed or finds no room. There is
+// input left, and room for a unit.
 bool decodeLong(const unsigned char*& in, const unsigned char* end, unsigned short*& out,
                 const unsigned short* outEnd) {
   const std::ptrdiff_t left = end - in;
   const unsigned lead = in[0];
-  if (left < 2 || out == outEnd || !isTrailByte(in[1])) return false;
+  if (left < 2 || !isTrailByte(in[1])) return false;
   if (lead < 0xE0) {
     if (lead < 0xC2) return false;  // a trail byte, or longer than need be
     *out++ = static_cast<unsigned short>((lead & 0x1F) << 6 | (in[1] & 0x3Fu));
