@@ -14,7 +14,7 @@ std::size_t decodeBase64(const unsigned short*, std::size_t, unsigned char*, std
   return 0;
 }
 
-#elif HWY_TARGET == HWY_AVX3_DL
+#elif HWY_TARGET == HWY_AVX3_DL  // unreached: a machine has them or has them not
 
 // A vector holds one character a byte, and its table look-ups and shuffles reach all 64. What is shorter than a vector
 // is loaded and stored under a mask, so that nothing is left but a last group that is not whole or has padding.

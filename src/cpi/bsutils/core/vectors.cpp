@@ -24,7 +24,6 @@
 #include "core/utf16loops.hpp"
 #include "core/utf8loops.hpp"
 
-HWY_BEFORE_NAMESPACE();
 namespace oxr::core::HWY_NAMESPACE {
 namespace {
 constexpr VectorLoops kLoops{
@@ -35,7 +34,6 @@ constexpr VectorLoops kLoops{
     encodeUtf8Blocks};
 }  // namespace
 }  // namespace oxr::core::HWY_NAMESPACE
-HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace oxr::core {
