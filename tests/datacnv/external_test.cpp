@@ -152,8 +152,8 @@ TEST(ExternalDecimal, RefusesToWrite) {
     UStringToExtDec  819   1        0       none 0    0 -> OXR5502: Conversion to unicode string failed. Error code: 1
     ~                819   1        0       none 1    0 target=null -> OXR5502: Conversion to unicode string failed. Error code: 1
     ~                1200  12       0       none 9    1 pad=0 -> KelParserException OXR5521: 0x3000 | 2 | 4 | 1200
-    ExtDecFromDec    819   null     0       none 0    0 target=null -> OXR5502: Null input pointer
-    ExtDecFromDec,ExtDecFromDbl,ExtDecFromInt64 819 1 0 none 0 0 target=null -> OXR5502: Null output buffer pointer
+    ExtDecFromDec    819   null     0       none {0,3} 0 target=null -> OXR5502: Null input pointer
+    ExtDecFromDec,ExtDecFromDbl,ExtDecFromInt64 819 1 0 none {0,3} 0 target=null -> OXR5502: Null output buffer pointer
     ExtDecFromDec,ExtDecFromDbl,ExtDecFromInt64 819 1 0 none 0 0 -> OXR5502: Invalid output buffer size: 0
   )");
 }
