@@ -363,14 +363,17 @@ inline void checkExternalRead(Choices& choices) {
   compareExternalRead(settings, drawExternalField(choices, settings, model));
 }
 
-// Each of the 256 bytes as the one that carries the sign.
+// Each of the 256 bytes as the one that carries the sign, or as any other one.
 inline void checkExternalSigns(Choices& choices) {
   ExternalSettings settings(choices);
   settings.sign = 1 + static_cast<int>(choices.upTo(1));
   ExternalModel model(settings);
   FieldBytes field = model.encoded(Text(1 + choices.upTo(17), u'1'));
+  unsigned char& place = choices.coin()       ? field[choices.upTo(field.size() - 1)]
+                         : settings.sign == 1 ? field.front()
+                                              : field.back();
   for (unsigned byte = 0; byte < 256; ++byte) {
-    (settings.sign == 1 ? field.front() : field.back()) = static_cast<unsigned char>(byte);
+    place = static_cast<unsigned char>(byte);
     compareExternalRead(settings, field);
   }
 }
