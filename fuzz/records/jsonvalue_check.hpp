@@ -6,6 +6,7 @@
 #include "fuzz/harness/choices.hpp"
 #include "kelwstringconvertor.hpp"
 #include "records/json/json.hpp"
+#include "records/json/line.hpp"
 #include "records/json/rapidjson.hpp"
 
 // A text stands in a JSON line as RapidJSON's own writer gives it, without the blanks at its end; a decimal as a plain
@@ -79,19 +80,35 @@ inline std::string written(const PWFData& value, bool pointsAsText) {
   return line.substr(5, line.size() - 7);
 }
 
+// What JsonLine writes of a text, or of a decimal, that lies between digits in memory.
+template <class Write>
+std::string writtenAmidDigits(const Units& units, Write write) {
+  const Units digits(16, '7'), area = digits + units + digits;
+  LineBuffer out;
+  JsonLine line(out);
+  write(line, UnitView(area).substr(digits.size(), units.size()));
+  return std::string(out.text());
+}
+
 }  // namespace jsonvalue
 
 inline void checkJsonValue(Choices& choices) {
   using namespace jsonvalue;
   if (choices.coin()) {
-    const Units text = drawText(choices);
+    Units text = drawText(choices);
     requireEqual(written(PWFData(KelWstring(UnitView(text))), false), modelText(text), "a text");
+    text.erase(text.find_last_not_of(' ') + 1);
+    requireEqual(writtenAmidDigits(text, [](JsonLine& line, UnitView view) { line.text(view); }), modelText(text),
+                 "a text amid digits");
     return;
   }
   const std::string text = drawDecimal(choices);
   const bool pointsAsText = choices.coin();
   const PWFData value(oxr::fromUtf8(text).characters(), DECIMAL);
-  requireEqual(written(value, pointsAsText), modelDecimal(text, pointsAsText), "the decimal " + text);
+  const std::string model = modelDecimal(text, pointsAsText);
+  requireEqual(written(value, pointsAsText), model, "the decimal " + text);
+  const auto write = [pointsAsText](JsonLine& line, UnitView view) { line.decimal(view, pointsAsText); };
+  requireEqual(writtenAmidDigits(Units(text.begin(), text.end()), write), model, "the decimal amid digits " + text);
 }
 
 }  // namespace oxr::fuzz
