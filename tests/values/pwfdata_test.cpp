@@ -62,6 +62,32 @@ TEST(PwfData, KeepsWhatItIsMadeFrom) {
     EXPECT_EQ(told(value), expected);
 }
 
+// Values are copied, compared and dumped as bytes, too: what a type has no use for must not be what was there before.
+TEST(PwfData, ClearsTheBytesThatItsTypeDoesNotUse) {
+  constexpr std::size_t kArea = 48;
+  const struct {
+    std::function<void(void*)> make;
+    std::size_t used;  // bytes at the start of the area
+  } cases[] = {
+      {[](void* at) { new (at) PWFData(NOTHING); }, 0},
+      {[](void* at) { new (at) PWFData(kText, DECIMAL); }, 0},
+      {[](void* at) { new (at) PWFData(kText, 2); }, 0},
+      {[](void* at) { new (at) PWFData(u"text"_k); }, 0},
+      {[](void* at) { new (at) PWFData(PWFData(true).getDebugString()); }, 0},
+      {[](void* at) { new (at) PWFData(PWFInt32{-1}, false); }, 8},
+      {[](void* at) { new (at) PWFData(PWFInt64{-1}, false); }, 16},
+      {[](void* at) { new (at) PWFData(0.5); }, 8},
+      {[](void* at) { new (at) PWFData("abc", 3, BINARY, COPY); }, 16},
+  };
+  for (const auto& [make, used] : cases) {
+    std::string memory(sizeof(PWFData), '\xAB');
+    make(memory.data());
+    const std::string rest = memory.substr(sizeof(PWFData) - kArea + used);
+    EXPECT_EQ(rest, std::string(kArea - used, '\0')) << told(*reinterpret_cast<PWFData*>(memory.data()));
+    reinterpret_cast<PWFData*>(memory.data())->~PWFData();
+  }
+}
+
 // Every getter on a null of every type: the type is tested first. Where a null is let through, it reads as 0.
 TEST(PwfData, GettersTestTheTypeBeforeTheNull) {
   using V = const PWFData&;

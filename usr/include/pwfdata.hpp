@@ -32,8 +32,7 @@ class OXR_EXPORT PWFData {
     traceMade("PWFData::PWFData");
   }
   // Makes a STRING. A long text shares its block with `text`.
-  explicit PWFData(const PWFString& text)
-      : logicalType(STRING), nullFlag(false), stringValue(text), valueArea(ValueArea::Unset()) {
+  explicit PWFData(const PWFString& text) : logicalType(STRING), nullFlag(false), stringValue(text) {
     traceMade("PWFData::PWFData(PWFString&)");
   }
   // Makes an INTEGER of 4 bytes, which a null is, too.
@@ -59,8 +58,7 @@ class OXR_EXPORT PWFData {
   // Makes a value of `type`, as a rule STRING or DECIMAL, from zero-terminated text. Null text gives a null.
   PWFData(const unsigned short* text, ELogicalType type);
   // Makes a STRING of `characters` code units. Null text gives a null.
-  PWFData(const unsigned short* text, int characters)
-      : logicalType(STRING), nullFlag(text == nullptr), valueArea(ValueArea::Unset()) {
+  PWFData(const unsigned short* text, int characters) : logicalType(STRING), nullFlag(text == nullptr) {
     if (text != nullptr && characters > 0) stringValue.assignInternal(text, static_cast<unsigned>(characters), 0);
     traceInit(text, static_cast<int>(2u * static_cast<unsigned>(characters)), STRING);
   }
@@ -108,8 +106,12 @@ class OXR_EXPORT PWFData {
   // The bytes of a BINARY, and how many they are; a null pointer and 0 for a null. They stay the value's.
   const void* getBinaryValue(int& length) const;
   const void* getBinaryValue() const;
-  double getDoubleValue() const;   // raises for a null
-  PWFInt64 getInt64Value() const;  // raises for a null
+  double getDoubleValue() const;    // raises for a null
+  PWFInt64 getInt64Value() const {  // raises for a null
+    if (logicalType != INTEGER || nullFlag || KelLog::iEffectiveLogFilter > 3) [[unlikely]]
+      checkInt64();
+    return valueArea.integer.width == 8 ? valueArea.integer.value64 : valueArea.integer.value32;
+  }
   // Raises for a null, and 0xC0001583 (OXR5507) for an 8-byte value beyond 32 bits: "Overflow converting a PWFInt64 to
   // PWFInt32", "integer", "4-byte integer", the value.
   PWFInt32 getInt32Value() const;
@@ -156,14 +158,11 @@ class OXR_EXPORT PWFData {
     PWFInt32 length;  // bytes
     void* pointer;
   };
-  // All bytes are 0 where nothing is said. What a text or a number has no use for is left as it is: they are made most
-  // often, and clearing it takes several stores.
+  // All bytes that the type has no use for are 0.
   union ValueArea {
-    struct Unset {};
     ValueArea() : bytes{} {}
-    explicit ValueArea(Unset) {}
-    explicit ValueArea(const Integer& value) : integer(value) {}
-    explicit ValueArea(double value) : doubleValue(value) {}
+    explicit ValueArea(const Integer& value) : bytes{} { integer = value; }
+    explicit ValueArea(double value) : bytes{} { doubleValue = value; }
 
     unsigned char bytes[48];
     Integer integer;
@@ -175,7 +174,7 @@ class OXR_EXPORT PWFData {
   };
 
   // Makes a text of `length` units that are still to be written.
-  PWFData(ELogicalType type, unsigned length) : logicalType(type), nullFlag(false), valueArea(ValueArea::Unset()) {
+  PWFData(ELogicalType type, unsigned length) : logicalType(type), nullFlag(false) {
     stringValue.resizeForOverwrite(length);
   }
 
@@ -185,6 +184,7 @@ class OXR_EXPORT PWFData {
       checkText(type, function, line);
   }
   void checkText(ELogicalType type, const char* function, int line) const;
+  void checkInt64() const;
   void init(const void* data, int length, ELogicalType type, EOwnership own);
   bool store(const void* data, int length, EOwnership own);
   void storeBinary(const void* data, int length, EOwnership own);

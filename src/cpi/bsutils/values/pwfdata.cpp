@@ -332,11 +332,10 @@ double PWFData::getDoubleValue() const {
   return valueArea.doubleValue;
 }
 
-PWFInt64 PWFData::getInt64Value() const {
+void PWFData::checkInt64() const {
   const Trace trace("PWFData::getInt64Value");
   requireType(trace, logicalType == INTEGER, logicalType, kNotInteger);
   requireValue(trace, nullFlag, kNullInteger);
-  return valueArea.integer.width == 8 ? valueArea.integer.value64 : valueArea.integer.value32;
 }
 
 PWFInt32 PWFData::getInt32Value() const {
