@@ -224,14 +224,14 @@ TEST(Packed, TracesTheMembersItIsMadeOf) {
     const char* member;
     const char* entries;
   } cases[] = {
-      {"PckdDecToDec", "PckdDecToDec ValidatePackedDecimal"},
-      {"PckdDecToDbl", "PckdDecToDbl PckdDecToDec ValidatePackedDecimal UStringTodouble"},
+      {"PckdDecToDec", "PckdDecToDec ValidatePackedDecimal adjustDecimalForString"},
+      {"PckdDecToDbl", "PckdDecToDbl PckdDecToDec ValidatePackedDecimal adjustDecimalForString UStringTodouble"},
       {"PckdDecToPWFInt64",
-       "PckdDecToPWFInt64 PckdDecToDec ValidatePackedDecimal IntFromDec UStringToInt64 "
-       "IntFromInt64 IntToInt64"},
+       "PckdDecToPWFInt64 PckdDecToDec ValidatePackedDecimal adjustDecimalForString IntFromDec adjustDecimalForString "
+       "UStringToInt64 IntFromInt64 IntToInt64"},
       {"PckdDecToInt32",
-       "PckdDecToInt32 PckdDecToDec ValidatePackedDecimal IntFromDec UStringToInt64 IntFromInt64 "
-       "IntToInt32"},
+       "PckdDecToInt32 PckdDecToDec ValidatePackedDecimal adjustDecimalForString IntFromDec adjustDecimalForString "
+       "UStringToInt64 IntFromInt64 IntToInt32"},
       {"PckdDecFromDbl", "PckdDecFromDbl doubleToUString PckdDecFromDec"},
       {"PckdDecFromPWFInt64", "PckdDecFromPWFInt64 IntFromInt64 IntToDec IntToInt64 Int64ToUString PckdDecFromDec"},
       {"PckdDecFromInt32", "PckdDecFromInt32 IntFromInt32 IntToDec IntToInt64 Int64ToUString PckdDecFromDec"},

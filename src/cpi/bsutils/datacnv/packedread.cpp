@@ -5,11 +5,9 @@
 // the value itself, from one register.
 
 #include <algorithm>
-#include <stdexcept>
 #include <vector>
 
 #include "core/packedfield.hpp"
-#include "core/pointshift.hpp"
 #include "cputils.hpp"
 #include "datacnv/parts.hpp"
 #include "datacnv/sourcepath.hpp"
@@ -89,24 +87,14 @@ template <class Packed>
          packed.isFit();
 }
 
-// Writes the text of a good field, wherever its point falls.
-void writeShifted(const core::PackedField& field, int places, KelWstring& target) {
-  // The minus counts as a position when the point is placed: Packed.MinusCountsAsAPosition.
+// Writes the text of a good field. The minus counts as a position when the point is placed:
+// Packed.MinusCountsAsAPosition.
+void writeText(DataCnv& cnv, const core::PackedField& field, int places, KelWstring& target) {
   const bool minus = field.sign() == core::kPackedMinus;
-  const std::uint32_t units = field.digitCount() + minus;
-  core::PointShift shift;
-  if (places != 0) shift = core::shiftWholeNumber(units, places);
-  const std::uint64_t length = shift.length(units);
-  if (length >= KelWstring::npos) throw std::length_error("PWFData");
-  constexpr unsigned short kZero = '0';
-  unsigned short* const out = target.resizeForOverwrite(static_cast<unsigned>(length));
-  unsigned short* const text = std::fill_n(out, shift.frontZeros, kZero);
+  unsigned short* const text = target.resizeForOverwrite(field.digitCount() + minus);
   *text = '-';
   field.writeDigits(text + minus);
-  unsigned short* const end = std::fill_n(text + units, shift.backZeros, kZero);
-  if (!shift.hasPoint()) return;
-  std::copy_backward(out + shift.point, end, end + 1);
-  out[shift.point] = '.';
+  cnv.adjustDecimalForString(target, places);
 }
 
 // Raises what is wrong with a field, if anything is: through the member that tests half bytes, which the trace shows.
@@ -125,7 +113,7 @@ void readPackedGeneral(DataCnv& cnv, KelWstring& text, const unsigned char* sour
   const core::PackedField field(source, size, DataCnvParts::isPackedReversed(cnv));
   // All digits are tested at once; one by one only to tell which fault it is, or to show the test in the trace.
   if (debugTraceOn() || !field.isGood(sign != eSignNone)) validateField(cnv, field, sign, source);
-  writeShifted(field, virtualDecimalPoint, text);
+  writeText(cnv, field, virtualDecimalPoint, text);
 }
 
 // What is not short.
