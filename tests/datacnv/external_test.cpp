@@ -211,5 +211,30 @@ TEST(ExternalDecimal, TracesTheMembersItIsMadeOf) {
   EXPECT_NE(lines.find("ExtDecPadData: Possible internal error, eJustifyNone not handled\n"), lines.npos);
 }
 
+// Bytes that the converter holds back come out before those of the number, whether or not the trace asks for the
+// literal steps, and whether or not the converter has written a number before.
+TEST(ExternalDecimal, WritesWhatTheConverterHoldsBackFirst) {
+  const KelWstring number = u"12"_k, half = u"\xD83D"_k;
+  const auto written = [&](int level, bool isFirst) {
+    DataCnv converter = converterFor(819);
+    std::string field(4, ' ');
+    const auto write = [&] {
+      int size = static_cast<int>(field.size());
+      converter.ExtDecFromDec(number.characters(), reinterpret_cast<unsigned char*>(field.data()), size, 0, eSignNone,
+                              eJustifyRight, '0', true, false, nullptr, nullptr);
+    };
+    if (!isFirst) write();
+    char* end = field.data();
+    const unsigned short* from = half.characters();
+    UErrorCode status = U_ZERO_ERROR;
+    converter.getConverter()->fromUnicode(end, end + field.size(), from, from + 1, nullptr, false, status);
+    field.assign(field.size(), ' ');
+    tracedAt(level, write);
+    return field;
+  };
+  for (const bool isFirst : {false, true})
+    EXPECT_EQ(written(0, isFirst), written(4, isFirst)) << isFirst;
+}
+
 }  // namespace
 }  // namespace oxr::test

@@ -106,6 +106,9 @@ struct CodePage {
   // Whether the converter is in its initial state on the way to Unicode, as far as can be told at no cost.
   static bool isAtStart(const CPUnicodeConverter& page) { return page.form != kNoForm && !page.holdsUnitsBack; }
 
+  // Whether the converter holds a unit back on the way from Unicode, whose bytes must come out before any others.
+  static bool holdsBytes(const CPUnicodeConverter& page) { return page.holdsBytesBack; }
+
   // Put the converter into its initial state on the way to Unicode and on the way back: what an error or the end of a
   // piece of text left in it is gone.
   static void forgetHeldUnits(const CPUnicodeConverter& page) {

@@ -27,9 +27,15 @@ bool haveDigitZone(unsigned char zero, const core::SingleByteTable* page) {
   return true;
 }
 
+bool holdsBytes(const DataCnv& cnv) {
+  const CPUnicodeConverter* const page = DataCnvParts::converterIfMade(cnv);
+  return page != nullptr && CodePage::holdsBytes(*page);
+}
+
 }  // namespace
 
 void lookUpDigitCodes(DataCnv& cnv) {
+  if (holdsBytes(cnv)) return;
   ExternalCodes& codes = DataCnvParts::externalCodes(cnv);
   unsigned char bytes[kRoom] = {};
   int size = kRoom;
@@ -45,6 +51,7 @@ void lookUpDigitCodes(DataCnv& cnv) {
 }
 
 void lookUpPadCode(DataCnv& cnv, unsigned short padChar) {
+  if (holdsBytes(cnv)) return;
   unsigned char bytes[kRoom] = {};
   int size = kRoom;
   const bool areBytes = externalCodes(cnv).areBytes;

@@ -14,6 +14,7 @@
 #include "core/externalword.hpp"
 #include "core/textdigits.hpp"
 #include "core/wholedigits.hpp"
+#include "codepage/codepage.hpp"
 #include "datacnv/externalcodes.hpp"
 #include "datacnv/externalform.hpp"
 #include "datacnv/parts.hpp"
@@ -53,7 +54,8 @@ int negated(int places) {
   const ExternalCodes& codes = DataCnvParts::externalCodes(cnv);
   if (static_cast<unsigned>(size) - 1 >= core::ExternalWord::kMaxSize || static_cast<unsigned>(places) > kShortDigits ||
       text == nullptr || target == nullptr || !isKnownSign(form.sign) || form.justification == eJustifyLeft ||
-      !form.padCharIsUnicode || codes.padChar != form.padChar || !codes.padIsByte) [[unlikely]]
+      !form.padCharIsUnicode || codes.padChar != form.padChar || !codes.padIsByte ||
+      CodePage::holdsBytes(*DataCnvParts::converterIfMade(cnv))) [[unlikely]]
     return false;
   std::uint64_t digits;
   bool negative;
@@ -75,7 +77,8 @@ inline bool isForFastWays(const unsigned short* text, const unsigned char* targe
 [[gnu::noinline]] bool writeLongFast(DataCnv& cnv, const unsigned short* text, unsigned char* target, int size,
                                      int places, const ExternalForm& form) {
   const ExternalCodes& codes = externalCodes(cnv, form.padChar);
-  if (!codes.padIsByte) return false;
+  if (codes.padChar != form.padChar || !codes.padIsByte || CodePage::holdsBytes(*DataCnvParts::converterIfMade(cnv)))
+    return false;
   const core::ExternalOutput output = outputOf(codes, form);
   const std::span<unsigned char> field(target, static_cast<std::size_t>(size));
   static constexpr unsigned short kZero = '0';
