@@ -55,10 +55,12 @@ struct Field {
   T value() const {
     return static_cast<T>(core::loadInteger(bytes, size, order == eEndianLittle, isSigned()));
   }
-  // Whether `value`, read from this field, is an unsigned one that a T can't hold.
+  // Whether `value`, read from this field, is an unsigned one that a T can't hold. Told without a branch on the sign of
+  // a value, which is any in most fields.
   template <class T>
   bool overflows(T value) const {
-    return !isSigned() && std::is_signed_v<T> && value < T{0};
+    const T mask = static_cast<T>(isSigned() ? 0 : -1);
+    return std::is_signed_v<T> && (value & mask) < T{0};
   }
 };
 
