@@ -117,6 +117,7 @@ void RecordWorker::beginRecord() {
   record_ = reader_.next();
   shift_ = 0;
   isLost_ = isShort_ = false;
+  isPlain_ = observer_ == nullptr && records_ != nullptr && !hasMistrust_;
   arrays_.clear();
   loops_.clear();
   keptShifts_.clear();
@@ -137,41 +138,39 @@ void RecordWorker::walk() {
   const Step* step = plan_.steps().data() + kind_->begin;
   const Step* const end = plan_.steps().data() + kind_->end;
   while (step != end) {
-    switch (step->op) {
-      case Op::field:
-        field(*step);
-        ++step;
-        break;
-      case Op::beginGroup:
-        handler_->startElement(plan_.name(*step), kGroupElement, kNoInfo, occurrence(*step), -1);
-        ++step;
-        break;
-      case Op::endGroup:
-        handler_->endElement(plan_.name(*step), kNoInfo);
-        ++step;
-        break;
-      case Op::beginArray:
-        step = beginArray(*step);
-        break;
-      case Op::endArray:
-        step = endArray(*step);
-        break;
-      case Op::choose:
-        step = choose(*step);
-        break;
-      case Op::jump:
-        step = plan_.steps().data() + step->target;
-        break;
-      case Op::keepPlace:
-        keptShifts_.push_back(shift_);
-        ++step;
-        break;
-      case Op::restorePlace:
-        shift_ = keptShifts_.back();
-        keptShifts_.pop_back();
-        ++step;
-        break;
+    if (step->op == Op::field) [[likely]] {
+      field(*step);
+      ++step;
+    } else {
+      step = pass(*step);
     }
+  }
+}
+
+// Does what a step says that is no field. Returns the step to go on with.
+const Step* RecordWorker::pass(const Step& step) {
+  switch (step.op) {
+    case Op::beginGroup:
+      handler_->startElement(plan_.name(step), kGroupElement, kNoInfo, occurrence(step), -1);
+      return &step + 1;
+    case Op::endGroup:
+      handler_->endElement(plan_.name(step), kNoInfo);
+      return &step + 1;
+    case Op::beginArray:
+      return beginArray(step);
+    case Op::endArray:
+      return endArray(step);
+    case Op::choose:
+      return choose(step);
+    case Op::jump:
+      return plan_.steps().data() + step.target;
+    case Op::keepPlace:
+      keptShifts_.push_back(shift_);
+      return &step + 1;
+    default:  // restorePlace
+      shift_ = keptShifts_.back();
+      keptShifts_.pop_back();
+      return &step + 1;
   }
 }
 
@@ -179,16 +178,23 @@ int RecordWorker::occurrence(const Step& step) const {
   return step.isOccurrence ? static_cast<int>(arrays_.back().index) : -1;
 }
 
-// Part of the walk: as a call of its own it would cost as much as many a conversion. An observer sees a field between
-// its start and its value.
+// Part of the walk: as a call of its own it would cost as much as many a conversion.
 [[gnu::always_inline]] inline void RecordWorker::field(const Step& step) {
+  const auto at = static_cast<std::uint64_t>(step.offset + shift_);
+  if (!isPlain_ || at + step.size > record_.size) [[unlikely]]
+    return fieldWithCare(step);
+  const PWFData value = convert(step, at);
+  if (step.slot != kNoSlot) keepCount(step, value);
+  if (step.name != Step::kNoName) records_->field(plan_.name(step), value, occurrence(step));
+}
+
+// An observer sees a field between its start and its value.
+void RecordWorker::fieldWithCare(const Step& step) {
   const unsigned short* const name = plan_.name(step);
   const bool isObserved = observer_ != nullptr;
-  if (isObserved && name != nullptr) [[unlikely]]
-    handler_->startElement(name, kFieldElement, kNoInfo, occurrence(step), -1);
+  if (isObserved && name != nullptr) handler_->startElement(name, kFieldElement, kNoInfo, occurrence(step), -1);
   const PWFData value = read(step);
-  if (isObserved && hasValue_) [[unlikely]]
-    observe(step, static_cast<std::uint64_t>(step.offset + shift_), value, nullptr);
+  if (isObserved && hasValue_) observe(step, static_cast<std::uint64_t>(step.offset + shift_), value, nullptr);
   if (step.slot != kNoSlot) keepCount(step, value);
   if (name == nullptr) return;
   if (!isObserved) return tell(name, value, occurrence(step));
@@ -206,14 +212,7 @@ void RecordWorker::tellInEvents(const unsigned short* name, const PWFData& value
 inline PWFData RecordWorker::read(const Step& step) {
   const auto at = static_cast<std::uint64_t>(step.offset + shift_);
   hasValue_ = !isLost_ && at + step.size <= record_.size;
-  if (!hasValue_) [[unlikely]]
-    return isLost_ ? FieldConverter::null(step) : cutOff(step, at);
-  if (hasMistrust_) [[unlikely]]
-    return readWithMistrust(step, at);
-  return convert(step, at);
-}
-
-PWFData RecordWorker::readWithMistrust(const Step& step, std::uint64_t at) {
+  if (!hasValue_) return isLost_ ? FieldConverter::null(step) : cutOff(step, at);
   if (isMistrusted_[indexOf(step)])
     if (FaultReason reason = converters_[step.form]->diagnose(step, record_.data + at))
       return failed(step, at, std::move(reason));
@@ -233,6 +232,7 @@ inline PWFData RecordWorker::convert(const Step& step, std::uint64_t at) {
 // A field that its conversion refused. What that said is told where the bytes do not show the reason.
 PWFData RecordWorker::refused(const Step& step, std::uint64_t at, int message, std::string said) {
   hasMistrust_ = isMistrusted_[indexOf(step)] = true;
+  isPlain_ = false;
   FieldConverter& converter = *converters_[step.form];
   const unsigned char* const bytes = record_.data + at;
   FaultReason reason = converter.diagnose(step, bytes);
@@ -311,6 +311,7 @@ std::int64_t RecordWorker::countFor(const Step& array) {
     report(fault(array.item, static_cast<std::uint64_t>(array.offset + shift_), 0, {.code = FaultCode::noCount}));
   }
   isLost_ = isLost_ || kind_->isVariable;
+  isPlain_ = isPlain_ && !isLost_;
   return kNotACount;
 }
 

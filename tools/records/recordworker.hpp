@@ -147,14 +147,15 @@ class RecordWorker final : public BitstreamWorker {
   const Step* choose(const Step& step);
   void passArea(const Step& step, const Choice& choice);
   void walk();
+  const Step* pass(const Step& step);
   void field(const Step& step);
-  [[gnu::always_inline]] void tell(const unsigned short* name, const PWFData& value, int index) {
+  void fieldWithCare(const Step& step);
+  void tell(const unsigned short* name, const PWFData& value, int index) {
     if (records_ != nullptr) return records_->field(name, value, index);
     tellInEvents(name, value, index);
   }
   void tellInEvents(const unsigned short* name, const PWFData& value, int index);
   [[gnu::always_inline]] PWFData read(const Step& step);
-  PWFData readWithMistrust(const Step& step, std::uint64_t at);
   [[gnu::always_inline]] PWFData convert(const Step& step, std::uint64_t at);
   PWFData refused(const Step& step, std::uint64_t at, int message, std::string said);
   PWFData readStart(const Step& step, std::uint64_t at);
@@ -207,6 +208,8 @@ class RecordWorker final : public BitstreamWorker {
   // short arrays lack, plus the occurrences that the walk has passed in the open ones.
   RecordBytes record_;
   std::int64_t shift_ = 0;
+  // Fields are only to be read and told: nobody observes them, none has been bad, and their places are known.
+  bool isPlain_ = false;
   bool isLost_ = false;    // a count is not known: nobody can tell where anything after its array is
   bool isShort_ = false;   // the record ended before a field
   bool hasValue_ = false;  // the field that was read last is a good one

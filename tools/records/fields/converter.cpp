@@ -173,17 +173,12 @@ PWFData FieldConverter::unsignedPacked(const Step& step, const unsigned char* by
   return scaled(text, false, step.scale);
 }
 
-PWFData FieldConverter::binary(const Step& step, const unsigned char* bytes, std::uint32_t length) {
+// With decimal places, or of a size that the integer conversions do not have.
+PWFData FieldConverter::otherBinary(const Step& step, const unsigned char* bytes, std::uint32_t length) {
   if (length > 8 || (length & (length - 1)) != 0) return wideBinary(step, bytes, length);
   const auto size = static_cast<int>(length);
-  if (step.sign == eSignNone) {
-    const PWFUInt64 value = cnv_.UIntToUInt64(bytes, size);
-    if (step.scale != 0 || value > static_cast<PWFUInt64>(std::numeric_limits<PWFInt64>::max()))
-      return scaled(value, false, step.scale);
-    return PWFData(static_cast<PWFInt64>(value), false);
-  }
+  if (step.sign == eSignNone) return scaled(cnv_.UIntToUInt64(bytes, size), false, step.scale);
   const PWFInt64 value = cnv_.IntToInt64(bytes, size, step.sign);
-  if (step.scale == 0) return PWFData(value, false);
   const auto bits = static_cast<std::uint64_t>(value);
   return scaled(value < 0 ? std::uint64_t{0} - bits : bits, value < 0, step.scale);
 }

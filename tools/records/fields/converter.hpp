@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <span>
@@ -81,6 +82,8 @@ class FieldConverter {
         return external(step, bytes, size);
       case Kind::packed:
         return packed(step, bytes, size);
+      case Kind::binary:
+        return binary(step, bytes, size);
       default:
         return other(step, bytes, size);
     }
@@ -122,7 +125,15 @@ class FieldConverter {
   PWFData packedPlaces(const Step& step, const unsigned char* bytes, int size);
   PWFData packedWithLeadingSign(const Step& step, const unsigned char* bytes);
   PWFData unsignedPacked(const Step& step, const unsigned char* bytes, std::uint32_t size);
-  PWFData binary(const Step& step, const unsigned char* bytes, std::uint32_t size);
+  [[gnu::always_inline]] PWFData binary(const Step& step, const unsigned char* bytes, std::uint32_t length) {
+    if (step.scale != 0 || length > 8 || (length & (length - 1)) != 0) return otherBinary(step, bytes, length);
+    const auto size = static_cast<int>(length);
+    if (step.sign != eSignNone) return PWFData(PWFInt64{cnv_.IntToInt64(bytes, size, step.sign)}, false);
+    const PWFUInt64 value = cnv_.UIntToUInt64(bytes, size);
+    if (value > static_cast<PWFUInt64>(std::numeric_limits<PWFInt64>::max())) return scaled(value, false, 0);
+    return PWFData(static_cast<PWFInt64>(value), false);
+  }
+  PWFData otherBinary(const Step& step, const unsigned char* bytes, std::uint32_t size);
   PWFData wideBinary(const Step& step, const unsigned char* bytes, std::uint32_t size);
   PWFData real(const Step& step, const unsigned char* bytes, std::uint32_t size);
   PWFData edited(const Step& step, const unsigned char* bytes);
