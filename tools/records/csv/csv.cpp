@@ -31,13 +31,13 @@ void CsvHandler::startMessage(const WorkerInfoPtr&, const WorkerInfoPtr&) {
   lineStart_ = lines_.size();
   isInRecord_ = true;
   std::fill(cells_.begin(), cells_.end(), Cell{});
-  values_.cutTo(0);
+  values_.buffer().cutTo(0);
   walk_.begin();
 }
 
 void CsvHandler::endMessage(const WorkerInfoPtr&) {
   if (walk_.isInElement()) throw FIHandlerException();
-  const char* const values = values_.text().data();
+  const char* const values = values_.buffer().text().data();
   for (const Cell& cell : cells_) {
     lines_.append(values + cell.begin, cell.end - cell.begin);
     lines_ += ',';
@@ -60,29 +60,29 @@ void CsvHandler::data(const PWFData& value, const WorkerInfoPtr&, int, int) {
   if (value.isNull() || value.isNothing() || !walk_.hasColumn()) return;
   if (walk_.node().type != kFieldElement) throw FIHandlerException();
   Cell& cell = cells_.at(walk_.column());
-  cell.begin = values_.size();
+  cell.begin = values_.buffer().size();
   if (value.getDataLogicalType() == STRING) {
     const UnitView text = value.getPWFStringValue().view();
     std::size_t size = text.size();
     while (size != 0 && text[size - 1] == ' ')
       --size;
     const std::string quoted = size == 0 ? "\"\"" : csvQuoted(toUtf8(text.substr(0, size)));
-    values_.endAt(std::copy(quoted.begin(), quoted.end(), values_.room(quoted.size())));
+    values_.buffer().endAt(std::copy(quoted.begin(), quoted.end(), values_.buffer().room(quoted.size())));
   } else {
     number(value);
   }
-  cell.end = values_.size();
+  cell.end = values_.buffer().size();
 }
 
 void CsvHandler::number(const PWFData& value) {
   switch (value.getDataLogicalType()) {
     case DECIMAL:
-      return writer_.decimal({value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength())}, false);
+      return values_.decimal({value.getDecimalValue(), static_cast<std::size_t>(value.getDecimalLength())}, false);
     case INTEGER:
-      return writer_.integer(value.getInt64Value());
+      return values_.integer(value.getInt64Value());
     case FLOAT:
       if (!std::isfinite(value.getDoubleValue())) throw FIHandlerException();
-      return writer_.real(value.getDoubleValue());
+      return values_.real(value.getDoubleValue());
     default:
       throw FIHandlerException();
   }

@@ -54,8 +54,7 @@ class CsvHandler : public LineHandler {
   const CsvColumns columns_;
   ColumnWalk walk_{columns_};
   std::vector<Cell> cells_;  // of the record in hand
-  LineBuffer values_;
-  JsonLine writer_{values_};
+  JsonLine values_;
   std::string lines_;
   std::size_t lineStart_ = 0;  // of the last record
   bool isInRecord_ = false;

@@ -7,11 +7,10 @@ namespace oxr::rec {
 
 namespace {
 
-UnitView withoutTrailingBlanks(UnitView text) {
-  std::size_t size = text.size();
-  while (size != 0 && text[size - 1] == ' ')
-    --size;
-  return text.substr(0, size);
+inline UnitView withoutTrailingBlanks(UnitView text) {
+  while (!text.empty() && text.back() == ' ')
+    text.remove_suffix(1);
+  return text;
 }
 
 }  // namespace
@@ -27,7 +26,7 @@ JsonHandler::JsonHandler(const std::vector<unsigned short>& names, const Options
 }
 
 void JsonHandler::startMessage(const WorkerInfoPtr&, const WorkerInfoPtr&) {
-  lineStart_ = out_.size();
+  lineStart_ = line_.buffer().size();
   place_ = Place::inRecord;
   open_.clear();
   line_.open('{');
@@ -36,7 +35,7 @@ void JsonHandler::startMessage(const WorkerInfoPtr&, const WorkerInfoPtr&) {
 void JsonHandler::endMessage(const WorkerInfoPtr&) {
   if (place_ != Place::inRecord || !open_.empty()) throw FIHandlerException();
   line_.close('}');
-  out_.put('\n');
+  line_.buffer().put('\n');
   place_ = Place::outside;
 }
 
@@ -103,12 +102,12 @@ void JsonHandler::endContainer() {
 }
 
 void JsonHandler::discard() {
-  out_.cutTo(lineStart_);
+  line_.buffer().cutTo(lineStart_);
   place_ = Place::outside;
 }
 
 void JsonHandler::clear() {
-  out_.cutTo(0);
+  line_.buffer().cutTo(0);
   lineStart_ = 0;
 }
 

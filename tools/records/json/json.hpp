@@ -43,7 +43,7 @@ class JsonHandler : public LineHandler {
   void discardUnfinished() override {
     if (place_ != Place::outside) discard();
   }
-  std::string_view lines() const override { return out_.text(); }
+  std::string_view lines() const override { return line_.buffer().text(); }
   void clear() override;
 
  private:
@@ -76,8 +76,7 @@ class JsonHandler : public LineHandler {
   std::deque<JsonKey> keys_;
   JsonKey foreignKey_{UnitView()};  // of the last name that is not among them
   const Options options_;
-  LineBuffer out_;
-  JsonLine line_{out_};
+  JsonLine line_;
   std::size_t lineStart_ = 0;  // of the last record
   Place place_ = Place::outside;
   std::vector<unsigned short> open_;  // types of the open groups and arrays

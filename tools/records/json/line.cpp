@@ -11,77 +11,7 @@ namespace oxr::rec {
 
 namespace {
 
-// Almost all texts of records consist of characters that stand in a JSON string as they are. Such a text is narrowed
-// eight units at a time and tested on the way; any other one goes character by character.
-//
-// A lane of a test is 0 for a unit that stands in a JSON string as one byte, itself: ASCII but for control characters,
-// the quote and the backslash.
-using Units = short __attribute__((vector_size(16)));
-using Bytes = unsigned char __attribute__((vector_size(8)));
-constexpr std::size_t kLanes = 8;
-
-Units refused(Units units) {
-  // As signed numbers, the units from U+8000 on are below the blank.
-  return (units < 0x20) | (units > 0x7F) | (units == '"') | (units == '\\');
-}
-
-bool isAny(Units lanes) {
-  std::uint64_t halves[2];
-  std::memcpy(halves, &lanes, sizeof lanes);
-  return (halves[0] | halves[1]) != 0;
-}
-
-Units load(const unsigned short* units) {
-  Units loaded;
-  std::memcpy(&loaded, units, sizeof loaded);
-  return loaded;
-}
-
-// Four units from each of two places.
-Units loadHalves(const unsigned short* low, const unsigned short* high) {
-  std::uint64_t halves[2];
-  std::memcpy(&halves[0], low, sizeof halves[0]);
-  std::memcpy(&halves[1], high, sizeof halves[1]);
-  Units loaded;
-  std::memcpy(&loaded, halves, sizeof loaded);
-  return loaded;
-}
-
-// Writes the text as bytes; false if a unit of it needs more than that, and `to` then holds nothing of use. The last
-// block overlaps the one before it, so that no unit outside the text is touched.
-bool narrow(UnitView text, char* to) {
-  const unsigned short* const from = text.data();
-  const std::size_t size = text.size();
-  Units bad{};
-  if (size >= kLanes) {
-    for (std::size_t at = 0;; at = at + 2 * kLanes <= size ? at + kLanes : size - kLanes) {
-      const Units units = load(from + at);
-      const auto bytes = __builtin_convertvector(units, Bytes);
-      std::memcpy(to + at, &bytes, sizeof bytes);
-      bad |= refused(units);
-      if (at + kLanes == size) return !isAny(bad);
-    }
-  }
-  if (size >= kLanes / 2) {
-    const Units units = loadHalves(from, from + size - kLanes / 2);
-    const auto bytes = __builtin_convertvector(units, Bytes);
-    std::uint32_t halves[2];
-    std::memcpy(halves, &bytes, sizeof bytes);
-    std::memcpy(to, &halves[0], sizeof halves[0]);
-    std::memcpy(to + size - kLanes / 2, &halves[1], sizeof halves[1]);
-    return !isAny(refused(units));
-  }
-  if (size == 0) return true;
-  // The first, the middle and the last of one to three units.
-  Units few = Units{} + short{' '};
-  few[0] = static_cast<short>(from[0]);
-  few[1] = static_cast<short>(from[size / 2]);
-  few[2] = static_cast<short>(from[size - 1]);
-  to[0] = static_cast<char>(few[0]);
-  to[size / 2] = static_cast<char>(few[1]);
-  to[size - 1] = static_cast<char>(few[2]);
-  return !isAny(refused(few));
-}
+using narrowing::isAny, narrowing::kLanes, narrowing::load, narrowing::loadHalves, narrowing::Units;
 
 constexpr std::size_t kMostBytes = 6;  // of a unit: "\\u001F"
 constexpr unsigned kReplacement = 0xFFFD;
@@ -198,11 +128,10 @@ char* writeDigits(UnitView digits, char* to, char** point) {
 
 __extension__ using DoubleWord = unsigned __int128;
 
+constexpr short kNotAscii = ~0x7F;
+
 std::uint64_t bytesOf(Units units) {
-  const auto bytes = __builtin_convertvector(units, Bytes);
-  std::uint64_t word;
-  std::memcpy(&word, &bytes, sizeof word);
-  return word;
+  return narrowing::halvesOf(narrowing::lowBytes(units, units)).low;
 }
 
 constexpr int lowestBit(std::uint64_t word) {
@@ -242,18 +171,17 @@ constexpr std::size_t kShortRoom = sizeof(DoubleWord);
 // kShortRoom bytes may be written to.
 char* writeShort(UnitView units, char* to) {
   constexpr std::uint64_t kZeros = 0x3030303030303030U;
-  const Units notAscii = Units{} + static_cast<short>(~0x7F);
   const std::size_t size = units.size();
   if (size == 0 || size > 2 * kLanes) return nullptr;
   if (size > kLanes) {
     const Units front = load(units.data()), back = load(units.data() + size - kLanes);
-    if (isAny((front | back) & notAscii)) return nullptr;
+    if (isAny((front | back) & kNotAscii)) return nullptr;
     const std::uint64_t low = (bytesOf(front) ^ kZeros) << 8 * (2 * kLanes - size);
     return writeWord(DoubleWord{bytesOf(back) ^ kZeros} << 64 | low, to);
   }
   if (size >= kLanes / 2) {
     const Units halves = loadHalves(units.data(), units.data() + size - kLanes / 2);
-    if (isAny(halves & notAscii)) return nullptr;
+    if (isAny(halves & kNotAscii)) return nullptr;
     // The upper half is the last one; the lower loses the units that both have.
     const std::uint64_t values = bytesOf(halves) ^ kZeros;
     return writeWord(values >> 32 << 32 | (values << 32 >> 32 << 8 * (kLanes - size) & 0xFFFFFFFFU), to);
@@ -268,22 +196,13 @@ char* writeShort(UnitView units, char* to) {
 }  // namespace
 
 JsonKey::JsonKey(UnitView name) {
-  LineBuffer out;
-  out.put(',');
-  JsonLine(out).text(name);
-  out.put(':');
-  text_ = out.text();
+  JsonLine line;
+  line.buffer().put(',');
+  line.text(name);
+  line.buffer().put(':');
+  text_ = line.buffer().text();
   size_ = text_.size();
   text_.append(kBlock + 1, ' ');
-}
-
-void JsonLine::text(UnitView text) {
-  char* const to = out_.room(text.size() + 2);
-  if (!narrow(text, to + 1)) [[unlikely]]
-    return generalText(text);
-  to[0] = '"';
-  to[text.size() + 1] = '"';
-  out_.endAt(to + text.size() + 2);
 }
 
 void JsonLine::generalText(UnitView text) {

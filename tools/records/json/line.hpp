@@ -6,6 +6,7 @@
 
 #include "kelunits.hpp"
 #include "records/json/linebuffer.hpp"
+#include "records/json/narrow.hpp"
 
 namespace oxr::rec {
 
@@ -33,7 +34,9 @@ class JsonKey {
 // something stands before.
 class JsonLine {
  public:
-  explicit JsonLine(LineBuffer& out) : out_(out) {}
+  // What was written so far. Whoever writes into it beside sees to it that it stays JSON.
+  LineBuffer& buffer() { return out_; }
+  const LineBuffer& buffer() const { return out_; }
 
   // '{' or '[', and what closes it.
   void open(char bracket) { out_.put(bracket); }
@@ -57,7 +60,14 @@ class JsonLine {
   }
   // The values. The line ends U+0085, U+2028 and U+2029 are escaped in texts, and a surrogate that
   // stands alone becomes U+FFFD.
-  void text(UnitView text);
+  [[gnu::always_inline]] void text(UnitView text) {
+    char* const to = out_.room(text.size() + 2);
+    if (!narrowing::narrow(text, to + 1)) [[unlikely]]
+      return generalText(text);
+    to[0] = '"';
+    to[text.size() + 1] = '"';
+    out_.endAt(to + text.size() + 2);
+  }
   // Without superfluous leading zeros, with a digit before the point, and as a string if there is a point and
   // `pointsAsText`. Text that is no decimal becomes a string too, so that the line stays valid.
   void decimal(UnitView text, bool pointsAsText);
@@ -77,7 +87,7 @@ class JsonLine {
   // Whether an object or an array was opened last.
   bool hasOpened() const { return out_.last() == '{' || out_.last() == '['; }
 
-  LineBuffer& out_;
+  LineBuffer out_;
 };
 
 }  // namespace oxr::rec
