@@ -18,7 +18,7 @@ namespace oxr::rec {
 namespace {
 
 constexpr char kProgram[] = "oxrrec: ";
-constexpr std::size_t kWriteBytes = std::size_t{256} << 10;
+constexpr std::size_t kWriteBytes = std::size_t{128} << 10;
 constexpr std::chrono::milliseconds kProgressDelay{1000};
 
 // What does not go together.
