@@ -33,8 +33,10 @@ TEST(Decode, GivesTheLinesOfTheBundledSamples) {
 // arguments. "*" stands for any text.
 constexpr char kFieldCases[] =
     "X(2) C19A \"Aª\" --ccsid_Cp037; X(2) C1AD \"A[\" --ccsid_IBM-1047; X(2) C3A4 \"ä\" --ccsid_UTF-8; "
+    "X(2) 4101 \"A\\u0001\" --ccsid_UTF-8; "
     "X(2) 41E4 \"Aä\" --ccsid_latin-1; X(2) 4180 \"A€\" --ccsid_windows-1252; X(1) 41 \"A\" --ccsid_us-ascii; "
     "X(4) C140C240 \"A_B\"; X(4) 40404040 \"\"; X(2) C100 \"A\\u0000\"; "
+    "X(9) C1C2C3C4C5C6C7C800 \"ABCDEFGH\\u0000\"; "
     // a character that the field cuts off is left out
     "X(3) 41F090 \"A\" --ccsid_1208; X(6) 0041D8000042 \"A\uFFFDB\" --ccsid_1200; "
     "X(4) 41003DD8 \"A\" --ccsid_1200_--integers_little; X(6) 412241225C22 \"A\\\"A\\\"\\\\\\\"\" --ccsid_819; "
@@ -85,7 +87,8 @@ constexpr char kFieldCases[] =
     "40405BF74BF5F0C4C2 -7.50 --edited_number; Z(3) 404040 0 --edited_number; Z(2)9 4040C1 "
     "!no_edited_number:_byte_3_of_3_is_C1 "
     "--edited_number; +9(2)V99 4EF1F2F3F4 12.34 --edited_number; S9(2).99 F1F24BF3D4 -12.34 --edited_number; "
-    // Dates.
+    // Dates. Two digits tell a year from 1953 to 2052.
+    "9(6) F5F2F1F2F3F1 \"2052-12-31\" --field_F:date=yyMMdd; 9(6) F5F3F0F1F0F1 \"1953-01-01\" --field_F:date=yyMMdd; "
     "9(8) F2F0F2F6F1F1F2F2 \"2026-11-22\" --field_F:date=yyyyMMdd; X(8) F2F24BF1F14BF2F6 \"2026-11-22\" "
     "--field_F:date=dd.MM.yy; 9(7)_COMP-3 0261122F \"2026-11-22\" --field_F:date=yyMMdd; 9(9)_COMP 0001E240 "
     "\"12:34:56\" --field_F:date=HHmmss; 9(8) F2F0F2F6F1F3F2F2 !*OXR5540* --field_F:date=yyyyMMdd; X(8) "
