@@ -84,10 +84,9 @@ inline std::string written(const PWFData& value, bool pointsAsText) {
 template <class Write>
 std::string writtenAmidDigits(const Units& units, Write write) {
   const Units digits(16, '7'), area = digits + units + digits;
-  LineBuffer out;
-  JsonLine line(out);
+  JsonLine line;
   write(line, UnitView(area).substr(digits.size(), units.size()));
-  return std::string(out.text());
+  return std::string(line.buffer().text());
 }
 
 }  // namespace jsonvalue
