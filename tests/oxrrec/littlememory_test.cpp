@@ -37,12 +37,12 @@ constexpr struct {
 } kCommands[] = {
     {"decode -o @out @in", 64},
     {"decode --jobs 2 -o @out @in", 1024},
-    {"decode --to csv -o @out @in", 128},
+    {"decode --to csv -o @out @in", 64},
     {"encode -o @out @lines", 64},
-    {"verify @in", 128},
-    {"explain 3 --html @out @in", 128},
-    {"profile -o @out @in", 128},
-    {"index --every 100KB -o @out @in", 128},
+    {"verify @in", 64},
+    {"explain 3 --html @out @in", 64},
+    {"profile -o @out @in", 64},
+    {"index --every 100KB -o @out @in", 64},
 };
 
 TEST_F(LittleMemory, IsToldInOneMessageAndLeavesNoFile) {
