@@ -9,7 +9,8 @@ namespace oxr {
 
 using ExternalCodes = DataCnvParts::ExternalCodes;
 
-// Look up the signs and digits, and a pad as well: not while the converter holds bytes back, which would come out of it.
+// Look up the signs and digits, and a pad as well: not while the converter holds bytes back, which would come out
+// first.
 void lookUpDigitCodes(DataCnv& cnv);
 void lookUpPadCode(DataCnv& cnv, unsigned short padChar);
 

@@ -10,11 +10,11 @@
 #include <limits>
 #include <span>
 
+#include "codepage/codepage.hpp"
 #include "core/externaldigits.hpp"
 #include "core/externalword.hpp"
 #include "core/textdigits.hpp"
 #include "core/wholedigits.hpp"
-#include "codepage/codepage.hpp"
 #include "datacnv/externalcodes.hpp"
 #include "datacnv/externalform.hpp"
 #include "datacnv/parts.hpp"
