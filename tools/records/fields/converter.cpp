@@ -55,9 +55,6 @@ PWFData FieldConverter::other(const Step& step, const unsigned char* bytes, std:
   switch (step.kind) {
     case Kind::unsignedPacked:
       return unsignedPacked(step, bytes, size);
-    case Kind::binary:
-    case Kind::nativeBinary:
-      return binary(step, bytes, size);
     case Kind::shortFloat:
     case Kind::longFloat:
       return real(step, bytes, size);
@@ -173,9 +170,9 @@ PWFData FieldConverter::unsignedPacked(const Step& step, const unsigned char* by
   return scaled(text, false, step.scale);
 }
 
-// With decimal places, or of a size that the integer conversions do not have.
+// With decimal places, or of another size.
 PWFData FieldConverter::otherBinary(const Step& step, const unsigned char* bytes, std::uint32_t length) {
-  if (length > 8 || (length & (length - 1)) != 0) return wideBinary(step, bytes, length);
+  if (!isIntegerSize(length)) return wideBinary(step, bytes, length);
   const auto size = static_cast<int>(length);
   if (step.sign == eSignNone) return scaled(cnv_.UIntToUInt64(bytes, size), false, step.scale);
   const PWFInt64 value = cnv_.IntToInt64(bytes, size, step.sign);
@@ -183,7 +180,6 @@ PWFData FieldConverter::otherBinary(const Step& step, const unsigned char* bytes
   return scaled(value < 0 ? std::uint64_t{0} - bits : bits, value < 0, step.scale);
 }
 
-// A size that the integer conversions do not have.
 PWFData FieldConverter::wideBinary(const Step& step, const unsigned char* bytes, std::uint32_t size) {
   const WideInteger number = readWideInteger({bytes, size}, form_.integerEndian, step.sign != eSignNone);
   const PWFData value = scaled(number.digits, number.isNegative, step.scale);

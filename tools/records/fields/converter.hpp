@@ -83,6 +83,7 @@ class FieldConverter {
       case Kind::packed:
         return packed(step, bytes, size);
       case Kind::binary:
+      case Kind::nativeBinary:
         return binary(step, bytes, size);
       default:
         return other(step, bytes, size);
@@ -125,10 +126,12 @@ class FieldConverter {
   PWFData packedPlaces(const Step& step, const unsigned char* bytes, int size);
   PWFData packedWithLeadingSign(const Step& step, const unsigned char* bytes);
   PWFData unsignedPacked(const Step& step, const unsigned char* bytes, std::uint32_t size);
+  // A size that the integer conversions have.
+  static bool isIntegerSize(std::uint32_t size) { return size <= 8 && std::has_single_bit(size); }
   [[gnu::always_inline]] PWFData binary(const Step& step, const unsigned char* bytes, std::uint32_t length) {
-    if (step.scale != 0 || length > 8 || (length & (length - 1)) != 0) return otherBinary(step, bytes, length);
+    if (step.scale != 0 || !isIntegerSize(length)) return otherBinary(step, bytes, length);
     const auto size = static_cast<int>(length);
-    if (step.sign != eSignNone) return PWFData(PWFInt64{cnv_.IntToInt64(bytes, size, step.sign)}, false);
+    if (step.sign != eSignNone) return PWFData(cnv_.IntToInt64(bytes, size, step.sign), false);
     const PWFUInt64 value = cnv_.UIntToUInt64(bytes, size);
     if (value > static_cast<PWFUInt64>(std::numeric_limits<PWFInt64>::max())) return scaled(value, false, 0);
     return PWFData(static_cast<PWFInt64>(value), false);
