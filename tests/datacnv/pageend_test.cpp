@@ -70,5 +70,26 @@ TEST_F(PageEnd, IsNotPassed) {
   }
 }
 
+// The point may be the last unit: nothing is to be read for the places that are not there.
+TEST_F(PageEnd, IsNotPassedByDoubles) {
+  DataCnv cnv = converterFor(37);
+  cnv.getDecimalFormatter();  // doubles go the fast way once the process has one
+  for (const char* const number : {"5", "0.5", "123456789012345.", "1234567890123456.", "123456789012345.6",
+                                   "12345678901234567.", "123456789.0123456789", ".1234567890123456"}) {
+    for (std::size_t before = 0; before <= 20; ++before) {
+      SCOPED_TRACE(std::string(number) + ", units before the end: " + std::to_string(before));
+      std::string field(number);
+      const auto length = static_cast<int>(field.size());
+      EXPECT_EQ(cnv.StrToDbl(place(field, before), length), std::stod(number));
+      std::replace(field.begin(), field.end(), '.', ',');
+      constexpr unsigned short kComma[] = {',', 0};
+      EXPECT_EQ(cnv.StrToDbl(place(field, before), length, false, -1, kComma, eSignLeadingSeparate,
+                             DataCnv::US_MINUS.characters(), DataCnv::US_PLUS.characters(), eTrimNone, eJustifyRight,
+                             ' ', true),
+                std::stod(number));
+    }
+  }
+}
+
 }  // namespace
 }  // namespace oxr::test

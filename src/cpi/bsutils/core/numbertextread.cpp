@@ -84,6 +84,9 @@ bool readShortDecimal(UnitView text, unsigned short point, double& value) {
   const auto firstDigits = [](std::uint64_t word, std::uint32_t count) {
     return word >> 2 * (kWordDigits - count) >> 2 * (kWordDigits - count);
   };
+  const auto lastDigits = [](std::uint64_t word, std::uint32_t count) {
+    return word & ~(~std::uint64_t{0} << 2 * count << 2 * count);
+  };
   const std::uint64_t front = halfBytesOf(text);
   const std::uint64_t others = nonDigitHalfBytes(front);
   const std::uint32_t whole = std::min(static_cast<std::uint32_t>(std::countl_zero(others)) / 4, length);
@@ -101,7 +104,9 @@ bool readShortDecimal(UnitView text, unsigned short point, double& value) {
     value = static_cast<double>(static_cast<std::int64_t>(number)) / kExactPowers[places];
     return true;
   }
-  const std::uint64_t fraction = firstDigits(halfBytesOf(text.substr(whole + hasPoint)), places);
+  // All that follows the point lies in the last word. Where nothing does, no unit may be read from there on: the page
+  // can end with the point.
+  const std::uint64_t fraction = lastDigits(halfBytesOf(text.substr(length - kWordDigits)), places);
   const std::uint64_t number =
       numberOfHalfBytes(firstDigits(front, whole)) * kPowersOfTen[places] + numberOfHalfBytes(fraction);
   return nonDigitHalfBytes(fraction) == 0 && RoundedDecimal::round(number, places, value);
