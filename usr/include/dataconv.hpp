@@ -4,12 +4,15 @@
 
 #include <array>
 #include <atomic>
+#include <bit>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <optional>
 
 #include "cpunicodeconverter.hpp"
 #include "kelheader.hpp"
+#include "kellog.hpp"
 #include "kellogsource.hpp"
 #include "kelmutex.hpp"
 #include "oxrexport.hpp"
@@ -127,7 +130,19 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
   // Reads a binary integer of `size` bytes in the byte order `integerEndian`: 1, 2, 4 or 8, for IntToInt32 at most 4.
   // It is signed for eSignLeadingIncluded only. Internal error: a null source, then another size. Too long: an unsigned
   // value beyond the signed result.
-  PWFInt64 IntToInt64(const unsigned char* source, int size, ESign sign);
+  PWFInt64 IntToInt64(const unsigned char* source, int size, ESign sign) {
+    if (source != nullptr && KelLog::iEffectiveLogFilter <= 3) [[likely]] {
+      if (size == sizeof(PWFInt64)) {
+        const auto value = static_cast<PWFInt64>(loaded<PWFUInt64>(source));
+        if (sign == eSignLeadingIncluded || value >= 0) [[likely]]
+          return value;
+      } else if (size == sizeof(PWFInt32)) {
+        const auto value = loaded<PWFUInt32>(source);
+        return sign == eSignLeadingIncluded ? PWFInt64{static_cast<PWFInt32>(value)} : PWFInt64{value};
+      }
+    }
+    return readInt64(source, size, sign);
+  }
   PWFInt32 IntToInt32(const unsigned char* source, int size, ESign sign);
   PWFUInt64 UIntToUInt64(const unsigned char* source, int size);
 
@@ -679,6 +694,17 @@ class OXR_EXPORT DataCnv : public KelOwnedLogSource {
     bool padIsByte = false;
     unsigned char pad = 0;
   };
+
+  // The bits of an integer of 4 or 8 bytes.
+  template <class T>
+  T loaded(const unsigned char* bytes) const {
+    T value;
+    std::memcpy(&value, bytes, sizeof value);
+    if ((integerEndian == eEndianLittle) == (std::endian::native == std::endian::little)) return value;
+    return sizeof value == 8 ? static_cast<T>(__builtin_bswap64(value))
+                             : __builtin_bswap32(static_cast<PWFUInt32>(value));
+  }
+  PWFInt64 readInt64(const unsigned char* source, int size, ESign sign);
 
   objectHeader header{"QVDC", 32, 320};
   int ccsid;

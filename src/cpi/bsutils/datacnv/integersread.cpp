@@ -115,7 +115,8 @@ void DataCnv::SwapEnds(unsigned char* target, const unsigned char* source, int l
     *--out = source[i];
 }
 
-PWFInt64 DataCnv::IntToInt64(const unsigned char* source, int size, ESign sign) {
+// What IntToInt64 has not read where it is called.
+PWFInt64 DataCnv::readInt64(const unsigned char* source, int size, ESign sign) {
   PWFInt64 value;
   if (wentFast([&] { return readIntegerFast({source, size, integerEndian, sign}, value); })) [[likely]]
     return value;
@@ -147,6 +148,7 @@ PWFData DataCnv::IntToDec(const unsigned char* source, int size, int virtualDeci
   Int64ToUString(number, text);
   // The minus counts as a position when the point is placed: Integers.Read.
   adjustDecimalForString(text, virtualDecimalPoint);
+  TextInPlace::traceMade(value);
   return value;
 }
 
