@@ -1,4 +1,5 @@
-// The exported members of a converter: each goes by the form of its code page as far as that serves, else through ICU.
+// The exported members of a converter: each goes by the form of its code page as far as that serves; from the place
+// that the form has come to, ICU converts.
 //
 // What ICU holds back between two calls (units or bytes without room, half a character, a shift state) is known in two
 // flags, so that a form is never taken past it.
@@ -16,9 +17,6 @@
 #include "support/scratch.hpp"
 #include "support/support.hpp"
 #include "support/validrange.hpp"
-
-// The members of the converter. Each goes the fast way where the form of its code page serves all of a text; else ICU
-// converts, from the place that the form has come to.
 
 using namespace oxr;
 
