@@ -189,8 +189,10 @@ UErrorCode DataCnv::fromUnicodeString(const KelWstring& text, unsigned char* byt
 PWFData DataCnv::RawCharsToPWFData(const char* bytes, int size) {
   PWFData value = TextInPlace::make(STRING);
   KelWstring& text = TextInPlace::text(value);
-  if (!readPlainFast(converter.get(), text, reinterpret_cast<const unsigned char*>(bytes), size)) [[unlikely]]
+  if (!readPlainFast(converter.get(), text, reinterpret_cast<const unsigned char*>(bytes), size)) [[unlikely]] {
     readRawText(*this, text, bytes, size);
+    TextInPlace::traceMade(value);
+  }
   return value;
 }
 

@@ -326,11 +326,13 @@ PWFData DataCnv::ExtDecToDec(const unsigned char* source, int size, int virtualD
       formOf(sign, justification, padChar, padCharIsUnicode, customSign, positiveSignTable, negativeSignTable);
   PWFData value = TextInPlace::make(DECIMAL);
   ShortExternal number;
-  if (!debugTraceOn() && readShortFast(*this, source, size, virtualDecimalPoint, form, number)) [[likely]]
+  if (!debugTraceOn() && readShortFast(*this, source, size, virtualDecimalPoint, form, number)) [[likely]] {
     TextInPlace::writeShort(value, number.length, [&](unsigned short* out) { number.write(out); });
-  else
+  } else {
     readDecimal(*this, TextInPlace::text(value), source, size, virtualDecimalPoint, sign, justification, padChar,
                 padCharIsUnicode, customSign, positiveSignTable, negativeSignTable);
+    TextInPlace::traceMade(value);
+  }
   return value;
 }
 

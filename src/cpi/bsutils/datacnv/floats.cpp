@@ -152,6 +152,7 @@ PWFData DataCnv::FltToDec(const unsigned char* source, int size, int virtualDeci
   // Without a scale a whole number keeps its point at the end, "15."; with one, a minus counts as a position. Both
   // stay: Floats.ReadAndWriteDecimals.
   adjustDecimalForString(text, virtualDecimalPoint);
+  TextInPlace::traceMade(value);
   return value;
 }
 

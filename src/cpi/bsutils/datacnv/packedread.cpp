@@ -151,12 +151,14 @@ PWFData DataCnv::PckdDecToDec(const unsigned char* source, int size, int virtual
   PWFData value = TextInPlace::make(DECIMAL);
   ShortPacked packed;
   if (!debugTraceOn() && readPackedFast(source, size, virtualDecimalPoint, sign, packedEndian == eEndianLittle, packed))
-      [[likely]]
+      [[likely]] {
     TextInPlace::writeShort(value, packed.length, [&](unsigned short* out) {
       *out = '-';
       packed.write(out + packed.minus);
     });
-  else
+  } else {
     readPacked(*this, TextInPlace::text(value), source, size, virtualDecimalPoint, sign);
+    TextInPlace::traceMade(value);
+  }
   return value;
 }

@@ -209,6 +209,7 @@ PWFData DataCnv::StrToDec(const unsigned short* text, int length, bool useVirtua
                precision,
                decimalPoint},
               TextInPlace::text(value));
+  TextInPlace::traceMade(value);
   return value;
 }
 
@@ -229,5 +230,6 @@ PWFData DataCnv::StrToDec(const unsigned char* bytes, int& length, int scale) {
   toUnicodeString(text, bytes, length);
   validateDecimal(text, eSignLeadingSeparate);
   adjustDecimalForString(text, scale);
+  TextInPlace::traceMade(value);
   return value;
 }

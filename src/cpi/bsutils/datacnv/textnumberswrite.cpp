@@ -410,23 +410,29 @@ void DataCnv::StrFromDbl(double value, unsigned short* out, int& length) {
 PWFData DataCnv::StrFromDbl(double value) {
   PWFData text = emptyString();
   KelWstring& out = TextInPlace::text(text);
-  if (!wentFast([&] { return writeDoubleFast(value, out, true); })) [[unlikely]]
+  if (!wentFast([&] { return writeDoubleFast(value, out, true); })) [[unlikely]] {
     writePlainGeneral(*this, value, out);
+    TextInPlace::traceMade(text);
+  }
   return text;
 }
 
 PWFData DataCnv::StrFromInt64(long value) {
   PWFData text = emptyString();
   KelWstring& out = TextInPlace::text(text);
-  if (!wentFast([&] { return writePlainFast(value, out); })) [[unlikely]]
+  if (!wentFast([&] { return writePlainFast(value, out); })) [[unlikely]] {
     writePlainGeneral(*this, value, out);
+    TextInPlace::traceMade(text);
+  }
   return text;
 }
 
 PWFData DataCnv::StrFromDec(const unsigned short* value) {
   PWFData text = emptyString();
   KelWstring& out = TextInPlace::text(text);
-  if (!wentFast([&] { return writePlainFast(value, out); })) [[unlikely]]
+  if (!wentFast([&] { return writePlainFast(value, out); })) [[unlikely]] {
     writePlainGeneral(*this, value, out);
+    TextInPlace::traceMade(text);
+  }
   return text;
 }

@@ -158,6 +158,7 @@ PWFData DataCnv::TLOGPckdStrToStr(const unsigned char* source, int size, EEndian
       this, "DataCnv::TLOGPckdStrToStr( const unsigned char* source, PWFInt32 size, EEndian endian)", size, endian);
   PWFData value = TextInPlace::make(STRING);
   TLOGPckdStrToStr(source, TextInPlace::text(value), size, endian);
+  TextInPlace::traceMade(value);
   return value;
 }
 
@@ -182,6 +183,7 @@ PWFData DataCnv::TLOGPckdDecToDec(const unsigned char* source, int size, EEndian
       this, "DataCnv::TLOGPckdDecToDec(const unsigned char* source, PWFInt32 size, EEndian endian)", size, endian);
   PWFData value = TextInPlace::make(DECIMAL);
   TLOGPckdDecToDec(source, TextInPlace::text(value), size, endian);
+  TextInPlace::traceMade(value);
   return value;
 }
 

@@ -91,6 +91,7 @@ template <class Write>
 PWFData longText(Write write) {
   PWFData value = TextInPlace::make(STRING);
   write(TextInPlace::text(value));
+  TextInPlace::traceMade(value);
   return value;
 }
 
