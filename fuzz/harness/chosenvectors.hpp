@@ -9,13 +9,13 @@ namespace oxr::fuzz {
 // library and in what the program has of it itself.
 class ChosenVectors {
  public:
-  explicit ChosenVectors(Choices& choices) { use(choices.upTo(core::vectors().count - 1)); }
+  explicit ChosenVectors(Choices& choices) { use(choices.upTo(core::vectors.count - 1)); }
   ChosenVectors(const ChosenVectors&) = delete;
   ChosenVectors& operator=(const ChosenVectors&) = delete;
   ~ChosenVectors() { use(0); }
 
  private:
-  static void use(std::size_t kind) { core::vectors().used = libraryVectors().used = kind; }
+  static void use(std::size_t kind) { core::vectors.used = libraryVectors().used = kind; }
 };
 
 }  // namespace oxr::fuzz

@@ -47,7 +47,7 @@ namespace {
 
 // Highway could choose among its targets too, but for that its library is loaded, which takes 4 ms: it measures a
 // timer.
-Vectors widestVectorsFirst() {
+Vectors widestVectorsFirst() noexcept {
   Vectors all;
 #if HWY_ARCH_X86
 #if HWY_TARGETS & HWY_AVX3_DL
@@ -76,6 +76,12 @@ Vectors widestVectorsFirst() {
   all.add(HWY_STATIC_DISPATCH(kLoops));
   return all;
 }
+
+constinit Vectors vectors{{HWY_STATIC_DISPATCH(kLoops)}, 1, 0};
+
+namespace {
+[[maybe_unused]] const bool kAreChosen = (vectors = widestVectorsFirst(), true);
+}  // namespace
 
 }  // namespace oxr::core
 #endif

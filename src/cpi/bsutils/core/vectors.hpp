@@ -33,15 +33,14 @@ struct Vectors {
 
   void add(const VectorLoops& loops) { kinds[count++] = loops; }
 };
-Vectors widestVectorsFirst();
+Vectors widestVectorsFirst() noexcept;
 
-// The one of this process. Only a test changes what is used.
-inline Vectors& vectors() {
-  static Vectors chosen = widestVectorsFirst();
-  return chosen;
-}
+// The ones of this process. They are chosen when the library is loaded, so that no call looks whether they are and no
+// fork comes in between; what is loaded before that finds the loops that every machine can run. Only a test changes
+// which are used.
+extern constinit Vectors vectors;
 inline const VectorLoops& vectorLoops() {
-  return vectors().kinds[vectors().used];
+  return vectors.kinds[vectors.used];
 }
 
 }  // namespace oxr::core

@@ -4,7 +4,7 @@
 namespace oxr {
 
 core::Vectors& libraryVectors() {
-  return core::vectors();
+  return core::vectors;
 }
 
 }  // namespace oxr

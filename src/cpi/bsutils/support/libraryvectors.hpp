@@ -6,7 +6,7 @@
 namespace oxr {
 
 #if defined(OXR_COUNT_GENERAL_WAYS)
-// What core::vectors() is in the library; a test program has a core of its own beside it. Only builds with tests tell.
+// What core::vectors is in the library; a test program has a core of its own beside it. Only builds with tests tell.
 OXR_EXPORT core::Vectors& libraryVectors();
 #endif
 
