@@ -62,7 +62,8 @@ template <std::size_t kVectors>
   return false;
 }
 
-// Calls for the copy only where there has to be one.
+// Calls for the copy only where there has to be one. REQUIRES, like all below: the text has a unit, or a terminator.
+// Where an empty one ends its page nothing may be loaded.
 template <std::size_t kVectors, class Copy>
 [[gnu::always_inline]] inline TextStart<kVectors> textStart(const unsigned short* text, Copy copy) {
   TextStart<kVectors> start;

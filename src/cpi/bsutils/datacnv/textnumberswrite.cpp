@@ -157,6 +157,11 @@ inline bool writeDoubleFast(double value, KelWstring& out, bool exponential) {
   text.extract(0, text.length(), toIcu(out.resizeForOverwrite(length)), 0);
 }
 
+// Pads the text by `missing` units; by none where it is longer than its field, which is for the caller to refuse.
+void fill(DataCnv& cnv, KelWstring& text, const FieldLook& look, std::int64_t missing) {
+  cnv.PadData(text, static_cast<int>(std::max<std::int64_t>(missing, 0)), look.justification, look.padChar, true);
+}
+
 // Takes a text of digits, perhaps with the message's point, and no sign. It gets the canonical "-" where the number is
 // negative. A pad that is a digit goes between that and the digits, and then there is no other padding.
 void padDigits(DataCnv& cnv, KelWstring& text, FieldLook& look, bool negative) {
@@ -168,7 +173,7 @@ void padDigits(DataCnv& cnv, KelWstring& text, FieldLook& look, bool negative) {
       std::int64_t missing = std::int64_t{look.length} - text.length();
       if (negative) missing -= static_cast<std::int64_t>(UnitView(look.minusText).size());
       if (look.showPlus && !negative) missing -= static_cast<std::int64_t>(UnitView(look.plusText).size());
-      cnv.PadData(text, static_cast<int>(std::max<std::int64_t>(missing, 0)), look.justification, look.padChar, true);
+      fill(cnv, text, look, missing);
       look.padField = false;
     }
   }
@@ -181,9 +186,7 @@ void signAndPad(DataCnv& cnv, KelWstring& text, const FieldLook& look, bool nega
     cnv.SubstituteMinusSign(text, look.sign, look.minusText, false);
   else if (look.showPlus)
     cnv.SubstituteMinusSign(text, look.sign, look.plusText, true);
-  const std::int64_t missing = std::int64_t{look.length} - text.length();
-  if (look.padField && missing > 0)
-    cnv.PadData(text, static_cast<int>(missing), look.justification, look.padChar, true);
+  if (look.padField) fill(cnv, text, look, std::int64_t{look.length} - text.length());
 }
 
 // The count the other way round. The least number has no counterpart and becomes the greatest; both shift out of sight.
