@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include "harness/failures.hpp"
 #include "harness/headers.hpp"
@@ -100,6 +101,32 @@ TEST(CpUnicodeConverter, LeavesBadRangesAlone) {
     auto status = static_cast<UErrorCode>(before);
     page.fromUnicode(target, endOf(&byte, room), source, endOf(units, length), nullptr, true, status);
     EXPECT_TRUE(status == after && byte == '#' && target == &byte && source == units) << length << '/' << room;
+  }
+}
+
+// What stands behind the offsets of the bytes stays: halves of pairs would make ICU go beyond.
+TEST(CpUnicodeConverter, WritesAnOffsetForEachByte) {
+  struct Case {
+    std::vector<unsigned short> text;
+    std::ptrdiff_t room;
+    std::vector<int> offsets;
+    UErrorCode status;
+  };
+  for (auto [text, room, offsets, after] :
+       {Case{{0xDE00, 'B'}, 1, {0}, U_BUFFER_OVERFLOW_ERROR}, Case{{0xD83D, 'A'}, 1, {0}, U_BUFFER_OVERFLOW_ERROR},
+        Case{{'A', 0xDE00, 'B', 0xDE00, 0xDE01}, 5, {0, 1, 2, 3, 4}, U_ZERO_ERROR},
+        Case{{0xD83D, 0xDE00, 'A'}, 3, {0, 2}, U_ZERO_ERROR}}) {
+    CPUnicodeConverter page(37, eEndianUnset);
+    char bytes[8];
+    std::vector<int> found(8, -7);
+    char* target = bytes;
+    const unsigned short* source = text.data();
+    UErrorCode status = U_ZERO_ERROR;
+    page.fromUnicode(target, bytes + room, source, source + text.size(), found.data(), true, status);
+    EXPECT_EQ(status, after);
+    EXPECT_EQ(static_cast<std::size_t>(target - bytes), offsets.size());
+    offsets.resize(found.size(), -7);
+    EXPECT_EQ(found, offsets);
   }
 }
 

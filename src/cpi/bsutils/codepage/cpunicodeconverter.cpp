@@ -23,7 +23,8 @@ using namespace oxr;
 namespace {
 
 constexpr char kSourcePath[] = "src/cpi/bsutils/cpunicodeconverter";
-constexpr int kLocalCcsid = 1208;  // UTF-8
+constexpr int kLocalCcsid = 1208;                     // UTF-8
+constexpr std::ptrdiff_t kMostElements = 0x3FFFFFFF;  // of longer ranges ICU thinks that they are a mistake
 
 class Trace : public FunctionTrace {
  public:
@@ -73,9 +74,9 @@ template <class From, class To>
 [[gnu::always_inline]] inline bool convertStretchFast(const CPUnicodeConverter& page, To*& target,
                                                       const To* targetLimit, const From*& source,
                                                       const From* sourceLimit, const int* offsets, UErrorCode& status) {
-  constexpr std::ptrdiff_t kMost = 0x3FFFFFFF;  // of longer ranges ICU thinks that they are a mistake
   const std::ptrdiff_t length = sourceLimit - source, room = targetLimit - target;
-  if (offsets != nullptr || U_FAILURE(status) || length <= 0 || length > kMost || room < 0 || room > kMost)
+  if (offsets != nullptr || U_FAILURE(status) || length <= 0 || length > kMostElements || room < 0 ||
+      room > kMostElements)
     return false;
   const core::Advance done = CodePage::convertFast(page, std::span(source, static_cast<std::size_t>(length)),
                                                    std::span(target, static_cast<std::size_t>(room)));
@@ -165,7 +166,10 @@ struct CodePage::General {
     UConverter* const icu = page.converter.getAlias();
     const char16_t* const begin = toIcu(source);
     const char16_t* end = begin;
-    ucnv_fromUnicode(icu, &target, targetLimit, &end, toIcu(sourceLimit), offsets, flush, &status);
+    if (offsets != nullptr)
+      convertWithOffsets(page, target, targetLimit, end, toIcu(sourceLimit), offsets, flush, status);
+    else
+      ucnv_fromUnicode(icu, &target, targetLimit, &end, toIcu(sourceLimit), nullptr, flush, &status);
     source += end - begin;
     UErrorCode ignored = U_ZERO_ERROR;
     page.holdsBytesBack = U_FAILURE(status) || (!flush && ucnv_fromUCountPending(icu, &ignored) != 0);
@@ -213,6 +217,25 @@ struct CodePage::General {
           return convertStretchFast(page, target, targetLimit, source, sourceLimit, nullptr, status);
         })) [[unlikely]]
       convert(nullptr, page, target, targetLimit, source, sourceLimit, nullptr, true, status);
+  }
+  // In a code page of single bytes ICU writes one offset more than bytes where half of a pair stands alone, and the
+  // caller's array may end before that. So the offsets of the bytes are copied.
+  static void convertWithOffsets(const CPUnicodeConverter& page, char*& target, const char* targetLimit,
+                                 const char16_t*& source, const char16_t* sourceLimit, int* offsets, bool flush,
+                                 UErrorCode& status) {
+    UConverter* const icu = page.converter.getAlias();
+    const std::ptrdiff_t length = sourceLimit - source, room = targetLimit - target;
+    if (length < 0 || length > kMostElements || room <= 0 || room > kMostElements) {
+      ucnv_fromUnicode(icu, &target, targetLimit, &source, sourceLimit, offsets, flush, &status);
+      return;
+    }
+    // As many bytes as ICU promises to be enough for a text, shifts included, and for what it holds back.
+    constexpr std::ptrdiff_t kShifts = 10, kHeldBack = 32;
+    const std::ptrdiff_t most = std::min(room, (length + kShifts) * page.maxBytesPerChar + kHeldBack);
+    Scratch<int, 256> work(static_cast<std::size_t>(most) + 1);
+    const char* const begin = target;
+    ucnv_fromUnicode(icu, &target, begin + most, &source, sourceLimit, work.data(), flush, &status);
+    std::copy_n(work.data(), target - begin, offsets);
   }
   static void forgetHeld(const CPUnicodeConverter& page, const char*) { forgetHeldUnits(page); }
   static void forgetHeld(const CPUnicodeConverter& page, const unsigned short*) { forgetHeldBytes(page); }
