@@ -57,8 +57,8 @@ class OXR_EXPORT CPUnicodeConverter : public CPBaseUnicodeConverter {
   CPUnicodeConverter& operator=(const CPUnicodeConverter&) = delete;
   ~CPUnicodeConverter();
 
-  // As ucnv_toUnicode and ucnv_fromUnicode: the pointers move, `conversionStatus` is ICU's; room after the text may be
-  // overwritten. `offsets` may be null. What found no room comes out first next time. The result is the status again.
+  // As ucnv_toUnicode and ucnv_fromUnicode: the pointers move; `conversionStatus`, the result too, is ICU's; room after
+  // the text may be overwritten. `offsets`: null or as many as the room. What found no room comes out first next time.
   int toUnicode(unsigned short*& target, const unsigned short* targetLimit, const char*& source,
                 const char* sourceLimit, int* offsets, signed char flush, UErrorCode& conversionStatus);
   int fromUnicode(char*& target, const char* targetLimit, const unsigned short*& source,

@@ -23,8 +23,12 @@ using namespace oxr;
 namespace {
 
 constexpr char kSourcePath[] = "src/cpi/bsutils/cpunicodeconverter";
-constexpr int kLocalCcsid = 1208;                     // UTF-8
-constexpr std::ptrdiff_t kMostElements = 0x3FFFFFFF;  // of longer ranges ICU thinks that they are a mistake
+constexpr int kLocalCcsid = 1208;  // UTF-8
+
+// Of longer ranges ICU thinks that they are a mistake.
+constexpr bool isTakenByIcu(std::ptrdiff_t count) {
+  return count >= 0 && count <= 0x3FFFFFFF;
+}
 
 class Trace : public FunctionTrace {
  public:
@@ -75,8 +79,7 @@ template <class From, class To>
                                                       const To* targetLimit, const From*& source,
                                                       const From* sourceLimit, const int* offsets, UErrorCode& status) {
   const std::ptrdiff_t length = sourceLimit - source, room = targetLimit - target;
-  if (offsets != nullptr || U_FAILURE(status) || length <= 0 || length > kMostElements || room < 0 ||
-      room > kMostElements)
+  if (offsets != nullptr || U_FAILURE(status) || length == 0 || !isTakenByIcu(length) || !isTakenByIcu(room))
     return false;
   const core::Advance done = CodePage::convertFast(page, std::span(source, static_cast<std::size_t>(length)),
                                                    std::span(target, static_cast<std::size_t>(room)));
@@ -225,10 +228,8 @@ struct CodePage::General {
                                  UErrorCode& status) {
     UConverter* const icu = page.converter.getAlias();
     const std::ptrdiff_t length = sourceLimit - source, room = targetLimit - target;
-    if (length < 0 || length > kMostElements || room <= 0 || room > kMostElements) {
-      ucnv_fromUnicode(icu, &target, targetLimit, &source, sourceLimit, offsets, flush, &status);
-      return;
-    }
+    if (!isTakenByIcu(length) || !isTakenByIcu(room))
+      return ucnv_fromUnicode(icu, &target, targetLimit, &source, sourceLimit, offsets, flush, &status);
     // As many bytes as ICU promises to be enough for a text, shifts included, and for what it holds back.
     constexpr std::ptrdiff_t kShifts = 10, kHeldBack = 32;
     const std::ptrdiff_t most = std::min(room, (length + kShifts) * page.maxBytesPerChar + kHeldBack);

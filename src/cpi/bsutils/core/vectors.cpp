@@ -43,8 +43,6 @@ namespace {
   return std::ranges::all_of(supported, [](int each) { return each != 0; });
 }
 
-}  // namespace
-
 // Highway could choose among its targets too, but for that its library is loaded, which takes 4 ms: it measures a
 // timer.
 Vectors widestVectorsFirst() noexcept {
@@ -77,11 +75,11 @@ Vectors widestVectorsFirst() noexcept {
   return all;
 }
 
+}  // namespace
+
 constinit Vectors vectors{{HWY_STATIC_DISPATCH(kLoops)}, 1, 0};
 
-namespace {
 [[maybe_unused]] const bool kAreChosen = (vectors = widestVectorsFirst(), true);
-}  // namespace
 
 }  // namespace oxr::core
 #endif

@@ -33,7 +33,6 @@ struct Vectors {
 
   void add(const VectorLoops& loops) { kinds[count++] = loops; }
 };
-Vectors widestVectorsFirst() noexcept;
 
 // The ones of this process. They are chosen when the library is loaded, so that no call looks whether they are and no
 // fork comes in between; what is loaded before that finds the loops that every machine can run. Only a test changes

@@ -230,14 +230,14 @@ void writeInteger(DataCnv& cnv, const FailureSite& site, long value, KelWstring&
 // stays, and needs no field.
 constexpr int kPlainUnits = 100;  // more than any integer or exponential double has
 
-PWFData emptyString() {
-  return TextInPlace::make(STRING);
-}
-
 // Serves every integer.
 bool writePlainFast(long value, KelWstring& out) {
   writeNumber(core::IntegerText(value), out);
   return true;
+}
+
+bool writePlainFast(double value, KelWstring& out) {
+  return writeDoubleFast(value, out, true);
 }
 
 // Serves every decimal that is one.
@@ -276,6 +276,17 @@ bool writePlainFast(const unsigned short* value, KelWstring& out) {
                  eSignLeadingSeparate, DataCnv::US_MINUS.characters(), DataCnv::US_PLUS.characters(), false,
                  eJustifyLeft, '0', true, false);
   out.assignInternal(text.data(), static_cast<unsigned>(length), 0);
+}
+
+template <class Number>
+[[gnu::always_inline]] inline PWFData plainText(DataCnv& cnv, Number value) {
+  PWFData text = TextInPlace::make(STRING);
+  KelWstring& out = TextInPlace::text(text);
+  if (!wentFast([&] { return writePlainFast(value, out); })) [[unlikely]] {
+    writePlainGeneral(cnv, value, out);
+    TextInPlace::traceMade(text);
+  }
+  return text;
 }
 
 }  // namespace
@@ -411,31 +422,13 @@ void DataCnv::StrFromDbl(double value, unsigned short* out, int& length) {
 }
 
 PWFData DataCnv::StrFromDbl(double value) {
-  PWFData text = emptyString();
-  KelWstring& out = TextInPlace::text(text);
-  if (!wentFast([&] { return writeDoubleFast(value, out, true); })) [[unlikely]] {
-    writePlainGeneral(*this, value, out);
-    TextInPlace::traceMade(text);
-  }
-  return text;
+  return plainText(*this, value);
 }
 
 PWFData DataCnv::StrFromInt64(long value) {
-  PWFData text = emptyString();
-  KelWstring& out = TextInPlace::text(text);
-  if (!wentFast([&] { return writePlainFast(value, out); })) [[unlikely]] {
-    writePlainGeneral(*this, value, out);
-    TextInPlace::traceMade(text);
-  }
-  return text;
+  return plainText(*this, value);
 }
 
 PWFData DataCnv::StrFromDec(const unsigned short* value) {
-  PWFData text = emptyString();
-  KelWstring& out = TextInPlace::text(text);
-  if (!wentFast([&] { return writePlainFast(value, out); })) [[unlikely]] {
-    writePlainGeneral(*this, value, out);
-    TextInPlace::traceMade(text);
-  }
-  return text;
+  return plainText(*this, value);
 }
